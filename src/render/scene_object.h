@@ -1,0 +1,19 @@
+#pragma once
+
+#include <vector>
+
+#include "frame/pelk_material.h"
+#include "render/interfaces.h"
+
+namespace Tarnkit {
+
+/// A geometry plug-in as the renderer sees it: its triangles and its material.
+struct SceneObject {
+    Mesh mesh;
+    std::vector<Vector> faceNormals;  ///< unit, one per triangle
+    PluginBase* plugin = nullptr;     ///< what a hit gives as hitObject
+    MaterialInterface* material = nullptr;
+    u32 index = 0;  ///< number of the object in the scene, from 0
+};
+
+}  // namespace Tarnkit
