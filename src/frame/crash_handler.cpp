@@ -1,0 +1,44 @@
+#include "frame/crash_handler.h"
+
+#include <cstdio>
+
+#include "frame/exception_msg.h"
+#include "platform/debug_stream.h"
+#include "platform/file.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr std::size_t kMaxPath = 260;
+
+void writeCrashDump(unsigned code, const platform::Fault& fault) {
+    char directory[kMaxPath];
+    platform::temporaryDirectory(directory, sizeof directory);
+    char fileName[kMaxPath];
+    const int length = std::snprintf(fileName, sizeof fileName, "%s%s.dmp", directory, "Pelk");
+    if (length < 0 || length >= static_cast<int>(sizeof fileName))
+        return;
+    char message[kMaxPath + 32];
+    std::snprintf(message, sizeof message, "Writing crash dump to \"%s\"\n", fileName);
+    platform::writeOutput(message);
+    // A dump that can't be written is lost: the exception that follows matters more.
+    platform::writeFaultReport(fileName, code, fault);
+}
+
+void crashHandler(unsigned code, const platform::Fault& fault) {
+    // Whoever comes first writes; later faults, and other threads meanwhile, go on to the throw.
+    if (crashDumpWritten.exchange(1) == 0)
+        writeCrashDump(code, fault);
+    throw ExceptionMsg("Unhandled exception %x", code);
+}
+
+}  // namespace
+
+constinit std::atomic<int> crashDumpWritten{0};
+
+platform::FaultTranslator installCrashHandler() {
+    return platform::setFaultTranslator(crashHandler);
+}
+
+}  // namespace Tarnkit
