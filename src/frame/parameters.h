@@ -39,7 +39,7 @@ struct ParameterDesc {
     int count = -1;      ///< -1: a single value; 0: a list
     bool hasDefault = false;
     int intDefault = 0;                   ///< of Bool (0 or 1), Int and TextureInt
-    AColor colorDefault;                  ///< of Color, Float (red), Texture and TextureFloat (red)
+    AColor colorDefault{};                ///< of Color, Float (red), Texture and TextureFloat (red)
     const char* stringDefault = nullptr;  ///< of String
     u64 interfaceID = 0;                  ///< of Plugin: the face that a value must offer; 0 is any
     const char* description = nullptr;
@@ -90,8 +90,8 @@ public:
     /// Publishes all parameters of `desc` in `host`, in their order.
     void registerParameters(PelkPluginHost* host, PluginDesc* desc) const;
 
-    int getNumParameters() const { return table.count; }
-    const ParameterDesc& getParameter(int index) const { return table.items[index]; }
+    int getNumParameters() const { return table.size(); }
+    const ParameterDesc& getParameter(int index) const { return table[index]; }
     /// The parameter of that name, or null.
     const ParameterDesc* findParameter(const char* name) const;
 
