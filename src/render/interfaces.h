@@ -65,6 +65,8 @@ public:
     /// maxT is that. Lights without extent are never met.
     virtual bool intersect(const Point& origin, const Vector& direction, double minT, double maxT,
                            LightHit& out) = 0;
+    /// A light outside the scene, met by rays that meet nothing else.
+    virtual bool isInfinite() const { return false; }
     /// A light that surrounds the scene, and is left out where the environment is overridden.
     virtual bool isDome() const { return false; }
     /// Not 0 if rays of the type see the light itself; `rayType` and `traceDepth` of the ray.

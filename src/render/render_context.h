@@ -13,20 +13,32 @@ struct SceneObject;
 /// and are not made anew: who hands one out writes every field that is read before it is written.
 class RenderContext final : public PelkContext {
 public:
+    static constexpr u32 kNone = ~0u;
+    static constexpr int kMaxVolumes = 8;
+    /// Bits of rayType that a ray hands on to the rays that spring from its hit.
+    static constexpr u32 kPathBits = kRayCamera | kRayReflect | kRayRefract | kRayGi;
+
     // The hit, for the plug-ins of this host.
     const SceneObject* object = nullptr;  ///< null where the ray hit no geometry
     u32 triangle = 0;                     ///< index in the object's mesh
     float baryU = 0.0f, baryV = 0.0f;     ///< weights of the triangle's second and third vertex
+    float hitDistance = 0.0f;
+    bool diffuseIsBlack = false;  ///< the sampler lit last takes no diffuse light
 
     // The ray.
-    u32 skipObject = ~0u, skipTriangle = ~0u;  ///< the triangle that the ray leaves, if any
-    float bsdfDensity = -1.0f;  ///< density of the direction per solid angle, to be weighted against
-                                ///< that of lights; below 0 if the ray sees lights in full
-    u32 pathSeed = 0;           ///< random numbers of the path that the ray belongs to
-    bool sampledByGi = false;   ///< an indirect ray of the host's own
+    u32 skipObject = kNone, skipTriangle = kNone;  ///< the triangle that the ray leaves, if any
+    float bsdfDensity = -1.0f;  ///< density of the direction per solid angle, to be weighted
+                                ///< against that of lights; below 0 if the ray sees lights in full
+    u32 pathSeed = 0;     ///< of the path's random numbers: the pixel and the way so far
+    u32 sampleIndex = 0;  ///< number of the path in its pixel
+    int numVolumes = 0;   ///< media that the ray has entered and not left
+    PelkVolume* volumes[kMaxVolumes];  // NOLINT: the first numVolumes are written before use
     RenderContext* nextFree = nullptr;
 
     RenderThread& thread() const;
+    /// Takes note that the ray, a refracted one, goes through the surface hit by `from`: it enters
+    /// the surface's medium from the front and leaves the last one from the back.
+    void crossSurface(const RenderContext& from);
 
     void releaseContext() override;
     PelkContext* newSpawnedContext(int index, const Color& weight, u32 rayFlags,
@@ -39,7 +51,10 @@ public:
 /// the hit; 0, 0 where the object has none. `context` is one of this host.
 UV surfaceUV(const PelkContext& context);
 
-/// The object hit, null if none; for plug-ins of this host, whose contexts are RenderContexts.
+/// The context as this host's own. All contexts that its plug-ins meet are.
+inline RenderContext& hostContext(PelkContext& context) {
+    return static_cast<RenderContext&>(context);
+}
 inline const RenderContext& hostContext(const PelkContext& context) {
     return static_cast<const RenderContext&>(context);
 }

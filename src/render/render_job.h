@@ -38,15 +38,14 @@ struct RenderResult {
     bool stopped = false;  ///< ended early by `stop`; what was finished stands in the picture
     std::string error;
     long long samples = 0;
-    double seconds = 0.0;            ///< the rendering alone
-    long long droppedSamples = 0;    ///< colours that weren't finite
-    std::string droppedBy;           ///< name of an instance that made one of them
+    double seconds = 0.0;          ///< the rendering alone
+    long long droppedSamples = 0;  ///< colours that weren't finite
+    std::string droppedBy;         ///< name of an instance that made one of them
 };
 
 /// Renders the scene into `picture`, which gets the size of the whole picture. `stop` may be set
 /// from any thread or a signal handler; `progress` may be null.
 RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog* log,
-                         RenderProgress* progress, const std::atomic<bool>& stop,
-                         Picture& picture);
+                         RenderProgress* progress, const std::atomic<bool>& stop, Picture& picture);
 
 }  // namespace Tarnkit

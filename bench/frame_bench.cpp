@@ -1,0 +1,170 @@
+// Pools and tables of the frame beside what a program would use without them.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "frame/hash_table.h"
+#include "frame/thread_pools.h"
+
+using namespace Tarnkit;
+
+namespace {
+
+/// The size of a sampler.
+struct Element {
+    double data[10];
+};
+
+struct FreeListElement {
+    Element element;
+    FreeListElement* next;
+};
+
+thread_local FreeListElement* freeList = nullptr;
+
+void poolTakeGiveBack(benchmark::State& state) {
+    ThreadPools<Element> pools;
+    pools.resize(1);
+    for (auto _ : state) {
+        auto* element = pools.entries[0].take();
+        benchmark::DoNotOptimize(element);
+        pools.entries[0].giveBack(element);
+        benchmark::ClobberMemory();
+    }
+    pools.destroy();
+}
+BENCHMARK(poolTakeGiveBack);
+
+void bareFreeList(benchmark::State& state) {
+    for (auto _ : state) {
+        FreeListElement* element = freeList;
+        if (element)
+            freeList = element->next;
+        else
+            element = new FreeListElement;
+        benchmark::DoNotOptimize(element);
+        element->next = freeList;
+        freeList = element;
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(bareFreeList);
+
+void mallocFree(benchmark::State& state) {
+    for (auto _ : state) {
+        void* memory = std::malloc(sizeof(Element));
+        benchmark::DoNotOptimize(memory);
+        std::free(memory);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(mallocFree);
+
+constexpr int kNames = 1000;
+
+const std::vector<std::string>& names() {
+    static const std::vector<std::string> all = [] {
+        std::vector<std::string> made;
+        for (int i = 0; i < kNames; ++i)
+            made.push_back("plugin_parameter_" + std::to_string(i * 7919));
+        return made;
+    }();
+    return all;
+}
+
+void hashTableByName(benchmark::State& state) {
+    HashTable<const char*, int> table;
+    for (int i = 0; i < kNames; ++i)
+        table.insert(names()[i].c_str(), i);
+    int i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(table.find(names()[i].c_str()));
+        i = i + 1 < kNames ? i + 1 : 0;
+    }
+}
+BENCHMARK(hashTableByName);
+
+void unorderedMapByName(benchmark::State& state) {
+    std::unordered_map<std::string, int> map;
+    for (int i = 0; i < kNames; ++i)
+        map.emplace(names()[i], i);
+    int i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.find(names()[i]));
+        i = i + 1 < kNames ? i + 1 : 0;
+    }
+}
+BENCHMARK(unorderedMapByName);
+
+void hashTableByNumber(benchmark::State& state) {
+    HashTable<u32, int> table;
+    for (int i = 0; i < kNames; ++i)
+        table.insert(static_cast<u32>(i) * 7919u, i);
+    u32 i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(table.find(i * 7919u));
+        i = i + 1 < kNames ? i + 1 : 0;
+    }
+}
+BENCHMARK(hashTableByNumber);
+
+void unorderedMapByNumber(benchmark::State& state) {
+    std::unordered_map<u32, int> map;
+    for (int i = 0; i < kNames; ++i)
+        map.emplace(static_cast<u32>(i) * 7919u, i);
+    u32 i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.find(i * 7919u));
+        i = i + 1 < kNames ? i + 1 : 0;
+    }
+}
+BENCHMARK(unorderedMapByNumber);
+
+/// Keeps the median time of each benchmark, so that a table of ratios can follow.
+class Collector final : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context&) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.aggregate_name == "median")
+                medians[run.run_name.function_name] = run.GetAdjustedCPUTime();
+        }
+    }
+
+    void row(const char* what, const char* ours, const char* peer, const char* peerName,
+             double limit) {
+        std::printf("%-34s %7.2f ns   %-26s %7.2f ns   ratio %5.2f (at most %.2f)\n", what,
+                    medians[ours], peerName, medians[peer], medians[ours] / medians[peer], limit);
+    }
+
+private:
+    std::unordered_map<std::string, double> medians;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::vector<char*> args(argv, argv + argc);
+    std::string repetitions = "--benchmark_repetitions=7", least = "--benchmark_min_time=0.05",
+                mixed = "--benchmark_enable_random_interleaving=true";
+    args.insert(args.end(), {repetitions.data(), least.data(), mixed.data()});
+    int count = static_cast<int>(args.size());
+    benchmark::Initialize(&count, args.data());
+    Collector collector;
+    benchmark::RunSpecifiedBenchmarks(&collector);
+    collector.row("pool take + giveBack", "poolTakeGiveBack", "bareFreeList",
+                  "thread-local free list", 1.5);
+    collector.row("pool take + giveBack", "poolTakeGiveBack", "mallocFree", "malloc + free", 1.0);
+    collector.row("HashTable by name", "hashTableByName", "unorderedMapByName",
+                  "unordered_map<string>", 1.0);
+    collector.row("HashTable by number", "hashTableByNumber", "unorderedMapByNumber",
+                  "unordered_map<u32>", 2.0);
+    return 0;
+}

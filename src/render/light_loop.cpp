@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "frame/samplers.h"
+#include "render/host_renderer.h"
+#include "render/sampling.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// More lights than this are not all visited at a hit.
+constexpr int kMaxVisits = 64;
+
+constexpr float kPi = std::numbers::pi_v<float>;
+
+/// The density that stands for certainty: of a light without extent.
+constexpr float kCertain = 1e18f;
+
+}  // namespace
+
+void LightLoop::setLights(std::vector<LightInterface*> all) {
+    lights = std::move(all);
+    finite.clear();
+    infinite.clear();
+    for (LightInterface* light : lights) {
+        if (light->hasExtent())
+            (light->isInfinite() ? infinite : finite).push_back(light);
+    }
+    visits = std::min<int>(static_cast<int>(lights.size()), kMaxVisits);
+    choice = lights.empty() ? 1.0f : static_cast<float>(visits) / static_cast<float>(lights.size());
+}
+
+/// The faces that a sampler shows to lights on the viewer's side and to lights beyond. A sampler may
+/// have one object for both sides, so a face is asked for anew before each use.
+class LightLoop::Faces {
+public:
+    explicit Faces(BRDFSampler* only_) : only(only_) {}
+
+    Faces(BSDFSampler* bsdf_, bool backSide)
+        : bsdf(bsdf_), viewerSide(backSide ? kBackSide : kFrontSide),
+          farSide(backSide ? kFrontSide : kBackSide) {
+        BRDFSampler* far = bsdf->getBRDF(farSide);
+        BRDFSampler* viewer = bsdf->getBRDF(viewerSide);
+        hasFar = far && viewer && far != viewer;
+        // Made with a turned context: the one face there is gets the lights of the viewer's side.
+        if (!viewer && far)
+            viewerSide = farSide;
+    }
+
+    BRDFSampler* viewer() const { return bsdf ? bsdf->getBRDF(viewerSide) : only; }
+    BRDFSampler* beyond() const { return hasFar ? bsdf->getBRDF(farSide) : nullptr; }
+    bool isSingle() const { return !hasFar; }
+
+private:
+    BRDFSampler* only = nullptr;
+    BSDFSampler* bsdf = nullptr;
+    BSDFSide viewerSide = kFrontSide, farSide = kBackSide;
+    bool hasFar = false;
+};
+
+void LightLoop::computeDirectLight(Color& out, PelkContext& context, BRDFSampler* sampler) {
+    out = Color(0);
+    run(out, hostContext(context), Faces(sampler));
+}
+
+void LightLoop::computeDirectLighting(Color& out, RenderContext& c, BSDFSampler* bsdf) {
+    out = Color(0);
+    const Faces faces(bsdf, c.backSide != 0);
+    if (BRDFSampler* viewer = faces.viewer()) {
+        Color white(1);
+        c.diffuseIsBlack = faces.isSingle() && viewer->getDiffuseColor(white) == Color(0);
+        run(out, c, faces);
+    }
+}
+
+void LightLoop::run(Color& out, RenderContext& c, const Faces& faces) {
+    if (lights.empty())
+        return;
+    const ScopedValue transparency(c.resultTransparency, faces.viewer()->getTransparency(c));
+    const int count = static_cast<int>(lights.size());
+    u32 first = 0;
+    if (visits < count)
+        first = static_cast<u32>(random2(c.pathSeed, c.sampleIndex, RandomUse::LightChoice).x *
+                                 static_cast<float>(count));
+    for (int visit = 0; visit < visits; ++visit) {
+        // Lights are taken at even steps from a random first one: each is as likely as any other.
+        const u32 step = static_cast<u32>(static_cast<u64>(visit) * count / visits);
+        runLight(out, c, (first + step) % static_cast<u32>(count), faces);
+    }
+}
+
+void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& faces) {
+    LightInterface& light = *lights[index];
+    const Random2 random =
+        random2(c.pathSeed + index * 0x9e3779b1u, c.sampleIndex, RandomUse::Light);
+    LightSample sample;
+    if (c.environment && light.isDome())
+        return;
+    if (!light.sample(c, random.x, random.y, sample))
+        return;
+    const bool before = (dot(c.geomNormal, sample.direction) > 0.0f) != (c.backSide != 0);
+    BRDFSampler* face = before ? faces.viewer() : faces.beyond();
+    if (!face)
+        return;
+    const bool hasExtent = sample.density > 0.0f;
+    const float density = sample.density * choice;
+    Color unshadowed =
+        hasExtent ? sample.radiance * (1.0f / (kPi * density)) : sample.radiance * (1.0f / choice);
+    Color shadowed = unshadowed;
+    if (light.castsShadows() && !(c.shadeFlags & kShadeNoShadows))
+        shadowed = renderer.shadowed(c, sample.direction, sample.distance, unshadowed);
+
+    const u32 noSpecular = light.affectsSpecular() ? 0u : u32{kRayNoSpecular};
+    const ScopedValue rayType(c.rayType, c.rayType | noSpecular);
+    const ScopedValue normal(c.normal, face->getDiffuseNormal(c));
+    out += face->eval(c, sample.direction, shadowed, unshadowed,
+                      hasExtent ? std::fmin(2.0f * kPi * density, kCertain) : kCertain, kEvalDiffuse | kEvalSpecular);
+    face->multiplyLight(1.0f);
+    face->lightFinished(static_cast<int>(index));
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,59 @@
+#include <numbers>
+
+#include "frame/surface_properties.h"
+#include "render/host_renderer.h"
+#include "render/sampling.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// Indirect light reaches a face from its own side. A one-sided sampler's back gets none; a
+/// context that was turned over asks for the side to which its normal points.
+bool facesIndirectLight(const PelkContext& c) {
+    return !c.backSide || c.flippedSide;
+}
+
+}  // namespace
+
+void PathGi::irradiance(Color& out, PelkContext& context) {
+    RenderContext& c = hostContext(context);
+    out = Color(0);
+    if (!enabled || c.diffuseIsBlack || !facesIndirectLight(c))
+        return;
+    float cosine;
+    const Vector direction =
+        cosineDirection(c.normal, random2(c.pathSeed, c.sampleIndex, RandomUse::Indirect), cosine);
+    if (!(dot(direction, c.geomNormal) > 0.0f))
+        return;  // below the surface, by the difference of its two normals
+    RenderContext* ray = renderer.spawn(c, kRayGi);
+    ray->rayType =
+        (c.rayType & RenderContext::kPathBits) | kRayGi | (bumpInGi ? u32{kRayGiBump} : 0u);
+    ray->traceDepth = c.traceDepth + 1;
+    ray->giDepth = c.giDepth + 1;
+    ray->rayDir = ray->rayDir2 = direction;
+    ray->bsdfDensity = usesLightMis(c) ? cosine * std::numbers::inv_pi_v<float> : -1.0f;
+    ray->spawnWeight = Color(1);
+    ray->rayWeight = c.rayWeight;
+    ray->rayWeight2 = c.rayWeight2;
+    renderer.trace(*ray);
+    out = ray->traceResult;
+    ray->releaseContext();
+}
+
+int PathGi::usesLightMis(PelkContext& context) {
+    const bool matte = context.surfaceProperties && context.surfaceProperties->matte_surface;
+    return enabled && !matte && facesIndirectLight(context);
+}
+
+void PathGi::evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed) {
+    RenderContext& c = hostContext(context);
+    const Vector normal = c.backSide ? -c.normal : c.normal;
+    float cosine;
+    const Vector direction =
+        cosineDirection(normal, random2(c.pathSeed, c.sampleIndex, RandomUse::Matte), cosine);
+    unshadowed = renderer.plainSurroundings(c, direction);
+    shadowed = renderer.shadowed(c, direction, kRayFar, unshadowed);
+}
+
+}  // namespace Tarnkit
