@@ -83,6 +83,7 @@ public:
     float rayContribution = 0.0f;
     Color rayWeight;
     Color rayWeight2;
+    Color spawnWeight;  ///< weight that the ray was spawned with, written by newSpawnedContext
     TextureInterface* environment = nullptr;  ///< override of the environment, and its priority
     int environmentPriority = std::numeric_limits<int>::min();
 

@@ -83,6 +83,9 @@ enum ChannelAlias : int {
     kAliasNormal = 7,
     kAliasAlphaTransparency = 8,
     kAliasWeight = 10,
+    kAliasReflection = 102,
+    kAliasRefraction = 103,
+    kAliasReflectionFilter = 139,
 };
 
 /// Types of the values of a channel.

@@ -23,7 +23,7 @@ public:
 
     void append(const char* text);
     void append(const ShaderSource& other);
-    /// A null text for %s is written as empty.
+    /// The conversions of printf but for `*` and %n. A null text for %s is written as empty.
     void printf(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
     /// The text so far, empty at first.
