@@ -6,6 +6,7 @@
 
 #include "frame/exception_msg.h"
 #include "render/host_renderer.h"
+#include "render/plugin_life_cycle.h"
 #include "render/render_workers.h"
 #include "render/sampling.h"
 #include "render/scene.h"
@@ -63,37 +64,6 @@ private:
     const int columns, count;
     std::atomic<int> taken{0};
     std::atomic<bool> failed{false};
-};
-
-/// Calls renderBegin and frameBegin on every plug-in, and at the end frameEnd and renderEnd on
-/// those that got so far, whatever happened in between.
-class PluginLifeCycle {
-public:
-    PluginLifeCycle(Scene& scene, HostRenderer& renderer_)
-        : plugins(scene.collect<PelkPluginInterface>(EXT_PLUGIN_BASE)), renderer(renderer_) {}
-
-    ~PluginLifeCycle() {
-        while (framesBegun > 0)
-            plugins[--framesBegun]->frameEnd(renderer);
-        while (rendersBegun > 0)
-            plugins[--rendersBegun]->renderEnd(renderer);
-    }
-
-    void begin() {
-        for (PelkPluginInterface* plugin : plugins) {
-            plugin->renderBegin(renderer);
-            ++rendersBegun;
-        }
-        for (PelkPluginInterface* plugin : plugins) {
-            plugin->frameBegin(renderer);
-            ++framesBegun;
-        }
-    }
-
-private:
-    std::vector<PelkPluginInterface*> plugins;
-    HostRenderer& renderer;
-    size_t rendersBegun = 0, framesBegun = 0;
 };
 
 std::string nameOf(PluginInterface* face) {

@@ -1,0 +1,33 @@
+#include "render/describe_job.h"
+
+#include "frame/exception_msg.h"
+#include "frame/pelk_material.h"
+#include "frame/shader_source.h"
+#include "render/host_renderer.h"
+#include "render/plugin_life_cycle.h"
+#include "render/scene.h"
+
+namespace Tarnkit {
+
+DescribeResult describeMaterial(Scene& scene, RTMtlInterface& material, const char* section,
+                                MessageLog* log) {
+    DescribeResult result;
+    try {
+        HostRenderer renderer;
+        renderer.sequenceData.log = log;
+        renderer.sequenceData.numThreads = 1;
+        renderer.frameData.frameTime = scene.settings.time;
+        PluginLifeCycle plugins(scene, renderer);
+        plugins.begin();
+        ShaderSource source;
+        OCLData data{&renderer};
+        result.handled = material.getMaterialSource(nullptr, "", section, source, data) != 0;
+        result.text = source.c_str();
+        result.ok = true;
+    } catch (const ExceptionMsg& failure) {
+        result.error = failure.text;
+    }
+    return result;
+}
+
+}  // namespace Tarnkit
