@@ -1,0 +1,497 @@
+#include <gmock/gmock.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "frame/exception_msg.h"
+#include "frame/renderer.h"
+#include "platform/heap.h"
+#include "support/plugin_manager_default.h"
+#include "support/plugin_modules/listed_library.h"
+#include "support/streams.h"
+#include "temporary_directory.h"
+
+using namespace Tarnkit;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+using Texts = std::vector<std::string>;
+
+namespace {
+
+/// Keeps every message, the first letter of its level in front.
+class RecordingLog final : public MessageLog {
+public:
+    Texts texts;
+
+    void debug(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+        va_list values;
+        va_start(values, format);
+        keep("d ", format, values);
+        va_end(values);
+    }
+    void warning(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+        va_list values;
+        va_start(values, format);
+        keep("w ", format, values);
+        va_end(values);
+    }
+    void error(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+        va_list values;
+        va_start(values, format);
+        keep("e ", format, values);
+        va_end(values);
+    }
+    void info(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+        va_list values;
+        va_start(values, format);
+        keep("i ", format, values);
+        va_end(values);
+    }
+    void finish() override { texts.push_back("finish"); }
+
+private:
+    void keep(std::string text, const char* format, va_list values) {
+        std::vector<char> buffer(4096);
+        std::vsnprintf(buffer.data(), buffer.size(), format, values);
+        texts.push_back(text + buffer.data());
+    }
+};
+
+/// A host that notes what it gets, and whether the manager knew the name at that moment.
+class RecordingHost final : public PelkPluginHost {
+public:
+    Texts texts;
+    PluginManager* manager = nullptr;
+
+    void addPluginDesc(PluginDesc* desc) override { note("add ", desc); }
+    void removePluginDesc(PluginDesc* desc) override { note("remove ", desc); }
+    void addParameter(PluginDesc*, const ParameterDesc&) override {}
+
+private:
+    void note(std::string text, PluginDesc* desc) {
+        const bool known = manager->getPluginDesc(desc->getName()) == desc;
+        texts.push_back(text + desc->getName() + (known ? ", known" : ", unknown"));
+    }
+};
+
+/// Shows what an enumeration gives, as text, and stops after `limit` of them.
+template <class Callback, class Item>
+class Lister final : public Callback {
+public:
+    explicit Lister(int most = 1000) : limit(most) {}
+    int process(Item* item) override {
+        texts.push_back(textOf(item));
+        return static_cast<int>(texts.size()) < limit;
+    }
+    Texts texts;
+
+private:
+    static std::string textOf(PluginLibDesc* library) { return library->getLibraryName(); }
+    static std::string textOf(PluginDesc* desc) { return desc->getName(); }
+    static std::string textOf(Plugin* plugin) { return std::to_string(plugin->getInstanceID()); }
+
+    int limit;
+};
+using LibLister = Lister<EnumPluginLibCallback, PluginLibDesc>;
+using DescLister = Lister<EnumPluginDescCallback, PluginDesc>;
+using PluginLister = Lister<EnumPluginCallback, Plugin>;
+
+class PluginManagerTest : public testing::Test, public LibraryRefusedCallback {
+protected:
+    PluginManagerTest() {
+        host.manager = manager;
+        manager->setRefusedCallback(this);
+    }
+    ~PluginManagerTest() override {
+        manager->deleteAllPlugins();
+        manager->release();
+    }
+    void refused(const char* path, const char* reason) override {
+        refusals.push_back(std::filesystem::path(path).filename().string() + ": " + reason);
+    }
+
+    /// Puts a copy of one of the libraries made for these tests into the directory.
+    std::string install(const std::string& library, const std::string& name) {
+        std::filesystem::copy_file(TEST_PLUGIN_MODULES + library + ".so", directory.file(name));
+        return directory.file(name);
+    }
+    PluginLibDesc* load(const std::string& mask) {
+        return manager->loadLibrary(directory.file(mask).c_str(), &host, &log);
+    }
+    static bool isMapped(const std::string& path) {
+        FILE* maps = std::fopen("/proc/self/maps", "r");
+        bool found = false;
+        for (char line[4096]; std::fgets(line, sizeof line, maps);)
+            found |= std::strstr(line, path.c_str()) != nullptr;
+        std::fclose(maps);
+        return found;
+    }
+    Texts descs(int limit = 1000) {
+        DescLister lister(limit);
+        manager->enumPluginDescs(&lister);
+        return lister.texts;
+    }
+    Texts instances() {
+        PluginLister lister;
+        manager->enumPlugins(&lister);
+        return lister.texts;
+    }
+
+    TemporaryDirectory directory;
+    RecordingLog log;
+    RecordingHost host;
+    Texts refusals;
+    DefaultPluginManager* manager = newDefaultPluginManager();
+    ListedDesc own{7, "Own"};
+};
+
+TEST_F(PluginManagerTest, LibraryIsLoadedUsedAndLetGo) {
+    const std::string path = install("two_plugins", "a.so");
+    PluginLibDesc* library = load("?.so");
+    ASSERT_TRUE(library);
+    EXPECT_THAT(log.texts, ElementsAre("d loadLibrary(" + directory.file("?.so") + ")",
+                                       "d Loading plugin \"" + path + "\"",
+                                       "d Found plugin \"TestTint\"", "d Found plugin \"TestGlow\"",
+                                       "d Plugin library \"" + path + "\" loaded",
+                                       "i 1 plugin(s) loaded successfully", "finish"));
+    EXPECT_THAT(host.texts, ElementsAre("add TestTint, unknown", "add TestGlow, unknown"));
+
+    Plugin* glow = manager->newPlugin("TestGlow", &host, 0);
+    ASSERT_TRUE(glow);
+    EXPECT_EQ(glow->getPluginDesc(), manager->getPluginDesc(102));
+    const struct {
+        int size;
+        std::string text;
+    } cases[] = {{0, "xxxx"}, {1, ""}, {5, path.substr(0, 4)}, {512, path}};
+    for (const auto& c : cases) {
+        char buffer[512] = "xxxx";
+        EXPECT_TRUE(manager->getPluginFileName(glow, buffer, c.size));
+        EXPECT_EQ(buffer, c.text) << c.size;
+    }
+    EXPECT_TRUE(manager->getLibraryProc("a.so", "getLibDesc"));
+    EXPECT_FALSE(manager->getLibraryProc("A.so", "getLibDesc"));
+    EXPECT_FALSE(manager->getLibraryProc("a.so", "getNothing"));
+    EXPECT_FALSE(manager->getLibraryProc("", "getLibDesc")) << "the host's own has no module";
+    EXPECT_FALSE(manager->getLibraryProc("a.so", nullptr));
+    manager->deletePlugin(glow);
+
+    host.texts.clear();
+    EXPECT_TRUE(manager->unloadLibrary(library, &host));
+    EXPECT_THAT(host.texts, ElementsAre("remove TestTint, unknown", "remove TestGlow, unknown"));
+    EXPECT_FALSE(isMapped(path));
+    EXPECT_FALSE(manager->unloadLibrary(library, &host)) << "it is gone";
+    EXPECT_FALSE(manager->unloadLibrary(nullptr, &host));
+    EXPECT_FALSE(manager->getPluginDesc("TestTint"));
+    EXPECT_EQ(manager->enumLibraries(nullptr), 1);
+}
+
+TEST_F(PluginManagerTest, RefusedLibraryIsReportedAndTheNextOneLoaded) {
+    const struct {
+        const char* library;
+        const char* error;
+        const char* reason;
+        bool stays;
+    } cases[] = {
+        {"text", "e Error loading plugin library \"%\": LoadLibrary failed (",
+         "LoadLibrary failed (", false},
+        {"no_entry", "e Error getting library description \"%\"", "no function getLibDesc", true},
+        {"borrowed_entry", "e Error getting library description \"%\"", "no function getLibDesc",
+         true},
+        {"null_description", "e Error getting library description \"%\"", "getLibDesc gives no",
+         false},
+    };
+    directory.write("text.so", "not a library");
+    std::filesystem::create_directory(directory.file("text.so.dir"));
+    const std::string good = install("two_plugins", "z.so");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.library);
+        const std::string name = std::string(c.library) + ".so", path = directory.file(name);
+        if (name != "text.so")
+            install(c.library, name);
+        EXPECT_FALSE(load(name));
+        std::string error = c.error;
+        error.replace(error.find('%'), 1, path);
+        ASSERT_EQ(log.texts.size(), 5u);
+        EXPECT_THAT(log.texts[2], StartsWith(error));
+        EXPECT_EQ(log.texts[3], "i 0 plugin(s) loaded successfully");
+        EXPECT_THAT(refusals, ElementsAre(StartsWith(name + ": " + c.reason)));
+        EXPECT_EQ(isMapped(path), c.stays);
+        EXPECT_EQ(manager->enumLibraries(nullptr), 1);
+        log.texts.clear();
+        refusals.clear();
+    }
+    EXPECT_TRUE(load("*.so*")) << "the last one is good";
+    EXPECT_EQ(refusals.size(), 5u) << "a directory is refused like a file";
+    EXPECT_EQ(log.texts.end()[-2], "i 1 plugin(s) loaded successfully");
+}
+
+TEST_F(PluginManagerTest, EachIdBelongsToOneDescriptorOfTheLibraries) {
+    install("two_plugins", "a.so");
+    install("two_plugins", "b.so");
+    install("same_ids", "c.so");
+    PluginLibDesc* a = load("a.so");
+    PluginDesc* tint = manager->getPluginDesc("TestTint");
+    host.texts.clear();
+    log.texts.clear();
+    PluginLibDesc* c = load("[bc].so");
+    EXPECT_FALSE(c) << "brackets are no pattern";
+    load("b.so");
+    c = load("c.so");
+    Texts warnings;
+    for (const std::string& text : log.texts)
+        if (text[0] == 'w')
+            warnings.push_back(text);
+    EXPECT_THAT(warnings, ElementsAre("w Duplicate plugin IDs: TestTint and TestTint",
+                                      "w Duplicate plugin IDs: TestGlow and TestGlow",
+                                      "w Duplicate plugin IDs: TestSecond and TestFirst",
+                                      "w Duplicate plugin IDs: TestFirst and TestSecond"));
+    EXPECT_THAT(host.texts, ElementsAre("add TestAlone, unknown"));
+    EXPECT_EQ(manager->getPluginDesc("TestTint"), tint);
+    EXPECT_EQ(manager->getPluginDesc(101), tint);
+    EXPECT_THAT(descs(), ElementsAre("TestFirst", "TestAlone", "TestSecond", "TestTint", "TestGlow",
+                                     "TestTint", "TestGlow"));
+    EXPECT_THAT(descs(4), ElementsAre("TestFirst", "TestAlone", "TestSecond", "TestTint"));
+    DescLister four(4);
+    EXPECT_EQ(manager->enumPluginDescs(&four), 4) << "the one that stopped it counts";
+
+    host.texts.clear();
+    EXPECT_TRUE(manager->unloadLibrary(a, &host));  // c takes its place, before b
+    EXPECT_THAT(descs(2), ElementsAre("TestTint", "TestGlow"));
+    EXPECT_TRUE(manager->unloadLibrary(c, &host));
+    EXPECT_EQ(host.texts.size(), 5u) << "refused descriptors are told to leave like the others";
+    EXPECT_TRUE(manager->unloadAllLibraries(&host));
+    EXPECT_THAT(descs(), IsEmpty());
+}
+
+TEST_F(PluginManagerTest, ListsAreCutAndJoinedByTheRules) {
+    const std::string dir(1021, 'd');
+    const struct {
+        const char* what;
+        std::string dirs, masks;
+        Texts expected;
+    } cases[] = {
+        {"one character counts at the end alone", "a;bc;d", "x", {"bcx", "dx"}},
+        {"every directory with every mask",
+         "/p/;/q/",
+         "*.a;*.b",
+         {"/p/*.a", "/p/*.b", "/q/*.a", "/q/*.b"}},
+        {"empty entries", ";;aa;;bb;", "m;", {}},
+        {"empty ends", ";;aa;;bb;", "mm;", {"aamm", "bbmm"}},
+        {"the last of a run stays", "a/\\b\\//", "/m", {"a\\b/m"}},
+        {"a network prefix stays", " \t\\\\host//share\\", "m", {"\\\\host/share\\m"}},
+        {"a mixed one is a run", "\\/host/", "m", {"/host/m"}},
+        {"three are a prefix and a run", "///host/", "m", {"//host/m"}},
+        {"a path of 1023 characters", dir, "mm", {dir + "mm"}},
+        {"a longer one is refused", dir, "mmm", {}},
+        {"entries are cut", std::string(1030, ' ') + ";/q/", "m", {"/q/m"}},
+        {"reading ends in the list", std::string(51199, ';') + "abc", "m", {"am"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        log.texts.clear();
+        EXPECT_TRUE(loadPlugins(*manager, c.dirs.c_str(), c.masks.c_str(), &host, &log));
+        Texts tried;
+        for (const std::string& text : log.texts)
+            if (text.starts_with("i Loading plugins from \""))
+                tried.push_back(text.substr(24, text.size() - 25));
+        EXPECT_EQ(tried, c.expected);
+        EXPECT_EQ(log.texts.back(), "i Finished loading plugins.");
+    }
+    EXPECT_TRUE(loadPlugins(*manager, nullptr, nullptr, nullptr, nullptr));
+}
+
+TEST_F(PluginManagerTest, LibraryThatThrowsSpoilsTheResultButNotTheOthers) {
+    install("throwing", "a.so");
+    install("two_plugins", "b.so");
+    const std::string dirs = directory.file("");
+    EXPECT_FALSE(loadPlugins(*manager, dirs.c_str(), "a.so;b.so", &host, &log));
+    EXPECT_TRUE(manager->getPluginDesc("TestTint"));
+    EXPECT_THAT(log.texts, testing::Contains("e Fatal error loading plugins."));
+    EXPECT_THAT(refusals, ElementsAre("a.so: no licence"));
+    // Its record has no description: the walks pass over it, and it can't be let go.
+    LibLister libraries;
+    EXPECT_EQ(manager->enumLibraries(&libraries), 3);
+    EXPECT_THAT(libraries.texts, ElementsAre("Listed", "SystemLib"));
+    EXPECT_TRUE(manager->getPluginDesc(102));
+    EXPECT_FALSE(manager->unloadAllLibraries(&host));
+    EXPECT_EQ(manager->enumLibraries(nullptr), 2);
+}
+
+TEST_F(PluginManagerTest, MasksWithoutAUsablePathAreRefused) {
+    EXPECT_FALSE(manager->loadLibrary(nullptr, &host, &log));
+    EXPECT_THAT(log.texts, IsEmpty());
+    EXPECT_FALSE(load("missing*.so"));
+    EXPECT_EQ(log.texts.size(), 1u) << "nothing found: nothing more is said";
+    log.texts.clear();
+    for (const std::string& mask :
+         {std::string(), "/" + std::string(511, 'x'), directory.file("")}) {
+        EXPECT_FALSE(manager->loadLibrary(mask.c_str(), &host, &log));
+        EXPECT_THAT(log.texts.back(), StartsWith("e Plugin mask \"" + mask + "\""));
+    }
+    // The mask fits 511 characters, the path of what it finds doesn't.
+    const std::filesystem::path wide = directory.path / std::string(240, 'd');
+    const std::filesystem::path deep = wide / std::string(500 - wide.string().size(), 'e');
+    std::filesystem::create_directories(deep);
+    std::ofstream(deep / "a_long_name.so");
+    EXPECT_FALSE(manager->loadLibrary((deep / "*.so").c_str(), &host, &log));
+    EXPECT_THAT(refusals, ElementsAre("a_long_name.so: the path is too long"));
+}
+
+TEST_F(PluginManagerTest, OwnDescriptorsEnterByNameBeforeTheyRegister) {
+    ListedDesc second{8, "Second"}, third{9, "Own"};
+    EXPECT_EQ(manager->registerPluginDesc(&own, &host), 1);
+    manager->registerPluginDesc(&second, &host);
+    manager->registerPluginDesc(&third, &host);
+    EXPECT_EQ(manager->getPluginDesc("Own"), &own) << "the first of a name";
+    EXPECT_EQ(manager->getPluginDesc(9), &third);
+    EXPECT_FALSE(manager->getPluginDesc(static_cast<const char*>(nullptr)));
+    manager->registerPluginDesc(&second, &host);
+    EXPECT_THAT(host.texts, ElementsAre("add Own, known", "add Second, known", "add Own, unknown",
+                                        "remove Second, unknown", "add Second, known"));
+    EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1);
+    EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1) << "no longer there";
+    EXPECT_THAT(descs(), ElementsAre("Second", "Own")) << "the last one took its place";
+    LibLister libraries;
+    manager->enumLibraries(&libraries);
+    EXPECT_THAT(libraries.texts, ElementsAre("SystemLib"));
+    host.texts.clear();
+    EXPECT_EQ(manager->unregisterAllPluginDescs(&host), 1);
+    EXPECT_THAT(host.texts, ElementsAre("remove Own, unknown", "remove Second, unknown"));
+
+    SystemLibDesc library(*manager);
+    library.add(&own, nullptr);
+    library.add(&second, nullptr);
+    DescLister all, two(2);
+    EXPECT_EQ(library.enumPluginDescs(&all), 2);
+    EXPECT_EQ(library.enumPluginDescs(&two), 1) << "the one that stopped it doesn't count";
+}
+
+TEST_F(PluginManagerTest, InstancesAreNumbered) {
+    constexpr u64 kUpper = 1ull << 63;
+    manager->registerPluginDesc(&own, nullptr);
+    const struct {
+        const char* what;
+        u64 asked, got;
+    } cases[] = {
+        {"starts at 1", 0, 1},
+        {"a number of its own", 100, 100},
+        {"goes on behind it", 0, 101},
+        {"a lower one", 50, 50},
+        {"does not set back", 0, 102},
+        {"in use", 50, 0},
+        {"the upper half counts as negative", kUpper, kUpper},
+        {"and leaves the next one alone", 0, 103},
+        {"ahead of the next", 105, 105},
+    };
+    for (const auto& c : cases) {
+        Plugin* plugin = manager->newPlugin(7, &host, c.asked);
+        EXPECT_EQ(plugin ? plugin->getInstanceID() : 0, c.got) << c.what;
+    }
+    manager->setNextPluginID(103);
+    EXPECT_EQ(manager->newPlugin("Own", nullptr, 0)->getInstanceID(), 104u);
+    EXPECT_FALSE(manager->newPlugin("Stranger", nullptr, 0));
+    EXPECT_FALSE(manager->newPlugin(8, nullptr, 0));  // draws 106, as 105 is in use
+    own.gives = false;
+    EXPECT_FALSE(manager->newPlugin(7, nullptr, 0));  // draws 107
+    own.gives = true;
+    Plugin* last = manager->newPlugin(7, nullptr, 0);
+    EXPECT_EQ(last->getInstanceID(), 108u) << "numbers drawn in vain are not given back";
+    manager->deletePlugin(last);
+    manager->deletePlugin(nullptr);
+    EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), 109u) << "nor those of the dead";
+    EXPECT_THAT(instances(), ElementsAre("1", "50", "100", "101", "102", "103", "104", "105", "109",
+                                         std::to_string(kUpper)));
+
+    PluginLister two(2);
+    EXPECT_EQ(manager->enumPlugins(&two), 10);
+    EXPECT_EQ(two.texts.size(), 2u);
+}
+
+TEST_F(PluginManagerTest, InstancesAreFoundMovedAndDeleted) {
+    manager->registerPluginDesc(&own, nullptr);
+    Plugin* first = manager->newPlugin(7, nullptr, 0);
+    Plugin* second = manager->newPlugin(7, nullptr, 0);
+    char name[] = "xxxx";
+    EXPECT_TRUE(manager->getPluginFileName(first, name, sizeof name));
+    EXPECT_STREQ(name, "") << "the host's own have no file";
+    manager->setPluginID(first, 9);
+    EXPECT_EQ(manager->getPlugin(9), first);
+    manager->setPluginID(second, 9);
+    EXPECT_EQ(manager->getPlugin(9), second);
+    EXPECT_THAT(instances(), ElementsAre("9"));
+    EXPECT_EQ(own.alive, 2) << "the displaced one is only not found any more";
+    own.deletePlugin(first);
+
+    struct Deleter final : EnumPluginCallback {
+        PluginManager* manager = nullptr;
+        int process(Plugin* plugin) override {
+            manager->deletePlugin(plugin);
+            return 1;
+        }
+    } deleter;
+    deleter.manager = manager;
+    manager->newPlugin(7, nullptr, 10);
+    manager->enumPlugins(&deleter);
+    EXPECT_EQ(own.alive, 0);
+    manager->newPlugin(7, nullptr, 0);
+    manager->deleteAllPlugins();
+    EXPECT_EQ(own.alive, 0);
+    EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), 1u);
+
+    Plugin homeless;
+    manager->setPluginID(&homeless, 5);
+    EXPECT_FALSE(manager->getPluginFileName(&homeless, name, sizeof name));
+    EXPECT_FALSE(manager->getPluginFileName(nullptr, name, sizeof name));
+    manager->deletePlugin(&homeless);  // no descriptor: forgotten, not deleted
+    EXPECT_THAT(instances(), ElementsAre("1"));
+}
+
+TEST_F(PluginManagerTest, InstanceThatCannotBeEnteredIsGivenBack) {
+    manager->registerPluginDesc(&own, nullptr);
+    platform::Heap full = platform::systemHeap();
+    full.allocate = [](size_t) -> void* { return nullptr; };
+    platform::setHeap(full);
+    EXPECT_THROW(manager->newPlugin(7, nullptr, 0), ExceptionMsg);
+    platform::setHeap(platform::systemHeap());
+    EXPECT_EQ(own.alive, 0);
+    EXPECT_THAT(instances(), IsEmpty());
+}
+
+TEST_F(PluginManagerTest, StateIsALabelAndTheLastNumber) {
+    struct Stream final : OutputStream, InputStream {
+        std::string bytes;
+        int write(const void* data, u32 size, u32& written) override {
+            bytes.append(static_cast<const char*>(data), written = size);
+            return 1;
+        }
+        int read(void* data, u32 size, u32& read) override {
+            read = static_cast<u32>(bytes.copy(static_cast<char*>(data), size));
+            bytes.erase(0, read);
+            return read == size;
+        }
+    } stream;
+    const std::string saved("\0\1\0\0\x08\x07\x06\x05\x04\x03\x02\x01", 12);
+    manager->setNextPluginID(0x0102030405060708);
+    EXPECT_EQ(manager->saveState(stream), 1);
+    EXPECT_EQ(stream.bytes, saved);
+
+    manager->registerPluginDesc(&own, nullptr);
+    u64 next = 5;
+    manager->setNextPluginID(next);
+    for (const std::string& bad : {std::string(), "\1" + saved.substr(1), saved.substr(0, 11)}) {
+        stream.bytes = bad;
+        EXPECT_EQ(manager->loadState(stream), 0);
+        EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), ++next) << bad.size();
+    }
+    stream.bytes = saved;
+    EXPECT_EQ(manager->loadState(stream), 1);
+    EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), 0x0102030405060709u);
+}
+
+}  // namespace

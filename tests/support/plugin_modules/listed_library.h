@@ -1,0 +1,59 @@
+#pragma once
+
+#include <initializer_list>
+#include <vector>
+
+#include "frame/plugin.h"
+#include "frame/plugin_desc.h"
+
+/// A plug-in kind of which only name and id matter. Counts the instances that live.
+class ListedDesc : public Tarnkit::PelkPluginDesc {
+public:
+    ListedDesc(Tarnkit::u32 descID, const char* descName) : id(descID), name(descName) {}
+
+    Tarnkit::u32 getPluginID() override { return id; }
+    Tarnkit::Plugin* newPlugin(Tarnkit::PelkPluginHost*) override {
+        return gives ? new Instance(*this) : nullptr;
+    }
+    void deletePlugin(Tarnkit::Plugin* plugin) override { delete plugin; }
+    int supportsInterface(Tarnkit::u64) override { return 0; }
+    const char* getName() override { return name; }
+
+    bool gives = true;  ///< whether newPlugin gives an instance
+    int alive = 0;
+
+private:
+    struct Instance : Tarnkit::Plugin {
+        explicit Instance(ListedDesc& desc) : kind(desc) { ++kind.alive; }
+        ~Instance() override { --kind.alive; }
+        Tarnkit::PluginDesc* getPluginDesc() override { return &kind; }
+        ListedDesc& kind;
+    };
+
+    Tarnkit::u32 id;
+    const char* name;
+};
+
+/// A library of such kinds, shown in the order in which they are given.
+class ListedLibrary : public Tarnkit::PluginLibDesc {
+public:
+    ListedLibrary(std::initializer_list<Tarnkit::PluginDesc*> list) : descs(list) {}
+
+    const char* getLibraryName() override { return "Listed"; }
+    const char* getLibraryDescription() override { return "A made-up library"; }
+    int enumPluginDescs(Tarnkit::EnumPluginDescCallback* callback) override {
+        int count = 0;
+        for (Tarnkit::PluginDesc* desc : descs) {
+            ++count;
+            if (callback && callback->process(desc) == 0)
+                break;
+        }
+        return count;
+    }
+
+private:
+    std::vector<Tarnkit::PluginDesc*> descs;
+};
+
+/// What every library of this kind exports.
+extern "C" PELK_API Tarnkit::PluginLibDesc* getLibDesc();

@@ -1,0 +1,5 @@
+#include "listed_library.h"
+
+Tarnkit::PluginLibDesc* getLibDesc() {
+    return nullptr;
+}
