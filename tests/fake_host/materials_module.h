@@ -1,0 +1,24 @@
+#pragma once
+
+#include "frame/plugin_desc.h"
+#include "platform/module.h"
+
+/// The built module, loaded as a host loads it, for as long as this lives.
+class MaterialsModule {
+public:
+    MaterialsModule();
+    ~MaterialsModule();
+    MaterialsModule(const MaterialsModule&) = delete;
+    MaterialsModule& operator=(const MaterialsModule&) = delete;
+
+    static const char* path();
+
+    /// What the module says of itself; null if it did not load, which fails the test.
+    Tarnkit::PluginLibDesc* getLibDesc() const { return libDesc; }
+    /// The descriptor of a plug-in; null if there is none of that name.
+    Tarnkit::PelkPluginDesc* find(const char* pluginName) const;
+
+private:
+    Tarnkit::platform::ModuleHandle module = nullptr;
+    Tarnkit::PluginLibDesc* libDesc = nullptr;
+};
