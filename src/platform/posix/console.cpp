@@ -1,0 +1,96 @@
+#include "platform/console.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <string_view>
+
+namespace Tarnkit::platform {
+
+namespace {
+
+constexpr int kOutput = STDOUT_FILENO;
+
+/// The standard output. A terminal does not tell its attributes, so they are kept here.
+class StandardConsole final : public Console {
+public:
+    bool isValid() const override { return fcntl(kOutput, F_GETFD) != -1; }
+    bool isTerminal() const override { return isatty(kOutput); }
+
+    bool getWindow(ConsoleWindow& window) const override {
+        winsize size = {};
+        if (ioctl(kOutput, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0)
+            return false;
+        window = {0, 0, size.ws_col - 1, size.ws_row - 1};
+        return true;
+    }
+
+    unsigned getAttributes() const override { return attributes; }
+
+    void setAttributes(unsigned value) override {
+        if (attributes.exchange(value) == value || !isTerminal())
+            return;
+        char sequence[32];
+        terminalSequence(value, sequence, sizeof sequence);
+        writeAll(sequence);
+    }
+
+    void write(const char* text, std::size_t length) override {
+        std::fflush(stdout);  // what was printed before comes before
+        writeAll({text, length});
+    }
+
+private:
+    static void writeAll(std::string_view text) {
+        while (!text.empty()) {
+            const ssize_t written = ::write(kOutput, text.data(), text.size());
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written <= 0)
+                return;
+            text.remove_prefix(written);
+        }
+    }
+
+    std::atomic<unsigned> attributes{kConsoleDefault};
+};
+
+constinit StandardConsole standardConsole;
+constinit std::atomic<Console*> current{&standardConsole};
+
+/// Terminals count colours from red on, attributes from blue on.
+unsigned terminalColor(unsigned attributes) {
+    return (attributes & kConsoleRed ? 1 : 0) | (attributes & kConsoleGreen ? 2 : 0) |
+           (attributes & kConsoleBlue ? 4 : 0);
+}
+
+}  // namespace
+
+Console& console() {
+    return *current.load();
+}
+
+void setConsole(Console* replacement) {
+    current = replacement ? replacement : &standardConsole;
+}
+
+void terminalSequence(unsigned attributes, char* buffer, std::size_t size) {
+    if (attributes == kConsoleDefault) {
+        std::snprintf(buffer, size, "\x1b[0m");
+        return;
+    }
+    const unsigned background = attributes >> 4;
+    const unsigned textBase = attributes & kConsoleIntensity ? 90 : 30;
+    const unsigned text = textBase + terminalColor(attributes);
+    if (background == 0)
+        std::snprintf(buffer, size, "\x1b[0;%um", text);
+    else
+        std::snprintf(buffer, size, "\x1b[0;%u;%um", text,
+                      (background & kConsoleIntensity ? 100 : 40) + terminalColor(background));
+}
+
+}  // namespace Tarnkit::platform
