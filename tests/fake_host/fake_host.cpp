@@ -7,7 +7,7 @@ FakeHost::FakeHost() {
     log = CallLog();
     renderer.sequenceData.numThreads = kMaxThreads;
     for (int i = 0; i < kMaxThreads; ++i)
-        threads[i].threadIndex = i;
+        threadData[i].threadIndex = i;
 }
 
 FakeHost::~FakeHost() = default;

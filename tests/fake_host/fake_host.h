@@ -81,7 +81,7 @@ protected:
 
     /// A hit of a camera ray, straight down on the front of a plane, on the thread of that index.
     /// The results hold values that no material leaves there.
-    FakeContext hit(int threadIndex = 0) { return FakeContext(renderer, threads[threadIndex]); }
+    FakeContext hit(int threadIndex = 0) { return FakeContext(renderer, threadData[threadIndex]); }
 
     /// The section that the material writes for `owner` and the name "name", with
     /// its answer in front: "1 diffuse\n".
@@ -97,7 +97,7 @@ private:
     void endFrame(Instance& instance);
 
     MaterialsModule module;
-    ThreadData threads[kMaxThreads];
+    ThreadData threadData[kMaxThreads];
     std::vector<Instance> instances;
     std::vector<std::unique_ptr<PelkPluginParameter>> parameters;
 };

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "fake_host/fake_host.h"
+
+/// Every material of the module on every road that a hit can take through it, set up once and
+/// then run without notes, so that what remains is what the materials do.
+class HitRoads : public FakeHost {
+protected:
+    HitRoads();
+
+    /// Makes ready in a context what hits will ask it for.
+    void prepare(FakeContext& context);
+    /// All hits, one after the other, in the context of one thread. Returns the sum of their
+    /// results, the same each time and on each thread.
+    Color runHits(FakeContext& context);
+
+private:
+    Color shade(PelkMaterial& material, FakeContext& context, u32 rayType, int backSide);
+    Color sample(PelkMaterial& material, FakeContext& context);
+
+    FakeTexture texture{AColor{Color(0.25f), 0.5f}};
+    FakeChannel channel{2};
+    RecordingMaterial base;
+    RecordingFragment fragment;
+    std::vector<PelkMaterial*> materials;
+};
+
+inline HitRoads::HitRoads() {
+    renderer.gi.light = Color(0.5f);
+    renderer.gi.mis = 1;
+    renderer.tracedColor = Color(2);
+    base.sampler.color = Color(-1, 2, 4);  // invalid, so that the report is on the road
+    PelkMaterial& diffuse = make("MtlDiffuse");
+    startFrame(diffuse, {{"diffuse_tex", &texture},
+                         {"reflection", Color(0.5f)},
+                         {"transparency", Color(0.25f)},
+                         {"render_channel_color", &channel}});
+    materials.push_back(&diffuse);
+    for (const int doubleSided : {0, 2, 3}) {
+        PelkMaterial& single = make("MtlSingleBRDF");
+        startFrame(single,
+                   {{"brdf", &base}, {"filter", Color(0.5f)}, {"double_sided", doubleSided}});
+        materials.push_back(&single);
+    }
+    log.quiet = true;
+}
+
+inline void HitRoads::prepare(FakeContext& context) {
+    context.resultFragment = &fragment;
+    context.prepareToSpawn(1);
+}
+
+inline Color HitRoads::runHits(FakeContext& context) {
+    Color sum;
+    for (PelkMaterial* material : materials) {
+        for (const u32 rayType : {kRayCamera, kRayShadow}) {
+            for (const int backSide : {0, 1})
+                sum += shade(*material, context, rayType, backSide);
+        }
+        sum += sample(*material, context);
+        sum += Color(static_cast<float>(material->getOpaqueFlags()));
+    }
+    return sum;
+}
+
+inline Color HitRoads::shade(PelkMaterial& material, FakeContext& context, u32 rayType,
+                             int backSide) {
+    context.rayType = rayType;
+    context.backSide = backSide;
+    material.shade(context);
+    return context.resultColor + context.resultTransparency;
+}
+
+inline Color HitRoads::sample(PelkMaterial& material, FakeContext& context) {
+    context.rayType = kRayCamera;
+    context.backSide = 0;
+    BSDFSampler* sampler = material.getBSDF(context, 0);
+    BRDFSampler* front = sampler->getBRDF(kFrontSide);
+    Color light(1), unshadowed(1);
+    Color sum = front->eval(context, {0, 0, 1}, light, unshadowed, 2.0f, kEvalDiffuse);
+    sampler->traceBSDFForward(context, 1);
+    sum += context.resultColor + sampler->getBSDFTransparency(context);
+    material.releaseBSDF(context, sampler);
+    return sum;
+}
