@@ -1,0 +1,26 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace Tarnkit {
+
+/// What the program answers to its caller.
+enum class ExitCode {
+    Done = 0,
+    BadInput = 1,          ///< a scene, a plug-in or what they name is wrong
+    BadUsage = 2,          ///< the command line is wrong
+    OutputFailed = 3,      ///< a picture could not be written
+    PictureHasErrors = 4,  ///< under --strict alone
+    Interrupted = 130,
+};
+
+// Each adds one command to the program. If the command line asks for it, it runs while the command
+// line is parsed, and leaves its outcome in `exitCode`.
+void addRenderCommand(CLI::App& program, ExitCode& exitCode);
+void addListCommand(CLI::App& program, ExitCode& exitCode);
+void addInfoCommand(CLI::App& program, ExitCode& exitCode);
+void addDescribeCommand(CLI::App& program, ExitCode& exitCode);
+
+}  // namespace Tarnkit

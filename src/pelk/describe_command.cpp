@@ -1,0 +1,97 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/pelk_material.h"
+#include "pelk/commands.h"
+#include "pelk/console_log.h"
+#include "pelk/plugin_options.h"
+#include "render/describe_job.h"
+#include "render/host_session.h"
+#include "render/scene.h"
+#include "render/scene_reader.h"
+#include "render/spelling.h"
+
+namespace Tarnkit {
+
+namespace {
+
+struct DescribeOptions {
+    PluginOptions plugins;
+    std::string scene, instance;
+    std::string section = "MaterialDescriptor";
+    std::vector<std::string> overrides;
+    bool verbose = false;
+};
+
+/// The instance's face for descriptions; null with a text that says what is wrong.
+RTMtlInterface* findMaterial(const Scene& scene, const std::string& name, std::string& error) {
+    Plugin* const plugin = scene.findPlugin(name);
+    if (!plugin) {
+        std::vector<std::string_view> names;
+        for (const Plugin* other : scene.getPlugins())
+            names.push_back(other->getPluginName());
+        error = scene.file + ": there is no instance \"" + name + "\"" + didYouMean(name, names);
+        return nullptr;
+    }
+    auto* const material = findInterface<RTMtlInterface>(plugin, EXT_RTMTL);
+    if (!material)
+        error = scene.file + ": \"" + name + "\" is a " + plugin->getPluginTypeName() +
+                ", which does not describe itself as text (it has no EXT_RTMTL)";
+    return material;
+}
+
+ExitCode run(const DescribeOptions& options) {
+    StatusLine status;
+    ConsoleLog log(status, options.verbose);
+    std::string error;
+    const auto fail = [&status](const std::string& text) {
+        status.print("pelk: " + text);
+        return ExitCode::BadInput;
+    };
+
+    HostSession session;
+    if (!loadModules(session, options.plugins, log, error))
+        return fail(error);
+    const auto scene = readScene(session, options.scene, options.overrides, error);
+    if (!scene)
+        return fail(error);
+    RTMtlInterface* const material = findMaterial(*scene, options.instance, error);
+    if (!material)
+        return fail(error);
+    const DescribeResult result =
+        describeMaterial(*scene, *material, options.section.c_str(), &log);
+    if (!result.ok)
+        return fail(result.error);
+    std::fputs(result.text.c_str(), stdout);
+    if (!result.handled)
+        log.info("\"%s\" has no %s", options.instance.c_str(), options.section.c_str());
+    return ExitCode::Done;
+}
+
+}  // namespace
+
+void addDescribeCommand(CLI::App& program, ExitCode& exitCode) {
+    CLI::App* const command = program.add_subcommand(
+        "describe", "Prints the text by which a material of a scene describes itself");
+    const auto options = std::make_shared<DescribeOptions>();
+    command->add_option("SCENE", options->scene, "Scene file")->required();
+    command->add_option("INSTANCE", options->instance, "Name of the material in the scene")
+        ->required();
+    command->add_option("--section", options->section, "The part of the text that is wanted")
+        ->check(CLI::IsMember({"MaterialDescriptor", "HierarchyDescriptor"}))
+        ->type_name("")
+        ->capture_default_str();
+    command
+        ->add_option("--set", options->overrides, "Set a parameter of the scene first; repeatable")
+        ->type_name("INSTANCE.PARAM=VALUE")
+        ->allow_extra_args(false);
+    options->plugins.addTo(*command);
+    command->add_flag("-v,--verbose", options->verbose, "Tell more, on standard error");
+    command->callback([options, &exitCode] { exitCode = run(*options); });
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,71 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/exception_msg.h"
+#include "pelk/commands.h"
+#include "render/spelling.h"
+
+namespace {
+
+using Tarnkit::ExitCode;
+
+constexpr char kFooter[] =
+    "\nA first picture:\n"
+    "  pelk render scenes/cornell.json -o cornell.png\n"
+    "\nExit codes: 0 done, 1 bad input, 2 bad usage, 3 output failed, 4 the picture has errors\n"
+    "(under --strict), 130 interrupted.";
+
+/// What is wrong with the word that stands in the place of the command; empty if nothing is.
+std::string checkCommand(const CLI::App& program, int argc, char** argv) {
+    if (argc < 2 || argv[1][0] == '-')
+        return {};
+    std::vector<std::string> names;
+    for (const CLI::App* command : program.get_subcommands(nullptr))
+        names.push_back(command->get_name());
+    const std::string_view word = argv[1];
+    if (std::find(names.begin(), names.end(), word) != names.end())
+        return {};
+    const std::vector<std::string_view> views(names.begin(), names.end());
+    return "there is no command \"" + std::string(word) + "\"" + Tarnkit::didYouMean(word, views);
+}
+
+ExitCode run(int argc, char** argv) {
+    CLI::App program{"Renders scenes, and explains the plug-ins that scenes are made of.", "pelk"};
+    program.set_version_flag("--version", "pelk " PELK_VERSION);
+    program.require_subcommand(1);
+    program.footer(kFooter);
+    ExitCode exitCode = ExitCode::Done;
+    addRenderCommand(program, exitCode);
+    addListCommand(program, exitCode);
+    addInfoCommand(program, exitCode);
+    addDescribeCommand(program, exitCode);
+
+    const std::string wrongCommand = checkCommand(program, argc, argv);
+    if (!wrongCommand.empty()) {
+        std::fprintf(stderr, "pelk: %s\nRun pelk --help for the commands.\n", wrongCommand.c_str());
+        return ExitCode::BadUsage;
+    }
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? ExitCode::Done : ExitCode::BadUsage;
+    }
+    return exitCode;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return static_cast<int>(run(argc, argv));
+    } catch (const Tarnkit::ExceptionMsg& failure) {
+        std::fprintf(stderr, "pelk: %s\n", failure.text);
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "pelk: %s\n", failure.what());
+    }
+    return static_cast<int>(ExitCode::BadInput);
+}

@@ -1,0 +1,178 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "pelk/commands.h"
+#include "pelk/console_log.h"
+#include "pelk/interrupt.h"
+#include "pelk/json_output.h"
+#include "pelk/progress.h"
+#include "pelk/render_options.h"
+#include "platform/file.h"
+#include "render/host_session.h"
+#include "render/image_output.h"
+#include "render/scene.h"
+#include "render/scene_reader.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// One run of `pelk render`.
+class RenderRun {
+public:
+    explicit RenderRun(RenderCommandOptions& commandOptions)
+        : options(commandOptions), log(status, commandOptions.verbose) {}
+
+    ExitCode run();
+
+private:
+    ExitCode fail(ExitCode code, const std::string& text) {
+        status.print("pelk: " + text);
+        return code;
+    }
+    ExitCode checkOutputs();
+    ExitCode checkPixels(const Scene& scene, RenderOptions& render);
+    RenderResult render(Scene& scene, const RenderOptions& render, Picture& picture);
+    ExitCode write(const Scene& scene, const RenderOptions& render, const RenderResult& result,
+                   const Picture& picture);
+    ExitCode report(const RenderResult& result, ExitCode code);
+
+    RenderCommandOptions& options;
+    StatusLine status;
+    ConsoleLog log;
+    std::vector<std::string> written;  ///< full names of the pictures
+};
+
+ExitCode RenderRun::run() {
+    if (const ExitCode code = checkOutputs(); code != ExitCode::Done)
+        return code;
+    HostSession session;
+    std::string error;
+    if (!loadModules(session, options.plugins, log, error))
+        return fail(ExitCode::BadInput, error);
+    const auto scene = readScene(session, options.scene, options.overrides, error);
+    if (!scene)
+        return fail(ExitCode::BadInput, error);
+    RenderOptions renderOptions;
+    if (const ExitCode code = checkPixels(*scene, renderOptions); code != ExitCode::Done)
+        return code;
+
+    Picture picture;
+    const RenderResult result = render(*scene, renderOptions, picture);
+    if (!result.ok)
+        return fail(ExitCode::BadInput, options.scene + ": " + result.error);
+    if (result.stopped && result.samples == 0)
+        return fail(ExitCode::Interrupted,
+                    "interrupted before any pixel was done; nothing written");
+    return report(result, write(*scene, renderOptions, result, picture));
+}
+
+/// Finds out before the render what could go wrong after it.
+ExitCode RenderRun::checkOutputs() {
+    if (options.outputs.empty())
+        options.outputs.push_back(std::filesystem::path(options.scene).stem().string() + ".png");
+    std::string error;
+    for (const std::string& output : options.outputs) {
+        if (!canWritePicture(output, error))
+            return fail(ExitCode::OutputFailed, error);
+    }
+    return ExitCode::Done;
+}
+
+ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
+    const SceneSettings& settings = scene.settings;
+    render.width = options.width > 0 ? options.width : settings.width;
+    render.height = options.height > 0 ? options.height : settings.height;
+    render.samples = options.samples > 0 ? options.samples : settings.samples;
+    render.threads = options.threads;
+    std::string error;
+    if (!choosePixels(options, render.width, render.height, render.region, error))
+        return fail(ExitCode::BadUsage, error);
+    return ExitCode::Done;
+}
+
+RenderResult RenderRun::render(Scene& scene, const RenderOptions& render, Picture& picture) {
+    TerminalProgress terminalProgress(status);
+    JsonProgress jsonProgress;
+    RenderProgress* progress = nullptr;
+    if (options.progress == ProgressStyle::JsonLines)
+        progress = &jsonProgress;
+    else if (options.progress == ProgressStyle::Auto && status.isTerminal())
+        progress = &terminalProgress;
+    const InterruptGuard interrupt;
+    const RenderResult result =
+        renderScene(scene, render, &log, progress, interrupt.wasRequested(), picture);
+    status.show({});
+    return result;
+}
+
+/// Writes every picture that can be written; one that can't does not spoil the others.
+ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
+                          const RenderResult& result, const Picture& picture) {
+    const PictureInfo info{.scene = options.scene,
+                           .samples = render.samples,
+                           .seconds = result.seconds,
+                           .host = "pelk",
+                           .version = PELK_VERSION};
+    const PixelDepth depth = scene.settings.half_float ? PixelDepth::Half : PixelDepth::Float;
+    ExitCode code = ExitCode::Done;
+    for (const std::string& output : options.outputs) {
+        std::string error;
+        if (!writePicture(picture, output, info, depth, error))
+            code = fail(ExitCode::OutputFailed, error);
+        else
+            written.push_back(platform::fullPath(output));
+    }
+    return code;
+}
+
+/// The last words, and what the whole run comes to.
+ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
+    if (options.progress == ProgressStyle::JsonLines) {
+        printJson({{"event", "finished"},
+                   {"pictures", written},
+                   {"samples", result.samples},
+                   {"seconds", result.seconds},
+                   {"dropped_samples", result.droppedSamples},
+                   {"interrupted", result.stopped}},
+                  -1);
+    } else {
+        for (const std::string& file : written)
+            std::printf("Wrote %s\n", file.c_str());
+        if (status.isTerminal())
+            status.print(shortNumber(double(result.samples)) + " samples in " +
+                         clockTime(result.seconds) + ", " +
+                         shortNumber(double(result.samples) / std::max(result.seconds, 1e-9)) +
+                         " a second");
+    }
+    if (result.droppedSamples > 0)
+        log.warning(
+            "%lld samples were left out, since their colour was not finite; \"%s\" made "
+            "one of them",
+            result.droppedSamples, result.droppedBy.c_str());
+    if (result.stopped)
+        status.print("pelk: interrupted; the picture holds what was done by then");
+    if (code != ExitCode::Done)
+        return code;
+    if (result.stopped)
+        return ExitCode::Interrupted;
+    return options.strict && result.droppedSamples > 0 ? ExitCode::PictureHasErrors
+                                                       : ExitCode::Done;
+}
+
+}  // namespace
+
+void addRenderCommand(CLI::App& program, ExitCode& exitCode) {
+    CLI::App* const command =
+        program.add_subcommand("render", "Renders a scene into one or more picture files");
+    const auto options = std::make_shared<RenderCommandOptions>();
+    options->addTo(*command);
+    command->callback([options, &exitCode] { exitCode = RenderRun(*options).run(); });
+}
+
+}  // namespace Tarnkit
