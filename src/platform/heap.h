@@ -18,7 +18,7 @@ struct HeapReport {
 /// The operations of the runtime's heap. A test may put its own in their place, to count, to
 /// refuse memory or to play a damaged heap.
 struct Heap {
-    /// Null if the memory can't be had, as for `malloc`.
+    /// Null if the memory can't be had. A size of 0 gives a block too.
     void* (*allocate)(std::size_t size);
     /// `alignment`: a power of two. Null as above.
     void* (*allocateAligned)(std::size_t size, std::size_t alignment);

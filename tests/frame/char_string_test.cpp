@@ -1,0 +1,97 @@
+#include "frame/char_string.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <optional>
+#include <random>
+#include <string>
+
+#include "frame/exception_msg.h"
+#include "test_heap.h"
+
+namespace {
+
+using Tarnkit::CharString;
+
+TEST(CharStringTest, NullIsNotEmpty) {
+    const struct {
+        const char* what;
+        CharString string;
+        const char* text;
+    } cases[] = {
+        {"default", CharString(), nullptr},
+        {"null", CharString(nullptr), nullptr},
+        {"null with a length", CharString(nullptr, 3), nullptr},
+        {"no length", CharString("abc", 0), nullptr},
+        {"negative length", CharString("abc", -1), nullptr},
+        {"empty", CharString(""), ""},
+        {"empty with a length", CharString("", 3), ""},
+        {"cut", CharString("abcd", 2), "ab"},
+        {"ends before its length", CharString("ab\0cd", 5), "ab"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_STREQ(c.string.c_str(), c.text) << c.what;
+        EXPECT_EQ(c.string.length(), c.text ? static_cast<int>(std::strlen(c.text)) : 0) << c.what;
+    }
+}
+
+TEST(CharStringTest, TextFromItsOwnBufferIsReadBeforeItMoves) {
+    CharString string("0123456789");
+    string = string.c_str();
+    EXPECT_STREQ(string.c_str(), "0123456789");
+    string = string.c_str() + 3;
+    EXPECT_STREQ(string.c_str(), "3456789");
+    string.append(string).append(string.c_str() + 12).append(string.c_str(), 2);
+    EXPECT_STREQ(string.c_str(), "345678934567898934");
+    const CharString& alias = string;
+    string = alias;
+    EXPECT_STREQ(string.c_str(), "345678934567898934");
+}
+
+TEST(CharStringTest, FailedChangeChangesNothing) {
+    const TestHeap heap;
+    CharString string("short"), shared("shared"), copy(shared);
+    for (const int requests : {0, 1}) {  // the copy needs an object, then its text
+        TestHeap::refuseAfter(requests);
+        EXPECT_THROW(copy.append(" and more"), Tarnkit::ExceptionMsg);
+        EXPECT_STREQ(copy.c_str(), "shared");
+    }
+    EXPECT_THROW(string = "something longer", Tarnkit::ExceptionMsg);
+    EXPECT_STREQ(string.c_str(), "short");
+    EXPECT_STREQ(shared.c_str(), "shared");
+}
+
+TEST(CharStringTest, BehavesAsAValueUnderRandomOperations) {
+    const TestHeap heap;
+    {
+        std::mt19937 random(17);
+        CharString strings[4];
+        std::optional<std::string> model[4];
+        for (int step = 0; step < 20000; ++step) {
+            const unsigned to = random() % 4, from = random() % 4, kind = random() % 5;
+            const std::string text(random() % 40, static_cast<char>('a' + random() % 26));
+            if (kind == 0) {
+                strings[to] = strings[from];
+                model[to] = model[from];
+            } else if (kind == 1) {
+                strings[to] = text.c_str();
+                model[to] = text;
+            } else if (kind == 2) {
+                strings[to].append(text.c_str());
+                model[to] = model[to].value_or("") + text;
+            } else if (model[from] && model[from]->size() < 500) {
+                strings[to].append(strings[from]);
+                model[to] = model[to].value_or("") + *model[from];
+            } else {
+                strings[from] = nullptr;
+                model[from].reset();
+            }
+            for (int i = 0; i < 4; ++i)
+                ASSERT_STREQ(strings[i].c_str(), model[i] ? model[i]->c_str() : nullptr) << step;
+        }
+    }
+    EXPECT_EQ(TestHeap::state.live, 0);
+}
+
+}  // namespace

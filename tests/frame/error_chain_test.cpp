@@ -1,0 +1,64 @@
+#include "frame/error_chain.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "test_heap.h"
+
+namespace {
+
+using Tarnkit::ErrorChain;
+
+TEST(ErrorChainTest, TextRunsFromTheLatestToTheFirst) {
+    ErrorChain chain;
+    EXPECT_STREQ(chain.getText().c_str(), "No error");
+    EXPECT_STREQ(chain.getFirstErrorText(), "no error");
+    chain.addError("reader", 3, "line %d", 12);
+    chain.addError(nullptr, 7, "no place");
+    chain.addError("top", -5, nullptr);
+    EXPECT_STREQ(chain.getText().c_str(), "[top]  | no place | [reader] line 12");
+    EXPECT_STREQ(chain.getFirstErrorText(), "unknown error");
+    const int codes[] = {-5, 7, 3, 0, 0};
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(chain.getCode(i), codes[i]) << i;
+    EXPECT_EQ(chain.getCode(-1), 0);
+    EXPECT_STREQ(ErrorChain::getErrorText(7), "error writing file");
+    EXPECT_STREQ(ErrorChain::getErrorText(8), "unknown error");
+}
+
+TEST(ErrorChainTest, BoundedTextIsCutAndTerminated) {
+    const std::string whole = "[a] bcd | [e] f";
+    ErrorChain chain = ErrorChain::makeError("e", 1, "f");
+    chain.addError("a", 1, "bcd");
+    for (int size = 0; size < 20; ++size) {
+        std::string buffer(24, '#');
+        chain.getText(buffer.data(), size);
+        const std::string written =
+            size > 0 ? whole.substr(0, size - 1) + std::string(1, '\0') : std::string();
+        EXPECT_EQ(buffer, written + std::string(24 - written.size(), '#')) << size;
+    }
+    const ErrorChain lengthy =
+        ErrorChain::makeError(nullptr, 1, "%s", std::string(600, 'x').c_str());
+    EXPECT_EQ(lengthy.getText().length(), 511);
+}
+
+TEST(ErrorChainTest, CopiesShareRecordsAndTheLastOneFreesThem) {
+    const TestHeap heap;
+    {
+        ErrorChain first = ErrorChain::makeError("a", 1, "first");
+        ErrorChain second = first;
+        second.addError("b", 2, "second");
+        first.addError("c", 3, "third");
+        EXPECT_STREQ(first.getText().c_str(), "[c] third | [a] first");
+        first = second;
+        second = ErrorChain();
+        EXPECT_STREQ(first.getText().c_str(), "[b] second | [a] first");
+        EXPECT_FALSE(second.isError());
+        for (int i = 0; i < 200000; ++i)  // dropped without a recursion
+            first.addError("deep", i, "x");
+    }
+    EXPECT_EQ(TestHeap::state.live, 0);
+}
+
+}  // namespace
