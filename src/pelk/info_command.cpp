@@ -29,12 +29,12 @@ double shortest(float value) {
     return result;
 }
 
-Json textOrNull(const char* text) {
-    return text ? Json(text) : Json();
+OutputJson textOrNull(const char* text) {
+    return text ? OutputJson(text) : OutputJson();
 }
 
 /// The name of the type; the number of a type without one.
-Json typeOf(const ParameterDesc& parameter) {
+OutputJson typeOf(const ParameterDesc& parameter) {
     switch (parameter.type) {
         case ParameterType::Bool:
             return "bool";
@@ -60,7 +60,7 @@ Json typeOf(const ParameterDesc& parameter) {
     return parameter.typeNumber;
 }
 
-Json defaultOf(const ParameterDesc& parameter) {
+OutputJson defaultOf(const ParameterDesc& parameter) {
     if (!parameter.hasDefault)
         return nullptr;
     const Color& color = parameter.colorDefault.color;
@@ -74,10 +74,10 @@ Json defaultOf(const ParameterDesc& parameter) {
         case ParameterType::TextureFloat:
             return shortest(color.r);
         case ParameterType::Color:
-            return Json::array({shortest(color.r), shortest(color.g), shortest(color.b)});
+            return OutputJson::array({shortest(color.r), shortest(color.g), shortest(color.b)});
         case ParameterType::Texture:
-            return Json::array({shortest(color.r), shortest(color.g), shortest(color.b),
-                                shortest(parameter.colorDefault.alpha)});
+            return OutputJson::array({shortest(color.r), shortest(color.g), shortest(color.b),
+                                      shortest(parameter.colorDefault.alpha)});
         case ParameterType::String:
             return textOrNull(parameter.stringDefault);
         case ParameterType::Plugin:
@@ -88,14 +88,14 @@ Json defaultOf(const ParameterDesc& parameter) {
 }
 
 /// The interface that a value must offer; its number if it has no name, null if there is none.
-Json interfaceOf(const ParameterDesc& parameter) {
+OutputJson interfaceOf(const ParameterDesc& parameter) {
     if (parameter.interfaceID == 0)
         return nullptr;
     const char* const name = interfaceName(parameter.interfaceID);
-    return name ? Json(name) : Json(parameter.interfaceID);
+    return name ? OutputJson(name) : OutputJson(parameter.interfaceID);
 }
 
-Json describeParameter(const ParameterDesc& parameter) {
+OutputJson describeParameter(const ParameterDesc& parameter) {
     return {{"name", parameter.name},
             {"type", typeOf(parameter)},
             {"list", parameter.isList()},
@@ -105,8 +105,8 @@ Json describeParameter(const ParameterDesc& parameter) {
             {"guide", textOrNull(parameter.guide)}};
 }
 
-Json describeKind(const HostSession& session, const PluginKind& kind) {
-    Json parameters = Json::array();
+OutputJson describeKind(const HostSession& session, const PluginKind& kind) {
+    OutputJson parameters = OutputJson::array();
     for (const ParameterDesc* parameter : kind.parameters)
         parameters.push_back(describeParameter(*parameter));
     return {{"name", kind.getName()},
@@ -116,18 +116,18 @@ Json describeKind(const HostSession& session, const PluginKind& kind) {
 }
 
 /// A value as a person reads it: texts without quotes.
-std::string plain(const Json& value) {
+std::string plain(const OutputJson& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
-void printText(const PluginKind& kind, const Json& info) {
+void printText(const PluginKind& kind, const OutputJson& info) {
     std::printf("%s, id %u, %s\n", kind.getName(), kind.desc->getPluginID(),
                 kind.library.empty() ? "part of this program" : kind.library.c_str());
     std::printf("Interfaces:");
-    for (const Json& name : info["interfaces"])
+    for (const OutputJson& name : info["interfaces"])
         std::printf(" %s", name.get<std::string>().c_str());
     std::printf("\n\nParameters\n");
-    for (const Json& parameter : info["parameters"]) {
+    for (const OutputJson& parameter : info["parameters"]) {
         std::string type = plain(parameter["type"]);
         if (!parameter["interface"].is_null())
             type += " with " + plain(parameter["interface"]);
@@ -156,7 +156,7 @@ ExitCode run(const InfoOptions& options) {
                          library.reason.c_str());
         return ExitCode::BadInput;
     }
-    const Json info = describeKind(session, *kind);
+    const OutputJson info = describeKind(session, *kind);
     options.json ? printJson(info) : printText(*kind, info);
     return ExitCode::Done;
 }

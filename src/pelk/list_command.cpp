@@ -18,7 +18,7 @@ struct ListOptions {
 };
 
 void printLists(const HostSession& session) {
-    Json plugins = Json::array(), rejected = Json::array();
+    OutputJson plugins = OutputJson::array(), rejected = OutputJson::array();
     for (const PluginKind* kind : session.getKinds()) {
         plugins.push_back({{"name", kind->getName()},
                            {"id", kind->desc->getPluginID()},
