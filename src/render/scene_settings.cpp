@@ -1,0 +1,114 @@
+#include "render/scene_settings.h"
+
+#include <cmath>
+#include <string_view>
+#include <vector>
+
+#include "render/spelling.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// One setting, with the field of its type; the others are null.
+struct SettingRow {
+    std::string_view name;
+    const char* expected;
+    int SceneSettings::*intField = nullptr;
+    int least = 0, most = 0;
+    bool SceneSettings::*boolField = nullptr;
+    double SceneSettings::*numberField = nullptr;
+    Color SceneSettings::*colorField = nullptr;
+    std::string SceneSettings::*textField = nullptr;
+};
+
+using S = SceneSettings;
+constexpr int kLargestSide = 32768;
+
+constexpr SettingRow kSettings[] = {
+    {.name = "width",
+     .expected = "a whole number from 1 to 32768",
+     .intField = &S::width,
+     .least = 1,
+     .most = kLargestSide},
+    {.name = "height",
+     .expected = "a whole number from 1 to 32768",
+     .intField = &S::height,
+     .least = 1,
+     .most = kLargestSide},
+    {.name = "samples",
+     .expected = "a whole number from 1 to 1048576",
+     .intField = &S::samples,
+     .least = 1,
+     .most = 1 << 20},
+    {.name = "max_depth",
+     .expected = "a whole number from 0 to 1000",
+     .intField = &S::max_depth,
+     .most = 1000},
+    {.name = "gi", .expected = "true or false", .boolField = &S::gi},
+    {.name = "reflective_gi", .expected = "true or false", .boolField = &S::reflective_gi},
+    {.name = "background",
+     .expected = "three numbers, as in [0, 0, 0]",
+     .colorField = &S::background},
+    {.name = "time", .expected = "a number", .numberField = &S::time},
+    {.name = "half_float", .expected = "true or false", .boolField = &S::half_float},
+    {.name = "camera", .expected = "the name of a camera", .textField = &S::camera},
+};
+
+bool readInt(const Json& json, const SettingRow& row, int& out) {
+    if (!json.is_number_integer() || json > row.most || json < row.least)
+        return false;
+    out = json.get<int>();
+    return true;
+}
+
+bool readColor(const Json& json, Color& out) {
+    if (!json.is_array() || json.size() != 3 || !json[0].is_number() || !json[1].is_number() ||
+        !json[2].is_number())
+        return false;
+    out = {json[0].get<float>(), json[1].get<float>(), json[2].get<float>()};
+    return isFinite(out);
+}
+
+bool readSetting(const Json& json, const SettingRow& row, SceneSettings& settings) {
+    if (row.intField)
+        return readInt(json, row, settings.*row.intField);
+    if (row.colorField)
+        return readColor(json, settings.*row.colorField);
+    if (row.boolField && json.is_boolean())
+        settings.*row.boolField = json.get<bool>();
+    else if (row.numberField && json.is_number())
+        settings.*row.numberField = json.get<double>();
+    else if (row.textField && json.is_string())
+        settings.*row.textField = json.get<std::string>();
+    else
+        return false;
+    return true;
+}
+
+}  // namespace
+
+bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettings& settings,
+                       SceneError& error) {
+    if (!json.is_object()) {
+        error = {pointer, "expected an object of settings, not " + shortText(json)};
+        return false;
+    }
+    std::vector<std::string_view> names;
+    for (const SettingRow& row : kSettings)
+        names.push_back(row.name);
+    for (const auto& [key, value] : json.items()) {
+        const SettingRow* found = nullptr;
+        for (const SettingRow& row : kSettings)
+            found = row.name == key ? &row : found;
+        if (found && readSetting(value, *found, settings))
+            continue;
+        error = {pointerTo(pointer, key),
+                 found ? std::string("expected ") + found->expected + ", not " + shortText(value)
+                       : "there is no such setting" + knownNames(key, names)};
+        return false;
+    }
+    return true;
+}
+
+}  // namespace Tarnkit
