@@ -4,143 +4,109 @@
 #include "frame/plugin_desc.h"
 
 namespace Tarnkit {
+namespace {
+
+/// What all parameters have.
+ParameterDesc describe(const char* name, ParameterType type, int count, const char* description,
+                       const char* guide) {
+    return {.name = name, .type = type, .count = count, .description = description, .guide = guide};
+}
+
+ParameterDesc withDefault(ParameterDesc parameter, int value) {
+    parameter.hasDefault = true;
+    parameter.intDefault = value;
+    return parameter;
+}
+
+ParameterDesc withDefault(ParameterDesc parameter, AColor value) {
+    parameter.hasDefault = true;
+    parameter.colorDefault = value;
+    return parameter;
+}
+
+ParameterDesc withDefault(ParameterDesc parameter, float value) {
+    return withDefault(parameter, AColor{Color(value), 1.0f});
+}
+
+}  // namespace
 
 PelkParameterListDesc::PelkParameterListDesc() = default;
 PelkParameterListDesc::~PelkParameterListDesc() = default;
 
 void PelkParameterListDesc::addParamBool(const char* name, bool value, int count,
                                          const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Bool,
-              .count = count,
-              .hasDefault = true,
-              .intDefault = value ? 1 : 0,
-              .description = description,
-              .guide = guide});
+    addParam(
+        withDefault(describe(name, ParameterType::Bool, count, description, guide), value ? 1 : 0));
 }
 
 void PelkParameterListDesc::addParamInt(const char* name, int value, int count,
                                         const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Int,
-              .count = count,
-              .hasDefault = true,
-              .intDefault = value,
-              .description = description,
-              .guide = guide});
+    addParam(withDefault(describe(name, ParameterType::Int, count, description, guide), value));
 }
 
 void PelkParameterListDesc::addParamFloat(const char* name, float value, int count,
                                           const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Float,
-              .count = count,
-              .hasDefault = true,
-              .colorDefault = {Color(value), 1.0f},
-              .description = description,
-              .guide = guide});
+    addParam(withDefault(describe(name, ParameterType::Float, count, description, guide), value));
 }
 
 void PelkParameterListDesc::addParamColor(const char* name, Color value, int count,
                                           const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Color,
-              .count = count,
-              .hasDefault = true,
-              .colorDefault = {value, 1.0f},
-              .description = description,
-              .guide = guide});
+    addParam(withDefault(describe(name, ParameterType::Color, count, description, guide),
+                         AColor{value, 1.0f}));
 }
 
 void PelkParameterListDesc::addParamPlugin(const char* name, u64 interfaceID, int count,
                                            const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Plugin,
-              .count = count,
-              .interfaceID = interfaceID,
-              .description = description,
-              .guide = guide});
+    ParameterDesc parameter = describe(name, ParameterType::Plugin, count, description, guide);
+    parameter.interfaceID = interfaceID;
+    addParam(parameter);
 }
 
 void PelkParameterListDesc::addParamString(const char* name, const char* value, int count,
                                            const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::String,
-              .count = count,
-              .hasDefault = value != nullptr,
-              .stringDefault = value,
-              .description = description,
-              .guide = guide});
+    ParameterDesc parameter = describe(name, ParameterType::String, count, description, guide);
+    parameter.hasDefault = value != nullptr;
+    parameter.stringDefault = value;
+    addParam(parameter);
 }
 
 void PelkParameterListDesc::addParamTexture(const char* name, int count, const char* description,
                                             const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Texture,
-              .count = count,
-              .description = description,
-              .guide = guide});
+    addParam(describe(name, ParameterType::Texture, count, description, guide));
 }
 
 void PelkParameterListDesc::addParamTexture(const char* name, AColor value, int count,
                                             const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Texture,
-              .count = count,
-              .hasDefault = true,
-              .colorDefault = value,
-              .description = description,
-              .guide = guide});
+    addParam(withDefault(describe(name, ParameterType::Texture, count, description, guide), value));
 }
 
 void PelkParameterListDesc::addParamTextureFloat(const char* name, int count,
                                                  const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::TextureFloat,
-              .count = count,
-              .description = description,
-              .guide = guide});
+    addParam(describe(name, ParameterType::TextureFloat, count, description, guide));
 }
 
 void PelkParameterListDesc::addParamTextureFloat(const char* name, float value, int count,
                                                  const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::TextureFloat,
-              .count = count,
-              .hasDefault = true,
-              .colorDefault = {Color(value), 1.0f},
-              .description = description,
-              .guide = guide});
+    addParam(
+        withDefault(describe(name, ParameterType::TextureFloat, count, description, guide), value));
 }
 
 void PelkParameterListDesc::addParamTextureInt(const char* name, int count, const char* description,
                                                const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::TextureInt,
-              .count = count,
-              .description = description,
-              .guide = guide});
+    addParam(describe(name, ParameterType::TextureInt, count, description, guide));
 }
 
 void PelkParameterListDesc::addParamTextureInt(const char* name, int value, int count,
                                                const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::TextureInt,
-              .count = count,
-              .hasDefault = true,
-              .intDefault = value,
-              .description = description,
-              .guide = guide});
+    addParam(
+        withDefault(describe(name, ParameterType::TextureInt, count, description, guide), value));
 }
 
 void PelkParameterListDesc::addParam(const char* name, int typeNumber, int count,
                                      const char* description, const char* guide) {
-    addParam({.name = name,
-              .type = ParameterType::Other,
-              .typeNumber = typeNumber,
-              .count = count,
-              .description = description,
-              .guide = guide});
+    ParameterDesc parameter = describe(name, ParameterType::Other, count, description, guide);
+    parameter.typeNumber = typeNumber;
+    addParam(parameter);
 }
 
 void PelkParameterListDesc::addParam(const ParameterDesc& parameter) {

@@ -212,9 +212,14 @@ T ValueParameter<T>::blendedAt(double time) const {
 }
 
 template <class T>
-T ValueParameter<T>::valueAt(int index, double time) const {
+bool ValueParameter<T>::has(int index) const {
     const int count = isList ? items.size() : std::min(items.size(), 1);
-    if (index < 0 || index >= count)
+    return index >= 0 && index < count;
+}
+
+template <class T>
+T ValueParameter<T>::valueAt(int index, double time) const {
+    if (!has(index))
         return T{};
     return times.isEmpty() ? items[index] : blendedAt(time);
 }
@@ -250,7 +255,8 @@ float ValueParameter<T>::getFloat(int index, double time) {
 
 template <class T>
 AColor ValueParameter<T>::getColor(int index, double time) {
-    return toColor(valueAt(index, time));
+    // A number that isn't there is no black of full cover, but nothing.
+    return has(index) ? toColor(valueAt(index, time)) : AColor();
 }
 
 template <class T>

@@ -94,6 +94,7 @@ private:
 
     void store(int index, const T& value);
     bool isPlainValue() const;
+    bool has(int index) const;
     T valueAt(int index, double time) const;
     T blendedAt(double time) const;
 

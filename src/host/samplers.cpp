@@ -25,11 +25,11 @@ Color gatherIrradiance(PelkContext& context, BRDFSampler& brdf) {
 }
 
 /// Enters what a sampler's own ray brought in the channels of the hit.
-void noteRay(PelkContext& context, u32 rayType, const Color& traced, const Color& weight) {
+void noteRay(PelkContext& context, bool refracted, const Color& traced, const Color& weight) {
     Fragment* fragment = context.resultFragment;
     if (!fragment)
         return;
-    if (rayType & kRayRefract) {
+    if (refracted) {
         fragment->addAlias(kAliasRefraction, &traced);
     } else {
         fragment->addAlias(kAliasReflection, &traced);
@@ -45,11 +45,12 @@ void traceOwnRay(PelkContext& context, BRDFSampler& brdf, int doDiffuse) {
         return;
     // The middle of the sampler's range: one that scatters wider than a line draws its own numbers.
     const Color weight = ray->spawnWeight * brdf.setupContext(context, *ray, 0.5f, sampler);
+    const bool refracted = ray->rayType & kRayRefract;
     context.renderer->traceRay(*ray);
     const Color traced = ray->traceResult * weight;
-    context.resultColor += traced;
-    noteRay(context, ray->rayType, traced, weight);
     ray->releaseContext();
+    context.resultColor += traced;
+    noteRay(context, refracted, traced, weight);
 }
 
 }  // namespace
@@ -86,7 +87,10 @@ void BRDFSampler::traceForward(PelkContext& context, int doDiffuse) {
     Color color = getSelfIllumination(context);
     if (doDiffuse) {
         Color white(1);
-        color += opacity * getDiffuseColor(white) * gatherIrradiance(context, *this);
+        const Color diffuse = opacity * getDiffuseColor(white);
+        // Gathering costs a whole path; none is spent on a surface that can't show it.
+        if (diffuse != Color(0))
+            color += diffuse * gatherIrradiance(context, *this);
     }
     setResults(context, color, transparency, opacity, transparency);
 }
