@@ -4,6 +4,12 @@ option(PELK_BENCH "Build the benchmark programs" OFF)
 set(PELK_ARCH "x86-64-v2" CACHE STRING "Instruction set that the code is compiled for (-march)")
 set(PELK_SANITIZE "" CACHE STRING "Sanitizers for all targets, as in -fsanitize (address,undefined or thread)")
 
+# Several build folders of one checkout share what they have compiled, where ccache is there.
+find_program(PELK_CCACHE ccache)
+if(PELK_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${PELK_CCACHE})
+endif()
+
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
