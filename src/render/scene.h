@@ -18,7 +18,7 @@ class HostSession;
 struct SceneSettings {
     int width = 640, height = 480;
     int samples = 16;   ///< per pixel
-    int max_depth = 8;  ///< depth at which surfaces spawn no more rays; 0 is direct light alone
+    int max_depth = 8;  ///< surfaces in a row at which a path gathers light, mirrors included
     bool gi = true;     ///< surfaces light one another
     bool reflective_gi = true;  ///< indirect rays go on at mirrors, so that there are caustics
     Color background;           ///< what rays see that hit nothing, where no dome stands
