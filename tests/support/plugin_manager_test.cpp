@@ -2,8 +2,6 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -29,37 +27,34 @@ class RecordingLog final : public MessageLog {
 public:
     Texts texts;
 
-    void debug(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+    void debug(const char* format, ...) override {
         va_list values;
         va_start(values, format);
         keep("d ", format, values);
-        va_end(values);
     }
-    void warning(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+    void warning(const char* format, ...) override {
         va_list values;
         va_start(values, format);
         keep("w ", format, values);
-        va_end(values);
     }
-    void error(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+    void error(const char* format, ...) override {
         va_list values;
         va_start(values, format);
         keep("e ", format, values);
-        va_end(values);
     }
-    void info(const char* format, ...) override __attribute__((format(printf, 2, 3))) {
+    void info(const char* format, ...) override {
         va_list values;
         va_start(values, format);
         keep("i ", format, values);
-        va_end(values);
     }
     void finish() override { texts.push_back("finish"); }
 
 private:
     void keep(std::string text, const char* format, va_list values) {
-        std::vector<char> buffer(4096);
-        std::vsnprintf(buffer.data(), buffer.size(), format, values);
-        texts.push_back(text + buffer.data());
+        char buffer[4096];
+        std::vsnprintf(buffer, sizeof buffer, format, values);
+        va_end(values);
+        texts.push_back(text + buffer);
     }
 };
 
@@ -92,13 +87,11 @@ public:
     Texts texts;
 
 private:
-    static std::string textOf(PluginLibDesc* library) { return library->getLibraryName(); }
     static std::string textOf(PluginDesc* desc) { return desc->getName(); }
     static std::string textOf(Plugin* plugin) { return std::to_string(plugin->getInstanceID()); }
 
     int limit;
 };
-using LibLister = Lister<EnumPluginLibCallback, PluginLibDesc>;
 using DescLister = Lister<EnumPluginDescCallback, PluginDesc>;
 using PluginLister = Lister<EnumPluginCallback, Plugin>;
 
@@ -125,21 +118,12 @@ protected:
         return manager->loadLibrary(directory.file(mask).c_str(), &host, &log);
     }
     static bool isMapped(const std::string& path) {
-        FILE* maps = std::fopen("/proc/self/maps", "r");
-        bool found = false;
-        for (char line[4096]; std::fgets(line, sizeof line, maps);)
-            found |= std::strstr(line, path.c_str()) != nullptr;
-        std::fclose(maps);
-        return found;
+        std::ifstream maps("/proc/self/maps");
+        return std::string(std::istreambuf_iterator<char>(maps), {}).find(path) != path.npos;
     }
     Texts descs(int limit = 1000) {
         DescLister lister(limit);
         manager->enumPluginDescs(&lister);
-        return lister.texts;
-    }
-    Texts instances() {
-        PluginLister lister;
-        manager->enumPlugins(&lister);
         return lister.texts;
     }
 
@@ -165,15 +149,13 @@ TEST_F(PluginManagerTest, LibraryIsLoadedUsedAndLetGo) {
     Plugin* glow = manager->newPlugin("TestGlow", &host, 0);
     ASSERT_TRUE(glow);
     EXPECT_EQ(glow->getPluginDesc(), manager->getPluginDesc(102));
-    const struct {
-        int size;
-        std::string text;
-    } cases[] = {{0, "xxxx"}, {1, ""}, {5, path.substr(0, 4)}, {512, path}};
-    for (const auto& c : cases) {
-        char buffer[512] = "xxxx";
-        EXPECT_TRUE(manager->getPluginFileName(glow, buffer, c.size));
-        EXPECT_EQ(buffer, c.text) << c.size;
-    }
+    char name[512] = "untouched";
+    EXPECT_TRUE(manager->getPluginFileName(glow, name, 0));
+    EXPECT_STREQ(name, "untouched");
+    EXPECT_TRUE(manager->getPluginFileName(glow, name, 5));
+    EXPECT_EQ(name, path.substr(0, 4));
+    EXPECT_TRUE(manager->getPluginFileName(glow, name, sizeof name));
+    EXPECT_EQ(name, path);
     EXPECT_TRUE(manager->getLibraryProc("a.so", "getLibDesc"));
     EXPECT_FALSE(manager->getLibraryProc("A.so", "getLibDesc"));
     EXPECT_FALSE(manager->getLibraryProc("a.so", "getNothing"));
@@ -193,9 +175,7 @@ TEST_F(PluginManagerTest, LibraryIsLoadedUsedAndLetGo) {
 
 TEST_F(PluginManagerTest, RefusedLibraryIsReportedAndTheNextOneLoaded) {
     const struct {
-        const char* library;
-        const char* error;
-        const char* reason;
+        const char *library, *error, *reason;
         bool stays;
     } cases[] = {
         {"text", "e Error loading plugin library \"%\": LoadLibrary failed (",
@@ -239,30 +219,24 @@ TEST_F(PluginManagerTest, EachIdBelongsToOneDescriptorOfTheLibraries) {
     PluginDesc* tint = manager->getPluginDesc("TestTint");
     host.texts.clear();
     log.texts.clear();
-    PluginLibDesc* c = load("[bc].so");
-    EXPECT_FALSE(c) << "brackets are no pattern";
     load("b.so");
-    c = load("c.so");
-    Texts warnings;
-    for (const std::string& text : log.texts)
-        if (text[0] == 'w')
-            warnings.push_back(text);
-    EXPECT_THAT(warnings, ElementsAre("w Duplicate plugin IDs: TestTint and TestTint",
-                                      "w Duplicate plugin IDs: TestGlow and TestGlow",
-                                      "w Duplicate plugin IDs: TestSecond and TestFirst",
-                                      "w Duplicate plugin IDs: TestFirst and TestSecond"));
+    PluginLibDesc* c = load("c.so");
+    std::erase_if(log.texts, [](const std::string& text) { return text[0] != 'w'; });
+    EXPECT_THAT(log.texts, ElementsAre("w Duplicate plugin IDs: TestTint and TestTint",
+                                       "w Duplicate plugin IDs: TestGlow and TestGlow",
+                                       "w Duplicate plugin IDs: TestSecond and TestFirst",
+                                       "w Duplicate plugin IDs: TestFirst and TestSecond"));
     EXPECT_THAT(host.texts, ElementsAre("add TestAlone, unknown"));
     EXPECT_EQ(manager->getPluginDesc("TestTint"), tint);
     EXPECT_EQ(manager->getPluginDesc(101), tint);
     EXPECT_THAT(descs(), ElementsAre("TestFirst", "TestAlone", "TestSecond", "TestTint", "TestGlow",
                                      "TestTint", "TestGlow"));
-    EXPECT_THAT(descs(4), ElementsAre("TestFirst", "TestAlone", "TestSecond", "TestTint"));
     DescLister four(4);
     EXPECT_EQ(manager->enumPluginDescs(&four), 4) << "the one that stopped it counts";
 
     host.texts.clear();
     EXPECT_TRUE(manager->unloadLibrary(a, &host));  // c takes its place, before b
-    EXPECT_THAT(descs(2), ElementsAre("TestTint", "TestGlow"));
+    EXPECT_THAT(descs(1), ElementsAre("TestTint"));
     EXPECT_TRUE(manager->unloadLibrary(c, &host));
     EXPECT_EQ(host.texts.size(), 5u) << "refused descriptors are told to leave like the others";
     EXPECT_TRUE(manager->unloadAllLibraries(&host));
@@ -289,7 +263,6 @@ TEST_F(PluginManagerTest, ListsAreCutAndJoinedByTheRules) {
         {"three are a prefix and a run", "///host/", "m", {"//host/m"}},
         {"a path of 1023 characters", dir, "mm", {dir + "mm"}},
         {"a longer one is refused", dir, "mmm", {}},
-        {"entries are cut", std::string(1030, ' ') + ";/q/", "m", {"/q/m"}},
         {"reading ends in the list", std::string(51199, ';') + "abc", "m", {"am"}},
     };
     for (const auto& c : cases) {
@@ -315,10 +288,8 @@ TEST_F(PluginManagerTest, LibraryThatThrowsSpoilsTheResultButNotTheOthers) {
     EXPECT_THAT(log.texts, testing::Contains("e Fatal error loading plugins."));
     EXPECT_THAT(refusals, ElementsAre("a.so: no licence"));
     // Its record has no description: the walks pass over it, and it can't be let go.
-    LibLister libraries;
-    EXPECT_EQ(manager->enumLibraries(&libraries), 3);
-    EXPECT_THAT(libraries.texts, ElementsAre("Listed", "SystemLib"));
-    EXPECT_TRUE(manager->getPluginDesc(102));
+    EXPECT_EQ(manager->enumLibraries(nullptr), 3);
+    EXPECT_THAT(descs(), ElementsAre("TestTint", "TestGlow"));
     EXPECT_FALSE(manager->unloadAllLibraries(&host));
     EXPECT_EQ(manager->enumLibraries(nullptr), 2);
 }
@@ -357,9 +328,6 @@ TEST_F(PluginManagerTest, OwnDescriptorsEnterByNameBeforeTheyRegister) {
     EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1);
     EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1) << "no longer there";
     EXPECT_THAT(descs(), ElementsAre("Second", "Own")) << "the last one took its place";
-    LibLister libraries;
-    manager->enumLibraries(&libraries);
-    EXPECT_THAT(libraries.texts, ElementsAre("SystemLib"));
     host.texts.clear();
     EXPECT_EQ(manager->unregisterAllPluginDescs(&host), 1);
     EXPECT_THAT(host.texts, ElementsAre("remove Own, unknown", "remove Second, unknown"));
@@ -397,19 +365,16 @@ TEST_F(PluginManagerTest, InstancesAreNumbered) {
     EXPECT_EQ(manager->newPlugin("Own", nullptr, 0)->getInstanceID(), 104u);
     EXPECT_FALSE(manager->newPlugin("Stranger", nullptr, 0));
     EXPECT_FALSE(manager->newPlugin(8, nullptr, 0));  // draws 106, as 105 is in use
-    own.gives = false;
-    EXPECT_FALSE(manager->newPlugin(7, nullptr, 0));  // draws 107
-    own.gives = true;
     Plugin* last = manager->newPlugin(7, nullptr, 0);
-    EXPECT_EQ(last->getInstanceID(), 108u) << "numbers drawn in vain are not given back";
+    EXPECT_EQ(last->getInstanceID(), 107u) << "a number drawn in vain is not given back";
     manager->deletePlugin(last);
-    manager->deletePlugin(nullptr);
-    EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), 109u) << "nor those of the dead";
-    EXPECT_THAT(instances(), ElementsAre("1", "50", "100", "101", "102", "103", "104", "105", "109",
-                                         std::to_string(kUpper)));
+    EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), 108u) << "nor that of the dead";
 
-    PluginLister two(2);
-    EXPECT_EQ(manager->enumPlugins(&two), 10);
+    PluginLister all, two(2);
+    EXPECT_EQ(manager->enumPlugins(&all), 10);
+    EXPECT_THAT(all.texts, ElementsAre("1", "50", "100", "101", "102", "103", "104", "105", "108",
+                                       std::to_string(kUpper)));
+    EXPECT_EQ(manager->enumPlugins(&two), 10) << "all count";
     EXPECT_EQ(two.texts.size(), 2u);
 }
 
@@ -424,7 +389,7 @@ TEST_F(PluginManagerTest, InstancesAreFoundMovedAndDeleted) {
     EXPECT_EQ(manager->getPlugin(9), first);
     manager->setPluginID(second, 9);
     EXPECT_EQ(manager->getPlugin(9), second);
-    EXPECT_THAT(instances(), ElementsAre("9"));
+    EXPECT_EQ(manager->enumPlugins(nullptr), 1);
     EXPECT_EQ(own.alive, 2) << "the displaced one is only not found any more";
     own.deletePlugin(first);
 
@@ -443,13 +408,6 @@ TEST_F(PluginManagerTest, InstancesAreFoundMovedAndDeleted) {
     manager->deleteAllPlugins();
     EXPECT_EQ(own.alive, 0);
     EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), 1u);
-
-    Plugin homeless;
-    manager->setPluginID(&homeless, 5);
-    EXPECT_FALSE(manager->getPluginFileName(&homeless, name, sizeof name));
-    EXPECT_FALSE(manager->getPluginFileName(nullptr, name, sizeof name));
-    manager->deletePlugin(&homeless);  // no descriptor: forgotten, not deleted
-    EXPECT_THAT(instances(), ElementsAre("1"));
 }
 
 TEST_F(PluginManagerTest, InstanceThatCannotBeEnteredIsGivenBack) {
@@ -460,7 +418,7 @@ TEST_F(PluginManagerTest, InstanceThatCannotBeEnteredIsGivenBack) {
     EXPECT_THROW(manager->newPlugin(7, nullptr, 0), ExceptionMsg);
     platform::setHeap(platform::systemHeap());
     EXPECT_EQ(own.alive, 0);
-    EXPECT_THAT(instances(), IsEmpty());
+    EXPECT_EQ(manager->enumPlugins(nullptr), 0);
 }
 
 TEST_F(PluginManagerTest, StateIsALabelAndTheLastNumber) {

@@ -12,14 +12,11 @@ public:
     ListedDesc(Tarnkit::u32 descID, const char* descName) : id(descID), name(descName) {}
 
     Tarnkit::u32 getPluginID() override { return id; }
-    Tarnkit::Plugin* newPlugin(Tarnkit::PelkPluginHost*) override {
-        return gives ? new Instance(*this) : nullptr;
-    }
+    Tarnkit::Plugin* newPlugin(Tarnkit::PelkPluginHost*) override { return new Instance(*this); }
     void deletePlugin(Tarnkit::Plugin* plugin) override { delete plugin; }
     int supportsInterface(Tarnkit::u64) override { return 0; }
     const char* getName() override { return name; }
 
-    bool gives = true;  ///< whether newPlugin gives an instance
     int alive = 0;
 
 private:
