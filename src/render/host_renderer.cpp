@@ -191,7 +191,10 @@ void HostRenderer::trace(RenderContext& c) {
 }
 
 void HostRenderer::shadeHit(RenderContext& c) {
-    c.object->material->shade(c);
+    MaterialInterface* const material = c.object->material;
+    if (!material) [[unlikely]]
+        return setOpaqueBlack(c);
+    material->shade(c);
     const Color sum = c.resultColor + c.resultTransparency;
     if (!isFinite(sum)) [[unlikely]] {
         c.thread().noteBadColor(*c.object);
