@@ -53,9 +53,9 @@ std::string expectedItem(const ParameterDesc& desc) {
         case ParameterType::Bool:
             return "true or false";
         case ParameterType::Int:
-            return "a whole number";
+            return "a whole number of 32 bits";
         case ParameterType::Float:
-            return "a number";
+            return "a number up to 3.4e38";
         case ParameterType::Color:
             return "three or four numbers, as in [0.8, 0.5, 0.2]";
         case ParameterType::Plugin:
@@ -65,9 +65,9 @@ std::string expectedItem(const ParameterDesc& desc) {
         case ParameterType::Texture:
             return "three or four numbers or " + instanceWith(EXT_TEXTURE);
         case ParameterType::TextureInt:
-            return "a whole number or " + instanceWith(EXT_TEXTURE_INT);
+            return "a whole number of 32 bits or " + instanceWith(EXT_TEXTURE_INT);
         default:
-            return "a number or " + instanceWith(EXT_TEXTURE_FLOAT);
+            return "a number up to 3.4e38 or " + instanceWith(EXT_TEXTURE_FLOAT);
     }
 }
 
