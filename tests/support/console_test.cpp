@@ -1,0 +1,263 @@
+#include "support/console.h"
+
+#include <gmock/gmock.h>
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "platform/console.h"
+#include "scoped_environment.h"
+#include "support/bounded_format.h"
+#include "support/debug_log.h"
+#include "support/machine_info.h"
+#include "temporary_directory.h"
+
+using namespace Tarnkit;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/// Notes each text as "attributes:text".
+class RecordingConsole final : public platform::Console {
+public:
+    RecordingConsole() { platform::setConsole(this); }
+    ~RecordingConsole() override { platform::setConsole(nullptr); }
+
+    bool isValid() const override { return valid; }
+    bool isTerminal() const override { return terminal; }
+    bool getWindow(platform::ConsoleWindow& answer) const override {
+        answer = {2, 5, 101, 44};
+        return hasWindow;
+    }
+    unsigned getAttributes() const override { return attributes; }
+    void setAttributes(unsigned value) override { attributes = value; }
+    void write(const char* text, std::size_t length) override {
+        char number[16];
+        std::snprintf(number, sizeof number, "%x:", attributes);
+        pieces.push_back(number + std::string(text, length));
+    }
+
+    bool valid = true, terminal = true, hasWindow = true;
+    unsigned attributes = 0x7;
+    std::vector<std::string> pieces;
+};
+
+}  // namespace
+
+TEST(BoundedFormatTest, TellsOverflowFromSuccess) {
+    const struct {
+        int size;
+        const char* text;
+        int result;
+        const char* kept;
+    } cases[] = {
+        {6, "12345", 5, "12345"}, {6, "123456", -1, "12345"}, {6, "1234567", -1, "12345"},
+        {1, "", 0, ""},           {1, "1", -1, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        char buffer[] = "##########";
+        EXPECT_EQ(boundedFormat(buffer, c.size, "%s", c.text), c.result);
+        EXPECT_STREQ(buffer, c.kept);
+        EXPECT_EQ(buffer[c.size], '#');
+    }
+    char untouched[] = "x";
+    EXPECT_EQ(boundedFormat(untouched, 0, "%s", "y"), 0);
+    EXPECT_STREQ(untouched, "x");
+}
+
+TEST(ConsolePrintTest, SequencesBecomeAttributes) {
+    const std::string longSequence = "a\x1b[" + std::string(61, '1');
+    const struct {
+        const char* what;
+        std::string text;
+        unsigned attributes;
+        std::vector<std::string> pieces;
+        const char* complaint = "";
+    } cases[] = {
+        {"no sequence", "plain\n", 0x7, {"7:plain\n"}},
+        {"each colour",
+         "\x1b[0;31mr\x1b[0;32mg\x1b[0;33my\x1b[0;34mb\x1b[1;34mB\x1b[0;35mm",
+         0x7,
+         {"4:r", "2:g", "6:y", "3:b", "b:B", "5:m"}},
+        {"restored as it was", "a\x1b[0;31mb\x1b[0mc", 0xA, {"a:a", "4:b", "a:c"}},
+        {"the background stays", "\x1b[0;32mg\x1b[0mx", 0x97, {"92:g", "97:x"}},
+        {"an unknown colour changes nothing", "\x1b[0;31ma\x1b[0;36mb", 0x7, {"4:a", "4:b"}},
+        {"an unfinished sequence is dropped", "a\x1b[0;3", 0x7, {"7:a"}},
+        {"sequences alone", "\x1b[0;31m\x1b[0m", 0x7, {}},
+        {"63 characters are a sequence", longSequence.substr(0, 63) + "mb", 0x7, {"7:a", "7:b"}},
+        {"64 characters end the walk",
+         longSequence + "mb",
+         0x7,
+         {"7:a"},
+         "tarnkit_cprint: Incorrect ESC length!\n"},
+        {"an m outside a sequence is text", "m\x1b[0mm", 0x7, {"7:m", "7:m"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        RecordingConsole console;
+        console.attributes = c.attributes;
+        testing::internal::CaptureStdout();
+        tarnkit_cprint(true, c.text.c_str());
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.complaint);
+        EXPECT_EQ(console.pieces, c.pieces);
+        EXPECT_EQ(console.attributes, c.attributes) << "a colour outlasts the print";
+    }
+}
+
+TEST(ConsolePrintTest, WithoutColorsTheTextGoesOutInOnePiece) {
+    const struct {
+        const char* text;
+        const char* piece;
+    } cases[] = {
+        {"a\x1b[0;31mb\x1b[0mc", "7:abc"},
+        {"\x1b[0;31m\x1b[9;9;9m", "7:"},
+        {"a\x1b[0;3", "7:a"},
+    };
+    for (const auto& c : cases) {
+        RecordingConsole console;
+        tarnkit_cprint(false, c.text);
+        EXPECT_THAT(console.pieces, ElementsAre(c.piece));
+    }
+    RecordingConsole console;
+    tarnkit_cprint(false, "");
+    tarnkit_cprint(true, nullptr);
+    EXPECT_THAT(console.pieces, IsEmpty());
+}
+
+TEST(ConsolePrintTest, NoConsoleIsSaidOnTheStandardOutput) {
+    RecordingConsole console;
+    console.valid = false;
+    testing::internal::CaptureStdout();
+    tarnkit_cprint(true, "lost");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "tarnkit_cprint: Invalid handle!\n");
+    EXPECT_THAT(console.pieces, IsEmpty());
+}
+
+TEST(ConsolePrintTest, FormattedTextOfAnyLength) {
+    for (const int length : {1, 2047, 2048, 100000}) {
+        RecordingConsole console;
+        tarnkit_cprintf(true, "%*d", length, 7);
+        EXPECT_THAT(console.pieces, ElementsAre("7:" + std::string(length - 1, ' ') + "7"));
+    }
+}
+
+TEST(ConsoleSizeTest, WindowEdgesAreInside) {
+    RecordingConsole console;
+    int columns = 0, rows = 0;
+    EXPECT_TRUE(getConsoleSize(&columns, &rows));
+    EXPECT_EQ(columns, 100);
+    EXPECT_EQ(rows, 40);
+    EXPECT_EQ(getConsoleWidth(), 100);
+    console.hasWindow = false;
+    EXPECT_FALSE(getConsoleSize(&columns, &rows));
+    console.hasWindow = true;
+    console.valid = false;
+    EXPECT_FALSE(getConsoleSize(&columns, &rows));
+}
+
+TEST(ConsoleColorsTest, OnTerminalsUnlessTheUserRefuses) {
+    const struct {
+        bool terminal;
+        const char* noColor;
+        const char* term;
+        bool colors;
+    } cases[] = {
+        {true, nullptr, "xterm", true},   {true, "", nullptr, true},
+        {false, nullptr, "xterm", false}, {true, "1", "xterm", false},
+        {true, nullptr, "dumb", false},
+    };
+    for (const auto& c : cases) {
+        RecordingConsole console;
+        console.terminal = c.terminal;
+        const ScopedEnvironment noColor("NO_COLOR", c.noColor), term("TERM", c.term);
+        EXPECT_EQ(wantsConsoleColors(), c.colors);
+    }
+}
+
+TEST(DebugLogTest, GrowsByAppendingAndIsEmptiedByClear) {
+    const TemporaryDirectory directory;
+    const ScopedEnvironment temporary("TMPDIR", directory.path.c_str());
+    appendDebugLog(-3, "%s %d|", "one", 1);
+    appendDebugLog(-3, "two");
+    appendDebugLog(4, "%s", std::string(3000, 'x').c_str());
+    EXPECT_EQ(directory.read("pelk_dbg_log_-3"), "one 1|two");
+    EXPECT_EQ(directory.read("pelk_dbg_log_4"), std::string(1023, 'x'));
+    clearDebugLog(-3);
+    clearDebugLog(5);
+    EXPECT_EQ(directory.read("pelk_dbg_log_-3"), "");
+    EXPECT_EQ(directory.entryCount(), 3);
+    const ScopedEnvironment missing("TMPDIR", directory.file("missing").c_str());
+    clearDebugLog(6);
+    appendDebugLog(6, "nowhere to go");
+    EXPECT_EQ(directory.entryCount(), 3);
+}
+
+TEST(DebugLogTest, TemporaryDirectoryHasNoSeparatorAtItsEnd) {
+    const struct {
+        const char* setting;
+        int size;
+        const char* path;
+    } cases[] = {
+        {"/a/b", 100, "/a/b"}, {"/a/b//", 100, "/a/b"}, {"/a/b\\/", 100, "/a/b"},
+        {"/", 100, "/"},       {"///", 100, "/"},       {"/a/b/", 6, "/a/b"},
+        {"/a/b/", 5, "/a/b"},  {"/a//", 4, "/a/"},      {"/a/b", 1, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.setting);
+        const ScopedEnvironment temporary("TMPDIR", c.setting);
+        char buffer[100];
+        getTempDirectory(buffer, c.size);
+        EXPECT_STREQ(buffer, c.path);
+    }
+}
+
+TEST(MachineInfoTest, PathsAndNames) {
+    char path[4096], directory[4096], name[300];
+    getModuleFilePath(path, sizeof path);
+    EXPECT_EQ(path, std::filesystem::read_symlink("/proc/self/exe"));
+    EXPECT_TRUE(getModuleDirectory(directory, sizeof directory));
+    EXPECT_EQ(directory, std::filesystem::path(path).parent_path().string() + "/");
+    EXPECT_FALSE(getModuleDirectory(directory, 5)) << "no room for the path";
+    EXPECT_STREQ(directory, "");
+
+    getOSName(name);
+    EXPECT_STREQ(name, "Generic Microsoft(tm) Windows(tm)");
+    EXPECT_STREQ(getCachedOSName(), name);
+
+    int size = sizeof name;
+    ASSERT_EQ(getComputerName(name, &size), 0);
+    EXPECT_EQ(size, static_cast<int>(std::strlen(name)) + 1);
+    for (const char* c = name; *c; ++c)
+        EXPECT_FALSE(std::isupper(static_cast<unsigned char>(*c)));
+    for (int tooSmall : {size - 1, 0, -1}) {
+        EXPECT_EQ(getComputerName(name, &tooSmall), -1);
+        EXPECT_EQ(tooSmall, 0);
+    }
+}
+
+TEST(MachineInfoTest, MemoryIsPlausibleAndRounded) {
+    EXPECT_GT(getTotalPhysicalMemoryMB(), 0);
+    EXPECT_EQ(getTotalPhysicalMemoryMB() % 16, 0);
+    EXPECT_GE(getTotalVirtualMemoryMB(), getTotalPhysicalMemoryMB());
+    EXPECT_EQ(getTotalVirtualMemoryMB() % 4, 0);
+    EXPECT_GT(getFreeMemoryMB(), 0);
+    EXPECT_LE(getFreeMemoryMB(), getTotalPhysicalMemoryMB());
+    EXPECT_EQ(getFreeMemoryMB() % 16, 0);
+
+    const std::int64_t before = getWorkingSetMB();
+    const std::vector<char> touched(64 << 20, 1);
+    EXPECT_GE(getWorkingSetMB(), before + 60) << touched.size();
+
+    char text[100] = "x";
+    EXPECT_TRUE(formatWorkingSet(text, sizeof text));
+    long long megabytes = 0;
+    EXPECT_EQ(std::sscanf(text, "Working set: %lld MB", &megabytes), 1);
+    EXPECT_GE(megabytes, before);
+    EXPECT_FALSE(formatWorkingSet(text, 12));
+    EXPECT_FALSE(formatWorkingSet(text, 0));
+}
