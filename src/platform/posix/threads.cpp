@@ -12,6 +12,7 @@
 #include <climits>
 #include <cstdio>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -97,7 +98,7 @@ void* Thread::run(void* argument) {
     return nullptr;
 }
 
-bool Thread::start(Entry entry, void* argument, int stackSize) {
+bool Thread::start(Entry entry, void* argument, int stackSize) try {
     auto made = std::make_shared<Body>();
     made->entry = entry;
     made->argument = argument;
@@ -111,6 +112,8 @@ bool Thread::start(Entry entry, void* argument, int stackSize) {
     currentPriority.reset();  // it begins with that of the thread that made it
     body = std::move(made);
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 Thread::~Thread() {
