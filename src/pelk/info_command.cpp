@@ -29,12 +29,12 @@ double shortest(float value) {
     return result;
 }
 
-OutputJson textOrNull(const char* text) {
-    return text ? OutputJson(text) : OutputJson();
+Json textOrNull(const char* text) {
+    return text ? Json(text) : Json();
 }
 
 /// The name of the type; the number of a type without one.
-OutputJson typeOf(const ParameterDesc& parameter) {
+Json typeOf(const ParameterDesc& parameter) {
     switch (parameter.type) {
         case ParameterType::Bool:
             return "bool";
@@ -60,7 +60,7 @@ OutputJson typeOf(const ParameterDesc& parameter) {
     return parameter.typeNumber;
 }
 
-OutputJson defaultOf(const ParameterDesc& parameter) {
+Json defaultOf(const ParameterDesc& parameter) {
     if (!parameter.hasDefault)
         return nullptr;
     const Color& color = parameter.colorDefault.color;
@@ -74,10 +74,10 @@ OutputJson defaultOf(const ParameterDesc& parameter) {
         case ParameterType::TextureFloat:
             return shortest(color.r);
         case ParameterType::Color:
-            return OutputJson::array({shortest(color.r), shortest(color.g), shortest(color.b)});
+            return Json::array({shortest(color.r), shortest(color.g), shortest(color.b)});
         case ParameterType::Texture:
-            return OutputJson::array({shortest(color.r), shortest(color.g), shortest(color.b),
-                                      shortest(parameter.colorDefault.alpha)});
+            return Json::array({shortest(color.r), shortest(color.g), shortest(color.b),
+                                shortest(parameter.colorDefault.alpha)});
         case ParameterType::String:
             return textOrNull(parameter.stringDefault);
         case ParameterType::Plugin:
@@ -88,14 +88,14 @@ OutputJson defaultOf(const ParameterDesc& parameter) {
 }
 
 /// The interface that a value must offer; its number if it has no name, null if there is none.
-OutputJson interfaceOf(const ParameterDesc& parameter) {
+Json interfaceOf(const ParameterDesc& parameter) {
     if (parameter.interfaceID == 0)
         return nullptr;
     const char* const name = interfaceName(parameter.interfaceID);
-    return name ? OutputJson(name) : OutputJson(parameter.interfaceID);
+    return name ? Json(name) : Json(parameter.interfaceID);
 }
 
-OutputJson describeParameter(const ParameterDesc& parameter) {
+Json describeParameter(const ParameterDesc& parameter) {
     return {{"name", parameter.name},
             {"type", typeOf(parameter)},
             {"list", parameter.isList()},
@@ -105,8 +105,8 @@ OutputJson describeParameter(const ParameterDesc& parameter) {
             {"guide", textOrNull(parameter.guide)}};
 }
 
-OutputJson describeKind(const HostSession& session, const PluginKind& kind) {
-    OutputJson parameters = OutputJson::array();
+Json describeKind(const HostSession& session, const PluginKind& kind) {
+    Json parameters = Json::array();
     for (const ParameterDesc* parameter : kind.parameters)
         parameters.push_back(describeParameter(*parameter));
     return {{"name", kind.getName()},
@@ -116,18 +116,18 @@ OutputJson describeKind(const HostSession& session, const PluginKind& kind) {
 }
 
 /// A value as a person reads it: texts without quotes.
-std::string plain(const OutputJson& value) {
+std::string plain(const Json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
-void printText(const PluginKind& kind, const OutputJson& info) {
+void printText(const PluginKind& kind, const Json& info) {
     std::printf("%s, id %u, %s\n", kind.getName(), kind.desc->getPluginID(),
                 kind.library.empty() ? "part of this program" : kind.library.c_str());
     std::printf("Interfaces:");
-    for (const OutputJson& name : info["interfaces"])
+    for (const Json& name : info["interfaces"])
         std::printf(" %s", name.get<std::string>().c_str());
     std::printf("\n\nParameters\n");
-    for (const OutputJson& parameter : info["parameters"]) {
+    for (const Json& parameter : info["parameters"]) {
         std::string type = plain(parameter["type"]);
         if (!parameter["interface"].is_null())
             type += " with " + plain(parameter["interface"]);
@@ -156,7 +156,7 @@ ExitCode run(const InfoOptions& options) {
                          library.reason.c_str());
         return ExitCode::BadInput;
     }
-    const OutputJson info = describeKind(session, *kind);
+    const Json info = describeKind(session, *kind);
     options.json ? printJson(info) : printText(*kind, info);
     return ExitCode::Done;
 }

@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "pelk/commands.h"
 #include "pelk/json_output.h"
@@ -18,7 +17,7 @@ struct ListOptions {
 };
 
 void printLists(const HostSession& session) {
-    OutputJson plugins = OutputJson::array(), rejected = OutputJson::array();
+    Json plugins = Json::array(), rejected = Json::array();
     for (const PluginKind* kind : session.getKinds()) {
         plugins.push_back({{"name", kind->getName()},
                            {"id", kind->desc->getPluginID()},

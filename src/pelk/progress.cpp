@@ -59,7 +59,7 @@ void TerminalProgress::update(long long done, long long total, double seconds) {
 
 void JsonProgress::update(long long done, long long total, double seconds) {
     const Estimate now = estimate(done, total, seconds);
-    const auto known = [](double value) { return value >= 0.0 ? OutputJson(value) : OutputJson(); };
+    const auto known = [](double value) { return value >= 0.0 ? Json(value) : Json(); };
     printJson({{"event", "progress"},
                {"percent", now.percent},
                {"samples", done},

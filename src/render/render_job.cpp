@@ -10,6 +10,7 @@
 #include "render/render_workers.h"
 #include "render/sampling.h"
 #include "render/scene.h"
+#include "render/scene_json.h"
 
 namespace Tarnkit {
 
@@ -86,7 +87,7 @@ bool buildObjects(Scene& scene, HostRenderer& renderer, std::string& error) {
     for (GeometryInterface* geometry : scene.collect<GeometryInterface>(EXT_GEOMETRY)) {
         auto object = std::make_unique<SceneObject>();
         if (!geometry->buildMesh(object->mesh, error)) {
-            error = nameOf(geometry) + ": " + error;
+            error = pointerTo("/plugins", nameOf(geometry)) + ": " + error;
             return false;
         }
         object->faceNormals = faceNormalsOf(object->mesh);
@@ -103,7 +104,7 @@ bool prepareLights(Scene& scene, HostRenderer& renderer, std::string& error) {
     const SceneBounds bounds = renderer.intersector.bounds();
     for (LightInterface* light : lights) {
         if (!light->prepare(bounds, error)) {
-            error = nameOf(light) + ": " + error;
+            error = pointerTo("/plugins", nameOf(light)) + ": " + error;
             return false;
         }
     }

@@ -1,0 +1,150 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "pelk/program.h"
+
+using nlohmann::json;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+json entryNamed(const json& list, const std::string& name) {
+    const auto at = std::find_if(list.begin(), list.end(),
+                                 [&name](const json& entry) { return entry["name"] == name; });
+    return at == list.end() ? json() : *at;
+}
+
+std::vector<std::string> keysOf(const nlohmann::ordered_json& object) {
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : object.items())
+        keys.push_back(key);
+    return keys;
+}
+
+TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
+    Program pelk;
+    const RunResult result = pelk.run({"list", "--json"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.err, IsEmpty());
+    const json list = json::parse(result.out);
+    EXPECT_EQ(list["rejected"], json::array());
+
+    const json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
+    EXPECT_EQ(diffuse["id"], 2004101502u);
+    EXPECT_THAT(diffuse["library"].get<std::string>(), EndsWith("/pelk_materials.so"));
+    for (const char* name : {"EXT_MATERIAL", "EXT_BSDF", "EXT_OPAQUE_SHADEABLE", "EXT_RTMTL"})
+        EXPECT_THAT(diffuse["interfaces"], testing::Contains(name));
+    EXPECT_EQ(entryNamed(list["plugins"], "TexChecker")["library"], "");
+
+    // The last library comes first, and in it the descriptor that was made last.
+    const auto place = [&list](const char* name) {
+        const json& plugins = list["plugins"];
+        return std::find(plugins.begin(), plugins.end(), entryNamed(plugins, name)) -
+               plugins.begin();
+    };
+    EXPECT_LT(place("MtlDiffuse"), place("MtlSingleBRDF"));
+    EXPECT_LT(place("MtlSingleBRDF"), place("TexChecker"));
+    EXPECT_THAT(keysOf(nlohmann::ordered_json::parse(result.out)["plugins"][0]),
+                testing::ElementsAre("name", "id", "interfaces", "library"));
+}
+
+TEST(ListCommand, RefusedLibrariesHaveReasons) {
+    Program pelk;
+    pelk.directory.write("text.so", "no library");
+    pelk.pluginPath = pelk.directory.path.string() + ";" + pelk.directory.file("missing");
+    const json list = json::parse(pelk.run({"list", "--json"}).out);
+    ASSERT_EQ(list["rejected"].size(), 2u);
+    EXPECT_EQ(list["rejected"][0]["path"], pelk.directory.file("text.so"));
+    EXPECT_NE(list["rejected"][0]["reason"], "");
+    EXPECT_THAT(list["rejected"][1]["path"].get<std::string>(), HasSubstr("missing"));
+    EXPECT_TRUE(entryNamed(list["plugins"], "MtlDiffuse").is_object()) << "lost by a neighbour";
+    EXPECT_THAT(pelk.run({"list"}).out, HasSubstr("text.so: "));
+}
+
+TEST(InfoCommand, GivesTheParametersInOrderOfRegistration) {
+    Program pelk;
+    const RunResult result = pelk.run({"info", "MtlDiffuse", "--json"});
+    EXPECT_EQ(result.exitCode, 0);
+    const auto info = nlohmann::ordered_json::parse(result.out);
+    EXPECT_THAT(keysOf(info), testing::ElementsAre("name", "id", "interfaces", "parameters"));
+    EXPECT_THAT(keysOf(info["parameters"][0]),
+                testing::ElementsAre("name", "type", "list", "default", "interface", "description",
+                                     "guide"));
+    std::vector<std::string> names;
+    for (const auto& parameter : info["parameters"])
+        names.push_back(parameter["name"]);
+    EXPECT_THAT(names, testing::ElementsAre("diffuse", "diffuse_tex", "diffuse_tex_mult",
+                                            "reflection", "transparency", "render_channel_color",
+                                            "render_channel_alpha"));
+}
+
+TEST(InfoCommand, EachTypeHasItsFormOfDefault) {
+    const struct {
+        const char *plugin, *parameter;
+        json type, list, defaultValue, interface;
+    } cases[] = {
+        {"MtlDiffuse", "diffuse", "color", false, {0.5, 0.5, 0.5}, nullptr},
+        {"MtlDiffuse", "diffuse_tex", "texture", false, nullptr, nullptr},
+        {"MtlDiffuse", "diffuse_tex_mult", "float", false, 1.0, nullptr},
+        {"MtlDiffuse", "render_channel_color", "plugin", false, nullptr, "EXT_RENDER_CHANNEL"},
+        {"MtlSingleBRDF", "brdf", "plugin", false, nullptr, "EXT_BSDF"},
+        {"MtlSingleBRDF", "allow_negative_colors", "bool", false, false, nullptr},
+        {"TexChecker", "color1", "color", false, {0.8, 0.8, 0.8}, nullptr},
+        {"GeomSphere", "segments", "int", false, 128, nullptr},
+        {"GeomMesh", "file", "string", false, "", nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.plugin) + "." + c.parameter);
+        Program pelk;
+        const json info = json::parse(pelk.run({"info", c.plugin, "--json"}).out);
+        const json parameter = entryNamed(info["parameters"], c.parameter);
+        EXPECT_EQ(parameter["type"], c.type);
+        EXPECT_EQ(parameter["list"], c.list);
+        EXPECT_EQ(parameter["default"], c.defaultValue);
+        EXPECT_EQ(parameter["interface"], c.interface);
+    }
+}
+
+TEST(InfoCommand, AnUnknownPluginBringsTheNearestName) {
+    Program pelk;
+    const RunResult result = pelk.run({"info", "MtlDifuse"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("did you mean \"MtlDiffuse\"?"));
+}
+
+TEST(DescribeCommand, PrintsASectionAndKnowsWhoHasNone) {
+    Program pelk;
+    pelk.directory.write(
+        "s.json",
+        smallScene(R"(, "shell": {"type": "MtlSingleBRDF", "brdf": "matte", "double_sided": 1})"));
+    const struct {
+        std::vector<std::string> words;
+        int exitCode;
+        const char *out, *err;
+    } cases[] = {
+        {{"matte"}, 0, "diffuse\ncolor_value 0.500000 0.250000 0.125000\n", ""},
+        {{"shell"}, 0, "double_sided 1\ndiffuse\ncolor_value 0.500000 0.250000 0.125000\n", ""},
+        {{"matte", "--section", "HierarchyDescriptor"}, 0, "", ""},
+        {{"matte", "--set", "matte.diffuse=[1, 1, 1]"},
+         0,
+         "diffuse\ncolor_value 1.000000 1.000000 1.000000\n",
+         ""},
+        {{"mate"}, 1, "", "did you mean \"matte\"?"},
+        {{"camera"}, 1, "", "EXT_RTMTL"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.words.back());
+        std::vector<std::string> words{"describe", "s.json"};
+        words.insert(words.end(), c.words.begin(), c.words.end());
+        const RunResult result = pelk.run(words);
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_EQ(result.out, c.out);
+        EXPECT_THAT(result.err, HasSubstr(c.err));
+    }
+}
+
+}  // namespace
