@@ -78,9 +78,10 @@ void addDescribeCommand(CLI::App& program, ExitCode& exitCode) {
     CLI::App* const command = program.add_subcommand(
         "describe", "Prints the text by which a material of a scene describes itself");
     const auto options = std::make_shared<DescribeOptions>();
-    command->add_option("SCENE", options->scene, "Scene file")->required();
+    command->add_option("SCENE", options->scene, "Scene file")->required()->type_name("");
     command->add_option("INSTANCE", options->instance, "Name of the material in the scene")
-        ->required();
+        ->required()
+        ->type_name("");
     command->add_option("--section", options->section, "The part of the text that is wanted")
         ->check(CLI::IsMember({"MaterialDescriptor", "HierarchyDescriptor"}))
         ->type_name("")

@@ -168,7 +168,8 @@ void addInfoCommand(CLI::App& program, ExitCode& exitCode) {
         "info", "Explains a plug-in: its parameters with type, default, meaning and hints");
     const auto options = std::make_shared<InfoOptions>();
     command->add_option("PLUGIN", options->name, "Name of the plug-in, as pelk list shows it")
-        ->required();
+        ->required()
+        ->type_name("");
     options->plugins.addTo(*command);
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options, &exitCode] { exitCode = run(*options); });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+
 #include "render/scene_json.h"
 
 namespace Tarnkit {

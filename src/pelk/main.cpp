@@ -37,12 +37,12 @@ ExitCode run(int argc, char** argv) {
     CLI::App program{"Renders scenes, and explains the plug-ins that scenes are made of.", "pelk"};
     program.set_version_flag("--version", "pelk " PELK_VERSION);
     program.require_subcommand(1);
-    program.footer(kFooter);
     ExitCode exitCode = ExitCode::Done;
     addRenderCommand(program, exitCode);
     addListCommand(program, exitCode);
     addInfoCommand(program, exitCode);
     addDescribeCommand(program, exitCode);
+    program.footer(kFooter);  // not before: commands would take it over
 
     const std::string wrongCommand = checkCommand(program, argc, argv);
     if (!wrongCommand.empty()) {

@@ -67,6 +67,11 @@ std::string checkOverride(const std::string& text) {
     return good ? "" : "expected INSTANCE.PARAM=VALUE, got \"" + text + "\"";
 }
 
+/// Lets whole numbers from 1 on pass, and leaves the help text alone.
+CLI::Validator numbersTo(int largest) {
+    return CLI::Range(1, largest).description("");
+}
+
 /// An option whose text goes through a function of the form of parseSize.
 template <class Parse>
 CLI::Option* addParsed(CLI::App& command, const char* name, const char* form, const char* help,
@@ -87,7 +92,7 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
     addParsed(command, "--size", "WxH", "Size of the picture in pixels", options, parseSize);
     command.add_option("--spp", options.samples, "Samples per pixel")
         ->type_name("N")
-        ->check(CLI::Range(1, kMaxSamples));
+        ->check(numbersTo(kMaxSamples));
     CLI::Option* const region =
         addParsed(command, "--region", "X0,Y0,X1,Y1",
                   "Render these pixels alone; X1 and Y1 lie outside", options, parseRegion);
@@ -99,11 +104,11 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
 }  // namespace
 
 void RenderCommandOptions::addTo(CLI::App& command) {
-    command.add_option("SCENE", scene, "Scene file")->required();
+    command.add_option("SCENE", scene, "Scene file")->required()->type_name("");
     addPictureOptions(command, *this);
     command.add_option("--threads", threads, "Threads to render on; otherwise all processors")
         ->type_name("N")
-        ->check(CLI::Range(1, kMaxThreads));
+        ->check(numbersTo(kMaxThreads));
     command
         .add_option("--set", overrides,
                     "Set a parameter of the scene, VALUE as in the scene file; repeatable")
