@@ -31,6 +31,8 @@ thread_local RuntimeCalls current;
 
 }  // namespace
 
+// Names that other libraries are to find, whatever the visibility of the rest.
+#pragma GCC visibility push(default)
 extern "C" {
 
 void* __libc_malloc(size_t size);
@@ -50,10 +52,6 @@ void* calloc(size_t count, size_t size) noexcept {
 void* realloc(void* block, size_t size) noexcept {
     countHeap();
     return __libc_realloc(block, size);
-}
-void* memalign(size_t alignment, size_t size) noexcept {
-    countHeap();
-    return __libc_memalign(alignment, size);
 }
 void* aligned_alloc(size_t alignment, size_t size) noexcept {
     countHeap();
@@ -86,6 +84,7 @@ int pthread_rwlock_wrlock(pthread_rwlock_t* lock) noexcept {
     return lockBy("pthread_rwlock_wrlock", next, lock);
 }
 }
+#pragma GCC visibility pop
 
 RuntimeProbe::RuntimeProbe() {
     current = RuntimeCalls();

@@ -1,33 +1,24 @@
-#include <cstdlib>
-#include <mutex>
-#include <shared_mutex>
-
+#include "frame/memory.h"
 #include "library/hit_roads.h"
 #include "library/runtime_probe.h"
+#include "platform/lock.h"
 
 namespace {
 
 class SteadyState : public HitRoads {};
 
-TEST(RuntimeProbe, SeesHeapAndLocks) {
-    std::mutex plain;
-    std::recursive_mutex recursive;
-    std::shared_mutex shared;
-    void* volatile block = nullptr;  // or the compiler leaves the calls out
-    const RuntimeProbe probe;
-    block = new FakeVolume;
-    delete static_cast<FakeVolume*>(block);
-    block = std::malloc(8);
-    block = std::realloc(block, 16);
-    std::free(block);
-    EXPECT_EQ(probe.calls().heap, 5);
-    plain.lock();
-    recursive.lock();
-    shared.lock_shared();
-    EXPECT_EQ(probe.calls().locks, 3);
-    plain.unlock();
-    recursive.unlock();
-    shared.unlock_shared();
+TEST(RuntimeProbe, SeesWhatLibrariesAskFor) {
+    platform::Lock lock;
+    RuntimeCalls calls;
+    {
+        const RuntimeProbe probe;
+        freeMemory(allocate(8));
+        lock.enter();
+        calls = probe.calls();
+    }
+    lock.leave();
+    EXPECT_EQ(calls.heap, 2);
+    EXPECT_EQ(calls.locks, 1);
 }
 
 TEST_F(SteadyState, HitsTakeNoMemoryAndNoLock) {
