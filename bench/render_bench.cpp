@@ -36,7 +36,10 @@ int main(int argc, char** argv) {
         return 1;
     }
     const bench::BarePathTracer bare;
-    const RenderOptions options{.width = size, .height = size, .samples = samples, .threads = 1};
+    RenderOptions options;
+    options.width = options.height = size;
+    options.samples = samples;
+    options.threads = 1;
     const std::atomic<bool> stop{false};
     std::vector<double> ours, theirs, ratios;
     const double total = double(size) * size * samples / 1e6;
