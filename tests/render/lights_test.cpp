@@ -1,0 +1,216 @@
+#include "render/lights.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <numbers>
+#include <random>
+#include <vector>
+
+#include "host/plugin_parameters.h"
+#include "render/host_plugin.h"
+#include "render/render_context.h"
+
+namespace Tarnkit {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+/// The upper half of the surroundings in one colour, the lower in another.
+class HalfTexture final : public Plugin, public TextureInterface {
+public:
+    AColor getTexColor(PelkContext& context) override {
+        return {context.rayDir.y > 0 ? Color(4, 2, 1) : Color(0.25f), 1.0f};
+    }
+    Vector getTexBump(PelkContext&) override { return {}; }
+    PluginBase* getPlugin() override { return this; }
+    PluginInterface* getInterface(u64 id) override {
+        return id == EXT_TEXTURE ? static_cast<TextureInterface*>(this) : Plugin::getInterface(id);
+    }
+};
+
+class BlankRenderer final : public PelkRenderer {
+public:
+    void evalEnvironment(PelkContext&) override {}
+    void traceRay(PelkContext&) override {}
+    StringTable* getStringTable() override { return nullptr; }
+};
+
+template <class Light>
+class LightHolder {
+public:
+    void set(const char* name, float value) { add(std::make_unique<FloatParameter>(name, value)); }
+    void set(const char* name, Color value) {
+        add(std::make_unique<SingleParameter<AColor>>(name, AColor{value, 1.0f}));
+    }
+    void set(const char* name, PluginBase* value) {
+        add(std::make_unique<PluginParameter>(name, value));
+    }
+    bool prepare() {
+        BlankRenderer renderer;
+        light.frameBegin(renderer);
+        return light.prepare({}, error);
+    }
+
+    std::string error;
+    HostPluginDesc<Light> desc;
+    Light light{&desc};
+
+private:
+    void add(std::unique_ptr<PelkPluginParameter> parameter) {
+        light.setParameter(parameter.get());
+        parameters.push_back(std::move(parameter));
+    }
+
+    std::vector<std::unique_ptr<PelkPluginParameter>> parameters;
+};
+
+/// Both ways of finding a light must see the same light: the integral of its radiance by its own
+/// samples and by directions spread evenly over the sphere, and the same densities.
+void expectBothWaysAgree(LightInterface& light, const Point& from, double expected) {
+    RenderContext context;
+    context.hitPoint = from;
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    constexpr int kCount = 200000;
+    double bySamples = 0, byDirections = 0;
+    for (int i = 0; i < kCount; ++i) {
+        LightSample sample;
+        if (light.sample(context, unit(random), unit(random), sample)) {
+            ASSERT_NEAR(length(sample.direction), 1.0f, 1e-4f);
+            bySamples += sample.radiance.g / sample.density;
+            LightHit hit;
+            // At the very rim rounding may miss.
+            if (i < 1000 && light.intersect(from, sample.direction, 0.0, kRayFar, hit)) {
+                EXPECT_NEAR(hit.density / sample.density, 1.0f, 2e-3f);
+                EXPECT_EQ(hit.radiance, sample.radiance);
+                EXPECT_NEAR(hit.distance / sample.distance, 1.0, 1e-3);
+            }
+        }
+        const float y = 1 - 2 * unit(random), r = std::sqrt(std::max(0.0f, 1 - y * y));
+        const float phi = unit(random) * 2 * static_cast<float>(kPi);
+        LightHit hit;
+        if (light.intersect(from, {r * std::cos(phi), y, r * std::sin(phi)}, 0.0, kRayFar, hit))
+            byDirections += hit.radiance.g * 4 * kPi;
+    }
+    EXPECT_NEAR(bySamples / kCount / expected, 1.0, 0.01);
+    EXPECT_NEAR(byDirections / kCount / expected, 1.0, 0.03);
+}
+
+TEST(LightTest, AreaShinesFromItsFrontAlone) {
+    LightHolder<LightArea> area;
+    area.set("position", Color(1, 3, 0));
+    area.set("direction", Color(0, -2, 0));
+    area.set("width", 2.0f);
+    area.set("height", 1.0f);
+    area.set("intensity", 5.0f);
+    ASSERT_TRUE(area.prepare()) << area.error;
+    // The solid angle of a rectangle a x b seen from below its centre at distance d:
+    // 4 asin(ab / sqrt((a2 + 4 d2)(b2 + 4 d2))).
+    const double solid = 4 * std::asin(2.0 * 1.0 / std::sqrt((4.0 + 36.0) * (1.0 + 36.0)));
+    expectBothWaysAgree(area.light, {1, 0, 0}, 5.0 * solid);
+
+    RenderContext above;
+    above.hitPoint = {1, 5, 0};
+    LightSample sample;
+    LightHit hit;
+    EXPECT_FALSE(area.light.sample(above, 0.5f, 0.5f, sample));
+    EXPECT_FALSE(area.light.intersect({1, 5, 0}, {0, -1, 0}, 0, kRayFar, hit));
+    EXPECT_FALSE(area.light.intersect({1, 0, 0}, {0, 1, 0}, 0, 2.5, hit)) << "beyond the ray's end";
+}
+
+TEST(LightTest, SphereIsSeenAsItsCone) {
+    LightHolder<LightSphere> sphere;
+    sphere.set("position", Color(0, 4, 0));
+    sphere.set("radius", 1.5f);
+    ASSERT_TRUE(sphere.prepare()) << sphere.error;
+    const double cosine = std::sqrt(1 - 1.5 * 1.5 / 16);
+    expectBothWaysAgree(sphere.light, {0, 0, 0}, 2 * kPi * (1 - cosine));
+    RenderContext inside;
+    inside.hitPoint = {0, 3, 0};
+    LightSample sample;
+    EXPECT_FALSE(sphere.light.sample(inside, 0.5f, 0.5f, sample));
+}
+
+TEST(LightTest, SunGivesAFacingSurfaceItsIntensity) {
+    LightHolder<LightSun> sun;
+    sun.set("direction", Color(1, -1, 0));
+    sun.set("angle", 20.0f);
+    sun.set("intensity", 3.0f);
+    ASSERT_TRUE(sun.prepare()) << sun.error;
+    const double r = 10 * kPi / 180;
+    // Radiance 3 / sin2 over the cap.
+    expectBothWaysAgree(sun.light, {0, 0, 0},
+                        3.0 / (std::sin(r) * std::sin(r)) * 2 * kPi * (1 - std::cos(r)));
+
+    sun.set("angle", 0.0f);
+    ASSERT_TRUE(sun.prepare()) << sun.error;
+    EXPECT_FALSE(sun.light.hasExtent());
+    RenderContext context;
+    LightSample sample;
+    ASSERT_TRUE(sun.light.sample(context, 0.3f, 0.3f, sample));
+    EXPECT_EQ(sample.density, 0.0f);
+    EXPECT_EQ(sample.radiance, Color(3));
+    LightHit hit;
+    EXPECT_FALSE(sun.light.intersect({}, sample.direction, 0, kRayFar, hit));
+}
+
+TEST(LightTest, DomeSamplesWhatItShows) {
+    LightHolder<LightDome> plain;
+    plain.set("intensity", 0.5f);
+    ASSERT_TRUE(plain.prepare());
+    expectBothWaysAgree(plain.light, {1, 2, 3}, 0.5 * 4 * kPi);
+
+    HalfTexture texture;
+    LightHolder<LightDome> textured;
+    textured.set("texture", &texture);
+    ASSERT_TRUE(textured.prepare());
+    expectBothWaysAgree(textured.light, {0, 0, 0}, (2 + 0.25) * 2 * kPi);
+    int bright = 0;
+    RenderContext context;
+    std::mt19937 random(2);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    for (int i = 0; i < 1000; ++i) {
+        LightSample sample;
+        textured.light.sample(context, unit(random), unit(random), sample);
+        bright += sample.direction.y > 0;
+    }
+    EXPECT_GT(bright, 800) << "the bright half is 28 times as bright";
+}
+
+TEST(LightTest, BadParametersAreTold) {
+    LightHolder<LightArea> area;
+    area.set("direction", Color(0));
+    EXPECT_FALSE(area.prepare());
+    EXPECT_EQ(area.error, "direction and up must not be 0");
+    LightHolder<LightSphere> sphere;
+    sphere.set("radius", std::numeric_limits<float>::quiet_NaN());
+    EXPECT_FALSE(sphere.prepare());
+    LightHolder<LightSun> sun;
+    sun.set("angle", 180.0f);
+    EXPECT_FALSE(sun.prepare());
+}
+
+TEST(LightTest, EnvironmentMappingGoesOnceAroundFromTheMiddleAtMinusZ) {
+    HostPluginDesc<UVWGenEnvironment> desc;
+    UVWGenEnvironment mapping(&desc);
+    const struct {
+        Vector direction;
+        float u, v;
+    } cases[] = {{{0, 0, -1}, 0.5f, 0.5f},
+                 {{1, 0, 0}, 0.75f, 0.5f},
+                 {{-1, 0, 0}, 0.25f, 0.5f},
+                 {{0, 1, 0}, 0.5f, 1.0f}};
+    for (const auto& c : cases) {
+        RenderContext context;
+        context.rayDir = c.direction;
+        const Vector uvw = mapping.getUVW(context);
+        EXPECT_NEAR(uvw.y, c.v, 1e-5f);
+        if (c.v == 0.5f) {  // at the poles u is anything
+            EXPECT_NEAR(uvw.x, c.u, 1e-5f);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit

@@ -1,0 +1,324 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <memory>
+#include <numbers>
+#include <vector>
+
+#include "host/plugin_parameters.h"
+#include "render/geom_mesh.h"
+#include "render/geom_shapes.h"
+#include "render/host_plugin.h"
+#include "render/mesh_loader.h"
+#include "render/placement.h"
+#include "render/render_context.h"
+#include "render/scene_object.h"
+#include "temporary_directory.h"
+
+namespace Tarnkit {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class BlankRenderer final : public PelkRenderer {
+public:
+    void evalEnvironment(PelkContext&) override {}
+    void traceRay(PelkContext&) override {}
+    StringTable* getStringTable() override { return nullptr; }
+};
+
+template <class Geometry>
+class Builder {
+public:
+    template <class Parameter, class T>
+    void set(const char* name, const T& value) {
+        parameters.push_back(std::make_unique<Parameter>(name, value));
+        geometry.setParameter(parameters.back().get());
+    }
+    bool build() {
+        BlankRenderer renderer;
+        geometry.frameBegin(renderer);
+        return geometry.buildMesh(mesh, error);
+    }
+
+    Mesh mesh;
+    std::string error;
+    HostPluginDesc<Geometry> desc;
+    Geometry geometry{&desc};
+    std::vector<std::unique_ptr<PelkPluginParameter>> parameters;
+};
+
+Vector areaVector(const Mesh& mesh, size_t triangle) {
+    const auto& t = mesh.triangles[triangle];
+    const Vector& a = mesh.positions[t[0]];
+    return cross(mesh.positions[t[1]] - a, mesh.positions[t[2]] - a) * 0.5f;
+}
+
+double area(const Mesh& mesh) {
+    double sum = 0;
+    for (size_t i = 0; i < mesh.triangles.size(); ++i)
+        sum += length(areaVector(mesh, i));
+    return sum;
+}
+
+/// The volume inside a closed mesh; negative if its fronts look inward.
+double volume(const Mesh& mesh) {
+    double sum = 0;
+    for (size_t i = 0; i < mesh.triangles.size(); ++i)
+        sum += dotDouble(areaVector(mesh, i), mesh.positions[mesh.triangles[i][0]]) / 3.0;
+    return sum;
+}
+
+/// Every vertex normal lies on the front side of the triangles around it, and is unit.
+void expectNormalsInFront(const Mesh& mesh) {
+    ASSERT_EQ(mesh.normals.size(), mesh.positions.size());
+    for (size_t i = 0; i < mesh.triangles.size(); ++i) {
+        const Vector front = areaVector(mesh, i);
+        EXPECT_GT(length(front), 0.0f) << "collapsed triangle " << i;
+        for (const u32 corner : mesh.triangles[i]) {
+            EXPECT_GT(dot(mesh.normals[corner], front), 0.0f) << "triangle " << i;
+            EXPECT_NEAR(length(mesh.normals[corner]), 1.0f, 1e-5f);
+        }
+    }
+}
+
+TEST(GeomSphere, IsABallWithTextureCoordinates) {
+    Builder<GeomSphere> ball;
+    ball.set<FloatParameter>("radius", 2.0f);
+    ASSERT_TRUE(ball.build());
+    const double pi = std::numbers::pi;
+    EXPECT_NEAR(area(ball.mesh), 4 * pi * 4, 4 * pi * 4 * 2e-3);
+    EXPECT_NEAR(volume(ball.mesh), 4 * pi * 8 / 3, 4 * pi * 8 / 3 * 2e-3);
+    expectNormalsInFront(ball.mesh);
+    for (const auto& t : ball.mesh.triangles) {
+        // No triangle runs back over the seam.
+        const float u[] = {ball.mesh.uvs[t[0]].u, ball.mesh.uvs[t[1]].u, ball.mesh.uvs[t[2]].u};
+        EXPECT_LT(*std::max_element(u, u + 3) - *std::min_element(u, u + 3), 0.1f);
+    }
+    for (size_t i = 0; i < ball.mesh.positions.size(); ++i) {
+        const UV uv = ball.mesh.uvs[i];
+        if (uv.u == 0.25f && uv.v == 0.5f) {
+            EXPECT_NEAR(ball.mesh.positions[i].x, 2.0f, 1e-6f) << "u runs to the right";
+        }
+    }
+}
+
+TEST(GeomBox, FacesOutwardAndNumbersItsSides) {
+    Builder<GeomBox> box;
+    box.set<ColorParameter>("size", Color(1, 2, 3));
+    ASSERT_TRUE(box.build());
+    EXPECT_NEAR(volume(box.mesh), 6.0, 1e-6);
+    EXPECT_TRUE(box.mesh.normals.empty());
+    const Vector sides[] = {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
+    for (size_t i = 0; i < box.mesh.triangles.size(); ++i) {
+        const Vector front = areaVector(box.mesh, i);
+        EXPECT_EQ(front * (1 / length(front)), sides[box.mesh.materialIDs[i]]);
+    }
+}
+
+TEST(GeomSweep, BendsFromTheFloorIntoTheWall) {
+    Builder<GeomSweep> sweep;
+    ASSERT_TRUE(sweep.build());
+    expectNormalsInFront(sweep.mesh);
+    const double length = (10 - 2) + std::numbers::pi + (5 - 2);
+    EXPECT_NEAR(area(sweep.mesh), 10 * length, 0.02);
+    EXPECT_NEAR(sweep.mesh.uvs.back().v, length / 10, 1e-5);
+    sweep.set<FloatParameter>("radius", 5.0f);
+    EXPECT_FALSE(sweep.build());
+    EXPECT_THAT(sweep.error, HasSubstr("above \"radius\""));
+}
+
+TEST(Geometry, TurnsAsAsked) {
+    const float h = std::sqrt(0.5f);
+    const struct {
+        const char* what;
+        Color scale, rotate, translate;
+        Vector point, expected;
+    } cases[] = {
+        {"about Y, x goes to -z", Color(1), {0, 90, 0}, Color(0), {1, 0, 0}, {0, 0, -1}},
+        {"about Y, z goes to x", Color(1), {0, 90, 0}, Color(0), {0, 0, 1}, {1, 0, 0}},
+        {"about Y by 45", Color(1), {0, 45, 0}, Color(0), {1, 5, 0}, {h, 5, -h}},
+        {"about X, y goes to z", Color(1), {90, 0, 0}, Color(0), {0, 1, 0}, {0, 0, 1}},
+        {"about Z, x goes to y", Color(1), {0, 0, -270}, Color(0), {1, 0, 0}, {0, 1, 0}},
+        {"X before Y before Z", Color(1), {90, 90, 90}, Color(0), {0, 1, 0}, {0, 1, 0}},
+        {"right angles are exact", Color(1), {0, 450, 0}, Color(0), {3e7f, 1, 0}, {0, 1, -3e7f}},
+        {"scale, turn, move", {2, 1, 1}, {0, 90, 0}, {1, 2, 3}, {1, 0, 0}, {1, 2, 1}},
+    };
+    for (const auto& c : cases) {
+        Mesh mesh;
+        mesh.positions = {c.point};
+        Placement(c.scale, c.rotate, c.translate).apply(mesh);
+        EXPECT_NEAR(length(mesh.positions[0] - c.expected), 0.0f, 1e-6f) << c.what;
+    }
+}
+
+TEST(Geometry, StretchedAndMirroredObjectsKeepTheirFronts) {
+    Builder<GeomSphere> ball;
+    ball.set<IntParameter>("segments", 32);
+    ball.set<ColorParameter>("scale", Color(-4, 1, 0.25f));
+    ASSERT_TRUE(ball.build());
+    EXPECT_GT(volume(ball.mesh), 0.0);
+    expectNormalsInFront(ball.mesh);
+    for (size_t i = 0; i < ball.mesh.positions.size(); ++i) {
+        // The gradient of (x/4)^2 + y^2 + (4z)^2 is the true normal.
+        const Vector p = ball.mesh.positions[i];
+        const Vector gradient = normalizeGuarded({p.x / 16, p.y, p.z * 16});
+        EXPECT_NEAR(dot(gradient, ball.mesh.normals[i]), 1.0f, 1e-4f);
+    }
+}
+
+TEST(Geometry, MaterialIDsAreMappedAndFoundAtTheHit) {
+    Builder<GeomBox> box;
+    box.set<IntListParameter>("material_ids", std::vector<int>{10, 11, 12});
+    SceneObject object;
+    ASSERT_TRUE(box.build());
+    object.mesh = box.mesh;
+    RenderContext hit;
+    EXPECT_EQ(box.geometry.getSurfaceMtlID(hit), 0) << "no object was hit";
+    hit.object = &object;
+    std::vector<int> ids;
+    for (hit.triangle = 0; hit.triangle < 12; hit.triangle += 2)
+        ids.push_back(box.geometry.getSurfaceMtlID(hit));
+    EXPECT_THAT(ids, ElementsAre(10, 11, 12, 0, 0, 0)) << "parts beyond the list have 0";
+}
+
+TEST(Geometry, WhatCannotBeBuiltIsRefused) {
+    const struct {
+        const char* name;
+        float value;
+    } cases[] = {{"width", 0.0f}, {"height", -1.0f}, {"width", INFINITY}, {"width", NAN}};
+    for (const auto& c : cases) {
+        Builder<GeomQuad> quad;
+        quad.set<FloatParameter>(c.name, c.value);
+        EXPECT_FALSE(quad.build());
+        EXPECT_THAT(quad.error, HasSubstr(c.name));
+    }
+    Builder<GeomQuad> quad;
+    quad.set<ColorParameter>("scale", Color(1, 0, 1));
+    EXPECT_FALSE(quad.build());
+    EXPECT_THAT(quad.error, HasSubstr("scale"));
+    Builder<GeomSphere> ball;
+    ball.set<IntParameter>("segments", 4097);
+    EXPECT_FALSE(ball.build());
+    EXPECT_THAT(ball.error, HasSubstr("segments"));
+    Builder<GeomMesh> mesh;
+    EXPECT_FALSE(mesh.build());
+    EXPECT_THAT(mesh.error, HasSubstr("file"));
+}
+
+// ---- files
+
+constexpr const char* kObj =
+    "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+    "usemtl a\nf 1/1 2/2 3/3 4/4\nusemtl b\nf 1/1 2/2 3/3\n";
+
+std::string ply(const std::string& format, const std::string& body) {
+    return "ply\nformat " + format +
+           " 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+           "element face 1\nproperty list uchar int vertex_indices\nend_header\n" +
+           body;
+}
+
+std::string plyBytes() {
+    const float positions[9] = {0, 0, 0, 2, 0, 0, 0, 2, 0};
+    const int indices[3] = {0, 1, 2};
+    return std::string(reinterpret_cast<const char*>(positions), sizeof positions) + "\3" +
+           std::string(reinterpret_cast<const char*>(indices), sizeof indices);
+}
+
+/// A triangle moved by 5 along X; its buffer, in another file, is 42 bytes long.
+std::string gltf() {
+    return R"({"asset": {"version": "2.0"}, "scene": 0, "scenes": [{"nodes": [0]}],
+        "nodes": [{"mesh": 0, "translation": [5, 0, 0]}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0}, "indices": 1}]}],
+        "buffers": [{"byteLength": 42, "uri": "t.bin"}],
+        "bufferViews": [{"buffer": 0, "byteOffset": 0, "byteLength": 36},
+                        {"buffer": 0, "byteOffset": 36, "byteLength": 6}],
+        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3",
+                       "min": [0, 0, 0], "max": [2, 2, 0]},
+                      {"bufferView": 1, "componentType": 5123, "count": 3, "type": "SCALAR"}]})";
+}
+
+TEST(MeshLoader, ReadsEachFormat) {
+    TemporaryDirectory dir;
+    dir.write("q.obj", kObj);
+    dir.write("open.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3");
+    dir.write("relative.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf -3 -2 -1");
+    dir.write("text.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n3 0 1 2"));
+    dir.write("bytes.PLY", ply("binary_little_endian", plyBytes()));
+    dir.write("t.gltf", gltf());
+    dir.write("t.bin", plyBytes().substr(0, 36) + std::string("\0\0\1\0\2\0", 6));
+    const struct {
+        const char* name;
+        size_t triangles;
+        double area;
+    } cases[] = {{"q.obj", 3, 1.5},    {"open.obj", 1, 0.5},  {"relative.obj", 1, 0.5},
+                 {"text.ply", 1, 2.0}, {"bytes.PLY", 1, 2.0}, {"t.gltf", 1, 2.0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Mesh mesh;
+        std::string error;
+        ASSERT_TRUE(loadMesh(dir.file(c.name), true, mesh, error)) << error;
+        EXPECT_EQ(mesh.triangles.size(), c.triangles);
+        EXPECT_NEAR(area(mesh), c.area, 1e-6);
+        expectNormalsInFront(mesh);
+    }
+    Mesh mesh;
+    std::string error;
+    ASSERT_TRUE(loadMesh(dir.file("q.obj"), false, mesh, error));
+    EXPECT_THAT(mesh.materialIDs, ElementsAre(0, 0, 1));
+    EXPECT_EQ(mesh.uvs.size(), mesh.positions.size());
+    EXPECT_TRUE(mesh.normals.empty());
+    ASSERT_TRUE(loadMesh(dir.file("t.gltf"), false, mesh, error));
+    EXPECT_GE(mesh.positions[0].x, 5.0f) << "node not in its place";
+}
+
+TEST(MeshLoader, FilesThatAreMissingOrBrokenAreRefused) {
+    TemporaryDirectory dir;
+    const std::string bytes = ply("binary_little_endian", plyBytes());
+    const struct {
+        const char *what, *name;
+        std::string content;
+    } cases[] = {
+        {"ending", "m.stl", "solid"},
+        {"empty", "m.obj", ""},
+        {"no faces", "m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n"},
+        {"cut among vertices", "m.obj", std::string(kObj).substr(0, 20)},
+        {"cut inside a face", "m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\nf 1 2"},
+        {"cut before the last vertices are used", "m.obj",
+         "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nf 1 2 3"},
+        {"index too large", "m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 4\n"},
+        {"not finite", "m.obj", "v 0 0 0\nv 1 0 0\nv 0 nan 0\nf 1 2 3\n"},
+        {"no PLY", "m.ply", "text"},
+        {"head cut", "m.ply", bytes.substr(0, 50)},
+        {"rows of text missing", "m.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n3 0 1")},
+        {"vertices missing", "m.ply", ply("ascii", "0 0 0\n2 0 0\n")},
+        {"bytes missing", "m.ply", bytes.substr(0, bytes.size() - 1)},
+        {"face without corners", "m.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n0\n")},
+        {"index below 0", "m.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n3 0 1 -2\n")},
+        {"huge count", "m.ply",
+         ply("binary_big_endian", plyBytes().substr(0, 36) + std::string("\xff", 1))},
+        {"buffer missing", "m.gltf", gltf()},
+        {"JSON cut", "m.gltf", gltf().substr(0, 300)},
+        {"bytes that are no glTF", "m.glb", "glTF\2"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        dir.write(c.name, c.content);
+        Mesh mesh;
+        std::string error;
+        EXPECT_FALSE(loadMesh(dir.file(c.name), true, mesh, error));
+        EXPECT_THAT(error, HasSubstr(dir.file(c.name)));
+        EXPECT_GT(error.size(), dir.file(c.name).size() + 15) << "no reason: " << error;
+    }
+    Mesh mesh;
+    std::string error;
+    for (const char* name : {"none.obj", "none.glb", ""}) {
+        EXPECT_FALSE(loadMesh(dir.file(name), true, mesh, error));
+        EXPECT_FALSE(error.empty());
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit

@@ -1,0 +1,276 @@
+// Pictures, by what must hold of them: rendered with the built module, as any host would.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "render/host_session.h"
+#include "render/render_job.h"
+#include "render/scene_reader.h"
+#include "temporary_directory.h"
+
+namespace Tarnkit {
+namespace {
+
+class RenderTest : public testing::Test {
+protected:
+    RenderTest() { session.loadModules(PELK_MODULE_DIR "/", nullptr); }
+
+    std::unique_ptr<Scene> read(const std::string& plugins, const std::string& settings) {
+        directory.write("scene.json", R"({"settings": {)" + settings + R"(}, "plugins": {
+            "camera": {"type": "CameraPerspective", "position": [0, 0, 5], "fov": 30},)" +
+                                          plugins + "}}");
+        std::string error;
+        auto scene = readScene(session, directory.file("scene.json"), {}, error);
+        EXPECT_TRUE(scene) << error;
+        return scene;
+    }
+
+    RenderResult render(Scene& scene, Picture& picture, int samples, int threads = 2,
+                        int width = 16, int height = 16) {
+        RenderOptions options;
+        options.width = width;
+        options.height = height;
+        options.samples = samples;
+        options.threads = threads;
+        const std::atomic<bool> stop{false};
+        const RenderResult result = renderScene(scene, options, nullptr, nullptr, stop, picture);
+        EXPECT_TRUE(result.ok) << result.error;
+        return result;
+    }
+
+    /// The mean of the picture of a scene.
+    Color meanOf(const std::string& plugins, const std::string& settings, int samples = 256) {
+        const auto scene = read(plugins, settings);
+        if (!scene)
+            return {};
+        Picture picture;
+        render(*scene, picture, samples);
+        double sum[3] = {};
+        for (int y = 0; y < picture.getHeight(); ++y) {
+            for (int x = 0; x < picture.getWidth(); ++x) {
+                const AColor c = picture.getPixel(x, y);
+                sum[0] += c.color.r;
+                sum[1] += c.color.g;
+                sum[2] += c.color.b;
+            }
+        }
+        const double n = double(picture.getWidth()) * picture.getHeight();
+        return {static_cast<float>(sum[0] / n), static_cast<float>(sum[1] / n),
+                static_cast<float>(sum[2] / n)};
+    }
+
+    static void expectNear(Color c, Color expected, float tolerance) {
+        EXPECT_NEAR(c.r, expected.r, tolerance);
+        EXPECT_NEAR(c.g, expected.g, tolerance);
+        EXPECT_NEAR(c.b, expected.b, tolerance);
+    }
+
+    TemporaryDirectory directory;
+    HostSession session;
+};
+
+TEST_F(RenderTest, AWhiteSurfaceInWhiteSurroundingsIsWhite) {
+    const char* ball = R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+                          "ball": {"type": "GeomSphere", "material": "white", "radius": 3})";
+    const struct {
+        const char* what;
+        std::string plugins, settings;
+    } cases[] = {
+        {"a dome that is sampled and met", std::string(ball) + R"(, "dome": {"type": "LightDome"})",
+         R"("max_depth": 50)"},
+        {"plain surroundings, met by indirect rays alone", ball,
+         R"("max_depth": 50, "background": [1, 1, 1])"},
+        {"by the road of samplers", R"("base": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+            "white": {"type": "MtlSingleBRDF", "brdf": "base"}, "dome": {"type": "LightDome"},
+            "ball": {"type": "GeomSphere", "material": "white", "radius": 3})",
+         R"("max_depth": 50)"},
+        {"a mirror",
+         R"("white": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1]},
+            "dome": {"type": "LightDome"},
+            "ball": {"type": "GeomSphere", "material": "white", "radius": 3})",
+         R"("max_depth": 50)"},
+        {"half transparent, half diffuse",
+         R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1], "transparency": [0.5, 0.5, 0.5]},
+            "quad": {"type": "GeomQuad", "material": "white", "width": 9, "height": 9},
+            "dome": {"type": "LightDome"})",
+         R"("max_depth": 50)"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        expectNear(meanOf(c.plugins, c.settings), Color(1), 0.005f);
+    }
+}
+
+TEST_F(RenderTest, LightsGiveWhatTheirUnitsSay) {
+    const std::string wall =
+        R"("grey": {"type": "MtlDiffuse", "diffuse": [0.5, 0.5, 0.5]},
+           "wall": {"type": "GeomQuad", "material": "grey", "width": 40, "height": 40},)";
+    const struct {
+        const char* what;
+        const char* light;
+        bool gi;
+        float expected;
+    } cases[] = {
+        {"a sun without extent", R"({"type": "LightSun", "direction": [0, 0, -1], "angle": 0})",
+         false, 0.5f},
+        {"a sun's disc, slanting",
+         R"({"type": "LightSun", "direction": [0, 1, -1], "angle": 10, "intensity": 2})", true,
+         0.5f * 2 * std::sqrt(0.5f)},
+        {"the same without indirect rays",
+         R"({"type": "LightSun", "direction": [0, 1, -1], "angle": 10, "intensity": 2})", false,
+         0.5f * 2 * std::sqrt(0.5f)},
+        // Far away: radiance times area over pi times the squared distance.
+        {"a ball", R"({"type": "LightSphere", "position": [0, 0, 100], "radius": 10,
+                      "intensity": 50, "visible": false})",
+         true, 0.5f * 50 * 0.01f},
+        {"a lone dome without indirect rays", R"({"type": "LightDome"})", false, 0.5f},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Color seen = meanOf(wall + R"("light": )" + c.light,
+                                  c.gi ? R"("max_depth": 3)" : R"("gi": false)", 512);
+        expectNear(seen, Color(c.expected), 0.01f * c.expected);
+    }
+}
+
+TEST_F(RenderTest, ShadowsAreFilteredByWhatStandsInTheWay) {
+    const char* scene = R"(
+        "grey": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+        "wall": {"type": "GeomQuad", "material": "grey", "width": 40, "height": 40},
+        "film": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "transparency": [1, 0.5, 0]},
+        "first": {"type": "GeomQuad", "material": "film", "width": 60, "height": 60,
+                  "translate": [0, 0, 20]},
+        "second": {"type": "GeomQuad", "material": "film", "width": 60, "height": 60,
+                   "translate": [0, 0, 21], "rotate": [0, 180, 0]},
+        "sun": {"type": "LightSun", "direction": [0, 0, -1], "angle": 0, "shadows": SHADOWS})";
+    for (const bool shadows : {true, false}) {
+        std::string text = scene;
+        text.replace(text.find("SHADOWS"), 7, shadows ? "true" : "false");
+        expectNear(meanOf(text, R"("gi": false)", 4), shadows ? Color(1, 0.25f, 0) : Color(1),
+                   1e-5f);
+    }
+}
+
+TEST_F(RenderTest, BothWaysOfFindingALightAgree) {
+    // A light that fills much of the hemisphere, close to a wall: by its samples alone (no indirect
+    // rays), and weighted against indirect rays, at one surface.
+    const char* plugins = R"(
+        "grey": {"type": "MtlDiffuse", "diffuse": [0.8, 0.8, 0.8]},
+        "wall": {"type": "GeomQuad", "material": "grey", "width": 40, "height": 40},
+        "light": {"type": "LightArea", "position": [0, 3, 2], "direction": [0, -1, -1], "width": 4,
+                  "height": 3, "intensity": 2, "visible": false})";
+    const Color sampled = meanOf(plugins, R"("gi": false)", 1024);
+    const Color weighted = meanOf(plugins, R"("max_depth": 1)", 1024);
+    EXPECT_GT(sampled.r, 0.1f);
+    expectNear(weighted, sampled, 0.005f * sampled.r);
+}
+
+TEST_F(RenderTest, ManyLightsOfWhichSomeAreChosenGiveTheSameLight) {
+    std::string few = R"("grey": {"type": "MtlDiffuse"},
+        "wall": {"type": "GeomQuad", "material": "grey", "width": 40, "height": 40})";
+    std::string many = few;
+    few += R"(, "sun": {"type": "LightSun", "direction": [0, 0, -1], "angle": 0, "intensity": 10})";
+    for (int i = 0; i < 200; ++i)
+        many +=
+            ", \"sun" + std::to_string(i) +
+            R"(": {"type": "LightSun", "direction": [0, 0, -1], "angle": 0, "intensity": 0.05})";
+    const Color expected = meanOf(few, R"("gi": false)", 4);
+    expectNear(meanOf(many, R"("gi": false)", 4), expected, 1e-3f);
+}
+
+TEST_F(RenderTest, ThePictureDoesNotDependOnThreads) {
+    const auto scene = read(R"(
+        "mirror": {"type": "MtlDiffuse", "diffuse": [0.2, 0.3, 0.4], "reflection": [0.5, 0.5, 0.5]},
+        "ball": {"type": "GeomSphere", "material": "mirror"},
+        "floor": {"type": "GeomQuad", "material": "mirror", "width": 9, "height": 9,
+                  "rotate": [-90, 0, 0], "translate": [0, -1, 0]},
+        "sun": {"type": "LightSun", "direction": [1, -1, -1], "angle": 5},
+        "dome": {"type": "LightDome", "intensity": 0.3})",
+                            "");
+    ASSERT_TRUE(scene);
+    Picture one;
+    render(*scene, one, 4, 1, 75, 50);
+    for (int threads : {2, 5}) {
+        Picture other;
+        render(*scene, other, 4, threads, 75, 50);
+        for (int y = 0; y < 50; ++y) {
+            for (int x = 0; x < 75; ++x) {
+                ASSERT_EQ(one.getPixel(x, y), other.getPixel(x, y))
+                    << threads << " threads at " << x << ", " << y;
+            }
+        }
+    }
+}
+
+TEST_F(RenderTest, DepthCountsTheSurfacesThatGatherLight) {
+    // A mirror at the last surface still shows what shines on it.
+    const char* box = R"(
+        "mirror": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1]},
+        "front": {"type": "GeomQuad", "material": "mirror", "width": 50, "height": 50})";
+    expectNear(meanOf(box, R"("max_depth": 1, "background": [1, 1, 1])", 1), Color(1), 0);
+    // A room without light but a sky behind the camera: one bounce more each time is brighter.
+    const char* bowl = R"("white": {"type": "MtlDiffuse", "diffuse": [0.9, 0.9, 0.9]},
+        "back": {"type": "GeomQuad", "material": "white", "width": 50, "height": 50},
+        "left": {"type": "GeomQuad", "material": "white", "width": 50, "height": 50,
+                 "rotate": [0, 90, 0], "translate": [-2, 0, 0]})";
+    float last = 0;
+    for (const char* depth : {"1", "2", "3"}) {
+        const float now =
+            meanOf(bowl, std::string(R"("background": [1, 1, 1], "max_depth": )") + depth).r;
+        EXPECT_GT(now, last + 0.02f);
+        last = now;
+    }
+}
+
+TEST_F(RenderTest, ARenderThatIsStoppedKeepsWhatItHas) {
+    const auto scene = read(R"("dome": {"type": "LightDome"})", "");
+    ASSERT_TRUE(scene);
+    RenderOptions options;
+    options.width = options.height = 64;
+    options.samples = 1;
+    std::atomic<bool> stop{true};
+    Picture picture;
+    const RenderResult result = renderScene(*scene, options, nullptr, nullptr, stop, picture);
+    EXPECT_TRUE(result.ok);
+    EXPECT_TRUE(result.stopped);
+    EXPECT_EQ(result.samples, 0);
+    EXPECT_EQ(picture.getWidth(), 64);
+}
+
+TEST_F(RenderTest, BadScenesAreRefusedByName) {
+    const auto scene = read(R"("lamp": {"type": "LightSphere", "radius": 0})", "");
+    ASSERT_TRUE(scene);
+    RenderOptions options;
+    options.width = options.height = 8;
+    const std::atomic<bool> stop{false};
+    Picture picture;
+    const RenderResult result = renderScene(*scene, options, nullptr, nullptr, stop, picture);
+    EXPECT_FALSE(result.ok);
+    EXPECT_EQ(result.error, "/plugins/lamp: radius must be above 0");
+}
+
+TEST_F(RenderTest, ColoursThatAreNotFiniteAreDroppedAndNamed) {
+    const auto scene = read(R"(
+        "hot": {"type": "MtlDiffuse", "diffuse": [3e38, 3e38, 3e38]},
+        "wall": {"type": "GeomQuad", "material": "hot", "width": 1.5, "height": 50},
+        "sun": {"type": "LightSun", "direction": [0, 0, -1], "angle": 0, "intensity": 3e38})",
+                            R"("background": [1, 1, 1])");
+    ASSERT_TRUE(scene);
+    Picture picture;
+    const RenderResult result = render(*scene, picture, 4);
+    EXPECT_GT(result.droppedSamples, 0);
+    EXPECT_EQ(result.droppedBy, "hot");
+    for (int y = 0; y < 16; ++y) {
+        for (int x = 0; x < 16; ++x)
+            ASSERT_TRUE(isFinite(picture.getPixel(x, y).color));
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit

@@ -1,0 +1,75 @@
+#include "render/sampling.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <set>
+
+namespace Tarnkit {
+namespace {
+
+TEST(SamplingTest, EverySixteenSamplesFillEveryElementaryCell) {
+    for (u32 seed : {0u, 7u, 123456789u}) {
+        for (u32 block = 0; block < 4; ++block) {
+            for (int split = 0; split <= 4; ++split) {
+                std::set<int> cells;
+                for (u32 i = 0; i < 16; ++i) {
+                    const Random2 p = random2(seed, block * 16 + i, RandomUse::Pixel);
+                    ASSERT_TRUE(p.x >= 0 && p.x < 1 && p.y >= 0 && p.y < 1);
+                    const int columns = 1 << split, rows = 16 >> split;
+                    cells.insert(static_cast<int>(p.x * columns) * rows +
+                                 static_cast<int>(p.y * rows));
+                }
+                EXPECT_EQ(cells.size(), 16u) << "seed " << seed << " block " << block;
+            }
+        }
+    }
+}
+
+TEST(SamplingTest, SeedsAndUsesAreIndependent) {
+    // The same sample of different paths must not correlate: the mean product of the deviations of
+    // n pairs stays within 5 standard errors, 1/12 / sqrt(n), of 0.
+    constexpr int kCount = 20000;
+    const auto correlation = [](auto first, auto second) {
+        double sum = 0;
+        for (u32 i = 0; i < kCount; ++i)
+            sum += (first(i) - 0.5) * (second(i) - 0.5);
+        return std::fabs(sum / kCount) * 12.0 * std::sqrt(double(kCount));
+    };
+    const auto at = [](u32 seed, RandomUse use) { return random2(seed, 3, use).x; };
+    EXPECT_LT(correlation([&](u32 i) { return at(i, RandomUse::Light); },
+                          [&](u32 i) { return at(i + 1, RandomUse::Light); }),
+              5.0);
+    EXPECT_LT(correlation([&](u32 i) { return at(i, RandomUse::Light); },
+                          [&](u32 i) { return at(i, RandomUse::Indirect); }),
+              5.0);
+    EXPECT_LT(correlation([](u32 i) { return random2(9, i, RandomUse::Light).x; },
+                          [](u32 i) { return random2(9, i, RandomUse::Indirect).x; }),
+              5.0);
+}
+
+TEST(SamplingTest, CosineDirectionsAreUnitAndHaveTheirDensity) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    for (const Vector n : {Vector(0, 0, 1), Vector(0, 0, -1), normalizeGuarded({1, 2, -3})}) {
+        // Under a density of cosine / pi the mean cosine is 2/3, and the mean direction is along n.
+        Vector sum;
+        double cosines = 0;
+        constexpr int kCount = 40000;
+        for (int i = 0; i < kCount; ++i) {
+            float cosine;
+            const Vector d = cosineDirection(n, {unit(random), unit(random)}, cosine);
+            ASSERT_NEAR(length(d), 1.0f, 1e-5f);
+            ASSERT_NEAR(dot(d, n), cosine, 1e-5f);
+            sum += d;
+            cosines += cosine;
+        }
+        EXPECT_NEAR(cosines / kCount, 2.0 / 3.0, 0.005);
+        EXPECT_NEAR(length(sum * (1.0f / kCount) - n * (2.0f / 3.0f)), 0.0f, 0.01f);
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit

@@ -1,0 +1,319 @@
+#include "render/scene_reader.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "frame/pelk_material.h"
+#include "render/camera.h"
+#include "render/host_plugin.h"
+#include "render/host_session.h"
+#include "render/spelling.h"
+#include "support/plugin_manager.h"
+#include "temporary_directory.h"
+
+namespace Tarnkit {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+/// A material with a parameter of every type.
+class Probe final : public PelkMaterial {
+public:
+    static constexpr const char* kName = "Probe";
+    static constexpr u32 kID = 0x7E1F0001;
+    static constexpr u64 kFaces[] = {EXT_MATERIAL};
+
+    explicit Probe(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {}
+    static void addParameters(PelkParameterListDesc& list) {
+        list.addParamBool("flag", false);
+        list.addParamInt("int", 0);
+        list.addParamFloat("float", 0);
+        list.addParamColor("color", Color());
+        list.addParamString("text", "");
+        list.addParamPlugin("base", EXT_MATERIAL);
+        list.addParamPlugin("bump_brdf", EXT_BSDF);
+        list.addParamTexture("tex");
+        list.addParamTextureFloat("tex_float");
+        list.addParamTextureInt("tex_int");
+        list.addParamInt("ints", 0, 0);
+        list.addParamColor("colors", Color(), 0);
+        list.addParamString("texts", "", 0);
+        list.addParamPlugin("bases", EXT_MATERIAL, 0);
+        list.addParamTexture("texs", 0);
+        list.addParam("positions", 12);
+        list.addParam("strange", 99);
+    }
+
+    void shade(PelkContext&) override {}
+    BSDFSampler* getBSDF(PelkContext&, int) override { return nullptr; }
+    void releaseBSDF(PelkContext&, BSDFSampler*) override {}
+};
+
+class SceneReaderTest : public testing::Test {
+protected:
+    SceneReaderTest() {
+        session.getManager().registerPluginDesc(&probeDesc, session.getPluginHost());
+        session.loadModules("", nullptr);  // lists the kinds anew
+    }
+    ~SceneReaderTest() override {
+        scene.reset();
+        session.getManager().unregisterPluginDesc(&probeDesc, session.getPluginHost());
+    }
+
+    bool read(const std::string& text, const std::vector<std::string>& overrides = {}) {
+        dir.write("scene.json", text);
+        error.clear();
+        scene = readScene(session, dir.file("scene.json"), overrides, error);
+        // An error always names the file.
+        EXPECT_EQ(scene == nullptr, error.starts_with(dir.file("scene.json") + ":")) << error;
+        return scene != nullptr;
+    }
+    /// A scene with one probe, `a`, a texture and a camera.
+    bool readProbe(const std::string& parameters, const std::vector<std::string>& overrides = {}) {
+        return read(R"({"plugins": {"a": {"type": "Probe", )" + parameters +
+                        R"(}, "check": {"type": "TexChecker"}, "b": {"type": "Probe"}}})",
+                    overrides);
+    }
+    PelkPluginParameter& parameter(const char* name) {
+        auto* face = findInterface<PelkPluginInterface>(scene->findPlugin("a"), EXT_PLUGIN_BASE);
+        return *face->getParameter(name);
+    }
+    int instanceCount() { return session.getManager().enumPlugins(nullptr); }
+
+    HostPluginDesc<Probe> probeDesc;
+    HostSession session;
+    TemporaryDirectory dir;
+    std::unique_ptr<Scene> scene;
+    std::string error;
+};
+
+TEST_F(SceneReaderTest, EveryTypeOfValueArrives) {
+    ASSERT_TRUE(readProbe(R"("flag": true, "int": -2147483648, "float": 2, "color": [1, 2, 3],
+        "text": "x", "base": "b", "tex": [1, 2, 3, 0.5], "tex_float": "check", "tex_int": 7,
+        "ints": [], "colors": [[1, 0, 0], [0, 0, 1, 0.5]], "texts": ["p", "q"],
+        "bases": ["b", null], "texs": ["check", [0, 1, 0]], "positions": [0.25, "check"])"))
+        << error;
+    Plugin* const b = scene->findPlugin("b");
+    Plugin* const check = scene->findPlugin("check");
+    EXPECT_EQ(parameter("flag").getInt(0, 0), 1);
+    EXPECT_EQ(parameter("int").getInt(0, 0), -2147483647 - 1);
+    EXPECT_EQ(parameter("float").getFloat(0, 0), 2.0f);
+    EXPECT_EQ(parameter("color").getColor(0, 0), (AColor{{1, 2, 3}, 1}));
+    EXPECT_STREQ(parameter("text").getString(0, 0), "x");
+    EXPECT_EQ(parameter("base").getObject(0, 0), b);
+    EXPECT_EQ(parameter("tex").getColor(0, 0), (AColor{{1, 2, 3}, 0.5f}));
+    EXPECT_EQ(parameter("tex_float").getObject(0, 0), check);
+    EXPECT_EQ(parameter("tex_int").getInt(0, 0), 7);
+    EXPECT_EQ(parameter("ints").getCount(0), 0);
+    EXPECT_EQ(parameter("colors").getColor(1, 0), (AColor{{0, 0, 1}, 0.5f}));
+    EXPECT_STREQ(parameter("texts").getString(1, 0), "q");
+    EXPECT_EQ(parameter("bases").getCount(0), 2);
+    EXPECT_EQ(parameter("bases").getObject(1, 0), nullptr);
+    EXPECT_EQ(parameter("texs").getObject(0, 0), check);
+    EXPECT_EQ(parameter("texs").getColor(1, 0), (AColor{{0, 1, 0}, 1}));
+    EXPECT_EQ(parameter("positions").getFloat(0, 0), 0.25f);
+    EXPECT_EQ(parameter("positions").getObject(1, 0), check);
+}
+
+TEST_F(SceneReaderTest, ValuesOverTimeAreBlendedOrStand) {
+    ASSERT_TRUE(readProbe(R"("float": {"times": [1, 3], "values": [10, 20]},
+        "int": {"times": [1, 3], "values": [10, 20]},
+        "tex": {"times": [0, 1], "values": ["check", null]},
+        "tex_float": {"times": [0, 2], "values": [0, 1]})"))
+        << error;
+    EXPECT_EQ(parameter("float").getFloat(0, 2), 15.0f);
+    EXPECT_EQ(parameter("int").getInt(0, 2.9), 10);
+    EXPECT_EQ(parameter("tex").getObject(0, 0.5), scene->findPlugin("check"));
+    EXPECT_EQ(parameter("tex").getObject(0, 1), nullptr);
+    EXPECT_EQ(parameter("tex_float").getFloat(0, 1), 0.5f);
+}
+
+TEST_F(SceneReaderTest, WhatIsWrongIsToldWithItsPlace) {
+    const struct {
+        const char* what;
+        std::string parameters;
+        std::vector<std::string> told;
+    } cases[] = {
+        {"parameter", R"("flot": 1)", {"/plugins/a/flot: ", "did you mean \"float\"?", "tex_int"}},
+        {"number for bool", R"("flag": 1)", {"/plugins/a/flag: expected true or false, not 1"}},
+        {"bool for int", R"("int": true)", {"/plugins/a/int: expected a whole number"}},
+        {"fraction for int", R"("int": 1.5)", {"/plugins/a/int: expected a whole number"}},
+        {"int too large", R"("int": 2147483648)", {"/plugins/a/int: "}},
+        {"int that wraps", R"("int": 18446744073709551615)", {"/plugins/a/int: "}},
+        {"float too large", R"("float": 1e39)", {"/plugins/a/float: expected a number"}},
+        {"two channels", R"("color": [1, 2])", {"/plugins/a/color: expected three or four"}},
+        {"five channels", R"("color": [1, 2, 3, 4, 5])", {"/plugins/a/color: "}},
+        {"text as channel", R"("color": [1, 2, "3"])", {"/plugins/a/color: "}},
+        {"number for text", R"("text": 1)", {"/plugins/a/text: expected a text, not 1"}},
+        {"single for list", R"("ints": 1)", {"/plugins/a/ints: expected an array of"}},
+        {"list for single", R"("float": [1])", {"/plugins/a/float: "}},
+        {"item of list", R"("ints": [1, "x"])", {"/plugins/a/ints/1: "}},
+        {"no such instance", R"("base": "B1")", {"/plugins/a/base: ", "EXT_MATERIAL", "Known: a"}},
+        {"lacks interface", R"("base": "check")", {"EXT_MATERIAL", "\"check\" is a TexChecker"}},
+        {"lacks face", R"("tex_int": "b")", {"EXT_TEXTURE_INT", "\"b\" is a Probe"}},
+        {"in a list", R"("bases": ["b", "c"])", {"/plugins/a/bases/1: "}},
+        {"unknown kind of value", R"("strange": 1)", {"/plugins/a/strange: "}},
+        {"times fall", R"("float": {"times": [1, 1], "values": [1, 2]})", {"/float/times/1: "}},
+        {"no times", R"("float": {"times": [], "values": []})", {"/float/times: "}},
+        {"values missing", R"("float": {"times": [1, 2], "values": [1]})", {"/float/values: "}},
+        {"value's type", R"("float": {"times": [1], "values": ["x"]})", {"/float/values/0: "}},
+        {"misspelt times", R"("float": {"time": [1], "values": [1]})", {"\"times\""}},
+        {"texts over time", R"("text": {"times": [1], "values": ["x"]})", {"expected a text"}},
+        {"twice", R"("int": 1, "int": 1)", {"/plugins/a/int: the key stands here twice"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_FALSE(readProbe(c.parameters));
+        for (const std::string& part : c.told)
+            EXPECT_THAT(error, HasSubstr(part));
+        EXPECT_EQ(instanceCount(), 0) << "instances left over";
+    }
+}
+
+TEST_F(SceneReaderTest, TheFileItselfIsChecked) {
+    const struct {
+        const char* what;
+        std::string text;
+        std::string told;
+    } cases[] = {
+        {"empty", "", "scene.json:1:1: "},
+        {"broken", "{\n  \"plugins\": {]\n}", "scene.json:2:15: "},
+        {"cut short", "{\"plugins\": {\n\"a\": {", "scene.json:2:"},
+        {"number", "{\"plugins\": 1e999}", "scene.json:1:"},
+        {"array", "[]", "expected an object"},
+        {"no plug-ins", "{}", "/plugins: expected an object"},
+        {"top key", R"({"plugin": {}})",
+         "/plugin: there is no such entry, did you mean \"plugins\""},
+        {"no type", R"({"plugins": {"a": {}}})", "/plugins/a/type: "},
+        {"type", R"({"plugins": {"x/~y": {"type": "GeomBx"}}})", "/plugins/x~1~0y/type: "},
+        {"spelling", R"({"plugins": {"x": {"type": "geombox"}}})", "did you mean \"GeomBox\"?"},
+        {"no object", R"({"plugins": {"a": 3}})", "/plugins/a: expected an object"},
+        {"setting", R"({"plugins": {}, "settings": {"sampels": 1}})", "did you mean \"samples\"?"},
+        {"range", R"({"plugins": {}, "settings": {"width": 0}})", "/settings/width: expected"},
+        {"huge", R"({"plugins": {}, "settings": {"samples": 18446744073709551615}})", "/settings"},
+        {"bool", R"({"plugins": {}, "settings": {"gi": 1}})", "expected true or false"},
+        {"settings", R"({"plugins": {}, "settings": []})", "/settings: expected an object"},
+        {"deep", std::string(1000, '['), "nested too deeply"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_FALSE(read(c.text));
+        EXPECT_THAT(error, HasSubstr(c.told));
+    }
+    EXPECT_EQ(readScene(session, dir.file("none.json"), {}, error), nullptr);
+    EXPECT_THAT(error, HasSubstr("none.json: no such scene file"));
+}
+
+TEST_F(SceneReaderTest, SettingsAndCommentsAreRead) {
+    ASSERT_TRUE(read(R"(// first line
+        {"settings": {"width": 32768, "samples": 3, "max_depth": 2, "gi": false,
+                      "background": [1, 2, 3], "time": 1.5 /* end */}, "plugins": {}})"))
+        << error;
+    EXPECT_EQ(scene->settings.width, 32768);
+    EXPECT_EQ(scene->settings.height, SceneSettings().height);
+    EXPECT_EQ(scene->settings.samples, 3);
+    EXPECT_EQ(scene->settings.max_depth, 2);
+    EXPECT_FALSE(scene->settings.gi);
+    EXPECT_EQ(scene->settings.background, Color(1, 2, 3));
+    EXPECT_EQ(scene->settings.time, 1.5);
+    EXPECT_EQ(scene->camera, nullptr);
+}
+
+TEST_F(SceneReaderTest, OverridesPassTheSameChecks) {
+    ASSERT_TRUE(readProbe(R"("int": 1)", {"a.int=2", "a.text=3", "a.base=b", "a.color=[1,2,3]",
+                                          "a.texts=[\"x=y\"]", "a.text=2 words"}))
+        << error;
+    EXPECT_EQ(parameter("int").getInt(0, 0), 2);
+    EXPECT_STREQ(parameter("text").getString(0, 0), "2 words");
+    EXPECT_EQ(parameter("base").getObject(0, 0), scene->findPlugin("b"));
+    EXPECT_STREQ(parameter("texts").getString(0, 0), "x=y");
+
+    for (const auto& [text, told] : std::vector<std::pair<std::string, std::string>>{
+             {"a.int", "expected INSTANCE.PARAMETER=VALUE"},
+             {"aint=3", "expected INSTANCE.PARAMETER=VALUE"},
+             {"chek.squares=3", "did you mean \"check\"?"},
+             {"a.it=3", "did you mean \"int\"?"},
+             {"a.type=GeomBox", "no parameter \"type\""},
+             {"a.int=x", "expected a whole number of 32 bits, not \"x\""}}) {
+        EXPECT_FALSE(readProbe(R"("int": 1)", {text}));
+        EXPECT_THAT(error, AllOf(HasSubstr("--set " + text + ": "), HasSubstr(told)));
+    }
+}
+
+/// A chain of `length` probes, the last one's parameters being `end`.
+std::string chain(int length, const std::string& end) {
+    std::string text = R"({"plugins": {)";
+    for (int i = 1; i < length; ++i)
+        text += "\"m" + std::to_string(i) + R"(": {"type": "Probe", "base": "m)" +
+                std::to_string(i + 1) + "\"},";
+    return text + "\"m" + std::to_string(length) + R"(": {"type": "Probe")" + end + "}}}";
+}
+
+TEST_F(SceneReaderTest, MaterialsMustEnd) {
+    EXPECT_TRUE(read(chain(100, ""))) << error;
+    EXPECT_FALSE(read(chain(101, "")));
+    EXPECT_THAT(error, HasSubstr("more than 100"));
+    EXPECT_FALSE(read(chain(100000, "")));
+
+    EXPECT_FALSE(read(chain(3, R"(, "bases": ["m2"])")));
+    EXPECT_THAT(error, HasSubstr("in a loop: m2 -> m3 -> m2"));
+    EXPECT_FALSE(read(chain(1, R"(, "base": "m1")")));
+    EXPECT_TRUE(read(chain(3, R"(, "bump_brdf": "m1")"))) << error;
+}
+
+TEST_F(SceneReaderTest, ManyWaysToTheSameMaterialAreNoLoop) {
+    // Each of 40 layers refers twice to the next: 2^40 paths, which must not all be walked.
+    std::string text = R"({"plugins": {)";
+    for (int i = 0; i < 40; ++i) {
+        const std::string next = "\"m" + std::to_string(i + 1) + "\"";
+        text += "\"m" + std::to_string(i) + R"(": {"type": "Probe", "bases": [)" + next + "," +
+                next + "]},";
+    }
+    EXPECT_TRUE(read(text + R"("m40": {"type": "Probe"}}})")) << error;
+}
+
+TEST_F(SceneReaderTest, TheCameraIsTheOnlyOneOrTheNamedOne) {
+    const std::string two = R"({"plugins": {"l": {"type": "CameraPerspective"},
+        "r": {"type": "CameraPerspective"}, "s": {"type": "GeomBox"}}, "settings": {)";
+    EXPECT_FALSE(read(two + "}}"));
+    EXPECT_THAT(error, HasSubstr("/settings/camera: there are 2 cameras"));
+    EXPECT_FALSE(read(two + R"("camera": "s"}})"));
+    EXPECT_THAT(error, HasSubstr("EXT_CAMERA"));
+    ASSERT_TRUE(read(two + R"("camera": "r"}})")) << error;
+    EXPECT_EQ(scene->camera->getPlugin(), scene->findPlugin("r"));
+    ASSERT_TRUE(read(R"({"plugins": {"c": {"type": "CameraPerspective"}}})"));
+    EXPECT_EQ(scene->camera->getPlugin(), scene->findPlugin("c"));
+}
+
+TEST_F(SceneReaderTest, LibrariesThatWereRefusedAreListedAndTold) {
+    dir.write("broken.so", "no library");
+    session.loadModules(dir.path.string() + ";;" + dir.file("missing"), nullptr);
+    const auto& rejected = session.getRejected();
+    ASSERT_EQ(rejected.size(), 2u);
+    EXPECT_EQ(rejected[0].path, dir.file("broken.so"));
+    EXPECT_FALSE(rejected[0].reason.empty());
+    EXPECT_EQ(rejected[1].path, dir.file("missing"));
+    EXPECT_FALSE(read(R"({"plugins": {"a": {"type": "MtlAbsent"}}})"));
+    EXPECT_THAT(error, HasSubstr("broken.so"));
+}
+
+TEST(NearestName, ForgivesOneOrTwoSlips) {
+    const std::string_view names[] = {"diffuse", "diffuse_tex", "u", "reflection"};
+    const struct {
+        const char *text, *nearest;
+    } cases[] = {
+        {"difuse", "diffuse"},          {"idffuse", "diffuse"},
+        {"DIFFUSE_TEX", "diffuse_tex"}, {"v", "u"},
+        {"reflectoin", "reflection"},   {"transparency", ""},
+        {"diffusetex", "diffuse_tex"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(nearestName(c.text, names), c.nearest) << c.text;
+}
+
+}  // namespace
+}  // namespace Tarnkit

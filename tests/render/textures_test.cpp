@@ -1,0 +1,289 @@
+#include "render/textures.h"
+
+#include <OpenImageIO/imageio.h>
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "frame/renderer.h"
+#include "frame/shader_source.h"
+#include "host/plugin_parameters.h"
+#include "render/host_plugin.h"
+#include "render/render_context.h"
+#include "render/scene_object.h"
+#include "render/texture_image.h"
+#include "temporary_directory.h"
+
+namespace Tarnkit {
+namespace {
+
+using testing::HasSubstr;
+
+class RecordingLog final : public MessageLog {
+public:
+    void debug(const char*, ...) override {}
+    void warning(const char*, ...) override {}
+    void error(const char* format, ...) override {
+        char text[1024];
+        va_list arguments;
+        va_start(arguments, format);
+        std::vsnprintf(text, sizeof text, format, arguments);
+        va_end(arguments);
+        errors.push_back(text);
+    }
+    void info(const char*, ...) override {}
+    void finish() override {}
+
+    std::vector<std::string> errors;
+};
+
+class BlankRenderer final : public PelkRenderer {
+public:
+    void evalEnvironment(PelkContext&) override {}
+    void traceRay(PelkContext&) override {}
+    StringTable* getStringTable() override { return nullptr; }
+};
+
+/// A plug-in with its parameters, read at hits on a triangle whose u is x and whose v is y.
+template <class T>
+class Holder {
+public:
+    Holder() {
+        object.mesh.positions = {{0, 0, 0}, {100, 0, 0}, {0, 100, 0}};
+        object.mesh.uvs = {{0, 0}, {100, 0}, {0, 100}};
+        object.mesh.triangles = {{0, 1, 2}};
+        object.faceNormals = {{0, 0, 1}};
+        context.object = &object;
+        context.triangle = 0;
+    }
+    template <class Parameter, class V>
+    void set(const char* name, const V& value) {
+        parameters.push_back(std::make_unique<Parameter>(name, value));
+        plugin.setParameter(parameters.back().get());
+    }
+    void start() {
+        renderer.sequenceData.log = &log;
+        plugin.frameBegin(renderer);
+    }
+    PelkContext& at(double u, double v) {
+        context.hitPoint = {u, v, 0};
+        return context;
+    }
+
+    RecordingLog log;
+    BlankRenderer renderer;
+    SceneObject object;
+    RenderContext context;
+    HostPluginDesc<T> desc;
+    T plugin{&desc};
+    std::vector<std::unique_ptr<PelkPluginParameter>> parameters;
+};
+
+TEST(TexConstant, MultipliesByItsAlpha) {
+    Holder<TexConstant> texture;
+    texture.set<ColorParameter>("color", Color(4, 2, 0.5f));
+    texture.set<FloatParameter>("alpha", 0.5f);
+    texture.start();
+    EXPECT_EQ(texture.plugin.getTexColor(texture.at(0, 0)), (AColor{{2, 1, 0.25f}, 0.5f}));
+    EXPECT_EQ(texture.plugin.getTexInt(texture.at(0, 0)), 1) << "a mean of 1.083";
+}
+
+TEST(HostTexture, IntegersAreLimited) {
+    const struct {
+        float value;
+        int expected;
+    } cases[] = {
+        {2.5f, 3}, {-2.5f, -3}, {NAN, 0}, {1e20f, 2147483520}, {-INFINITY, -2147483647 - 1}};
+    for (const auto& c : cases)
+        EXPECT_EQ(nearestInt(c.value), c.expected) << c.value;
+}
+
+TEST(TexChecker, TakesTurnsAlongBothAxes) {
+    Holder<TexChecker> texture;
+    texture.set<FloatParameter>("squares", 2.0f);
+    texture.set<ColorParameter>("color2", Color(9, 8, 7));
+    Holder<UVWGenMap> map;
+    map.set<ColorParameter>("offset", Color(-10, 0, 0));
+    map.start();
+    const struct {
+        double u, v;
+        int square;
+    } cases[] = {{0.2, 0.2, 0}, {0.7, 0.2, 1}, {0.2, 0.7, 1},
+                 {0.7, 0.7, 0}, {1.2, 0.2, 0}, {9.7, 3.2, 1}};
+    for (const bool negative : {false, true}) {
+        if (negative)
+            texture.set<PluginParameter>("uvwgen", static_cast<PluginBase*>(&map.plugin));
+        texture.start();
+        for (const auto& c : cases) {
+            PelkContext& hit = texture.at(c.u, c.v);
+            EXPECT_EQ(texture.plugin.getTexInt(hit), c.square) << c.u << " " << c.v << negative;
+            EXPECT_EQ(texture.plugin.getTexColor(hit).color == Color(9, 8, 7), c.square == 1);
+        }
+    }
+    texture.context.object = nullptr;
+    texture.set<PluginParameter>("uvwgen", static_cast<PluginBase*>(nullptr));
+    texture.start();
+    EXPECT_EQ(texture.plugin.getTexInt(texture.context), 0) << "no surface, no coordinates";
+}
+
+TEST(UVWGenMap, ScalesTurnsAndMoves) {
+    Holder<UVWGenMap> map;
+    map.set<ColorParameter>("scale", Color(2, 3, 1));
+    map.set<FloatParameter>("rotation", 90.0f);
+    map.set<ColorParameter>("offset", Color(10, 20, 30));
+    map.start();
+    const Vector uvw = map.plugin.getUVW(map.at(1, 2));
+    EXPECT_NEAR(uvw.x, 10 - 6, 1e-5f);
+    EXPECT_NEAR(uvw.y, 20 + 2, 1e-5f);
+    EXPECT_EQ(uvw.z, 30);
+}
+
+TEST(HostTexture, DescribesItselfInOneSectionOnly) {
+    Holder<TexConstant> texture;
+    texture.set<ColorParameter>("color", Color(1, 0.5f, 0));
+    texture.start();
+    OCLData data;
+    ShaderSource source;
+    PluginInterface* const face = texture.plugin.getInterface(EXT_TEXTURE);
+    EXPECT_EQ(
+        RTTexInterface::getRTTexSource(face, "float", "", "HierarchyDescriptor", source, data), 0);
+    EXPECT_EQ(RTTexInterface::getRTTexSource(face, "float", "", "MaterialDescriptor", source, data),
+              1);
+    EXPECT_STREQ(source.c_str(), "color 1.000000 0.500000 0.000000\n");
+}
+
+// ---- images
+
+template <class T>
+void writeImage(const std::string& path, int width, int height, int channels,
+                const std::vector<T>& values) {
+    OIIO::ImageSpec spec(width, height, channels, OIIO::BaseTypeFromC<T>::value);
+    spec.attribute("oiio:UnassociatedAlpha", 1);  // as they are, without a change by the writer
+    const auto output = OIIO::ImageOutput::create(path);
+    ASSERT_TRUE(output && output->open(path, spec) &&
+                output->write_image(spec.format, values.data()) && output->close());
+}
+
+class TexImageTest : public testing::Test {
+protected:
+    void open(const std::string& file, const char* space = "auto", bool repeat = true) {
+        texture.set<StringParameter>("file", file.c_str());
+        texture.set<StringParameter>("color_space", space);
+        texture.set<BoolParameter>("repeat", repeat ? 1 : 0);
+        texture.start();
+    }
+    float red(double u, double v) { return texture.plugin.getTexColor(texture.at(u, v)).color.r; }
+
+    TemporaryDirectory dir;
+    Holder<TexImage> texture;
+};
+
+float linear(int byte) {
+    const double x = byte / 255.0;
+    return static_cast<float>(x <= 0.04045 ? x / 12.92 : std::pow((x + 0.055) / 1.055, 2.4));
+}
+
+TEST_F(TexImageTest, PixelsStandUprightAndBlendInLinearLight) {
+    const std::string file = dir.file("a.png");
+    // Upper row 0 and 200, lower row 100 and 255.
+    writeImage<unsigned char>(file, 2, 2, 1, {0, 200, 100, 255});
+    open(file);
+    const float a = linear(100), b = linear(255), c = linear(0), d = linear(200);
+    const struct {
+        const char* what;
+        double u, v;
+        bool repeat;
+        float expected;
+    } cases[] = {
+        {"lower left", 0.25, 0.25, true, a},
+        {"upper right", 0.75, 0.75, true, d},
+        {"middle", 0.5, 0.5, true, (a + b + c + d) / 4},
+        {"seam wraps", 0.0, 0.25, true, (a + b) / 2},
+        {"edge stays", 0.0, 0.25, false, a},
+        {"corner wraps", 0.0, 0.0, true, (a + b + c + d) / 4},
+        {"repeats", 3.25, 5.25, true, a},
+        {"beyond the edge", 3.25, 5.25, false, d},
+    };
+    for (const auto& row : cases) {
+        open(file, "auto", row.repeat);
+        EXPECT_NEAR(red(row.u, row.v), row.expected, 1e-5f) << row.what;
+    }
+    open(file, "linear");
+    EXPECT_NEAR(red(0.25, 0.25), 100 / 255.0f, 1e-6f);
+    EXPECT_NEAR(texture.plugin.getTexFloat(texture.at(0.25, 0.25)), 100 / 255.0f, 1e-6f);
+    EXPECT_TRUE(texture.log.errors.empty());
+}
+
+TEST_F(TexImageTest, AlphaIsKeptApartUntilTheColourIsDecoded) {
+    writeImage<unsigned char>(dir.file("a.png"), 1, 1, 4, {200, 100, 50, 51});
+    open(dir.file("a.png"));
+    const AColor color = texture.plugin.getTexColor(texture.at(0.5, 0.5));
+    EXPECT_NEAR(color.alpha, 0.2f, 1e-6f);
+    EXPECT_NEAR(color.color.r, linear(200) * 0.2f, 1e-5f);
+    EXPECT_NEAR(color.color.b, linear(50) * 0.2f, 1e-5f);
+    // The texture has said 1 - alpha of what lies below already: EXR colours come multiplied.
+    writeImage<float>(dir.file("a.exr"), 1, 1, 4, {0.25f, 3.0f, -1.0f, 0.5f});
+    open(dir.file("a.exr"));
+    EXPECT_EQ(texture.plugin.getTexColor(texture.at(0.5, 0.5)),
+              (AColor{{0.25f, 3.0f, -1.0f}, 0.5f}));
+    open(dir.file("a.exr"), "srgb");
+    EXPECT_NEAR(red(0.5, 0.5), 0.5 * std::pow(0.555 / 1.055, 2.4), 1e-5);
+}
+
+TEST_F(TexImageTest, IdsAreTheFilesOwnNumbers) {
+    writeImage<unsigned char>(dir.file("ids.png"), 2, 1, 1, {3, 7});
+    open(dir.file("ids.png"));
+    EXPECT_EQ(texture.plugin.getTexInt(texture.at(0.49, 0.0)), 3) << "no blend";
+    EXPECT_EQ(texture.plugin.getTexInt(texture.at(0.51, 1.0)), 7);
+    writeImage<unsigned short>(dir.file("ids.tif"), 1, 1, 1, {40001});
+    open(dir.file("ids.tif"));
+    EXPECT_EQ(texture.plugin.getTexInt(texture.at(0.0, 0.0)), 40001);
+}
+
+TEST_F(TexImageTest, FilesThatCannotBeReadAreBlackWithOneError) {
+    std::vector<unsigned char> noise(64 * 64 * 3);
+    unsigned state = 1;
+    for (unsigned char& value : noise)
+        value = static_cast<unsigned char>((state = state * 1664525u + 1013904223u) >> 24);
+    std::vector<std::string> files = {dir.file("none.png"), dir.path.string(), ""};
+    for (const std::string ending : {"png", "jpg", "tif", "bmp", "tga", "exr", "hdr"}) {
+        const std::string whole = dir.file("whole." + ending);
+        writeImage(whole, 64, 64, 3, noise);
+        std::string error;
+        EXPECT_TRUE(ImageSource().open(whole, ColorSpace::Auto, error)) << error;
+        const std::string bytes = dir.read("whole." + ending);
+        for (const size_t size : {bytes.size() * 3 / 5, size_t{30}}) {
+            files.push_back(dir.file(std::to_string(size) + "." + ending));
+            dir.write(std::to_string(size) + "." + ending, bytes.substr(0, size));
+        }
+    }
+    for (const std::string& file : files) {
+        SCOPED_TRACE(file);
+        texture.log.errors.clear();
+        open(file);
+        ASSERT_EQ(texture.log.errors.size(), 1u);
+        EXPECT_THAT(texture.log.errors[0], HasSubstr(file));
+        EXPECT_EQ(texture.plugin.getTexColor(texture.at(0, 0)), (AColor{Color(0), 1}));
+        EXPECT_EQ(texture.plugin.getTexInt(texture.at(0, 0)), 0);
+    }
+    open(dir.file("whole.png"), "sRGB");
+    EXPECT_THAT(texture.log.errors.back(), HasSubstr("\"color_space\" must be"));
+}
+
+TEST_F(TexImageTest, AFileThatChangedIsReadAnew) {
+    writeImage<unsigned char>(dir.file("a.png"), 1, 1, 1, {255});
+    open(dir.file("a.png"));
+    EXPECT_EQ(red(0, 0), 1.0f);
+    writeImage<unsigned char>(dir.file("a.png"), 1, 1, 1, {0});
+    Holder<TexImage> later;
+    later.set<StringParameter>("file", dir.file("a.png").c_str());
+    later.start();
+    EXPECT_EQ(later.plugin.getTexColor(later.at(0, 0)).color.r, 0.0f);
+}
+
+}  // namespace
+}  // namespace Tarnkit
