@@ -80,16 +80,14 @@ constexpr void smallSinCos(float x, float& s, float& c) {
 /// Journal of Graphics Tools 2(3), 1997.
 inline Random2 squareToDisc(Random2 u) {
     const float a = 2.0f * u.x - 1.0f, b = 2.0f * u.y - 1.0f;
-    constexpr float kQuarterPi = std::numbers::pi_v<float> / 4.0f;
+    // Chosen without branches: which of the two is larger can't be predicted.
+    const bool wide = std::fabs(a) > std::fabs(b);
+    const float radius = wide ? a : b, across = wide ? b : a;
+    const float ratio = radius != 0.0f ? across / radius : 0.0f;
     float s, c;
-    if (std::fabs(a) > std::fabs(b)) {
-        smallSinCos(kQuarterPi * (b / a), s, c);
-        return {a * c, a * s};
-    }
-    if (b == 0.0f)
-        return {0.0f, 0.0f};
-    smallSinCos(kQuarterPi * (a / b), s, c);
-    return {b * s, b * c};
+    smallSinCos(std::numbers::pi_v<float> / 4.0f * ratio, s, c);
+    const float along = radius * c, aside = radius * s;
+    return wide ? Random2{along, aside} : Random2{aside, along};
 }
 
 /// Two unit vectors that make a right-handed frame with the unit vector `n`. Duff et al.,
