@@ -11,6 +11,8 @@ class ConsoleLog final : public MessageLog {
 public:
     ConsoleLog(StatusLine& statusLine, bool verboseLog) : status(statusLine), verbose(verboseLog) {}
 
+    bool isVerbose() const { return verbose; }
+
     void debug(const char* format, ...) override __attribute__((format(printf, 2, 3)));
     void warning(const char* format, ...) override __attribute__((format(printf, 2, 3)));
     void error(const char* format, ...) override __attribute__((format(printf, 2, 3)));

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/renderer.h"
+#include "pelk/console_log.h"
 #include "platform/file.h"
 #include "platform/system_info.h"
 #include "render/host_session.h"
@@ -41,16 +41,19 @@ std::string PluginOptions::searchPath() const {
     return ownDirectory() + (more ? ";" + std::string(more) : "");
 }
 
-bool loadModules(HostSession& session, const PluginOptions& options, MessageLog& log,
+bool loadModules(HostSession& session, const PluginOptions& options, ConsoleLog& log,
                  std::string& error) {
     const std::string path = options.searchPath();
-    session.loadModules(path, nullptr);
+    session.loadModules(path, log.isVerbose() ? &log : nullptr);
     const auto kinds = session.getKinds();
     const bool any = std::any_of(kinds.begin(), kinds.end(),
                                  [](const PluginKind* kind) { return !kind->library.empty(); });
     if (any) {
-        for (const RejectedLibrary& library : session.getRejected())
-            log.warning("%s: %s", library.path.c_str(), library.reason.c_str());
+        // A log that tells everything has told this already.
+        if (!log.isVerbose()) {
+            for (const RejectedLibrary& library : session.getRejected())
+                log.warning("%s: %s", library.path.c_str(), library.reason.c_str());
+        }
         return true;
     }
     error = "no plug-in library found; expected a *.so that exports getLibDesc in " + path;

@@ -8,8 +8,8 @@ class App;
 
 namespace Tarnkit {
 
+class ConsoleLog;
 class HostSession;
-class MessageLog;
 
 /// Where plug-in libraries are looked for; options that all commands share.
 struct PluginOptions {
@@ -23,7 +23,7 @@ struct PluginOptions {
 
 /// Loads what stands in the directories. A library that is refused is a warning while there are
 /// others. False if there are none; `error` then lists what was tried.
-bool loadModules(HostSession& session, const PluginOptions& options, MessageLog& log,
+bool loadModules(HostSession& session, const PluginOptions& options, ConsoleLog& log,
                  std::string& error);
 
 /// ", did you mean ...?" for a name of a kind of plug-in that the session doesn't know.
