@@ -1,0 +1,246 @@
+#include "support/pixel_readout.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "support/test_channels.h"
+
+namespace Tarnkit {
+namespace {
+
+using Values = std::vector<float>;
+
+/// Writes its name and its calls down, and scales colour and alpha.
+struct Scale : ColorMapper {
+    Scale(std::string& calls, char named, float by) : log(calls), name(named), factor(by) {}
+    void mapColor(Color&, const Color&) override {}
+    void mapPixel(Color& color, Color& alpha, int) override {
+        log += name;
+        color *= factor;
+        alpha *= factor;
+    }
+    void beginMapping(int) override { log += '('; }
+    void endMapping(int) override { log += ')'; }
+    int mapsBackground() override { return 0; }
+    std::string& log;
+    char name;
+    float factor;
+};
+
+class PixelReadoutTest : public testing::Test {
+protected:
+    /// A channel whose pixels are these values, one after the other; a region is one row of them.
+    int channel(int type, const Values& values, int alias = 0, int flags = 0) {
+        if (region.getWidth() == 0)
+            region.setRect(100, 50, 100 + 4 * std::ssize(values) / channelTypeSize(type), 51);
+        const int index = region.addChannel(&c.add(type, alias, "", flags));
+        region.allocateChannelBuffer(index);
+        std::memcpy(region.getChannels()[index].buffer->item(0), values.data(), values.size() * 4);
+        return index;
+    }
+    PixelRect whole() { return {0, 0, region.getWidth(), 1, region.getWidth(), 1}; }
+    /// What a read of all pixels writes, as numbers.
+    Values read(int index, int format, int order = 0, int alpha = -1, int mode = 1) {
+        switch (format % 100) {
+            case 0:
+                return readAs<u8>(index, format, order, alpha, mode);
+            case 1:
+                return readAs<u16>(index, format, order, alpha, mode);
+            default:
+                return readAs<float>(index, format, order, alpha, mode);
+        }
+    }
+    template <class Number>
+    Values readAs(int index, int format, int order, int alpha, int mode) {
+        const int bytes = pixelFormatSize(format) * region.getWidth();
+        std::vector<Number> out(bytes / sizeof(Number), Number(9));
+        const int mapped = static_cast<int>(mappers.size());
+        EXPECT_EQ(region.getPixels(index, alpha, whole(), format, bytes, out.data(), order, mapped,
+                                   mappers.data(), mode),
+                  1);
+        return Values(out.begin(), out.end());
+    }
+
+    TestChannels c;
+    PKRegionData region;
+    std::vector<ColorMapper*> mappers;
+};
+
+TEST_F(PixelReadoutTest, FaceIsFoundByItsFirstTwoIds) {
+    PluginInterface* face = region.getInterface(0x7783B785);
+    ASSERT_EQ(face, static_cast<PixelBufferInterface3*>(&region));
+    EXPECT_EQ(region.getInterface(0x77CFDC19), face);
+    EXPECT_EQ(region.getInterface(0x782AA5B8), nullptr);
+    EXPECT_EQ(face->getPlugin(), &region);
+}
+
+TEST_F(PixelReadoutTest, QuantisingCutsTheRangeIntoEqualSteps) {
+    const float inf = std::numeric_limits<float>::infinity();
+    const Values values{-1, 0, 0.00390624f, 0.00390625f, 0.5f, 0.999f, 1, 7, inf, -inf};
+    const int index = channel(kChannelFloat, values), nan = channel(kChannelFloat, {NAN});
+    EXPECT_EQ(read(index, 100), (Values{0, 0, 0, 1, 128, 255, 255, 255, 255, 0}));
+    EXPECT_EQ(read(index, 101), (Values{0, 0, 255, 256, 32768, 65470, 65535, 65535, 65535, 0}));
+    EXPECT_EQ(read(index, 104), values);
+    EXPECT_EQ(read(nan, 100)[0], 0.0f);
+}
+
+TEST_F(PixelReadoutTest, Conversions) {
+    const int colour = channel(kChannelColor, {0.25f, 0.5f, 1});
+    const int value = channel(kChannelFloat, {0.75f});
+    const int pair = channel(kChannelFloat2, {0.25f, -0.125f});
+    const int vector = channel(kChannelVector, {-1, 0, 0.5f});
+    const int covered = channel(kChannelAColor, {0.25f, 0.5f, 1, 0.5f});
+    const int gray = channel(kChannelColor, {0, 0.75f, 0.75f}, 125);
+    const int empty = region.addChannel(&c.add(kChannelColor, 1));
+    const struct {
+        int channel, format;
+        Values expected;
+        const char* what;
+        int order = 0, mode = 1, alpha = -1;
+    } cases[] = {
+        {colour, 104, {1.75f * 0.33333334f}, "colour in gray"},
+        {colour, 303, {0.25f, 0.5f, 1, 1}, "colour"},
+        {colour, 200, {255, 128, 64}, "blue first", 1},
+        {colour, 301, {65535, 32768, 16384, 65535}, "blue first", 1},
+        {colour, 200, {64, 128, 255}, "no such order", 2},
+        {colour, 203, {0.25f, 0.5f, 1}, "floats have red first", 1},
+        {value, 300, {192, 192, 192, 255}, "value"},
+        {pair, 104, {0.0625f}, "pair in gray"},
+        {pair, 104, {0.125f}, "pair in raw gray", 0, 2},
+        {pair, 100, {144}, "pair in gray bytes", 0, 2},
+        {pair, 203, {0.75f, 0.375f, 0}, "pair"},
+        {pair, 303, {0.25f, -0.125f, 0, 1}, "raw pair", 0, 2},
+        {pair, 200, {192, 96, 0}, "pair in bytes", 0, 2},
+        {vector, 203, {0, 0.5f, 0.75f}, "vector"},
+        {vector, 203, {-1, 0, 0.5f}, "raw vector", 0, 2},
+        {vector, 104, {1.25f * 0.33333334f}, "vector in gray"},
+        {covered, 303, {0.25f, 0.5f, 1, 0.5f}, "an alpha of its own", 0, 1, gray},
+        {colour, 300, {64, 128, 255, 128}, "alpha from a colour's gray", 0, 1, gray},
+        {colour, 300, {64, 128, 255, 149}, "alpha from the colour of four", 0, 1, covered},
+        {colour, 300, {64, 128, 255, 192}, "alpha from a value", 0, 1, value},
+        {colour, 300, {64, 128, 255, 255}, "a pair is no alpha", 0, 1, pair},
+        {colour, 300, {64, 128, 255, 255}, "an alpha without pixels", 0, 1, empty},
+    };
+    for (const auto& k : cases)
+        EXPECT_EQ(read(k.channel, k.format, k.order, k.alpha, k.mode), k.expected) << k.what;
+}
+
+TEST_F(PixelReadoutTest, IdsAreRawOrFarApart) {
+    const u32 ids[] = {7, 8, 0x12345700, 0xFFFFFFFF};
+    const int index = channel(kChannelInt, Values(4));
+    std::memcpy(region.getChannels()[index].buffer->item(0), ids, sizeof ids);
+    EXPECT_EQ(read(index, 100), (Values{7, 8, 0, 255}));
+    EXPECT_EQ(read(index, 101), (Values{7, 8, 0x5700, 65535}));
+    EXPECT_EQ(read(index, 104), (Values{7, 8, 0x12345700, -1}));
+    u32 raw[4];
+    region.getPixels(index, -1, whole(), 102, sizeof raw, raw, 0, 0, nullptr);
+    EXPECT_THAT(raw, testing::ElementsAreArray(ids));
+    Values expected(12);
+    for (int i = 0; i < 4; ++i) {
+        for (int bit = 0; bit < 24; ++bit)
+            expected[3 * i + bit % 3] += (ids[i] >> bit & 1) * std::ldexp(0.5f, -(bit / 3));
+    }
+    EXPECT_EQ(read(index, 203), expected);
+    EXPECT_EQ(read(index, 200)[0], 128.0f);
+}
+
+TEST_F(PixelReadoutTest, MappersSeeColoursOnceAndInOrder) {
+    std::string log;
+    Scale a(log, 'a', 0.5f), b(log, 'b', 0.25f);
+    mappers = {&a, nullptr, &b};
+    const Values values{1, 0.5f, 0, 0, 0, 0};
+    const int colour = channel(kChannelColor, values);
+    const int covered = channel(kChannelAColor, {1, 0.5f, 0, 0.5f, 0, 0, 0, 1});
+    const int unmapped[] = {channel(kChannelColor, values, 125),
+                            channel(kChannelColor, values, 0, kChannelNoColorMapping),
+                            channel(kChannelVector, {1, 0, -1, -1, -1, -1})};
+    EXPECT_EQ(read(colour, 303), (Values{0.125f, 0.0625f, 0, 0.125f, 0, 0, 0, 0.125f}));
+    EXPECT_EQ(log, "((abab))");
+    EXPECT_EQ(read(covered, 300), (Values{32, 16, 0, 16, 0, 0, 0, 32}));
+    EXPECT_EQ(read(covered, 104), (Values{0.1875f * 0.33333334f, 0})) << "gray after the mappers";
+    log.clear();
+    for (int index : unmapped)
+        EXPECT_EQ(read(index, 203), values);
+    EXPECT_EQ(log, "");
+}
+
+TEST_F(PixelReadoutTest, BadRequestsWriteNothing) {
+    region.setRect(0, 0, 4, 3);
+    region.addChannel(&c.add(kChannelColor, 0));
+    region.allocateChannelBuffer(0);
+    region.addChannel(&c.add(kChannelColor, 0));
+    const struct {
+        int channel;
+        PixelRect rect;
+        int size, result;
+        const char* what;
+    } cases[] = {
+        {0, {1, 1, 4, 3, 3, 2}, 18, 1, "good"},
+        {0, {1, 1, 4, 3, 3, 2}, 17, 0, "one byte short"},
+        {0, {-1, 0, 2, 3, 3, 3}, 100, 0, "left of the region"},
+        {0, {0, -1, 2, 2, 2, 3}, 100, 0, "above the region"},
+        {0, {1, 0, 5, 3, 3, 3}, 100, 0, "right of the region"},
+        {0, {0, 1, 4, 4, 4, 2}, 100, 0, "below the region"},
+        {0, {1, 0, 4, 3, 4, 3}, 100, 0, "wider than its own corners"},
+        {0, {0, 1, 4, 3, 4, 3}, 100, 0, "higher than its own corners"},
+        {0, {0, 0, 4, 3, 2147483647, 2147483647}, 100, 0, "huge"},
+        {0, {1, 1, 1, 3, 0, 2}, 100, 0, "empty"},
+        {2, {0, 0, 1, 1, 1, 1}, 100, 0, "no such channel"},
+        {1, {0, 0, 1, 1, 1, 1}, 100, 0, "no pixels"},
+    };
+    u8 out[100];
+    for (const auto& k : cases) {
+        SCOPED_TRACE(k.what);
+        std::memset(out, 9, sizeof out);
+        EXPECT_EQ(region.getPixels(k.channel, -1, k.rect, 200, k.size, out, 0, 0, nullptr),
+                  k.result);
+        EXPECT_EQ(std::count(out, out + 100, 9), k.result ? 82 : 100);
+    }
+    region.setRect(0, 0, 5, 3);  // larger than the pixels that there are
+    EXPECT_EQ(region.getPixels(0, -1, {0, 0, 1, 1, 1, 1}, 100, 1, out, 0, 0, nullptr), 0);
+}
+
+TEST_F(PixelReadoutTest, FormatsWithoutConversionLeaveTheBuffer) {
+    const int index = channel(kChannelColor, {1, 1, 1});
+    std::vector<u8> out(8, 9);
+    for (int format : {102, 103, 202, 302, 0, -1, 105, 400})
+        EXPECT_EQ(region.getPixels(index, -1, whole(), format, 8, out.data(), 0, 0, nullptr), 1);
+    EXPECT_THAT(out, testing::Each(9));
+    EXPECT_EQ(region.getPixels(index, -1, whole(), 202, 5, out.data(), 0, 0, nullptr), 0);
+}
+
+TEST_F(PixelReadoutTest, RectanglesOfManyPagesComeOutWhole) {
+    region.setRect(-3, 7, 4997, 607);  // colours take two pages, their alphas one
+    region.addChannel(&c.add(kChannelColor, 0));
+    region.addChannel(&c.add(kChannelFloat, 0));
+    for (int i : {0, 1})
+        region.allocateChannelBuffer(i);
+    ChannelBuffer& colours = *region.getChannels()[0].buffer;
+    ASSERT_LT(colours.getItemsPerPage(), colours.size());
+    for (int i = 0; i < colours.size(); ++i) {
+        const float number = static_cast<float>(i) / colours.size();
+        const Color colour(number, 1.0f - number, 0.0f);
+        std::memcpy(colours.item(i), &colour, sizeof colour);
+        std::memcpy(region.getChannels()[1].buffer->item(i), &number, sizeof number);
+    }
+    const PixelRect rect{1, 555, 4998, 563, 4997, 8};
+    std::vector<Color> plain(rect.width * rect.height);
+    std::vector<AColor> covered(plain.size());
+    const auto bytesOf = [](const auto& v) { return std::int64_t(v.size() * sizeof v[0]); };
+    ASSERT_EQ(region.getPixels(0, 1, rect, 203, bytesOf(plain), plain.data(), 0, 0, nullptr), 1);
+    ASSERT_EQ(region.getPixels(0, 1, rect, 303, bytesOf(covered), covered.data(), 0, 0, nullptr),
+              1);
+    for (int i = 0; i < std::ssize(plain); ++i) {
+        const int source = (rect.y0 + i / rect.width) * 5000 + rect.x0 + i % rect.width;
+        const float number = static_cast<float>(source) / colours.size();
+        ASSERT_EQ(plain[i], Color(number, 1.0f - number, 0.0f)) << i;
+        ASSERT_EQ(covered[i].color, plain[i]) << i;
+        ASSERT_FLOAT_EQ(covered[i].alpha, number) << i;
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit
