@@ -32,9 +32,9 @@ void poolTakeGiveBack(benchmark::State& state) {
     ThreadPools<Element> pools;
     pools.resize(1);
     for (auto _ : state) {
-        auto* element = pools.entries[0].take();
+        auto* element = pools.entry(0)->take();
         benchmark::DoNotOptimize(element);
-        pools.entries[0].giveBack(element);
+        pools.entry(0)->giveBack(element);
         benchmark::ClobberMemory();
     }
     pools.destroy();
