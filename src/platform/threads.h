@@ -35,8 +35,8 @@ public:
     void join();
 
     /// Ends the thread wherever it stands: nothing on its stack is destroyed, no lock that it
-    /// holds is ever left, and its stack is lost. False if it has not gone within 200 ms, as it
-    /// may block the signal; then it runs on by itself.
+    /// holds is ever left, and its stack is lost. False if it has not gone within two
+    /// seconds, as it may block the signal; then it runs on by itself.
     bool kill(unsigned exitCode);
 
     /// The name of the calling thread in debuggers, cut to what the system takes.

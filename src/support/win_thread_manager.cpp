@@ -25,6 +25,16 @@ bool waitForEnd(const WorkerThread& worker) {
     return true;
 }
 
+/// The records of killed threads. Their own references stand for good, as what they worked on may
+/// still point there; the list shows leak checkers that this is meant.
+constinit std::atomic<WorkerThread*> killedWorkers{nullptr};
+
+void keepForGood(WorkerThread& worker) {
+    worker.nextKilled = killedWorkers;
+    while (!killedWorkers.compare_exchange_weak(worker.nextKilled, &worker)) {
+    }
+}
+
 }  // namespace
 
 /// One group at its job, from the first thread on. On every way out of the scope all threads have
@@ -177,6 +187,7 @@ int WinThreadManager::startTask(ThreadTask* task, void* arg) {
     worker->abortFlag = nullptr;
     writeShared(worker->progress, 0);
     worker->latch = {};
+    worker->member = nullptr;
     worker->index = 0;
     worker->groupSize = 1;
     worker->handle.setPriority(getPriority());
@@ -315,9 +326,11 @@ void WinThreadManager::endWorker(WorkerThread& worker, bool force) {
         worker.handle.join();
     } else {
         debugPrint("[WinThreadManager] Thread did not terminate for the timeout interval\n");
-        // Its own reference stands for good: what it worked on may still point into the record.
-        if (force && worker.handle.kill(0xFFFFFFFF))
+        if (force && worker.handle.kill(0xFFFFFFFF)) {
             worker.settleCount();
+            if (worker.state != WorkerThread::ended)  // it may have come to its end after all
+                keepForGood(worker);
+        }
     }
     Ref<WorkerThread>::drop(worker);
 }

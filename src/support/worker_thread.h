@@ -147,6 +147,7 @@ struct WorkerThread {
     std::atomic<int> refCount{1};
     // Whoever takes it away counts the latch down: the worker, or the manager that killed it.
     std::atomic<bool> owesCount{false};
+    WorkerThread* nextKilled = nullptr;  // once its thread was killed
 
     /// Starts the thread of a `starting` worker. Without one the worker has `ended`.
     bool start(int stackSize);

@@ -33,7 +33,7 @@ constinit thread_local KillState* ownKillState = nullptr;
 
 constinit std::atomic<ThreadFilter> threadFilter{nullptr};
 
-constexpr int kKillMilliseconds = 200;
+constexpr int kKillMilliseconds = 2000;  // a loaded machine may take its time
 
 /// Not the first of the real-time signals: those are what programs take for themselves.
 int killSignal() {
