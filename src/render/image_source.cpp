@@ -93,8 +93,8 @@ bool ImageSource::open(const std::string& file, ColorSpace space, std::string& e
     if (opened) {
         cache = sharedCache();
         const OIIO::ustring name(path);
-        // A file that has changed since another scene used it is read anew.
-        cache->invalidate(name, false);
+        // Read anew for each render: the times of files are too coarse to tell a change.
+        cache->invalidate(name, true);
         handle = cache->get_image_handle(name);
         const OIIO::ImageSpec* const cached = cache->imagespec(handle, nullptr);
         opened = cached != nullptr;

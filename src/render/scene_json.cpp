@@ -69,8 +69,12 @@ private:
         if (levels.empty())
             return root = std::move(value);
         Level& level = levels.back();
-        if (level.value->is_object())
-            return (*level.value)[level.key] = std::move(value);
+        if (level.value->is_object()) {
+            // At the end without a search, which is linear here: the key is known to be new.
+            auto& members = level.value->get_ref<Json::object_t&>();
+            members.emplace_back(level.key, std::move(value));
+            return members.back().second;
+        }
         level.value->push_back(std::move(value));
         return level.value->back();
     }

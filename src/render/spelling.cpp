@@ -11,7 +11,7 @@ char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
-/// Twice the number of edits that turn `a` into `b`, a change of case counting 1. Optimal string
+/// Twice the number of edits that turn `a` into `b`, whatever the case of letters. Optimal string
 /// alignment by dynamic programming over three rows.
 size_t editCost(std::string_view a, std::string_view b) {
     std::vector<size_t> before(b.size() + 1), above(b.size() + 1), row(b.size() + 1);
@@ -20,8 +20,7 @@ size_t editCost(std::string_view a, std::string_view b) {
     for (size_t i = 1; i <= a.size(); ++i) {
         row[0] = 2 * i;
         for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t change =
-                a[i - 1] == b[j - 1] ? 0 : (lower(a[i - 1]) == lower(b[j - 1]) ? 1 : 2);
+            const size_t change = lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 2;
             row[j] = std::min({above[j] + 2, row[j - 1] + 2, above[j - 1] + change});
             if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
                 row[j] = std::min(row[j], before[j - 2] + 2);
