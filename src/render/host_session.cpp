@@ -38,7 +38,7 @@ public:
         rejected.push_back({path, reason});
     }
 
-    void listKinds(PluginManager& manager);
+    void listKinds(PluginManager& plugins);
 
     std::vector<RejectedLibrary> rejected;
     std::vector<std::unique_ptr<PluginKind>> kinds;
@@ -98,7 +98,7 @@ private:
 
 }  // namespace
 
-void HostSession::Registry::listKinds(PluginManager& manager) {
+void HostSession::Registry::listKinds(PluginManager& plugins) {
     kinds.clear();
     EachLibrary eachLibrary([&](PluginLibDesc* library) {
         EachDesc eachDesc([&](PluginDesc* desc) {
@@ -107,13 +107,13 @@ void HostSession::Registry::listKinds(PluginManager& manager) {
                 return;  // refused by the manager
             char path[512] = "";
             const Probe probe(*desc, this);
-            manager.getPluginFileName(probe.get(), path, sizeof path);
+            plugins.getPluginFileName(probe.get(), path, sizeof path);
             kinds.push_back(std::make_unique<PluginKind>(
                 PluginKind{desc, path, library->getLibraryName(), known->second}));
         });
         library->enumPluginDescs(&eachDesc);
     });
-    manager.enumLibraries(&eachLibrary);
+    plugins.enumLibraries(&eachLibrary);
 }
 
 HostSession::HostSession()
