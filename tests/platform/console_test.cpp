@@ -31,6 +31,14 @@ private:
     int saved;
 };
 
+/// What a terminal shows of `size` bytes; it passes on what is written a little later, in parts.
+std::string readAll(int terminal, std::size_t size) {
+    std::string text;
+    for (char c; text.size() < size && read(terminal, &c, 1) == 1;)
+        text += c;
+    return text;
+}
+
 std::string readSome(int file) {
     char buffer[1000];
     const ssize_t length = read(file, buffer, sizeof buffer);
@@ -94,7 +102,8 @@ TEST(ConsoleTest, TerminalGetsSequencesWhereColoursChange) {
         console().setAttributes(console().getAttributes());
         writeInRed();
     }
-    EXPECT_EQ(readSome(master), "\x1b[0;31mred\x1b[0m");
+    const std::string expected = "\x1b[0;31mred\x1b[0m";
+    EXPECT_EQ(readAll(master, expected.size()), expected);
     close(terminal);
     close(master);
 }
