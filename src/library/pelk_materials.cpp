@@ -1,6 +1,7 @@
 // The module's entry and its list of plug-ins. All static objects of the library stand in this one
 // source, since the order of static objects is certain only within one.
 
+#include "composite/mtl_render_stats.h"
 #include "frame/plugin_desc.h"
 #include "surface/mtl_diffuse.h"
 #include "surface/mtl_single_brdf.h"
@@ -56,6 +57,7 @@ public:
 // order that is fixed for good.
 LibDesc libDesc;
 Enrolled<MtlSingleBRDFDesc> singleBRDFDesc;
+Enrolled<MtlRenderStatsDesc> renderStatsDesc;
 Enrolled<MtlDiffuseDesc> diffuseDesc;
 
 }  // namespace

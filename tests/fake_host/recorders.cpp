@@ -50,6 +50,7 @@ PluginInterface* RecordingMaterial::getInterface(u64 id) {
 void RecordingMaterial::see(const PelkContext& context) {
     seenWeight = context.rayWeight;
     seenWeight2 = context.rayWeight2;
+    seenShadeFlags = context.shadeFlags;
 }
 
 void RecordingMaterial::shade(PelkContext& context) {
@@ -133,6 +134,11 @@ int FakeTexture::writeTexSource(const char* type, const char* sourceName, const 
 PluginInterface* FakeChannel::getInterface(u64 id) {
     return id == EXT_RENDER_CHANNEL ? static_cast<RenderChannelInterface*>(this)
                                     : Plugin::getInterface(id);
+}
+
+void RecordingFragment::multiply(const Color& weights, int flag) {
+    if (note("multiply"))
+        multiplied.emplace_back(weights, flag);
 }
 
 void RecordingFragment::setChannel(int index, const void* value) {

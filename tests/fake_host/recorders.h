@@ -53,9 +53,11 @@ public:
     int opaqueFlags = 0;
     std::string text;         ///< its descriptor text
     std::string textSection;  ///< the section that it handles; empty: all
+    RTMtlInterface* multiMtl = nullptr;
 
     // What it saw.
     Color seenWeight, seenWeight2;
+    u32 seenShadeFlags = 0;
     int seenFlags = -1;               ///< of getBSDF
     std::atomic<int> samplersOut{0};  ///< handed out and not released
     void* seenOwner = nullptr;
@@ -86,6 +88,7 @@ private:
         PluginBase* getPlugin() override { return &owner; }
         int getMaterialSource(void* ownerArg, const char* name, const char* kind,
                               ShaderSource& source, OCLData& data) override;
+        RTMtlInterface* getMultiMtl() override { return owner.multiMtl; }
 
     private:
         RecordingMaterial& owner;
@@ -141,11 +144,12 @@ class RecordingFragment : public Fragment {
 public:
     std::vector<std::pair<int, Color>> channels;  ///< by position, -1 included
     std::vector<std::pair<int, Color>> aliases;
+    std::vector<std::pair<Color, int>> multiplied;  ///< weights and flag
 
     int getTag() override { return tag; }
     void setTag(int value) override { tag = value; }
     void addFragment(Fragment*, const Color&, int) override {}
-    void multiply(const Color&, int) override {}
+    void multiply(const Color& weights, int flag) override;
     void setColor(const Color&) override {}
     void getChannel(int, void*) override {}
     void setChannel(int index, const void* value) override;

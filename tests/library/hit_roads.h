@@ -42,6 +42,9 @@ inline HitRoads::HitRoads() {
                    {{"brdf", &base}, {"filter", Color(0.5f)}, {"double_sided", doubleSided}});
         materials.push_back(&single);
     }
+    PelkMaterial& stats = make("MtlRenderStats");
+    startFrame(stats, {{"base_mtl", &base}, {"visibility", 0.5f}, {"shadows_receive", false}});
+    materials.push_back(&stats);
     log.quiet = true;
 }
 

@@ -17,6 +17,7 @@ const struct {
     bool describesItself;
 } kPlugins[] = {
     {"MtlDiffuse", 2004101502, true},
+    {"MtlRenderStats", 2007021701, true},
     {"MtlSingleBRDF", 2004101810, true},
 };
 constexpr int kNumPlugins = std::size(kPlugins);
