@@ -39,7 +39,7 @@ private:
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
     RenderResult render(Scene& scene, const RenderOptions& render, Picture& picture);
     ExitCode write(const Scene& scene, const RenderOptions& render, const RenderResult& result,
-                   const Picture& picture);
+                   Picture& picture);
     ExitCode report(const RenderResult& result, ExitCode code);
 
     RenderCommandOptions& options;
@@ -90,6 +90,8 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     render.height = options.height > 0 ? options.height : settings.height;
     render.samples = options.samples > 0 ? options.samples : settings.samples;
     render.threads = options.threads;
+    render.tileSize = options.tileSize;
+    render.channels = options.channels;
     std::string error;
     if (!choosePixels(options, render.width, render.height, render.region, error))
         return fail(ExitCode::BadUsage, error);
@@ -113,7 +115,7 @@ RenderResult RenderRun::render(Scene& scene, const RenderOptions& render, Pictur
 
 /// Writes every picture that can be written; one that can't does not spoil the others.
 ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
-                          const RenderResult& result, const Picture& picture) {
+                          const RenderResult& result, Picture& picture) {
     const PictureInfo info{.scene = options.scene,
                            .samples = render.samples,
                            .seconds = result.seconds,

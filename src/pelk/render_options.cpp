@@ -99,6 +99,13 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
     addParsed(command, "--tile", "I/N", "Render the band I of N, from 1/N at the top to N/N",
               options, parseTile)
         ->excludes(region);
+    command
+        .add_option("--channels", options.channels,
+                    "Render channels for EXR files, beside those that the scene asks for; \"all\" "
+                    "stands for every one that is known")
+        ->type_name("A,B")
+        ->delimiter(',')
+        ->allow_extra_args(false);
 }
 
 }  // namespace
@@ -109,6 +116,12 @@ void RenderCommandOptions::addTo(CLI::App& command) {
     command.add_option("--threads", threads, "Threads to render on; otherwise all processors")
         ->type_name("N")
         ->check(numbersTo(kMaxThreads));
+    command
+        .add_option("--tile-size", tileSize,
+                    "Pixels on a side of what a thread renders at a time; the picture is the same")
+        ->type_name("N")
+        ->check(numbersTo(kMaxTileSize))
+        ->capture_default_str();
     command
         .add_option("--set", overrides,
                     "Set a parameter of the scene, VALUE as in the scene file; repeatable")
@@ -131,7 +144,7 @@ void RenderCommandOptions::addTo(CLI::App& command) {
     plugins.addTo(command);
 }
 
-bool choosePixels(const RenderCommandOptions& options, int width, int height, PixelRect& pixels,
+bool choosePixels(const RenderCommandOptions& options, int width, int height, PictureRect& pixels,
                   std::string& error) {
     const auto [index, count] = options.tile;
     const std::string size =

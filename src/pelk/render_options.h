@@ -23,8 +23,10 @@ struct RenderCommandOptions {
     int width = 0, height = 0;
     int samples = 0;
     int threads = 0;
-    PixelRect region;  ///< empty if it was left out
+    PictureRect region;  ///< empty if it was left out
     TileChoice tile;
+    int tileSize = RenderOptions().tileSize;
+    std::vector<std::string> channels;
     std::vector<std::string> overrides;
     ProgressStyle progress = ProgressStyle::Auto;
     bool strict = false;
@@ -36,7 +38,7 @@ struct RenderCommandOptions {
 
 /// The pixels of a picture that are to be rendered. False if some of them lie outside; `error`
 /// then says so.
-bool choosePixels(const RenderCommandOptions& options, int width, int height, PixelRect& pixels,
+bool choosePixels(const RenderCommandOptions& options, int width, int height, PictureRect& pixels,
                   std::string& error);
 
 }  // namespace Tarnkit

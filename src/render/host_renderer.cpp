@@ -4,7 +4,9 @@
 
 #include "frame/samplers.h"
 #include "frame/texture.h"
+#include "render/sample_recorder.h"
 #include "render/sampling.h"
+#include "support/fragments.h"
 
 namespace Tarnkit {
 
@@ -154,20 +156,27 @@ void HostRenderer::traceRay(PelkContext& context) {
 
 void HostRenderer::trace(RenderContext& c) {
     Color color, alpha, through(1), alphaThrough(1);
+    SampleRecorder* const recorder = c.resultFragment ? c.thread().recorder : nullptr;
     for (int surfaces = 0; surfaces < kMaxSurfacesAlongRay; ++surfaces) {
         u32 object;
         const float distance = intersector.closest(c, object, c);
         const bool hitSurface = distance >= 0.0f;
         LightHit light;
         if (meetLight(c, hitSurface ? distance : c.rayMaxT, light)) {
-            color += through * shareOfLight(c, light);
+            const Color shown = shareOfLight(c, light);
+            color += through * shown;
             alpha += alphaThrough;
+            if (recorder)
+                recorder->addLight(c, shown, light.distance);
             break;
         }
         if (!hitSurface) {
             c.object = nullptr;
             c.hitObject = c.hitMapping = nullptr;
-            color += through * environmentAlong(c);
+            const Color shown = environmentAlong(c);
+            color += through * shown;
+            if (recorder)
+                recorder->addSurroundings(shown);
             break;
         }
         if (c.traceDepth >= sequenceData.maxRayDepth) {
@@ -175,7 +184,11 @@ void HostRenderer::trace(RenderContext& c) {
             break;
         }
         fillHit(c, object, distance);
+        if (recorder)
+            c.resultFragment = recorder->nextLayer();
         shadeHit(c);
+        if (recorder)
+            recorder->addSurface(c);
         color += through * c.resultColor;
         alpha += alphaThrough * c.resultAlpha;
         through *= c.resultTransparency;
@@ -195,6 +208,9 @@ void HostRenderer::shadeHit(RenderContext& c) {
     if (!material) [[unlikely]]
         return setOpaqueBlack(c);
     material->shade(c);
+    // With a fragment, a matte leaves its background there and not in the colour.
+    if (c.resultFragment) [[unlikely]]
+        c.resultColor += static_cast<PKFragment*>(c.resultFragment)->background;
     const Color sum = c.resultColor + c.resultTransparency;
     if (!isFinite(sum)) [[unlikely]] {
         c.thread().noteBadColor(*c.object);

@@ -7,6 +7,7 @@
 #include "frame/plugin.h"
 #include "platform/file.h"
 #include "render/camera.h"
+#include "render/channel_plugin.h"
 #include "render/geom_mesh.h"
 #include "render/geom_shapes.h"
 #include "render/host_plugin.h"
@@ -52,7 +53,7 @@ struct HostSession::OwnPlugins {
     std::tuple<HostPluginDesc<GeomBox>, HostPluginDesc<GeomMesh>, HostPluginDesc<GeomQuad>,
                HostPluginDesc<GeomSphere>, HostPluginDesc<GeomSweep>, HostPluginDesc<LightArea>,
                HostPluginDesc<LightDome>, HostPluginDesc<LightSphere>, HostPluginDesc<LightSun>,
-               HostPluginDesc<CameraPerspective>, HostPluginDesc<TexChecker>,
+               HostPluginDesc<CameraPerspective>, HostPluginDesc<ChannelPlugin>, HostPluginDesc<TexChecker>,
                HostPluginDesc<TexConstant>, HostPluginDesc<TexImage>,
                HostPluginDesc<UVWGenEnvironment>, HostPluginDesc<UVWGenMap>>
         descs;

@@ -33,6 +33,7 @@ constexpr InterfaceName kInterfaces[] = {
     {EXT_LIGHT, "EXT_LIGHT"},
     {EXT_CAMERA, "EXT_CAMERA"},
     {EXT_FILE_USER, "EXT_FILE_USER"},
+    {EXT_CHANNEL_SOURCE, "EXT_CHANNEL_SOURCE"},
 };
 
 }  // namespace

@@ -15,6 +15,7 @@ enum HostInterfaceID : u64 {
     EXT_GEOMETRY = 0x7E1C0001,
     EXT_LIGHT = 0x7E1C0002,
     EXT_CAMERA = 0x7E1C0003,
+    EXT_CHANNEL_SOURCE = 0x7E1C0005,
 };
 
 /// A plug-in that puts triangles into the scene.

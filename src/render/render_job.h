@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 #include "render/picture.h"
 
@@ -11,18 +12,23 @@ class MessageLog;
 class Scene;
 
 /// A rectangle of pixels; x1 and y1 lie outside.
-struct PixelRect {
+struct PictureRect {
     int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
 
     bool isEmpty() const { return x1 <= x0 || y1 <= y0; }
 };
 
 struct RenderOptions {
-    int width = 0, height = 0;  ///< of the whole picture
-    int samples = 16;           ///< per pixel
-    int threads = 0;            ///< 0: one per processor
-    PixelRect region;           ///< what to render; empty stands for the whole picture
+    int width = 0, height = 0;          ///< of the whole picture
+    int samples = 16;                   ///< per pixel
+    int threads = 0;                    ///< 0: one per processor
+    PictureRect region;                 ///< what to render; empty stands for the whole picture
+    int tileSize = 32;                  ///< pixels on a side of what a thread renders at a time
+    std::vector<std::string> channels;  ///< names beyond those that the scene asks for
 };
+
+/// The largest RenderOptions::tileSize.
+inline constexpr int kMaxTileSize = 4096;
 
 /// How far a render has come. Called now and then, from one thread.
 class RenderProgress {

@@ -6,6 +6,7 @@
 namespace Tarnkit {
 
 class HostRenderer;
+class SampleRecorder;
 
 /// What one render thread owns: its contexts, and the numbers of its hits.
 class RenderThread final : public ThreadData {
@@ -39,6 +40,7 @@ public:
     HostRenderer& renderer;
     bool sampleIsBad = false;
     const SceneObject* badObject = nullptr;
+    SampleRecorder* recorder = nullptr;  ///< of the camera rays, if render channels are wanted
 
 private:
     Sequence<RenderContext> contexts{32};

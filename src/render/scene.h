@@ -25,6 +25,7 @@ struct SceneSettings {
     double time = 0.0;          ///< at which values over time are read
     bool half_float = false;    ///< 16 bits a channel where a picture's format has them
     std::string camera;         ///< instance; may be left out if there is just one camera
+    std::vector<std::string> channels;  ///< names of render channels beyond colour and alpha
 };
 
 /// A scene as it is rendered: instances of plug-ins with their parameters, and settings. Owns

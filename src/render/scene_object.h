@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "frame/pelk_material.h"
+#include "frame/scene_interfaces.h"
 #include "render/interfaces.h"
 
 namespace Tarnkit {
@@ -13,6 +14,7 @@ struct SceneObject {
     std::vector<Vector> faceNormals;  ///< unit, one per triangle
     PluginBase* plugin = nullptr;     ///< what a hit gives as hitObject
     MaterialInterface* material = nullptr;
+    GeomObjectInterface* renderIDs = nullptr;  ///< null: its number stands for it
     u32 index = 0;  ///< number of the object in the scene, from 0
 };
 

@@ -1,6 +1,6 @@
 #include "render/scene_settings.h"
 
-#include <cmath>
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +20,7 @@ struct SettingRow {
     double SceneSettings::*numberField = nullptr;
     Color SceneSettings::*colorField = nullptr;
     std::string SceneSettings::*textField = nullptr;
+    std::vector<std::string> SceneSettings::*namesField = nullptr;
 };
 
 using S = SceneSettings;
@@ -54,6 +55,9 @@ constexpr SettingRow kSettings[] = {
     {.name = "time", .expected = "a number", .numberField = &S::time},
     {.name = "half_float", .expected = "true or false", .boolField = &S::half_float},
     {.name = "camera", .expected = "the name of a camera", .textField = &S::camera},
+    {.name = "channels",
+     .expected = "an array of names of render channels, as in [\"depth\", \"normals\"]",
+     .namesField = &S::channels},
 };
 
 bool readInt(const Json& json, const SettingRow& row, int& out) {
@@ -71,11 +75,21 @@ bool readColor(const Json& json, Color& out) {
     return isFinite(out);
 }
 
+bool readNames(const Json& json, std::vector<std::string>& out) {
+    const auto isText = [](const Json& item) { return item.is_string(); };
+    if (!json.is_array() || !std::all_of(json.begin(), json.end(), isText))
+        return false;
+    out = json.get<std::vector<std::string>>();
+    return true;
+}
+
 bool readSetting(const Json& json, const SettingRow& row, SceneSettings& settings) {
     if (row.intField)
         return readInt(json, row, settings.*row.intField);
     if (row.colorField)
         return readColor(json, settings.*row.colorField);
+    if (row.namesField)
+        return readNames(json, settings.*row.namesField);
     if (row.boolField && json.is_boolean())
         settings.*row.boolField = json.get<bool>();
     else if (row.numberField && json.is_number())

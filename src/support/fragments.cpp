@@ -10,7 +10,6 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr int kHasData = 1;      // bit of PKFragment::state
 constexpr int kClearedMask = 6;  // bits of PKFragment::state
 constexpr float kFar = -1e18f;   // depth of what has hit nothing
 
@@ -45,13 +44,13 @@ void PKFragment::addFragment(Fragment* fragment, const Color& weights, int mode)
         background += by * other.background;
         transparency += by * other.transparency;
         alphaTransparency += by * other.alphaTransparency;
-        if (!(state & kHasData))
+        if (!(state & kFragmentHasData))
             renderID = other.renderID;
         const float w = mean(by);
         normal += other.normal * w;
         zDepth += other.zDepth * w;
         weight += other.weight * w;
-        state |= kHasData;
+        state |= kFragmentHasData;
         return;
     }
     color += other.color * transparency;
@@ -59,12 +58,12 @@ void PKFragment::addFragment(Fragment* fragment, const Color& weights, int mode)
     alpha += other.alpha * alphaTransparency;
     transparency *= other.transparency;
     alphaTransparency *= other.alphaTransparency;
-    if (mode == 1 && !(state & kHasData)) {
+    if (mode == 1 && !(state & kFragmentHasData)) {
         renderID = other.renderID;
         normal = other.normal;
         zDepth = other.zDepth;
         weight = other.weight;
-        state |= kHasData;
+        state |= kFragmentHasData;
     }
 }
 
@@ -73,7 +72,7 @@ void PKFragment::addChannels(const PKFragment& other, const Color& weights, int 
     for (const ChannelRecord& record : channels()) {
         if (u8* data = record.slotIn(channelData, size))
             record.channel->addData(data, other.channelData + record.fragmentOffset, weights,
-                                    state & kHasData, mode);
+                                    state & kFragmentHasData, mode);
     }
 }
 

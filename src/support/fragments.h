@@ -45,7 +45,7 @@ public:
     AColor* getSampleColor(AColor* out) override;
 
     int tag = 0;    ///< caller's mark; kTagTotal and kTagNeverFront steer the choice of the pixel
-    int state = 0;  ///< bit 0: holds data. Bits 1 and 2: what it was cleared for, 0 once written
+    int state = 0;  ///< bit 0: kFragmentHasData. Bits 1 and 2: what it was cleared for, 0 once written
     PKRegionData* region = nullptr;  ///< the owner; null while the fragment is not handed out
     Color color;
     Color alpha;
@@ -68,6 +68,9 @@ private:
     void clearChannels(int mode);
     void markWritten();
 };
+
+/// Bit of PKFragment::state: the fragment holds data, so its id is settled.
+inline constexpr int kFragmentHasData = 1;
 
 /// Tag of the fragment that holds the whole pixel.
 inline constexpr int kTagTotal = -2;

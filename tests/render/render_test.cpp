@@ -1,79 +1,13 @@
 // Pictures, by what must hold of them: rendered with the built module, as any host would.
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <cmath>
-#include <cstring>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include "render/host_session.h"
-#include "render/render_job.h"
-#include "render/scene_reader.h"
-#include "temporary_directory.h"
+#include "render_fixture.h"
 
 namespace Tarnkit {
 namespace {
 
-class RenderTest : public testing::Test {
-protected:
-    RenderTest() { session.loadModules(PELK_MODULE_DIR "/", nullptr); }
-
-    std::unique_ptr<Scene> read(const std::string& plugins, const std::string& settings) {
-        directory.write("scene.json", R"({"settings": {)" + settings + R"(}, "plugins": {
-            "camera": {"type": "CameraPerspective", "position": [0, 0, 5], "fov": 30},)" +
-                                          plugins + "}}");
-        std::string error;
-        auto scene = readScene(session, directory.file("scene.json"), {}, error);
-        EXPECT_TRUE(scene) << error;
-        return scene;
-    }
-
-    RenderResult render(Scene& scene, Picture& picture, int samples, int threads = 2,
-                        int width = 16, int height = 16) {
-        RenderOptions options;
-        options.width = width;
-        options.height = height;
-        options.samples = samples;
-        options.threads = threads;
-        const std::atomic<bool> stop{false};
-        const RenderResult result = renderScene(scene, options, nullptr, nullptr, stop, picture);
-        EXPECT_TRUE(result.ok) << result.error;
-        return result;
-    }
-
-    /// The mean of the picture of a scene.
-    Color meanOf(const std::string& plugins, const std::string& settings, int samples = 256) {
-        const auto scene = read(plugins, settings);
-        if (!scene)
-            return {};
-        Picture picture;
-        render(*scene, picture, samples);
-        double sum[3] = {};
-        for (int y = 0; y < picture.getHeight(); ++y) {
-            for (int x = 0; x < picture.getWidth(); ++x) {
-                const AColor c = picture.getPixel(x, y);
-                sum[0] += c.color.r;
-                sum[1] += c.color.g;
-                sum[2] += c.color.b;
-            }
-        }
-        const double n = double(picture.getWidth()) * picture.getHeight();
-        return {static_cast<float>(sum[0] / n), static_cast<float>(sum[1] / n),
-                static_cast<float>(sum[2] / n)};
-    }
-
-    static void expectNear(Color c, Color expected, float tolerance) {
-        EXPECT_NEAR(c.r, expected.r, tolerance);
-        EXPECT_NEAR(c.g, expected.g, tolerance);
-        EXPECT_NEAR(c.b, expected.b, tolerance);
-    }
-
-    TemporaryDirectory directory;
-    HostSession session;
-};
+using RenderTest = RenderFixture;
 
 TEST_F(RenderTest, AWhiteSurfaceInWhiteSurroundingsIsWhite) {
     const char* ball = R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
@@ -199,12 +133,7 @@ TEST_F(RenderTest, ThePictureDoesNotDependOnThreads) {
     for (int threads : {2, 5}) {
         Picture other;
         render(*scene, other, 4, threads, 75, 50);
-        for (int y = 0; y < 50; ++y) {
-            for (int x = 0; x < 75; ++x) {
-                ASSERT_EQ(one.getPixel(x, y), other.getPixel(x, y))
-                    << threads << " threads at " << x << ", " << y;
-            }
-        }
+        EXPECT_EQ(pixelsOf<Color>(one, 0), pixelsOf<Color>(other, 0)) << threads << " threads";
     }
 }
 
@@ -266,10 +195,8 @@ TEST_F(RenderTest, ColoursThatAreNotFiniteAreDroppedAndNamed) {
     const RenderResult result = render(*scene, picture, 4);
     EXPECT_GT(result.droppedSamples, 0);
     EXPECT_EQ(result.droppedBy, "hot");
-    for (int y = 0; y < 16; ++y) {
-        for (int x = 0; x < 16; ++x)
-            ASSERT_TRUE(isFinite(picture.getPixel(x, y).color));
-    }
+    for (const Color& color : pixelsOf<Color>(picture, 0))
+        ASSERT_TRUE(isFinite(color));
 }
 
 }  // namespace
