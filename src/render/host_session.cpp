@@ -6,6 +6,8 @@
 
 #include "frame/plugin.h"
 #include "platform/file.h"
+#include "render/bsdf_glass.h"
+#include "render/bsdf_glossy.h"
 #include "render/camera.h"
 #include "render/channel_plugin.h"
 #include "render/geom_mesh.h"
@@ -50,12 +52,12 @@ private:
 
 /// The kinds that this host comes with, in the order in which they are listed.
 struct HostSession::OwnPlugins {
-    std::tuple<HostPluginDesc<GeomBox>, HostPluginDesc<GeomMesh>, HostPluginDesc<GeomQuad>,
-               HostPluginDesc<GeomSphere>, HostPluginDesc<GeomSweep>, HostPluginDesc<LightArea>,
-               HostPluginDesc<LightDome>, HostPluginDesc<LightSphere>, HostPluginDesc<LightSun>,
-               HostPluginDesc<CameraPerspective>, HostPluginDesc<ChannelPlugin>, HostPluginDesc<TexChecker>,
-               HostPluginDesc<TexConstant>, HostPluginDesc<TexImage>,
-               HostPluginDesc<UVWGenEnvironment>, HostPluginDesc<UVWGenMap>>
+    template <class... T>
+    using Descs = std::tuple<HostPluginDesc<T>...>;
+
+    Descs<BRDFGlossy, BSDFGlass, CameraPerspective, ChannelPlugin, GeomBox, GeomMesh, GeomQuad,
+          GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun, TexChecker,
+          TexConstant, TexImage, UVWGenEnvironment, UVWGenMap, VolumeMedium>
         descs;
 };
 

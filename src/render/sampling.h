@@ -9,7 +9,7 @@
 namespace Tarnkit {
 
 /// What the random numbers of a path are drawn for; each has numbers of its own.
-enum class RandomUse : u32 { Pixel, Light, LightChoice, Indirect, Matte };
+enum class RandomUse : u32 { Pixel, Light, LightChoice, Indirect, Matte, Facet, Fork };
 
 /// Two numbers in [0, 1).
 struct Random2 {
