@@ -17,6 +17,7 @@
 #include "render/lights.h"
 #include "render/texture_image.h"
 #include "render/textures.h"
+#include "render/textures_procedural.h"
 #include "support/plugin_manager_default.h"
 
 namespace Tarnkit {
@@ -57,7 +58,8 @@ struct HostSession::OwnPlugins {
 
     Descs<BRDFGlossy, BSDFGlass, CameraPerspective, ChannelPlugin, GeomBox, GeomMesh, GeomQuad,
           GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun, TexChecker,
-          TexConstant, TexImage, UVWGenEnvironment, UVWGenMap, VolumeMedium>
+          TexConstant, TexFacing, TexGradient, TexImage, TexNoise, UVWGenEnvironment, UVWGenMap,
+          VolumeMedium>
         descs;
 };
 
