@@ -1,0 +1,72 @@
+// The host's own BSDFs, by what pictures of them must show.
+
+#include "render_fixture.h"
+
+namespace Tarnkit {
+namespace {
+
+using GlossyTest = RenderFixture;
+
+std::string ballOf(const std::string& bsdf) {
+    return R"("bsdf": {)" + bsdf + R"(}, "mtl": {"type": "MtlSingleBRDF", "brdf": "bsdf"},
+              "ball": {"type": "GeomSphere", "material": "mtl", "radius": 1.5})";
+}
+
+TEST_F(GlossyTest, WhiteInWhiteSurroundingsIsWhite) {
+    const char* cases[] = {
+        R"("type": "BRDFGlossy", "roughness": 0)",
+        R"("type": "BRDFGlossy", "roughness": 0.2)",
+        R"("type": "BRDFGlossy", "roughness": 1)",
+        R"("type": "BRDFGlossy", "roughness": 0.6, "tail": 1)",
+        R"("type": "BRDFGlossy", "roughness": 0.5, "tail": 4)",
+        R"("type": "BSDFGlass")",
+        R"("type": "BSDFGlass", "roughness": 0.1, "ior": 2)",
+    };
+    for (const char* bsdf : cases) {
+        SCOPED_TRACE(bsdf);
+        expectNear(meanOf(ballOf(bsdf), R"("max_depth": 40, "background": [1, 1, 1])", 64),
+                   Color(1), 0.02f);
+        // Lights are looked for twice, and every place of them counts once.
+        expectNear(
+            meanOf(ballOf(bsdf) + R"(, "dome": {"type": "LightDome"})", R"("max_depth": 40)", 64),
+            Color(1), 0.02f);
+    }
+}
+
+TEST_F(GlossyTest, ACoatMirrorsByItsIndexAndLetsTheRestThrough) {
+    const char* wall = R"("bsdf": {"type": "BRDFGlossy", "roughness": %s, "ior": 1.5},
+        "mtl": {"type": "MtlSingleBRDF", "brdf": "bsdf"},
+        "wall": {"type": "GeomQuad", "material": "mtl", "width": 9, "height": 9})";
+    for (const char* roughness : {"0", "0.3"}) {
+        char text[512];
+        std::snprintf(text, sizeof text, wall, roughness);
+        expectNear(meanOf(text, R"("background": [1, 1, 1])"), Color(0.04f), 0.003f);
+    }
+}
+
+TEST_F(GlossyTest, MediaInOneAnotherBendLightByTheirRatio) {
+    const std::string sky = R"("map": {"type": "UVWGenEnvironment"},
+        "sky": {"type": "TexGradient", "form": 1, "color1": [0, 0, 1], "color2": [1, 0, 0],
+                "uvwgen": "map"}, "dome": {"type": "LightDome", "texture": "sky"},)";
+    const std::string inner = R"(, "water": {"type": "VolumeMedium", "ior": 1.5},
+        "same": {"type": "BSDFGlass", "ior": 3, "volume": "water"},
+        "core mtl": {"type": "MtlSingleBRDF", "brdf": "same"},
+        "core": {"type": "GeomSphere", "material": "core mtl", "radius": 0.9})";
+    const std::string glass = sky + ballOf(R"("type": "BSDFGlass")");
+    const char* settings = R"("max_depth": 40)";
+    const auto halves = [&](const std::string& plugins) {
+        const auto scene = read(plugins, settings);
+        Picture picture;
+        render(*scene, picture, 256);
+        const auto pixels = pixelsOf<Color>(picture, 0);
+        return std::pair{meanOf({pixels.begin(), pixels.begin() + 128}),
+                         meanOf({pixels.begin() + 128, pixels.end()})};
+    };
+    const auto alone = halves(glass), nested = halves(glass + inner);
+    EXPECT_LT(alone.first.r, alone.second.r - 0.05f) << "a ball turns the world upside down";
+    expectNear(nested.first, alone.first, 0.01f);
+    expectNear(nested.second, alone.second, 0.01f);
+}
+
+}  // namespace
+}  // namespace Tarnkit
