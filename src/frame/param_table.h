@@ -153,7 +153,7 @@ constexpr ParamRow<P> textureIntParam(const char* name, TextureIntInterface* P::
             .textureIntField = field};
 }
 
-// Lists.
+// Lists. One without a field is read by name when it is needed.
 
 template <class P>
 constexpr ParamRow<P> pluginListParam(const char* name, PelkPluginList P::*field, u64 interfaceID,
@@ -166,6 +166,38 @@ constexpr ParamRow<P> pluginListParam(const char* name, PelkPluginList P::*field
                      .description = description,
                      .guide = guide},
             .listField = field};
+}
+
+/// A list whose items are lists themselves, of a number and a plug-in.
+template <class P>
+constexpr ParamRow<P> pairListParam(const char* name, u64 interfaceID,
+                                    const char* description = nullptr,
+                                    const char* guide = nullptr) {
+    ParamRow<P> row = pluginListParam<P>(name, nullptr, interfaceID, description, guide);
+    row.desc.ofPairs = true;
+    return row;
+}
+
+template <class P>
+constexpr ParamRow<P> intListParam(const char* name, int value, const char* description = nullptr,
+                                   const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Int,
+                     .count = 0,
+                     .hasDefault = true,
+                     .intDefault = value,
+                     .description = description,
+                     .guide = guide}};
+}
+
+template <class P>
+constexpr ParamRow<P> stringListParam(const char* name, const char* description = nullptr,
+                                      const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::String,
+                     .count = 0,
+                     .description = description,
+                     .guide = guide}};
 }
 
 /// The parameters of a plug-in's kind, in the order in which hosts show them: the descriptor

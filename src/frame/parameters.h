@@ -35,8 +35,9 @@ enum class ParameterType {
 struct ParameterDesc {
     const char* name = nullptr;
     ParameterType type = ParameterType::Other;
-    int typeNumber = 0;  ///< the number that addParam was given, else 0
-    int count = -1;      ///< -1: a single value; 0: a list
+    int typeNumber = 0;    ///< the number that addParam was given, else 0
+    int count = -1;        ///< -1: a single value; 0: a list
+    bool ofPairs = false;  ///< of a list of Plugin: items are lists of a number and a plug-in
     bool hasDefault = false;
     int intDefault = 0;                   ///< of Bool (0 or 1), Int and TextureInt
     AColor colorDefault{};                ///< of Color, Float (red), Texture and TextureFloat (red)

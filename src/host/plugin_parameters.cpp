@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <cassert>
-#include <climits>
-#include <cmath>
 #include <cstring>
 #include <type_traits>
 
 #include "frame/context.h"
 #include "frame/memory.h"
+#include "frame/truncate.h"
 
 namespace Tarnkit {
 namespace {
@@ -60,12 +59,7 @@ int toInt(int value) {
 }
 
 int toInt(float value) {
-    // 2^31 is the first float above all ints; a NaN is no number and counts as none.
-    if (std::isnan(value))
-        return 0;
-    if (value >= 2147483648.0f)
-        return INT_MAX;
-    return value <= -2147483648.0f ? INT_MIN : static_cast<int>(value);
+    return truncateToInt(value);
 }
 
 int toInt(const AColor& value) {
@@ -288,6 +282,44 @@ PelkIntList ValueParameter<T>::getIntList(double time) {
         return {1, items.begin() + current};
     }
     return {};
+}
+
+PairListParameter::PairListParameter(const char* parameterName,
+                                     const std::vector<NumberAndPlugin>& pairs)
+    : ParameterName(parameterName), PelkPluginParameter(copy) {
+    for (const NumberAndPlugin& pair : pairs)
+        items.append(pair);
+}
+
+int PairListParameter::getCount(double) {
+    return opened ? 2 : items.size();
+}
+
+int PairListParameter::openItem(int index) {
+    if (opened || index < 0 || index >= items.size())
+        return -1;
+    opened = &items[index];
+    return index;
+}
+
+void PairListParameter::closeItem(int) {
+    opened = nullptr;
+}
+
+int PairListParameter::getInt(int index, double) {
+    return opened && index == 0 ? opened->number : 0;
+}
+
+float PairListParameter::getFloat(int index, double time) {
+    return static_cast<float>(getInt(index, time));
+}
+
+AColor PairListParameter::getColor(int index, double time) {
+    return opened && index == 0 ? toColor(getInt(index, time)) : AColor();
+}
+
+PluginBase* PairListParameter::getObject(int index, double) {
+    return opened && index == 1 ? opened->plugin : nullptr;
 }
 
 template class ValueParameter<int>;

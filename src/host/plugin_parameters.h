@@ -104,6 +104,33 @@ private:
     ConstantTexture texture;
 };
 
+/// An item of a PairListParameter.
+struct NumberAndPlugin {
+    int number = 0;
+    PluginBase* plugin = nullptr;  ///< not owned; may be null
+};
+
+/// A list whose items are lists themselves, of a number (index 0) and a plug-in (index 1). They
+/// are read while openItem has opened them; without an open item there are no values.
+class PELK_API PairListParameter final : private ParameterName, public PelkPluginParameter {
+public:
+    PairListParameter(const char* parameterName, const std::vector<NumberAndPlugin>& pairs);
+
+    int getCount(double time) override;
+    int openItem(int index) override;
+    void closeItem(int token) override;
+    int getInt(int index, double time) override;
+    float getFloat(int index, double time) override;
+    AColor getColor(int index, double time) override;
+    const char* getString(int, double) override { return nullptr; }
+    PluginBase* getObject(int index, double time) override;
+    PelkIntList getIntList(double) override { return {}; }
+
+private:
+    GrowTable<NumberAndPlugin> items;
+    const NumberAndPlugin* opened = nullptr;
+};
+
 // Exported one by one: a type as hidden as AColor would hide what is made of it.
 extern template class PELK_API ValueParameter<int>;
 extern template class PELK_API ValueParameter<float>;

@@ -1,6 +1,8 @@
 // The module's entry and its list of plug-ins. All static objects of the library stand in this one
 // source, since the order of static objects is certain only within one.
 
+#include "composite/mtl_multi.h"
+#include "composite/mtl_override.h"
 #include "composite/mtl_render_stats.h"
 #include "frame/plugin_desc.h"
 #include "surface/mtl_diffuse.h"
@@ -58,6 +60,8 @@ public:
 LibDesc libDesc;
 Enrolled<MtlSingleBRDFDesc> singleBRDFDesc;
 Enrolled<MtlRenderStatsDesc> renderStatsDesc;
+Enrolled<MtlOverrideDesc> overrideDesc;
+Enrolled<MtlMultiDesc> multiDesc;
 Enrolled<MtlDiffuseDesc> diffuseDesc;
 
 }  // namespace

@@ -59,7 +59,9 @@ std::string expectedItem(const ParameterDesc& desc) {
         case ParameterType::Color:
             return "three or four numbers, as in [0.8, 0.5, 0.2]";
         case ParameterType::Plugin:
-            return instanceWith(desc.interfaceID);
+            return desc.ofPairs
+                       ? "[a whole number of 32 bits, " + instanceWith(desc.interfaceID) + "]"
+                       : instanceWith(desc.interfaceID);
         case ParameterType::String:
             return "a text";
         case ParameterType::Texture:
@@ -135,6 +137,20 @@ private:
         return true;
     }
 
+    bool makePairs(const Json& json, const std::string& pointer) {
+        std::vector<NumberAndPlugin> pairs(json.size());
+        for (size_t i = 0; i < json.size(); ++i) {
+            const std::string place = pointerTo(pointer, i);
+            if (!json[i].is_array() || json[i].size() != 2 || !isReference(json[i][1]))
+                return unexpected(json[i], place);
+            if (!readItem(json[i][0], pointerTo(place, 0), pairs[i].number) ||
+                !readItem(json[i][1], pointerTo(place, 1), pairs[i].plugin))
+                return false;
+        }
+        out.parameter = std::make_unique<PairListParameter>(desc.name, pairs);
+        return true;
+    }
+
     template <class T>
     bool makeKeyframes(const std::vector<double>& times, const Json& values,
                        const std::string& pointer) {
@@ -185,7 +201,8 @@ private:
             case ParameterType::String:
                 return makeList<const char*>(json, pointer);
             case ParameterType::Plugin:
-                return makeList<PluginBase*>(json, pointer);
+                return desc.ofPairs ? makePairs(json, pointer)
+                                    : makeList<PluginBase*>(json, pointer);
             case ParameterType::Texture:
                 return makeList<Textured<AColor>>(json, pointer);
             case ParameterType::TextureInt:

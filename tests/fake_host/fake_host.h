@@ -28,6 +28,10 @@ public:
     ParamValue(Color value) : ParamValue(AColor{value, 1.0f}) {}
     ParamValue(const char* value) : ParamValue(single(value)) {}
     ParamValue(PluginBase* value) : ParamValue(single(value)) {}
+    ParamValue(std::vector<NumberAndPlugin> pairs)
+        : ParamValue(Make([pairs](const char* name) {
+              return std::make_unique<PairListParameter>(name, pairs);
+          })) {}
     template <class T>
     ParamValue(std::vector<T> values)
         : ParamValue(Make([values](const char* name) {

@@ -149,7 +149,8 @@ void FakeContext::flipSide() {
 }
 
 void FakeContext::setEnvironment(TextureInterface* texture, int priority, int flag) {
-    note("setEnvironment");
+    if (note("setEnvironment"))
+        environmentRequests.push_back({texture, priority, flag});
     PelkContext::setEnvironment(texture, priority, flag);
 }
 

@@ -76,6 +76,14 @@ struct SpawnRequest {
     Vector direction;
 };
 
+/// What setEnvironment was called with.
+struct EnvironmentRequest {
+    TextureInterface* texture;
+    int priority, flag;
+
+    bool operator==(const EnvironmentRequest&) const = default;
+};
+
 /// A hit in no scene. Fails the test if it goes while a spawned context is still out.
 class FakeContext : public PelkContext {
 public:
@@ -92,6 +100,7 @@ public:
     bool refusesToSpawn = false;
     bool spawnsOrphans = false;  ///< spawned contexts have no parent
     std::vector<SpawnRequest> spawnRequests;
+    std::vector<EnvironmentRequest> environmentRequests;
 
     /// Makes the contexts that will be spawned now, so that the heap stays out of the hit.
     void prepareToSpawn(int count);

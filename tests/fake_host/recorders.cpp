@@ -66,12 +66,12 @@ BSDFSampler* RecordingMaterial::getBSDF(PelkContext& context, int flags) {
         seenFlags = flags;
     }
     samplersOut += givesSampler;
-    return givesSampler ? &sampler : nullptr;
+    return givesSampler ? givenSampler : nullptr;
 }
 
 void RecordingMaterial::releaseBSDF(PelkContext&, BSDFSampler* released) {
     note("releaseBSDF");
-    EXPECT_EQ(released, &sampler) << "got back what it did not give";
+    EXPECT_EQ(released, givenSampler) << "got back what it did not give";
     --samplersOut;
 }
 

@@ -48,6 +48,7 @@ public:
     std::vector<u64> hiddenFaces;  ///< ids of the faces that it doesn't have
     Results results;               ///< of shade
     RecordingSampler sampler;
+    BSDFSampler* givenSampler = &sampler;
     bool givesSampler = true;
     int materialID = 0;
     int opaqueFlags = 0;

@@ -77,6 +77,22 @@ TEST(ValueParameterTest, IndexThatIsNotThereGivesNothing) {
     EXPECT_EQ(empty.getFloat(0, 0), 0.0f);
 }
 
+TEST(PairListParameterTest, ValuesAreThereWhileAnItemIsOpen) {
+    Plugin plugin;
+    PairListParameter pairs("p", {{7, nullptr}, {-2, &plugin}});
+    for (const int outside : {-1, 2})
+        EXPECT_EQ(pairs.openItem(outside), -1);
+    const int token = pairs.openItem(1);
+    EXPECT_EQ(pairs.openItem(0), -1) << "no list of lists of lists";
+    EXPECT_EQ(pairs.getInt(0, 0), -2);
+    EXPECT_EQ(pairs.getColor(0, 0), (AColor{Color(-2), 1}));
+    EXPECT_EQ(pairs.getObject(1, 0), &plugin);
+    EXPECT_TRUE(!pairs.getInt(1, 0) && !pairs.getObject(0, 0));
+    pairs.closeItem(token);
+    EXPECT_EQ(pairs.getCount(0), 2);
+    EXPECT_TRUE(!pairs.getInt(0, 0) && !pairs.getObject(1, 0));
+}
+
 TEST(ValueParameterTest, KeyframesBlendWhatCanBeBlendedAndStepElse) {
     Plugin a, b;
     // A jump at 4: two values at one time, of which the later holds.

@@ -42,9 +42,23 @@ inline HitRoads::HitRoads() {
                    {{"brdf", &base}, {"filter", Color(0.5f)}, {"double_sided", doubleSided}});
         materials.push_back(&single);
     }
-    PelkMaterial& stats = make("MtlRenderStats");
-    startFrame(stats, {{"base_mtl", &base}, {"visibility", 0.5f}, {"shadows_receive", false}});
-    materials.push_back(&stats);
+    for (const int hidden : {0, 1}) {
+        PelkMaterial& stats = make("MtlRenderStats");
+        startFrame(stats, {{"base_mtl", &base},
+                           {"visibility", 0.5f},
+                           {"shadows_receive", false},
+                           {"camera_visibility", !hidden}});
+        materials.push_back(&stats);
+    }
+    PelkMaterial& override = make("MtlOverride");
+    startFrame(override, {{"base_mtl", &base},
+                          {"use_environment_override", true},
+                          {"environment_override", &texture}});
+    materials.push_back(&override);
+    PelkMaterial& multi = make("MtlMulti");
+    startFrame(multi, {{"mtls_list", std::vector<PluginBase*>{&override, &base}},
+                       {"mtlid_gen", &texture}});
+    materials.push_back(&multi);
     log.quiet = true;
 }
 

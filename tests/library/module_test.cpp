@@ -17,6 +17,8 @@ const struct {
     bool describesItself;
 } kPlugins[] = {
     {"MtlDiffuse", 2004101502, true},
+    {"MtlMulti", 2005052701, true},
+    {"MtlOverride", 2007020199, true},
     {"MtlRenderStats", 2007021701, true},
     {"MtlSingleBRDF", 2004101810, true},
 };

@@ -44,6 +44,11 @@ public:
         list.addParamString("texts", "", 0);
         list.addParamPlugin("bases", EXT_MATERIAL, 0);
         list.addParamTexture("texs", 0);
+        list.addParam({.name = "pairs",
+                       .type = ParameterType::Plugin,
+                       .count = 0,
+                       .ofPairs = true,
+                       .interfaceID = EXT_MATERIAL});
         list.addParam("positions", 12);
         list.addParam("strange", 99);
     }
@@ -95,7 +100,8 @@ TEST_F(SceneReaderTest, EveryTypeOfValueArrives) {
     ASSERT_TRUE(readProbe(R"("flag": true, "int": -2147483648, "float": 2, "color": [1, 2, 3],
         "text": "x", "base": "b", "tex": [1, 2, 3, 0.5], "tex_float": "check", "tex_int": 7,
         "ints": [], "colors": [[1, 0, 0], [0, 0, 1, 0.5]], "texts": ["p", "q"],
-        "bases": ["b", null], "texs": ["check", [0, 1, 0]], "positions": [0.25, "check"])"))
+        "bases": ["b", null], "texs": ["check", [0, 1, 0]], "positions": [0.25, "check"],
+        "pairs": [[3, null], [4, "b"]])"))
         << error;
     Plugin* const b = scene->findPlugin("b");
     Plugin* const check = scene->findPlugin("check");
@@ -115,6 +121,11 @@ TEST_F(SceneReaderTest, EveryTypeOfValueArrives) {
     EXPECT_EQ(parameter("bases").getObject(1, 0), nullptr);
     EXPECT_EQ(parameter("texs").getObject(0, 0), check);
     EXPECT_EQ(parameter("texs").getColor(1, 0), (AColor{{0, 1, 0}, 1}));
+    EXPECT_EQ(parameter("pairs").getCount(0), 2);
+    const int item = parameter("pairs").openItem(1);
+    EXPECT_EQ(parameter("pairs").getInt(0, 0), 4);
+    EXPECT_EQ(parameter("pairs").getObject(1, 0), b);
+    parameter("pairs").closeItem(item);
     EXPECT_EQ(parameter("positions").getFloat(0, 0), 0.25f);
     EXPECT_EQ(parameter("positions").getObject(1, 0), check);
 }
@@ -156,6 +167,10 @@ TEST_F(SceneReaderTest, WhatIsWrongIsToldWithItsPlace) {
         {"lacks interface", R"("base": "check")", {"EXT_MATERIAL", "\"check\" is a TexChecker"}},
         {"lacks face", R"("tex_int": "b")", {"EXT_TEXTURE_INT", "\"b\" is a Probe"}},
         {"in a list", R"("bases": ["b", "c"])", {"/plugins/a/bases/1: "}},
+        {"plug-in for pair", R"("pairs": ["b"])", {"/a/pairs/0: expected [a whole number"}},
+        {"pair of three", R"("pairs": [[1, "b", 2]])", {"/a/pairs/0: expected"}},
+        {"no number in a pair", R"("pairs": [["b", "b"]])", {"/a/pairs/0/0: expected"}},
+        {"no such pair", R"("pairs": [[1, "c"]])", {"/a/pairs/0/1: expected", "EXT_MATERIAL"}},
         {"unknown kind of value", R"("strange": 1)", {"/plugins/a/strange: "}},
         {"times fall", R"("float": {"times": [1, 1], "values": [1, 2]})", {"/float/times/1: "}},
         {"no times", R"("float": {"times": [], "values": []})", {"/float/times: "}},

@@ -1,0 +1,270 @@
+#include <cmath>
+
+#include "fake_host/fake_host.h"
+
+namespace {
+
+/// A primitive whose face that was hit has an id and a shader set.
+class FakeFace : public Plugin, public SurfaceMtlIDInterface, public ShaderSetInterface {
+public:
+    int id = 0;
+    StringHandle shaderSet;
+
+    PluginInterface* getInterface(u64 face) override {
+        if (face == EXT_SURFACE_MTLID)
+            return static_cast<SurfaceMtlIDInterface*>(this);
+        return face == EXT_SHADER_SET ? static_cast<ShaderSetInterface*>(this) : nullptr;
+    }
+    PluginBase* getPlugin() override { return this; }
+    int getSurfaceMtlID(PelkContext&) override { return id; }
+    void getShaderSetName(StringHandle& out, PelkContext&, int) override { out = shaderSet; }
+};
+
+class MtlMultiTest : public FakeHost {
+protected:
+    MtlMultiTest() {
+        for (int i = 0; i < 3; ++i) {
+            subs[i].results.color = Color(static_cast<float>(i));
+            subs[i].materialID = 100 + i;
+        }
+    }
+
+    std::vector<PluginBase*> list(int count) { return {all.begin(), all.begin() + count}; }
+
+    /// The position of the sub-material that shades a hit; -1 for opaque black.
+    int shaded() {
+        FakeContext context = hit();
+        context.hitObject = &face;
+        mtl.shade(context);
+        return resultsOf(context) == kOpaqueBlack ? -1 : static_cast<int>(context.resultColor.r);
+    }
+
+    RTMtlInterface* text(PluginBase& plugin) {
+        return findInterface<RTMtlInterface>(&plugin, EXT_RTMTL);
+    }
+
+    RecordingMaterial subs[3];
+    const std::vector<PluginBase*> all{&subs[0], &subs[1], &subs[2]};
+    PluginBase* const none = nullptr;
+    FakeFace face;
+    FakeTexture texture;
+    PelkMaterial& mtl = make("MtlMulti", "mix");
+};
+
+TEST_F(MtlMultiTest, TheFirstEntryWithTheIdShades) {
+    const struct {
+        const char* what;
+        std::vector<int> ids;
+        bool wrap;
+        int id, position;
+    } cases[] = {
+        {"found", {1, 3, 5}, false, 3, 1},
+        {"the earlier of two", {1, 3, 3}, false, 3, 1},
+        {"unknown", {1, 3, 5}, false, 4, 0},
+        {"above all", {0, 1, 2}, false, 4, 0},
+        {"wrapped", {0, 1, 2}, true, 4, 1},
+        {"the largest isn't wrapped", {0, 1, 2}, true, 2, 2},
+        {"wrapped to one that isn't there", {1, 3, 3}, true, 6, 0},
+        {"negative", {0, -2, 2}, true, -2, 1},
+        {"wrapped without a largest", {-3, -2, -1}, true, 5, 0},
+        {"ids run out", {5}, false, 2, 2},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        startFrame(mtl, {{"mtls_list", all}, {"ids_list", c.ids}, {"wrap_id", c.wrap}});
+        face.id = c.id;
+        EXPECT_EQ(shaded(), c.position);
+        FakeContext context = hit();
+        context.hitObject = &face;
+        EXPECT_EQ(mtl.getMaterialID(context), 100 + c.position);
+    }
+}
+
+TEST_F(MtlMultiTest, TexturesGiveTheIdBeforeFaces) {
+    const std::vector<int> ids{1, 2, INT_MAX};
+    face.id = 2;
+    texture.integer = 1;
+    startFrame(mtl, {{"mtls_list", all}, {"ids_list", ids}, {"mtlid_gen_float", &texture}});
+    const struct {
+        float number;
+        int position;
+    } cases[] = {{2.4f, 1}, {2.5f, 0}, {1.5f, 1}, {-1.5f, 0}, {1e30f, 2}, {std::nanf(""), 0}};
+    for (const auto& c : cases) {
+        texture.number = c.number;
+        EXPECT_EQ(shaded(), c.position) << c.number;
+    }
+    texture.number = 2.0f;
+    startFrame(mtl, {{"mtlid_gen", &texture}});
+    EXPECT_EQ(shaded(), 0) << "the integer texture comes first";
+    EXPECT_FALSE(log.has("getTexFloat"));
+}
+
+TEST_F(MtlMultiTest, ShaderSetsPickByName) {
+    const std::vector<const char*> names{"wood", "steel", "wood", "beyond"};
+    face.id = 7;  // plays no part, as wrap_id
+    startFrame(mtl, {{"mtls_list", all}, {"shader_sets_list", names}, {"wrap_id", true}});
+    EXPECT_TRUE(renderer.log.warnings.empty()) << "ids aren't missed";
+    const struct {
+        const char* name;  // null: none
+        int position;
+    } cases[] = {{"steel", 1}, {"wood", 0}, {"beyond", 0}, {"glass", 0}, {nullptr, 0}};
+    for (const auto& c : cases) {
+        face.shaderSet = c.name ? renderer.strings.intern(c.name) : StringHandle();
+        EXPECT_EQ(shaded(), c.position) << c.name;
+    }
+    startFrame(mtl, {{"shader_sets_list", std::vector<const char*>()},
+                     {"ids_list", std::vector{5, 6, 7}}});
+    EXPECT_EQ(shaded(), 2) << "no names, so ids again";
+}
+
+TEST_F(MtlMultiTest, PairsAreTheOldFormOfTheLists) {
+    using Pairs = std::vector<NumberAndPlugin>;
+    startFrame(mtl, {{"mtls", Pairs{{4, &subs[2]}, {9, nullptr}, {2, &subs[1]}}},
+                     {"mtls_list", all},
+                     {"wrap_id", true}});
+    const std::string warning =
+        "MtlMulti (mix) \"mtls\" parameter is deprecated; use \"mtls_list\" and \"ids_list\" "
+        "instead.\n";
+    EXPECT_EQ(renderer.log.warnings, std::vector{warning});
+    EXPECT_EQ(text(mtl)->getNumSubMtls(), 2) << "no gap";
+    face.id = 12;
+    EXPECT_EQ(shaded(), 1) << "wrapped by the id of the empty pair, to 2";
+    face.id = 9;
+    EXPECT_EQ(shaded(), 2) << "the first entry stands in";
+
+    startFrame(mtl, {{"mtls", Pairs()}});
+    EXPECT_EQ(shaded(), -1) << "the new lists aren't looked at";
+    EXPECT_EQ(renderer.log.warnings, (std::vector{warning, warning}));
+}
+
+TEST_F(MtlMultiTest, MissingPiecesAreReportedOncePerFrame) {
+    const struct {
+        const char* what;
+        const char* name;  // of the instance
+        int count, ids;    // -1: no list of ids
+        std::vector<std::string> warnings;
+    } cases[] = {
+        {"complete", "mix", 2, 2, {}},
+        {"no materials", nullptr, 0, 2, {"MtlMulti (noname) has no sub-materials.\n"}},
+        {"no ids", "mix", 2, -1, {"MtlMulti (mix) has no ids_list parameter.\n"}},
+        {"few ids", nullptr, 3, 1, {"MtlMulti \"noname\" has more materials (3) than ids (1).\n"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        PelkMaterial& fresh = make("MtlMulti", c.name);
+        renderer.log.warnings.clear();
+        if (c.ids >= 0)
+            setParams(fresh, {{"ids_list", std::vector<int>(c.ids)}});
+        startFrame(fresh, {{"mtls_list", list(c.count)}});
+        EXPECT_EQ(renderer.log.warnings, c.warnings);
+    }
+    renderer.sequenceData.log = nullptr;
+    startFrame(mtl);
+}
+
+TEST_F(MtlMultiTest, WithoutAMaterialItIsBlackAndHasNoSampler) {
+    FakeContext context = hit();
+    EXPECT_EQ(shaded(), -1) << "before the first frame";
+    EXPECT_EQ(mtl.getOpaqueFlags(), 1);
+    EXPECT_EQ(mtl.getMaterialID(context), 0);
+    EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
+    startFrame(mtl, {{"mtls_list", std::vector<PluginBase*>{nullptr, &subs[1]}}});
+    EXPECT_EQ(shaded(), -1) << "the next entry doesn't stand in";
+    EXPECT_EQ(mtl.getMaterialID(context), 0);
+    EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
+    mtl.releaseBSDF(context, nullptr);
+}
+
+TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
+    startFrame(mtl, {{"mtls_list", all}, {"mtlid_gen", &texture}});
+    // Each row asks for a sampler, gives it back after the texture has changed, and counts reads.
+    const struct {
+        const char* what;
+        int thread, depth, hitID, reads;
+        bool newFrame = false;
+    } cases[] = {
+        {"new", 0, 0, 5, 1},
+        {"the same again", 0, 0, 5, 0},
+        {"deeper than all before", 0, 40, 5, 1},
+        {"in between", 0, 39, 5, 1},
+        {"another hit", 0, 0, 6, 1},
+        {"deep ones have stayed", 0, 40, 5, 0},
+        {"another thread", 1, 0, 6, 1},
+        {"a hit without a key", 0, 0, 0, 2},
+        {"a key of the last frame", 0, 40, 5, 1, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        log.clear();
+        if (c.newFrame)
+            startFrame(mtl);
+        FakeContext context = hit(c.thread);
+        context.traceDepth = c.depth;
+        context.hitID = c.hitID;
+        BSDFSampler* sampler = mtl.getBSDF(context, 0x11);
+        if (c.hitID)
+            texture.integer = (texture.integer + 1) % 3;
+        mtl.releaseBSDF(context, sampler);
+        EXPECT_EQ(log.count("getTexInt"), c.reads);
+        for (const RecordingMaterial& sub : subs)
+            EXPECT_EQ(sub.samplersOut, 0);
+    }
+}
+
+class Collected : public RTMtlList {
+public:
+    std::vector<RTMtlInterface*> items;
+    void append(RTMtlInterface* material) override { items.push_back(material); }
+};
+
+TEST_F(MtlMultiTest, TellsOfItsSubMaterials) {
+    subs[1].hiddenFaces = {EXT_RTMTL, EXT_OPAQUE_SHADEABLE};
+    startFrame(mtl, {{"mtls_list", std::vector<PluginBase*>{&subs[0], nullptr, &subs[1], &subs[2]}},
+                     {"ids_list", std::vector{0, 5, 2, 3}},
+                     {"wrap_id", true}});
+    RTMtlInterface& multi = *text(mtl);
+    EXPECT_EQ(multi.getMultiMtl(), &multi);
+    EXPECT_EQ(multi.getNumSubMtls(), 4);
+    EXPECT_EQ(multi.getSubMtlID(3), 3);
+    EXPECT_EQ(multi.getSubMtlByID(9), text(subs[2])) << "wrapped to 3";
+    EXPECT_EQ(multi.getSubMtlByID(4), nullptr) << "the first entry doesn't stand in";
+    EXPECT_EQ(multi.getSubMtl(0), text(subs[0]));
+    for (const int index : {-1, 1, 2, 4})
+        EXPECT_EQ(multi.getSubMtl(index), nullptr) << index;
+    Collected collected;
+    EXPECT_EQ(multi.collectSubMtls(collected), 2);
+    EXPECT_EQ(collected.items, (std::vector{text(subs[0]), text(subs[2])}));
+
+    subs[0].opaqueFlags = subs[1].opaqueFlags = subs[2].opaqueFlags = 3;
+    EXPECT_EQ(mtl.getOpaqueFlags(), 0) << "one can't be asked";
+    subs[1].hiddenFaces.clear();
+    EXPECT_EQ(mtl.getOpaqueFlags(), 1);
+}
+
+TEST_F(MtlMultiTest, DescriptorTextSwitchesBetweenTheFirstTen) {
+    startFrame(mtl, {{"mtls_list", all}, {"wrap_id", true}});
+    EXPECT_EQ(describe(mtl, "MaterialDescriptor"), "1 mtlmulti_wrap 1\nmtlmulti_maxID 2\n");
+    EXPECT_EQ(describe(mtl, "HierarchyDescriptor"), "0 ");
+
+    subs[0].text = "<coatlayer_begin>\n<coatlayer_end>\n";
+    subs[1].text = "b\n";
+    subs[2].hiddenFaces = {EXT_RTMTL};
+    std::vector<PluginBase*> many(11, &subs[1]);
+    many[0] = &subs[0];
+    many[1] = &subs[2];
+    for (int i = 3; i < 10; ++i)
+        many[i] = nullptr;
+    const std::string layers =
+        "<coatlayer_begin>\n<coatlayer_begin>\n<coatlayer_end>\n<coatlayer_end>\n"
+        "<coatlayer_begin>\nb\n<coatlayer_end>\n";
+    for (const char* generator : {"mtlid_gen_float", "mtlid_gen"}) {
+        startFrame(mtl, {{"mtls_list", many}, {generator, &texture}});
+        EXPECT_EQ(describe(mtl, "MaterialDescriptor"),
+                  "1 mtl_switch\nemission\nuvw_transform 1.000000,1.000000,3.000000,1.000000,"
+                  "1.000000,1.000000,1.000000,1.000000,1.000000,1.000000,0.000000,0.000000\n"
+                  "diffuse\ntexture color name\n" +
+                      layers);
+    }
+}
+
+}  // namespace
