@@ -22,5 +22,6 @@ void addRenderCommand(CLI::App& program, ExitCode& exitCode);
 void addListCommand(CLI::App& program, ExitCode& exitCode);
 void addInfoCommand(CLI::App& program, ExitCode& exitCode);
 void addDescribeCommand(CLI::App& program, ExitCode& exitCode);
+void addProbeCommand(CLI::App& program, ExitCode& exitCode);
 
 }  // namespace Tarnkit

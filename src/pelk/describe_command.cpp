@@ -7,6 +7,7 @@
 
 #include "frame/pelk_material.h"
 #include "pelk/commands.h"
+#include "pelk/common_options.h"
 #include "pelk/console_log.h"
 #include "pelk/plugin_options.h"
 #include "render/describe_job.h"
@@ -86,10 +87,7 @@ void addDescribeCommand(CLI::App& program, ExitCode& exitCode) {
         ->check(CLI::IsMember({"MaterialDescriptor", "HierarchyDescriptor"}))
         ->type_name("")
         ->capture_default_str();
-    command
-        ->add_option("--set", options->overrides, "Set a parameter of the scene first; repeatable")
-        ->type_name("INSTANCE.PARAM=VALUE")
-        ->allow_extra_args(false);
+    addSetOption(*command, options->overrides);
     options->plugins.addTo(*command);
     command->add_flag("-v,--verbose", options->verbose, "Tell more, on standard error");
     command->callback([options, &exitCode] { exitCode = run(*options); });

@@ -42,6 +42,7 @@ ExitCode run(int argc, char** argv) {
     addListCommand(program, exitCode);
     addInfoCommand(program, exitCode);
     addDescribeCommand(program, exitCode);
+    addProbeCommand(program, exitCode);
     program.footer(kFooter);  // not before: commands would take it over
 
     const std::string wrongCommand = checkCommand(program, argc, argv);

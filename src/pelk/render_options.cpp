@@ -2,47 +2,15 @@
 
 #include <CLI/CLI.hpp>
 #include <array>
-#include <charconv>
 #include <map>
-#include <string_view>
+
+#include "pelk/common_options.h"
 
 namespace Tarnkit {
 
 namespace {
 
-constexpr int kMaxSide = 65536;
-constexpr long long kMaxPixels = 1 << 28;
-constexpr int kMaxSamples = 1 << 24;
 constexpr int kMaxThreads = 1024;
-
-/// Numbers from 0 on with separators between them and nothing else. False if `text` is no such.
-template <size_t N>
-bool parseNumbers(std::string_view text, char separator, std::array<int, N>& numbers) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    for (size_t i = 0; i < N; ++i) {
-        if (i > 0 && (at == end || *at++ != separator))
-            return false;
-        const auto [next, fault] = std::from_chars(at, end, numbers[i]);
-        if (fault != std::errc() || numbers[i] < 0)
-            return false;
-        at = next;
-    }
-    return at == end;
-}
-
-[[noreturn]] void refuse(const char* option, const std::string& text, const std::string& expected) {
-    throw CLI::ValidationError(option, "expected " + expected + ", got \"" + text + "\"");
-}
-
-void parseSize(const std::string& text, RenderCommandOptions& options) {
-    std::array<int, 2> size{};
-    if (!parseNumbers(text, 'x', size) || size[0] < 1 || size[1] < 1 || size[0] > kMaxSide ||
-        size[1] > kMaxSide || (long long)size[0] * size[1] > kMaxPixels)
-        refuse("--size", text, "WIDTHxHEIGHT, such as 640x480, at most 65536 each way");
-    options.width = size[0];
-    options.height = size[1];
-}
 
 void parseRegion(const std::string& text, RenderCommandOptions& options) {
     std::array<int, 4> corners{};
@@ -60,19 +28,12 @@ void parseTile(const std::string& text, RenderCommandOptions& options) {
     options.tile = {tile[0], tile[1]};
 }
 
-std::string checkOverride(const std::string& text) {
-    const size_t equals = text.find('='), dot = text.find('.');
-    const bool good =
-        equals != std::string::npos && dot != std::string::npos && dot > 0 && dot + 1 < equals;
-    return good ? "" : "expected INSTANCE.PARAM=VALUE, got \"" + text + "\"";
-}
-
 /// Lets whole numbers from 1 on pass, and leaves the help text alone.
 CLI::Validator numbersTo(int largest) {
     return CLI::Range(1, largest).description("");
 }
 
-/// An option whose text goes through a function of the form of parseSize.
+/// An option whose text goes through a function of the form of parseRegion.
 template <class Parse>
 CLI::Option* addParsed(CLI::App& command, const char* name, const char* form, const char* help,
                        RenderCommandOptions& options, Parse parse) {
@@ -89,10 +50,8 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
                     "with .png, in the working directory")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    addParsed(command, "--size", "WxH", "Size of the picture in pixels", options, parseSize);
-    command.add_option("--spp", options.samples, "Samples per pixel")
-        ->type_name("N")
-        ->check(numbersTo(kMaxSamples));
+    addSizeOption(command, options.width, options.height);
+    addSamplesOption(command, options.samples);
     CLI::Option* const region =
         addParsed(command, "--region", "X0,Y0,X1,Y1",
                   "Render these pixels alone; X1 and Y1 lie outside", options, parseRegion);
@@ -122,12 +81,7 @@ void RenderCommandOptions::addTo(CLI::App& command) {
         ->type_name("N")
         ->check(numbersTo(kMaxTileSize))
         ->capture_default_str();
-    command
-        .add_option("--set", overrides,
-                    "Set a parameter of the scene, VALUE as in the scene file; repeatable")
-        ->type_name("INSTANCE.PARAM=VALUE")
-        ->check(CLI::Validator(checkOverride, ""))
-        ->allow_extra_args(false);
+    addSetOption(command, overrides);
     const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
                                                       {"json", ProgressStyle::JsonLines},
                                                       {"none", ProgressStyle::None}};

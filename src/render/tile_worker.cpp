@@ -6,7 +6,11 @@
 
 namespace Tarnkit {
 
-void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u32 pixelSeed,
+u32 pixelSeed(int x, int y) {
+    return hash32(static_cast<u32>(x) + hash32(static_cast<u32>(y) + 0x51ed270bu));
+}
+
+void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u32 seed,
                u32 sample) {
     c.threadData = &thread;
     c.renderer = &renderer;
@@ -25,7 +29,7 @@ void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u
     c.environmentPriority = std::numeric_limits<int>::min();
     c.skipObject = c.skipTriangle = RenderContext::kNone;
     c.bsdfDensity = -1.0f;
-    c.pathSeed = pixelSeed;
+    c.pathSeed = seed;
     c.sampleIndex = sample;
     c.numVolumes = 0;
     c.resultFragment = thread.recorder ? thread.recorder->nextLayer() : nullptr;
@@ -78,7 +82,7 @@ void TileWorker::render(const PictureRect& tile) {
 }
 
 void TileWorker::renderPixel(int x, int y) {
-    const u32 seed = hash32(static_cast<u32>(x) + hash32(static_cast<u32>(y) + 0x51ed270bu));
+    const u32 seed = pixelSeed(x, y);
     const double share = 1.0 / samples;
     FragmentList pixel{&region};
     auto* const total = static_cast<PKFragment*>(pixel.getFragment(kTagTotal));

@@ -9,8 +9,11 @@
 
 namespace Tarnkit {
 
+/// Where the random numbers of a pixel's paths begin.
+u32 pixelSeed(int x, int y);
+
 /// Writes all ray fields of a camera context that the camera leaves alone.
-void startPath(RenderContext& context, HostRenderer& renderer, RenderThread& thread, u32 pixelSeed,
+void startPath(RenderContext& context, HostRenderer& renderer, RenderThread& thread, u32 seed,
                u32 sample);
 
 /// Renders tiles on one thread. Its region, contexts and fragments serve one tile after the other.

@@ -1,3 +1,4 @@
+#include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -145,6 +146,41 @@ TEST(DescribeCommand, PrintsASectionAndKnowsWhoHasNone) {
         EXPECT_EQ(result.out, c.out);
         EXPECT_THAT(result.err, HasSubstr(c.err));
     }
+}
+
+TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) {
+    Program pelk;
+    pelk.directory.write("a.json", smallScene(R"(,
+        "tiles": {"type": "TexChecker"},
+        "tiled": {"type": "MtlDiffuse", "diffuse_tex": "tiles"},
+        "ball": {"type": "GeomSphere", "radius": 0.1, "material": "tiled"})"));
+    const RunResult result =
+        pelk.run({"probe", "a.json", "--pixel", "12,8", "--spp", "4", "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const json probe = json::parse(result.out);
+    EXPECT_EQ(probe["hit"]["object"], "ball");
+    EXPECT_EQ(probe["material"]["type"], "MtlDiffuse");
+    const json texture = probe["material"]["references"][0];
+    EXPECT_EQ(texture["parameter"], "diffuse_tex");
+    EXPECT_EQ(texture["name"], "tiles");
+    EXPECT_EQ(probe["results"]["alpha"], json::array({1, 1, 1}));
+    EXPECT_EQ(probe["channels"]["material_id"], 0);
+    EXPECT_GT(probe["channels"]["depth"], 0.1);
+
+    // The same numbers as in a picture of that size and those samples.
+    pelk.run({"render", "a.json", "-o", "a.exr", "--spp", "4", "--region", "12,8,13,9"});
+    const auto picture = OIIO::ImageInput::open(pelk.directory.file("a.exr"));
+    ASSERT_TRUE(picture);
+    std::vector<float> pixels(24 * 16 * 4);
+    picture->read_image(0, 0, 0, 4, OIIO::TypeDesc::FLOAT, pixels.data());
+    for (size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(probe["channels"]["beauty"][i].get<float>(), pixels[(24 * 8 + 12) * 4 + i]);
+
+    const RunResult text = pelk.run({"probe", "a.json", "--pixel", "12,8"});
+    EXPECT_THAT(text.out, HasSubstr("  tiled (MtlDiffuse)\n    diffuse_tex: tiles (TexChecker)"));
+    const RunResult outside = pelk.run({"probe", "a.json", "--pixel", "24,0"});
+    EXPECT_EQ(outside.exitCode, 2);
+    EXPECT_THAT(outside.err, HasSubstr("--pixel lies outside; the picture has 24 x 16 pixels"));
 }
 
 }  // namespace

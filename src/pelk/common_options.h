@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <charconv>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace Tarnkit {
+
+// Options that several commands share.
+
+/// `--size WxH`; leaves both at 0 if it isn't given.
+void addSizeOption(CLI::App& command, int& width, int& height);
+/// `--spp N`
+void addSamplesOption(CLI::App& command, int& samples);
+/// `--set INSTANCE.PARAM=VALUE`, repeatable
+void addSetOption(CLI::App& command, std::vector<std::string>& overrides);
+
+/// Ends the reading of the command line with what is wrong with an option's text.
+[[noreturn]] void refuse(const char* option, const std::string& text, const std::string& expected);
+
+/// Numbers from 0 on with separators between them and nothing else. False if `text` is no such.
+template <size_t N>
+bool parseNumbers(std::string_view text, char separator, std::array<int, N>& numbers) {
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (size_t i = 0; i < N; ++i) {
+        if (i > 0 && (at == end || *at++ != separator))
+            return false;
+        const auto [next, fault] = std::from_chars(at, end, numbers[i]);
+        if (fault != std::errc() || numbers[i] < 0)
+            return false;
+        at = next;
+    }
+    return at == end;
+}
+
+}  // namespace Tarnkit
