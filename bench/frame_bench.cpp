@@ -1,7 +1,6 @@
 // Pools and tables of the frame beside what a program would use without them.
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <unordered_map>
@@ -9,6 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "comparison.h"
 #include "frame/hash_table.h"
 #include "frame/thread_pools.h"
 
@@ -126,45 +126,16 @@ void unorderedMapByNumber(benchmark::State& state) {
 }
 BENCHMARK(unorderedMapByNumber);
 
-/// Keeps the median time of each benchmark, so that a table of ratios can follow.
-class Collector final : public benchmark::BenchmarkReporter {
-public:
-    bool ReportContext(const Context&) override { return true; }
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.aggregate_name == "median")
-                medians[run.run_name.function_name] = run.GetAdjustedCPUTime();
-        }
-    }
-
-    void row(const char* what, const char* ours, const char* peer, const char* peerName,
-             double limit) {
-        std::printf("%-34s %7.2f ns   %-26s %7.2f ns   ratio %5.2f (at most %.2f)\n", what,
-                    medians[ours], peerName, medians[peer], medians[ours] / medians[peer], limit);
-    }
-
-private:
-    std::unordered_map<std::string, double> medians;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::vector<char*> args(argv, argv + argc);
-    std::string repetitions = "--benchmark_repetitions=7", least = "--benchmark_min_time=0.05",
-                mixed = "--benchmark_enable_random_interleaving=true";
-    args.insert(args.end(), {repetitions.data(), least.data(), mixed.data()});
-    int count = static_cast<int>(args.size());
-    benchmark::Initialize(&count, args.data());
-    Collector collector;
-    benchmark::RunSpecifiedBenchmarks(&collector);
-    collector.row("pool take + giveBack", "poolTakeGiveBack", "bareFreeList",
-                  "thread-local free list", 1.5);
-    collector.row("pool take + giveBack", "poolTakeGiveBack", "mallocFree", "malloc + free", 1.0);
-    collector.row("HashTable by name", "hashTableByName", "unorderedMapByName",
-                  "unordered_map<string>", 1.0);
-    collector.row("HashTable by number", "hashTableByNumber", "unorderedMapByNumber",
-                  "unordered_map<u32>", 2.0);
+    Comparison table(argc, argv);
+    table.row("pool take + giveBack", "poolTakeGiveBack", "bareFreeList", "thread-local free list",
+              1.5);
+    table.row("pool take + giveBack", "poolTakeGiveBack", "mallocFree", "malloc + free", 1.0);
+    table.row("HashTable by name", "hashTableByName", "unorderedMapByName", "unordered_map<string>",
+              1.0);
+    table.row("HashTable by number", "hashTableByNumber", "unorderedMapByNumber",
+              "unordered_map<u32>", 2.0);
     return 0;
 }
