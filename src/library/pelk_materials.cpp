@@ -5,6 +5,8 @@
 #include "composite/mtl_override.h"
 #include "composite/mtl_render_stats.h"
 #include "frame/plugin_desc.h"
+#include "matte/mtl_wrapper.h"
+#include "matte/mtl_wrapper_maya.h"
 #include "surface/mtl_diffuse.h"
 #include "surface/mtl_single_brdf.h"
 
@@ -58,6 +60,8 @@ public:
 // Constructed from top to bottom and enumerated from bottom to top: hosts see the plug-ins in an
 // order that is fixed for good.
 LibDesc libDesc;
+Enrolled<MtlWrapperDesc> wrapperDesc;
+Enrolled<MtlWrapperMayaDesc> wrapperMayaDesc;
 Enrolled<MtlSingleBRDFDesc> singleBRDFDesc;
 Enrolled<MtlRenderStatsDesc> renderStatsDesc;
 Enrolled<MtlOverrideDesc> overrideDesc;

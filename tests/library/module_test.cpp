@@ -21,6 +21,8 @@ const struct {
     {"MtlOverride", 2007020199, true},
     {"MtlRenderStats", 2007021701, true},
     {"MtlSingleBRDF", 2004101810, true},
+    {"MtlWrapperMaya", 2009220400, true},
+    {"MtlWrapper", 2008180400, true},
 };
 constexpr int kNumPlugins = std::size(kPlugins);
 
