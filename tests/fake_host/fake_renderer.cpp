@@ -17,9 +17,18 @@ void FakeLog::warning(const char* format, ...) {
     warnings.push_back(text);
 }
 
-void FakeLights::computeDirectLight(Color& out, PelkContext&, BRDFSampler*) {
+void FakeLights::computeDirectLight(Color& out, PelkContext& context, BRDFSampler* sampler) {
     note("computeDirectLight");
+    if (onLight)
+        onLight(context, sampler);
     out = light;
+}
+
+int FakeCamera::mapToScreen(PelkContext& context, ScreenPoint& out, float*) {
+    note("mapToScreen");
+    seenHit = context.hitPoint;
+    out = point;
+    return answer;
 }
 
 void FakeGi::irradiance(Color& out, PelkContext&) {

@@ -25,9 +25,27 @@ public:
 
 class FakeLights : public LightManager {
 public:
-    Color light;  ///< the answer
+    Color light;                                              ///< the answer
+    std::function<void(PelkContext&, BRDFSampler*)> onLight;  ///< shines on the sampler
 
     void computeDirectLight(Color& out, PelkContext& context, BRDFSampler* sampler) override;
+};
+
+class FakeCamera : public PelkCamera {
+public:
+    ScreenPoint point;  ///< where every hit is mapped to
+    int answer = 1;
+    Point seenHit;
+
+    int mapToScreen(PelkContext& context, ScreenPoint& out, float* distance) override;
+};
+
+/// Moves every point.
+class FakeWorldTransform : public WorldTransform {
+public:
+    Vector offset;
+
+    void transformPoint(Point& out, const Point& p, double) override { out = p + offset; }
 };
 
 class FakeGi : public DefaultGlobalLightManager {
@@ -56,6 +74,8 @@ public:
     FakeLog log;
     FakeLights lights;
     FakeGi gi;
+    FakeCamera camera;  // these two: in the sequence data only if the test puts them there
+    FakeWorldTransform world;
     FakeStringTable strings;
 
     Color environmentColor;                     ///< what evalEnvironment writes

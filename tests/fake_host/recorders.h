@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -50,6 +51,8 @@ public:
     RecordingSampler sampler;
     BSDFSampler* givenSampler = &sampler;
     bool givesSampler = true;
+    bool takesNull = false;                     ///< releaseBSDF of a null is no fault
+    std::function<void(PelkContext&)> onShade;  ///< writes channels, after the results
     int materialID = 0;
     int opaqueFlags = 0;
     std::string text;         ///< its descriptor text
@@ -143,6 +146,7 @@ private:
 /// A fragment that keeps what is written to it, as colours, in order.
 class RecordingFragment : public Fragment {
 public:
+    int clearMode = -1;                           ///< of the last clear
     std::vector<std::pair<int, Color>> channels;  ///< by position, -1 included
     std::vector<std::pair<int, Color>> aliases;
     std::vector<std::pair<Color, int>> multiplied;  ///< weights and flag
@@ -158,7 +162,7 @@ public:
     void getAlias(int, void*) override {}
     void addAlias(int alias, const void* value) override;
     void* getAliasPtr(int) override { return nullptr; }
-    int clear(int) override { return 0; }
+    int clear(int mode) override;
     void applyColorMapper(ColorMapper*, int) override {}
     AColor* getSampleColor(AColor* out) override { return out; }
 

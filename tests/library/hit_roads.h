@@ -59,6 +59,23 @@ inline HitRoads::HitRoads() {
     startFrame(multi, {{"mtls_list", std::vector<PluginBase*>{&override, &base}},
                        {"mtlid_gen", &texture}});
     materials.push_back(&multi);
+    // Mattes by way of the base's channels and of a mirror ray, and one that other rays see.
+    base.onShade = [](PelkContext& context) {
+        if (context.fragmentList)
+            context.fragmentList->getFragment(1);
+    };
+    for (const bool traces : {false, true}) {
+        PelkMaterial& matte = make(traces ? "MtlWrapperMaya" : "MtlWrapper");
+        startFrame(matte, {{"base_material", &base},
+                           {"matte_surface", true},
+                           {"shadows", true},
+                           {"maya_background_shader_compatibility", traces},
+                           {"reflection_filter_tex", &texture}});
+        materials.push_back(&matte);
+    }
+    PelkMaterial& wrapper = make("MtlWrapper");
+    startFrame(wrapper, {{"base_material", &base}, {"alpha_contribution", 0.5f}});
+    materials.push_back(&wrapper);
     log.quiet = true;
 }
 

@@ -174,7 +174,9 @@ TEST_F(ModuleInstances, SurviveAPoolBlockThatCantBeHad) {
     startFrame(single, {{"brdf", &base}, {"double_sided", 2}});
     PelkMaterial& diffuse = make("MtlDiffuse");
     startFrame(diffuse);
-    for (PelkMaterial* mtl : {&single, &diffuse}) {
+    PelkMaterial& wrapper = make("MtlWrapper");
+    startFrame(wrapper, {{"base_material", &base}});
+    for (PelkMaterial* mtl : {&single, &diffuse, &wrapper}) {
         FakeContext context = hit();
         HeapProbe heap;
         heap.refuseAfter(0);

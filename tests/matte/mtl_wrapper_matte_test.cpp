@@ -1,0 +1,327 @@
+#include "fake_host/fake_host.h"
+#include "frame/surface_properties.h"
+
+namespace {
+
+class MatteTest : public FakeHost {
+protected:
+    MatteTest() {
+        renderer.environmentColor = Color(2);
+        renderer.frameData.imageWidth = 100;
+        renderer.frameData.imageHeight = 50;
+        base.results = {Color(77), Color(0), Color(0), Color(0)};
+        base.takesNull = true;
+        base.sampler.color = Color(1);
+        setParams(mtl, {{"base_material", &base}, {"matte_surface", true}});
+    }
+
+    /// Has the next hits find this much light from straight above, in two samples of one light.
+    void shine(Color unshadowed, Color shadowed) {
+        renderer.lights.onLight = [=](PelkContext& context, BRDFSampler* sampler) {
+            for (int i = 0; i < 2; ++i) {
+                Color light = shadowed, original = unshadowed;
+                sampler->eval(context, context.normal, light, original, 1e18f, kEvalDiffuse);
+            }
+            sampler->multiplyLight(0.5f);
+            sampler->lightFinished(0);
+            sampler->lightFinished(0);
+        };
+    }
+
+    RecordingMaterial base;
+    RecordingFragment fragment;
+    PelkMaterial& mtl = make("MtlWrapper");
+};
+
+TEST_F(MatteTest, RaysSeeTheMatteByTheirKind) {
+    const u32 cam = kRayCamera;
+    const struct {
+        int secondary;
+        u32 rayType;
+        int depth, giDepth, isMatte;
+    } cases[] = {{0, cam, 0, 0, 1},
+                 {0, cam, 0, 1, 1},
+                 {0, cam | kRayReflect, 1, 0, 0},
+                 {1, cam | kRayReflect, 1, 0, 1},
+                 {2, kRayRefract, 3, 0, 1},
+                 {1, cam | kRayGi, 2, 1, 0},
+                 {1, cam | kRayShadow, 0, 0, 0},
+                 {1, cam | kRayGiLike, 0, 0, 0},
+                 {1, cam | kRayNoMatte, 0, 0, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.secondary << ", rayType " << c.rayType);
+        startFrame(mtl, {{"matte_for_secondary_rays", c.secondary}});
+        FakeContext context = hit();
+        context.rayType = c.rayType;
+        context.traceDepth = c.depth;
+        context.giDepth = c.giDepth;
+        mtl.shade(context);
+        EXPECT_EQ(log.has("evalEnvironment"), c.isMatte);
+        EXPECT_EQ(context.resultColor, c.isMatte ? Color(2) : Color(77));
+        EXPECT_EQ(context.shadedFlags, c.isMatte ? 8u : 0u);
+
+        BSDFSampler* sampler = mtl.getBSDF(context, 0x10);
+        EXPECT_EQ(base.seenFlags, 0x10);
+        context.resultFragment = &fragment;
+        sampler->traceBSDFForward(context, 1);
+        EXPECT_EQ(resultsOf(context) == kOpaqueBlack, c.isMatte);
+        mtl.releaseBSDF(context, sampler);
+        EXPECT_EQ(base.samplersOut, 0);
+    }
+}
+
+TEST_F(MatteTest, IsNotThereForTheRaysOfAnotherMatte) {
+    PelkSurfaceProperties matte, plain;
+    matte.matte_surface = 1;
+    using Case = std::tuple<bool, PelkSurfaceProperties*, bool>;
+    for (const auto& [hides, parents, isHidden] : {Case{true, &matte, true},
+                                                   {false, &matte, false},
+                                                   {true, &plain, false},
+                                                   {true, nullptr, false}}) {
+        startFrame(mtl, {{"no_gi_on_other_mattes", hides}});
+        FakeContext parent = hit(), context = hit();
+        parent.surfaceProperties = parents;
+        context.parentContext = &parent;
+        context.rayType = kRayShadow;
+        mtl.shade(context);
+        EXPECT_EQ(resultsOf(context), isHidden ? kNothing : base.results);
+        BSDFSampler* sampler = mtl.getBSDF(context, 0);
+        EXPECT_EQ(log.has("getBSDF"), !isHidden);
+        sampler->traceBSDFForward(context, 1);
+        EXPECT_EQ(resultsOf(context) == kNothing, isHidden);
+        mtl.releaseBSDF(context, sampler);
+        EXPECT_TRUE(log.has("releaseBSDF")) << "the base is told of the null";
+    }
+}
+
+TEST_F(MatteTest, ShowsTheBasesReflectionsOverTheBackground) {
+    base.results = {Color(77), Color(0.25f), Color(0.5f), Color(0.25f)};
+    base.onShade = [](PelkContext& context) {
+        for (const int alias : {102, 103, 139, 104}) {
+            const Color half(0.5f);
+            context.resultFragment->addAlias(alias, &half);
+        }
+        EXPECT_EQ(context.resultFragment->getAliasPtr(104), nullptr);
+        // A fragment of the list starts empty, although the last hit left something in it.
+        Fragment* other = context.fragmentList->getFragment(3);
+        const Color one(1);
+        EXPECT_EQ(*static_cast<Color*>(other->getAliasPtr(103)), Color(0));
+        other->addAlias(103, &one);
+        other->multiply(one, 0);
+        context.resultFragment->addFragment(other, Color(0.5f), 0);
+    };
+    const struct {
+        float reflection;
+        bool affectsAlpha;
+        float own, left, alpha;
+    } cases[] = {
+        {1, true, 1.5f, 0.375f, 0.5f + 0.5f * 0.75f},
+        {0.5f, true, 1.25f, 0.5625f, 0.5f + 0.25f * 0.75f},
+        {0.5f, false, 1.25f, 0.5625f, 0.5f},
+    };
+    for (const auto& c : cases) {
+        startFrame(mtl, {{"reflection_amount", c.reflection}, {"affect_alpha", c.affectsAlpha}});
+        FakeContext context = hit();
+        const PelkContext before = context;
+        mtl.shade(context);
+        EXPECT_EQ(resultsOf(context),
+                  (Results{Color(c.own + 2 * c.left), Color(0.25f), Color(c.alpha), Color(0.25f)}));
+        context.resultFragment = &fragment;
+        fragment.aliases.clear();
+        mtl.shade(context);
+        expectRayAndHitAsBefore(before, context);
+        EXPECT_EQ(context.resultFragment, &fragment);
+        EXPECT_EQ(context.resultColor, Color(c.own)) << "the host adds the background";
+        const Color lost(2 * (1 - c.left)), left(2 * c.left);
+        EXPECT_EQ(fragment.aliases,
+                  (std::vector<std::pair<int, Color>>{{105, lost}, {4, left}, {124, left}}));
+    }
+}
+
+TEST_F(MatteTest, ShadowsDimTheBackgroundAndTintIt) {
+    const struct {
+        const char* what;
+        Color unshadowed, shadowed;
+        float brightness;
+        Color left, surplus;
+    } cases[] = {
+        {"none, half, full", {4, 4, 4}, {4, 2, 0}, 1, {1, 0.5f, 0}, Color(0)},
+        {"half as deep", {4, 4, 4}, {4, 2, 0}, 0.5f, {1, 0.75f, 0.5f}, Color(0)},
+        {"not shown", {4, 4, 4}, {4, 2, 0}, 0, Color(1), Color(0)},
+        {"more light than there is", {4, 0, 4}, {5, 1, 4.0000005f}, 1, Color(1), {1, 1, 0}},
+        {"too dark to tell", {5e-7f, 0, 0}, {-1e-6f, 0, -1}, 1, Color(1), Color(0)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        shine(c.unshadowed, c.shadowed);
+        startFrame(mtl, {{"shadows", true},
+                         {"affect_alpha", true},
+                         {"shadow_tint_color", Color(0.5f)},
+                         {"shadow_brightness", c.brightness}});
+        FakeContext context = hit();
+        mtl.shade(context);
+        EXPECT_EQ(context.resultColor, c.surplus + complement(c.left) * 0.5f + c.left * Color(2));
+        EXPECT_EQ(context.resultAlpha, complement(c.left));
+    }
+}
+
+TEST_F(MatteTest, ShadowChannelsAreOfDirectLightAndShadowsOfAll) {
+    shine(Color(4, 0, 4), Color(1, 0, 4));
+    renderer.gi.matteUnshadowed = Color(8);
+    renderer.gi.matteShadowed = Color(6, 8, 8);
+    for (const bool elements : {true, false}) {
+        startFrame(
+            mtl, {{"shadows", true}, {"gi_amount", 0.5f}, {"generate_render_elements", elements}});
+        FakeContext context = hit();
+        context.resultFragment = &fragment;
+        fragment.aliases.clear();
+        mtl.shade(context);
+        std::vector<std::pair<int, Color>> expected = {
+            {111, Color(1, 0, 4)}, {112, Color(3, 0, 0)}, {128, Color(0.75f, 0, 0)},
+            {105, Color(1, 0, 0)}, {4, Color(1, 2, 2)},   {124, Color(1, 2, 2)}};
+        if (!elements)
+            expected.erase(expected.begin());
+        EXPECT_EQ(fragment.aliases, expected);
+    }
+}
+
+TEST_F(MatteTest, SamplerMeasuresWhatReachesTheSurface) {
+    const struct {
+        const char* what;
+        Vector direction;
+        int mis;
+        float density, result;
+    } cases[] = {
+        {"slant", {0.8f, 0, 0.6f}, 0, 1, 0.6f},
+        {"from below", {0, 0, -1}, 1, 1, 0},
+        {"shared with what indirect rays find", {0, 0, 1}, 1, 2, 0.5f},
+        {"without extent", {0, 0, 1}, 1, 1e18f, 1},
+        {"nothing to weight", {1, 0, 0}, 1, 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        renderer.gi.mis = c.mis;
+        startFrame(mtl);
+        FakeContext context = hit();
+        BSDFSampler* sampler = mtl.getBSDF(context, 0);
+        EXPECT_EQ(sampler->getBSDFTransparency(context), Color(0));
+        BRDFSampler* face = sampler->getBRDF(kBackSide);
+        Color light(3), original(5);
+        EXPECT_THAT(face->eval(context, c.direction, light, original, c.density, 1),
+                    ColorNear(Color(3 * c.result), 1e-6f));
+        EXPECT_EQ(light, Color(0));
+        EXPECT_EQ(original, Color(0)) << "a matte lets no light through";
+        mtl.releaseBSDF(context, sampler);
+    }
+}
+
+TEST_F(MatteTest, ProjectsTheBackgroundAsTheCameraSeesIt) {
+    const double nan = std::nan("");
+    const struct {
+        const char* what;
+        int depth, hasCamera, answer;
+        ScreenPoint point;
+        bool projects;
+    } cases[] = {
+        {"inside", 1, 1, 1, {30, 40}, true},
+        {"on the border", 1, 1, 1, {100, 50}, true},
+        {"right of it", 1, 1, 1, {100.5, 40}, false},
+        {"nowhere", 1, 1, 1, {nan, 40}, false},
+        {"behind the camera", 1, 1, 0, {30, 40}, false},
+        {"seen directly", 0, 1, 1, {30, 40}, false},
+        {"no camera", 1, 0, 1, {30, 40}, false},
+    };
+    renderer.frameData.cameraPosition = {1, 2, 13};
+    renderer.world.offset = {0, 0, 20};
+    renderer.sequenceData.worldTransform = &renderer.world;
+    renderer.sequenceData.useWorldTransform = 1;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        renderer.sequenceData.camera = c.hasCamera ? &renderer.camera : nullptr;
+        renderer.camera.point = c.point;
+        renderer.camera.answer = c.answer;
+        startFrame(mtl, {{"matte_for_secondary_rays", 2}});
+        FakeContext context = hit();
+        context.traceDepth = c.depth;
+        const PelkContext before = context;
+        renderer.environmentReads.clear();
+        mtl.shade(context);
+        expectRayAndHitAsBefore(before, context);
+        ASSERT_EQ(renderer.environmentReads.size(), 1u);
+        const PelkContext& read = renderer.environmentReads[0];
+        EXPECT_EQ(read.shadeFlags, before.shadeFlags | (c.projects ? 0x100000 : 0));
+        EXPECT_EQ(read.screenX, c.projects ? c.point.x : 0.0);
+        EXPECT_EQ(read.rayDir, Vector(0, 0, c.projects ? 1.0f : -1.0f)) << "the hit was moved";
+    }
+    EXPECT_EQ(renderer.camera.seenHit, Point(1, 2, 23));
+}
+
+TEST_F(MatteTest, TracesItsOwnMirrorRayForMaya) {
+    FakeTexture alpha, filter{AColor{Color(0.5f), 0.0f}}, brightness;
+    alpha.number = 0.75f;
+    brightness.number = 0.5f;
+    renderer.tracedColor = Color(3);
+    shine(Color(4), Color(2));  // with that brightness the shadow takes a quarter
+    setParams(mtl, {{"maya_background_shader_compatibility", true},
+                    {"matte_for_secondary_rays", 1},
+                    {"shadows", true},
+                    {"alpha_contribution_tex", &alpha},
+                    {"reflection_filter_tex", &filter},
+                    {"shadow_brightness_tex", &brightness}});
+    const struct {
+        const char* what;
+        int ownDepth;
+        bool override, enabled, isGi, affectsAlpha, isTraced;
+        float tracedAlpha, alpha;
+    } cases[] = {
+        {"own depth reached", 1, false, true, false, false, false, 1, 0},
+        {"global depth", -1, false, true, false, false, true, 1, 0.75f},
+        {"global depth over one's own", 1, true, true, false, false, true, 1, 0.75f},
+        {"no reflections", -1, false, false, false, false, false, 1, 0},
+        {"GI", -1, false, true, true, false, false, 1, 0},
+        {"reflects something", -1, false, true, false, true, true, 1, 0.75f},
+        {"reflects nothing", -1, false, true, false, true, true, 0.9e-6f, 0.25f * 0.75f},
+        {"no ray, shadow in alpha", 0, false, true, false, true, false, 1, 0.25f * 0.75f},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        renderer.sequenceData.depthOverride = c.override;
+        renderer.sequenceData.reflectionsEnabled = c.enabled;
+        renderer.tracedAlpha = Color(c.tracedAlpha);
+        renderer.traced.clear();
+        startFrame(mtl, {{"trace_depth", c.ownDepth}, {"affect_alpha", c.affectsAlpha}});
+        FakeContext context = hit();
+        context.rayType |= c.isGi * kRayGi;
+        context.traceDepth = 1;
+        context.rayDir = {0.6f, 0, -0.8f};
+        const PelkContext before = context;
+        mtl.shade(context);
+        expectRayAndHitAsBefore(before, context);
+        // What isn't traced stays clear, and the scene behind shows by itself.
+        EXPECT_EQ(context.resultColor, c.isTraced ? Color(1.5f + 1.5f) : Color(0));
+        EXPECT_EQ(context.resultTransparency, c.isTraced ? Color(0) : Color(1));
+        EXPECT_EQ(context.resultAlpha, Color(c.alpha));
+        ASSERT_EQ(renderer.traced.size(), c.isTraced ? 1u : 0u);
+        if (c.isTraced) {
+            EXPECT_EQ(context.spawnRequests[0].direction, -context.rayDir);
+            EXPECT_THAT(renderer.traced[0].rayDir2, VectorNear(Vector(0.6f, 0, 0.8f), 1e-6f));
+            EXPECT_EQ(renderer.traced[0].rayOrigin, context.hitPoint);
+        }
+    }
+}
+
+TEST_F(MatteTest, MayaVariantIsBlackToReflectedAndRefractedRays) {
+    PelkMaterial& maya = make("MtlWrapperMaya");
+    startFrame(maya, {{"base_material", &base}, {"matte_surface", true}});
+    for (const u32 bit : {kRayReflect, kRayRefract, kRayGi}) {
+        FakeContext context = hit();
+        context.rayType |= bit;
+        context.resultFragment = &fragment;
+        log.clear();
+        maya.shade(context);
+        EXPECT_EQ(resultsOf(context) == kOpaqueBlack, bit != kRayGi);
+        EXPECT_EQ(log.calls.empty(), bit != kRayGi) << "not even the fragment is cleared";
+    }
+}
+
+}  // namespace
