@@ -115,22 +115,25 @@ TEST_F(MatteTest, ShowsTheBasesReflectionsOverTheBackground) {
         bool affectsAlpha;
         float own, left, alpha;
     } cases[] = {
-        {1, true, 1.5f, 0.375f, 0.5f + 0.5f * 0.75f},
-        {0.5f, true, 1.25f, 0.5625f, 0.5f + 0.25f * 0.75f},
-        {0.5f, false, 1.25f, 0.5625f, 0.5f},
+        {1, true, 1.5f, 0.375f, 0.25f + 0.5f * 0.375f},
+        {0.5f, true, 1.25f, 0.5625f, 0.25f + 0.25f * 0.375f},
+        {0.5f, false, 1.25f, 0.5625f, 0.25f},
     };
     for (const auto& c : cases) {
-        startFrame(mtl, {{"reflection_amount", c.reflection}, {"affect_alpha", c.affectsAlpha}});
+        startFrame(mtl, {{"reflection_amount", c.reflection},
+                         {"affect_alpha", c.affectsAlpha},
+                         {"alpha_contribution", 0.5f}});
         FakeContext context = hit();
         const PelkContext before = context;
         mtl.shade(context);
-        EXPECT_EQ(resultsOf(context),
-                  (Results{Color(c.own + 2 * c.left), Color(0.25f), Color(c.alpha), Color(0.25f)}));
+        EXPECT_EQ(resultsOf(context), (Results{Color(c.own + 2 * c.left), Color(0.25f),
+                                               Color(c.alpha), Color(0.625f)}));
         context.resultFragment = &fragment;
         fragment.aliases.clear();
         mtl.shade(context);
         expectRayAndHitAsBefore(before, context);
         EXPECT_EQ(context.resultFragment, &fragment);
+        EXPECT_EQ(fragment.clearMode, 1);
         EXPECT_EQ(context.resultColor, Color(c.own)) << "the host adds the background";
         const Color lost(2 * (1 - c.left)), left(2 * c.left);
         EXPECT_EQ(fragment.aliases,
