@@ -16,12 +16,9 @@ const struct {
     u32 id;
     bool describesItself;
 } kPlugins[] = {
-    {"MtlDiffuse", 2004101502, true},
-    {"MtlMulti", 2005052701, true},
-    {"MtlOverride", 2007020199, true},
-    {"MtlRenderStats", 2007021701, true},
-    {"MtlSingleBRDF", 2004101810, true},
-    {"MtlWrapperMaya", 2009220400, true},
+    {"MtlDiffuse", 2004101502, true},    {"MtlMulti", 2005052701, true},
+    {"MtlOverride", 2007020199, true},   {"MtlRenderStats", 2007021701, true},
+    {"MtlSingleBRDF", 2004101810, true}, {"MtlWrapperMaya", 2009220400, true},
     {"MtlWrapper", 2008180400, true},
 };
 constexpr int kNumPlugins = std::size(kPlugins);
