@@ -1,0 +1,144 @@
+// What composite materials add to a hit, in virtual calls: the least that a hop from one material
+// to the next can cost.
+
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "comparison.h"
+#include "composite/mtl_multi.h"
+#include "composite/mtl_override.h"
+#include "composite/mtl_render_stats.h"
+#include "host/plugin_parameters.h"
+#include "leaf_material.h"
+
+namespace {
+
+constexpr int kNumIds = 100;
+
+/// The same id everywhere.
+class IdTexture final : public Plugin, public TextureIntInterface {
+public:
+    PluginInterface* getInterface(u64 id) override {
+        return id == EXT_TEXTURE_INT ? static_cast<TextureIntInterface*>(this) : nullptr;
+    }
+    PluginBase* getPlugin() override { return this; }
+    int getTexInt(PelkContext&) override { return kNumIds - 1; }
+};
+
+class BareRenderer final : public PelkRenderer {
+public:
+    BareRenderer() { sequenceData.numThreads = 1; }
+    void evalEnvironment(PelkContext&) override {}
+    void traceRay(PelkContext&) override {}
+    StringTable* getStringTable() override { return nullptr; }
+};
+
+/// A material in a frame, reached as hosts reach it, and a hit.
+template <class Desc>
+class Scene {
+public:
+    explicit Scene(std::vector<PelkPluginParameter*> parameters) {
+        material = static_cast<PelkMaterial*>(desc.newPlugin(nullptr));
+        for (PelkPluginParameter* parameter : parameters)
+            material->setParameter(parameter);
+        material->renderBegin(renderer);
+        material->frameBegin(renderer);
+        bsdf = findInterface<BSDFInterface>(material, EXT_BSDF);
+        context.threadData = &thread;
+        context.renderer = &renderer;
+        context.rayType = kRayCamera;
+        context.hitID = 1;
+    }
+    ~Scene() {
+        material->frameEnd(renderer);
+        material->renderEnd(renderer);
+        desc.deletePlugin(material);
+    }
+
+    PelkContext context;
+    BSDFInterface* bsdf;
+
+private:
+    Desc desc;
+    BareRenderer renderer;
+    ThreadData thread;
+    PelkMaterial* material;
+};
+
+/// Asks for a sampler; the compiler knows neither whom it asks nor what becomes of the answer.
+BSDFSampler* ask(BSDFInterface* bsdf, PelkContext& context) {
+    benchmark::DoNotOptimize(bsdf);
+    BSDFSampler* sampler = bsdf->getBSDF(context, 0);
+    benchmark::DoNotOptimize(sampler);
+    return sampler;
+}
+
+void virtualCall(benchmark::State& state) {
+    Leaf leaf;
+    PelkContext context;
+    for (auto _ : state)
+        ask(&leaf, context);
+}
+BENCHMARK(virtualCall);
+
+template <class Desc>
+void askAndRelease(benchmark::State& state) {
+    Leaf leaf;
+    PluginParameter base("base_mtl", &leaf);
+    Scene<Desc> scene({&base});
+    for (auto _ : state) {
+        BSDFSampler* sampler = ask(scene.bsdf, scene.context);
+        scene.bsdf->releaseBSDF(scene.context, sampler);
+    }
+}
+
+void overrideSampler(benchmark::State& state) {
+    askAndRelease<MtlOverrideDesc>(state);
+}
+BENCHMARK(overrideSampler);
+
+void renderStatsSampler(benchmark::State& state) {
+    askAndRelease<MtlRenderStatsDesc>(state);
+}
+BENCHMARK(renderStatsSampler);
+
+/// The last of many ids. `stride` 0 asks for the same hit again, else each is another.
+void askMulti(benchmark::State& state, int stride) {
+    Leaf leaf;
+    IdTexture idTexture;
+    std::vector<int> idValues;
+    for (int i = 0; i < kNumIds; ++i)
+        idValues.push_back(i);
+    PluginListParameter mtls("mtls_list", std::vector<PluginBase*>(kNumIds, &leaf));
+    IntListParameter ids("ids_list", idValues);
+    TextureParameter generator("mtlid_gen", &idTexture);
+    Scene<MtlMultiDesc> scene({&mtls, &ids, &generator});
+    for (auto _ : state) {
+        ask(scene.bsdf, scene.context);
+        // Never 0, which is the key of no hit.
+        scene.context.hitID = (scene.context.hitID + stride) | 1;
+    }
+}
+
+void multiLastId(benchmark::State& state) {
+    askMulti(state, 2);
+}
+BENCHMARK(multiLastId);
+
+void multiSecondAsk(benchmark::State& state) {
+    askMulti(state, 0);
+}
+BENCHMARK(multiSecondAsk);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Comparison table(argc, argv);
+    const char* peer = "virtual call";
+    table.row("MtlOverride, sampler and release", "overrideSampler", "virtualCall", peer, 25.0);
+    table.row("MtlRenderStats, the same", "renderStatsSampler", "virtualCall", peer, 25.0);
+    table.row("MtlMulti, last of 100 ids", "multiLastId", "virtualCall", peer, 100.0);
+    table.row("MtlMulti, the same hit again", "multiSecondAsk", "virtualCall", peer, 12.0);
+    return 0;
+}
