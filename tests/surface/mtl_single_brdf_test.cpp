@@ -36,20 +36,18 @@ TEST_F(MtlSingleBRDFTest, ShadesThroughThePluginAndItsFilter) {
 TEST_F(MtlSingleBRDFTest, MissingPiecesHaveFixedAnswers) {
     RecordingMaterial noBSDF;
     noBSDF.hiddenFaces = {EXT_BSDF};
-    const std::string warning =
-        "[MtlSingleBRDF] No BSDF parameter specified to material \"paint\"\n";
     startFrame(mtl, {{"brdf", &noBSDF}, {"double_sided", 2}});
-    EXPECT_EQ(renderer.log.warnings, std::vector<std::string>{warning});
-    FakeContext black = hit();
-    black.backSide = 1;
-    mtl.shade(black);
-    EXPECT_EQ(resultsOf(black), kOpaqueBlack) << "before the back is looked at";
-    EXPECT_EQ(mtl.getBSDF(black, 0), nullptr);
-    mtl.releaseBSDF(black, nullptr);
-
-    startFrame(mtl, {{"brdf", &plugin}, {"filter", Color(0.5f)}});
-    plugin.givesSampler = false;
+    EXPECT_EQ(renderer.log.warnings.at(0),
+              "[MtlSingleBRDF] No BSDF parameter specified to material \"paint\"\n");
     FakeContext context = hit();
+    context.backSide = 1;
+    mtl.shade(context);
+    EXPECT_EQ(resultsOf(context), kOpaqueBlack) << "before the back is looked at";
+    EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
+    mtl.releaseBSDF(context, nullptr);
+
+    startFrame(mtl, {{"brdf", &plugin}, {"filter", Color(0.5f)}, {"double_sided", 1}});
+    plugin.givesSampler = false;
     const PelkContext before = context;
     mtl.shade(context);
     EXPECT_EQ(resultsOf(context), kFullyTransparent);
@@ -61,52 +59,36 @@ TEST_F(MtlSingleBRDFTest, MissingPiecesHaveFixedAnswers) {
 }
 
 TEST_F(MtlSingleBRDFTest, BacksAreSeeThroughByRayType) {
-    const u32 cam = kRayCamera, reflect = kRayReflect, refract = kRayRefract, gi = kRayGi;
-    const struct {
-        int doubleSided;
-        u32 rayType;
-        int depth;
-        bool isSeeThrough;
-    } cases[] = {
-        {0, cam, 0, false},
-        {1, cam, 0, false},
-        {2, cam, 0, true},
-        {2, cam, 1, false},
-        {2, cam | reflect, 1, false},
-        {3, cam, 0, true},
-        {3, cam | reflect, 1, true},
-        {3, kRayShadow, 1, false},
-        {4, cam, 0, true},
-        {4, cam | refract, 1, false},
-        {4, cam | refract | reflect, 1, true},
-        {4, cam | refract | gi, 1, true},
-        {4, kRayShadow, 1, false},
-        {5, cam, 0, false},
+    plugin.sampler.transparency = Color(0.25f);
+    const auto isSeeThrough = [&](int doubleSided, int backSide, u32 rayType, int depth) {
+        startFrame(mtl, {{"brdf", &plugin}, {"double_sided", doubleSided}});
+        FakeContext context = hit();
+        context.backSide = backSide;
+        context.rayType = rayType;
+        context.traceDepth = depth;
+        mtl.shade(context);
+        const bool isClear = resultsOf(context) == kFullyTransparent;
+        EXPECT_EQ(log.has("getBSDF"), !isClear);
+        EXPECT_EQ(plugin.seenFlags & 1, doubleSided == 0 ? 1 : 0);
+        // The sampler agrees with shade, whoever samples it.
+        BSDFSampler* sampler = mtl.getBSDF(context, 0);
+        EXPECT_EQ(sampler->getBRDF(kFrontSide)->getTransparency(context),
+                  Color(isClear ? 1 : 0.25f));
+        mtl.releaseBSDF(context, sampler);
+        return isClear;
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << "double_sided " << c.doubleSided << ", rayType "
-                                        << c.rayType << ", depth " << c.depth);
-        plugin.sampler.transparency = Color(0.25f);
-        startFrame(mtl, {{"brdf", &plugin}, {"double_sided", c.doubleSided}});
-        for (const int backSide : {1, 0}) {
-            FakeContext context = hit();
-            context.backSide = backSide;
-            context.rayType = c.rayType;
-            context.traceDepth = c.depth;
-            const bool isSeeThrough = c.isSeeThrough && backSide;
-            log.clear();
-            mtl.shade(context);
-            EXPECT_EQ(resultsOf(context) == kFullyTransparent, isSeeThrough);
-            EXPECT_EQ(log.has("getBSDF"), !isSeeThrough);
-            EXPECT_EQ(plugin.seenFlags & 1, c.doubleSided == 0 ? 1 : 0);
-
-            // The sampler agrees with shade, whoever samples it.
-            BSDFSampler* sampler = mtl.getBSDF(context, 0);
-            EXPECT_EQ(sampler->getBRDF(kFrontSide)->getTransparency(context),
-                      isSeeThrough ? Color(1) : Color(0.25f));
-            mtl.releaseBSDF(context, sampler);
-        }
+    const u32 cam = kRayCamera, reflected = cam | kRayReflect, refracted = cam | kRayRefract;
+    for (const int doubleSided : {0, 1, 2, 3, 4, 5}) {
+        EXPECT_EQ(isSeeThrough(doubleSided, 1, cam, 0), doubleSided >= 2 && doubleSided <= 4);
+        EXPECT_FALSE(isSeeThrough(doubleSided, 0, cam, 0)) << "the front";
+        EXPECT_FALSE(isSeeThrough(doubleSided, 1, kRayShadow, 1));
     }
+    EXPECT_FALSE(isSeeThrough(2, 1, cam, 1)) << "no camera ray itself";
+    EXPECT_TRUE(isSeeThrough(3, 1, reflected, 1));
+    EXPECT_TRUE(isSeeThrough(3, 1, refracted, 1));
+    EXPECT_FALSE(isSeeThrough(4, 1, refracted, 1));
+    EXPECT_TRUE(isSeeThrough(4, 1, refracted | kRayReflect, 1));
+    EXPECT_TRUE(isSeeThrough(4, 1, refracted | kRayGi, 1));
 }
 
 TEST_F(MtlSingleBRDFTest, ShadowRaysSeeTheTransparencyAlone) {
@@ -117,7 +99,7 @@ TEST_F(MtlSingleBRDFTest, ShadowRaysSeeTheTransparencyAlone) {
     context.rayType = kRayShadow;
     context.backSide = 1;
     mtl.shade(context);
-    const Color clear(0.25f, 1.0f, 2.0f);
+    const Color clear = plugin.sampler.transparency;
     EXPECT_EQ(resultsOf(context), (Results{Color(0), clear, Color(0.75f, 0, 0), clear}))
         << "neither filtered nor checked";
     EXPECT_EQ(log.count("shadeWithBSDF"), 0);
@@ -126,35 +108,24 @@ TEST_F(MtlSingleBRDFTest, ShadowRaysSeeTheTransparencyAlone) {
 }
 
 TEST_F(MtlSingleBRDFTest, ImpossibleColoursAreRepairedAndReportedOncePerFrame) {
-    const struct {
-        const char* what;
-        Color color;
-        bool allowNegative;
-        Color result;
-        const char* message;  // null: none
-    } cases[] = {
-        {"bright is fine", Color(1e30f, 2, 3), false, Color(1e30f, 2, 3), nullptr},
-        {"negative", Color(-1, 0.5f, -2), false, Color(0, 0.5f, 0),
-         "(rgb=-1.000000 0.500000 -2.000000)"},
-        {"negative and allowed", Color(-1, 0.5f, -2), true, Color(-1, 0.5f, -2), nullptr},
-        {"infinite", Color(kInf, 1, 1), true, Color(0, 1, 1), "(rgb=inf 1.000000 1.000000)"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    // Shades one colour twice in a frame.
+    const auto repaired = [&](Color color, bool allowNegative, size_t reports) {
         renderer.log.warnings.clear();
-        plugin.sampler.color = c.color;
-        startFrame(mtl, {{"brdf", &plugin}, {"allow_negative_colors", c.allowNegative}});
-        for (int i = 0; i < 2; ++i) {
-            FakeContext context = hit();
-            mtl.shade(context);
-            EXPECT_EQ(context.resultColor, c.result);
-        }
-        std::vector<std::string> expected;
-        if (c.message)
-            expected.push_back("Material \"paint\" produced overbright or invalid color " +
-                               std::string(c.message) + ".\n");
-        EXPECT_EQ(renderer.log.warnings, expected);
-    }
+        plugin.sampler.color = color;
+        startFrame(mtl, {{"brdf", &plugin}, {"allow_negative_colors", allowNegative}});
+        FakeContext context = hit();
+        mtl.shade(context);
+        mtl.shade(context);
+        EXPECT_EQ(renderer.log.warnings.size(), reports);
+        return context.resultColor;
+    };
+    EXPECT_EQ(repaired({1e30f, 2, 3}, false, 0), Color(1e30f, 2, 3)) << "bright is fine";
+    EXPECT_EQ(repaired({-1, 0.5f, -2}, true, 0), Color(-1, 0.5f, -2));
+    EXPECT_EQ(repaired({-1, 0.5f, -2}, false, 1), Color(0, 0.5f, 0));
+    EXPECT_EQ(repaired({kInf, -1, 1}, true, 1), Color(0, -1, 1));
+    EXPECT_EQ(renderer.log.warnings.at(0),
+              "Material \"paint\" produced overbright or invalid color "
+              "(rgb=inf -1.000000 1.000000).\n");
     // The sign with which printf shows NaN isn't fixed, so its text isn't looked at.
     plugin.sampler.color = Color(kNan, 1, 1);
     renderer.sequenceData.log = nullptr;
@@ -166,51 +137,38 @@ TEST_F(MtlSingleBRDFTest, ImpossibleColoursAreRepairedAndReportedOncePerFrame) {
 
 TEST_F(MtlSingleBRDFTest, VolumeStaysOnlyWhereTheSurfaceLetsLightIn) {
     FakeVolume own, former;
-    const struct {
-        const char* what;
-        PelkVolume* before;
-        Color transparency;
-        PelkVolume* after;
-    } cases[] = {
-        {"transparent", nullptr, Color(0.5f), &own},
-        {"opaque", nullptr, Color(0), nullptr},
-        {"nearly opaque: a mean of 0.9e-6", nullptr, Color(0, 2.7e-6f, 0), nullptr},
-        {"just not: a mean of 1.1e-6", nullptr, Color(0, 3.3e-6f, 0), &own},
-        {"set before, opaque", &former, Color(0), &former},
+    plugin.sampler.volume = &own;
+    const auto volumeAfter = [&](u32 rayType, Color transparency, PelkVolume* before) {
+        plugin.sampler.transparency = transparency;
+        startFrame(mtl, {{"brdf", &plugin}});
+        FakeContext context = hit();
+        context.rayType = rayType;
+        context.surfaceVolume = before;
+        mtl.shade(context);
+        return context.surfaceVolume;
     };
-    for (const auto& c : cases) {
-        for (const u32 rayType : {kRayCamera, kRayShadow}) {
-            SCOPED_TRACE(testing::Message() << c.what << ", rayType " << rayType);
-            plugin.sampler.volume = &own;
-            plugin.sampler.transparency = c.transparency;
-            startFrame(mtl, {{"brdf", &plugin}});
-            FakeContext context = hit();
-            context.rayType = rayType;
-            context.surfaceVolume = c.before;
-            mtl.shade(context);
-            EXPECT_EQ(context.surfaceVolume, c.after);
-        }
+    for (const u32 rayType : {kRayCamera, kRayShadow}) {
+        EXPECT_EQ(volumeAfter(rayType, Color(0, 2.7e-6f, 0), nullptr), nullptr) << "mean 0.9e-6";
+        EXPECT_EQ(volumeAfter(rayType, Color(0, 3.3e-6f, 0), nullptr), &own) << "mean 1.1e-6";
+        EXPECT_EQ(volumeAfter(rayType, Color(0), &former), &former) << "set before";
     }
 }
 
 TEST_F(MtlSingleBRDFTest, SamplerIsThePluginsOwnUntilBacksMatter) {
-    const struct {
-        int doubleSided, flags, seenFlags;
-        bool isOwn;
-    } cases[] = {
-        {0, 0x10, 0x11, true},  {1, 0x10, 0x10, true},  {1, 0x11, 0x11, true},
-        {2, 0x11, 0x11, false}, {3, 0x10, 0x10, false},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.doubleSided);
-        startFrame(mtl, {{"brdf", &plugin}, {"double_sided", c.doubleSided}});
+    const auto flagsSeen = [&](int doubleSided, int flags) {
+        startFrame(mtl, {{"brdf", &plugin}, {"double_sided", doubleSided}});
         FakeContext context = hit();
-        BSDFSampler* sampler = mtl.getBSDF(context, c.flags);
-        EXPECT_EQ(sampler == &plugin.sampler, c.isOwn);
-        EXPECT_EQ(plugin.seenFlags, c.seenFlags);
+        BSDFSampler* sampler = mtl.getBSDF(context, flags);
+        EXPECT_EQ(sampler == &plugin.sampler, doubleSided < 2);
         mtl.releaseBSDF(context, sampler);
         EXPECT_EQ(plugin.samplersOut, 0);
-    }
+        return plugin.seenFlags;
+    };
+    EXPECT_EQ(flagsSeen(0, 0x10), 0x11);
+    EXPECT_EQ(flagsSeen(1, 0x10), 0x10);
+    EXPECT_EQ(flagsSeen(1, 0x11), 0x11);
+    EXPECT_EQ(flagsSeen(2, 0x11), 0x11);
+    EXPECT_EQ(flagsSeen(3, 0x10), 0x10);
 }
 
 TEST_F(MtlSingleBRDFTest, BackFaceSamplerForwardsToTheSideThatWasAsked) {
@@ -267,27 +225,19 @@ TEST_F(MtlSingleBRDFTest, DescriptorTextStandsAheadOfThePlugins) {
     RecordingMaterial mute;
     mute.hiddenFaces = {EXT_RTMTL};
     plugin.text = "lines\n";
-    const struct {
-        const char* what;
-        PluginBase* brdf;
-        const char* handled;  // the one section that the plug-in handles; empty: all
-        const char* section;
-        const char* text;
-    } cases[] = {
-        {"plug-in", &plugin, "", "MaterialDescriptor", "1 double_sided 4\nlines\n"},
-        {"plug-in that answers 0", &plugin, "x", "MaterialDescriptor", "1 double_sided 4\n"},
-        {"another section, 0", &plugin, "x", "HierarchyDescriptor", "0 double_sided 4\n"},
-        {"unknown section", &plugin, "x", "x", "1 double_sided 4\nlines\n"},
-        {"no text", &mute, "", "MaterialDescriptor",
-         "1 double_sided 4\ndiffuse\ncolor 0.5 0.5 0.5\n"},
-        {"no text, another section", &mute, "", "HierarchyDescriptor", "0 "},
+    // The text of a section, with a plug-in that handles one section, or all under "".
+    const auto text = [&](PluginBase& brdf, const char* handled, const char* section) {
+        plugin.textSection = handled;
+        startFrame(mtl, {{"brdf", &brdf}, {"double_sided", 4}});
+        return describe(mtl, section);
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        plugin.textSection = c.handled;
-        startFrame(mtl, {{"brdf", c.brdf}, {"double_sided", 4}});
-        EXPECT_EQ(describe(mtl, c.section), c.text);
-    }
+    EXPECT_EQ(text(mute, "", "MaterialDescriptor"),
+              "1 double_sided 4\ndiffuse\ncolor 0.5 0.5 0.5\n");
+    EXPECT_EQ(text(mute, "", "HierarchyDescriptor"), "0 ");
+    EXPECT_EQ(text(plugin, "", "MaterialDescriptor"), "1 double_sided 4\nlines\n");
+    EXPECT_EQ(text(plugin, "x", "MaterialDescriptor"), "1 double_sided 4\n") << "answers 0";
+    EXPECT_EQ(text(plugin, "x", "HierarchyDescriptor"), "0 double_sided 4\n");
+    EXPECT_EQ(text(plugin, "x", "x"), "1 double_sided 4\nlines\n") << "unknown section";
     EXPECT_EQ(plugin.seenOwner, &owner);
     EXPECT_EQ(plugin.seenName, "name");
 }
