@@ -2,40 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include "host/plugin_parameters.h"
-#include "render/host_plugin.h"
+#include "render/plugin_holder.h"
 #include "render/render_context.h"
 
 namespace Tarnkit {
 namespace {
 
-class BlankRenderer final : public PelkRenderer {
-public:
-    void evalEnvironment(PelkContext&) override {}
-    void traceRay(PelkContext&) override {}
-    StringTable* getStringTable() override { return nullptr; }
-};
-
 class CameraTest : public testing::Test {
 protected:
-    SingleParameter<AColor> position{"position", {Color(0, 1, 3.7f), 1}};
-    SingleParameter<AColor> target{"target", {Color(0, 1, 0), 1}};
-    SingleParameter<AColor> up{"up", {Color(0, 1, 0), 1}};
-    FloatParameter fov{"fov", 40.0f};
-    HostPluginDesc<CameraPerspective> desc;
-    CameraPerspective camera{&desc};
-    BlankRenderer renderer;
-    std::string error;
-
+    CameraTest() {
+        holder.set("position", Color(0, 1, 3.7f));
+        holder.set("target", Color(0, 1, 0));
+        holder.set("fov", 40.0f);
+    }
     bool prepare(int width, int height) {
-        for (PelkPluginParameter* p :
-             {static_cast<PelkPluginParameter*>(&position),
-              static_cast<PelkPluginParameter*>(&target), static_cast<PelkPluginParameter*>(&up),
-              static_cast<PelkPluginParameter*>(&fov)})
-            camera.setParameter(p);
-        camera.frameBegin(renderer);
+        holder.startFrame();
         return camera.prepare(width, height, error);
     }
+
+    PluginHolder<CameraPerspective> holder;
+    CameraPerspective& camera = holder.plugin;
+    std::string error;
 };
 
 TEST_F(CameraTest, RaysGoWherePointsAreSeen) {
@@ -73,16 +60,11 @@ TEST_F(CameraTest, TheAngleIsTheFullOneAcrossTheWidthAndUpIsUp) {
 }
 
 TEST_F(CameraTest, ViewsWithoutADirectionAreRefused) {
-    SingleParameter<AColor> same{"target", {Color(0, 1, 3.7f), 1}};
-    prepare(8, 8);
-    camera.setParameter(&same);
-    camera.frameBegin(renderer);
-    EXPECT_FALSE(camera.prepare(8, 8, error));
-    FloatParameter wide{"fov", 180.0f};
-    camera.setParameter(&target);
-    camera.setParameter(&wide);
-    camera.frameBegin(renderer);
-    EXPECT_FALSE(camera.prepare(8, 8, error));
+    holder.set("target", Color(0, 1, 3.7f));
+    EXPECT_FALSE(prepare(8, 8));
+    holder.set("target", Color(0, 1, 0));
+    holder.set("fov", 180.0f);
+    EXPECT_FALSE(prepare(8, 8));
     EXPECT_EQ(error, "fov must lie between 0 and 180 degrees");
 }
 

@@ -5,12 +5,11 @@
 #include <numbers>
 #include <vector>
 
-#include "host/plugin_parameters.h"
 #include "render/geom_mesh.h"
 #include "render/geom_shapes.h"
-#include "render/host_plugin.h"
 #include "render/mesh_loader.h"
 #include "render/placement.h"
+#include "render/plugin_holder.h"
 #include "render/render_context.h"
 #include "render/scene_object.h"
 #include "temporary_directory.h"
@@ -21,32 +20,15 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class BlankRenderer final : public PelkRenderer {
-public:
-    void evalEnvironment(PelkContext&) override {}
-    void traceRay(PelkContext&) override {}
-    StringTable* getStringTable() override { return nullptr; }
-};
-
 template <class Geometry>
-class Builder {
-public:
-    template <class Parameter, class T>
-    void set(const char* name, const T& value) {
-        parameters.push_back(std::make_unique<Parameter>(name, value));
-        geometry.setParameter(parameters.back().get());
-    }
+struct Builder : PluginHolder<Geometry> {
     bool build() {
-        BlankRenderer renderer;
-        geometry.frameBegin(renderer);
-        return geometry.buildMesh(mesh, error);
+        this->startFrame();
+        return this->plugin.buildMesh(mesh, error);
     }
 
     Mesh mesh;
     std::string error;
-    HostPluginDesc<Geometry> desc;
-    Geometry geometry{&desc};
-    std::vector<std::unique_ptr<PelkPluginParameter>> parameters;
 };
 
 Vector areaVector(const Mesh& mesh, size_t triangle) {
@@ -85,7 +67,7 @@ void expectNormalsInFront(const Mesh& mesh) {
 
 TEST(GeomSphere, IsABallWithTextureCoordinates) {
     Builder<GeomSphere> ball;
-    ball.set<FloatParameter>("radius", 2.0f);
+    ball.set("radius", 2.0f);
     ASSERT_TRUE(ball.build());
     const double pi = std::numbers::pi;
     EXPECT_NEAR(area(ball.mesh), 4 * pi * 4, 4 * pi * 4 * 2e-3);
@@ -97,16 +79,14 @@ TEST(GeomSphere, IsABallWithTextureCoordinates) {
         EXPECT_LT(*std::max_element(u, u + 3) - *std::min_element(u, u + 3), 0.1f);
     }
     for (size_t i = 0; i < ball.mesh.positions.size(); ++i) {
-        const UV uv = ball.mesh.uvs[i];
-        if (uv.u == 0.25f && uv.v == 0.5f) {
-            EXPECT_NEAR(ball.mesh.positions[i].x, 2.0f, 1e-6f) << "u runs to the right";
-        }
+        const bool isRight = ball.mesh.uvs[i].u == 0.25f && ball.mesh.uvs[i].v == 0.5f;
+        EXPECT_TRUE(!isRight || ball.mesh.positions[i].x > 1.999f) << "u runs to the right";
     }
 }
 
 TEST(GeomBox, FacesOutwardAndNumbersItsSides) {
     Builder<GeomBox> box;
-    box.set<ColorParameter>("size", Color(1, 2, 3));
+    box.set("size", Color(1, 2, 3));
     ASSERT_TRUE(box.build());
     EXPECT_NEAR(volume(box.mesh), 6.0, 1e-6);
     EXPECT_TRUE(box.mesh.normals.empty());
@@ -124,9 +104,6 @@ TEST(GeomSweep, BendsFromTheFloorIntoTheWall) {
     const double length = (10 - 2) + std::numbers::pi + (5 - 2);
     EXPECT_NEAR(area(sweep.mesh), 10 * length, 0.02);
     EXPECT_NEAR(sweep.mesh.uvs.back().v, length / 10, 1e-5);
-    sweep.set<FloatParameter>("radius", 5.0f);
-    EXPECT_FALSE(sweep.build());
-    EXPECT_THAT(sweep.error, HasSubstr("above \"radius\""));
 }
 
 TEST(Geometry, TurnsAsAsked) {
@@ -155,8 +132,8 @@ TEST(Geometry, TurnsAsAsked) {
 
 TEST(Geometry, StretchedAndMirroredObjectsKeepTheirFronts) {
     Builder<GeomSphere> ball;
-    ball.set<IntParameter>("segments", 32);
-    ball.set<ColorParameter>("scale", Color(-4, 1, 0.25f));
+    ball.set("segments", 32);
+    ball.set("scale", Color(-4, 1, 0.25f));
     ASSERT_TRUE(ball.build());
     EXPECT_GT(volume(ball.mesh), 0.0);
     expectNormalsInFront(ball.mesh);
@@ -170,41 +147,36 @@ TEST(Geometry, StretchedAndMirroredObjectsKeepTheirFronts) {
 
 TEST(Geometry, MaterialIDsAreMappedAndFoundAtTheHit) {
     Builder<GeomBox> box;
-    box.set<IntListParameter>("material_ids", std::vector<int>{10, 11, 12});
+    IntListParameter materials("material_ids", {10, 11, 12});
+    box.plugin.setParameter(&materials);
     SceneObject object;
     ASSERT_TRUE(box.build());
     object.mesh = box.mesh;
     RenderContext hit;
-    EXPECT_EQ(box.geometry.getSurfaceMtlID(hit), 0) << "no object was hit";
+    EXPECT_EQ(box.plugin.getSurfaceMtlID(hit), 0) << "no object was hit";
     hit.object = &object;
     std::vector<int> ids;
     for (hit.triangle = 0; hit.triangle < 12; hit.triangle += 2)
-        ids.push_back(box.geometry.getSurfaceMtlID(hit));
+        ids.push_back(box.plugin.getSurfaceMtlID(hit));
     EXPECT_THAT(ids, ElementsAre(10, 11, 12, 0, 0, 0)) << "parts beyond the list have 0";
 }
 
+/// What is said of a parameter value of which nothing can be built.
+template <class Geometry, class V>
+std::string refusal(const char* name, V value) {
+    Builder<Geometry> builder;
+    builder.set(name, value);
+    return builder.build() ? "built" : builder.error;
+}
+
 TEST(Geometry, WhatCannotBeBuiltIsRefused) {
-    const struct {
-        const char* name;
-        float value;
-    } cases[] = {{"width", 0.0f}, {"height", -1.0f}, {"width", INFINITY}, {"width", NAN}};
-    for (const auto& c : cases) {
-        Builder<GeomQuad> quad;
-        quad.set<FloatParameter>(c.name, c.value);
-        EXPECT_FALSE(quad.build());
-        EXPECT_THAT(quad.error, HasSubstr(c.name));
-    }
-    Builder<GeomQuad> quad;
-    quad.set<ColorParameter>("scale", Color(1, 0, 1));
-    EXPECT_FALSE(quad.build());
-    EXPECT_THAT(quad.error, HasSubstr("scale"));
-    Builder<GeomSphere> ball;
-    ball.set<IntParameter>("segments", 4097);
-    EXPECT_FALSE(ball.build());
-    EXPECT_THAT(ball.error, HasSubstr("segments"));
-    Builder<GeomMesh> mesh;
-    EXPECT_FALSE(mesh.build());
-    EXPECT_THAT(mesh.error, HasSubstr("file"));
+    for (const float width : {0.0f, -1.0f, INFINITY, NAN})
+        EXPECT_THAT(refusal<GeomQuad>("width", width), HasSubstr("width"));
+    EXPECT_THAT(refusal<GeomQuad>("height", -1.0f), HasSubstr("height"));
+    EXPECT_THAT(refusal<GeomQuad>("scale", Color(1, 0, 1)), HasSubstr("scale"));
+    EXPECT_THAT(refusal<GeomSphere>("segments", 4097), HasSubstr("segments"));
+    EXPECT_THAT(refusal<GeomMesh>("file", ""), HasSubstr("file"));
+    EXPECT_THAT(refusal<GeomSweep>("radius", 5.0f), HasSubstr("above \"radius\""));
 }
 
 // ---- files
@@ -281,6 +253,9 @@ TEST(MeshLoader, FilesThatAreMissingOrBrokenAreRefused) {
         const char *what, *name;
         std::string content;
     } cases[] = {
+        {"no file", "none.obj", "missing"},
+        {"no binary file", "none.glb", "missing"},
+        {"no name", "", "missing"},
         {"ending", "m.stl", "solid"},
         {"empty", "m.obj", ""},
         {"no faces", "m.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n"},
@@ -305,18 +280,13 @@ TEST(MeshLoader, FilesThatAreMissingOrBrokenAreRefused) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        dir.write(c.name, c.content);
+        if (!c.content.starts_with("missing"))
+            dir.write(c.name, c.content);
         Mesh mesh;
         std::string error;
         EXPECT_FALSE(loadMesh(dir.file(c.name), true, mesh, error));
         EXPECT_THAT(error, HasSubstr(dir.file(c.name)));
         EXPECT_GT(error.size(), dir.file(c.name).size() + 15) << "no reason: " << error;
-    }
-    Mesh mesh;
-    std::string error;
-    for (const char* name : {"none.obj", "none.glb", ""}) {
-        EXPECT_FALSE(loadMesh(dir.file(name), true, mesh, error));
-        EXPECT_FALSE(error.empty());
     }
 }
 
