@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "scoped_environment.h"
 #include "temporary_directory.h"
 
 namespace {
@@ -11,18 +12,19 @@ namespace {
 using namespace Tarnkit::platform;
 
 TEST(MatchesMask, TakesStarAndQuestionMarkAlone) {
-    const struct {
-        const char *name, *pattern;
-        bool matches;
-    } cases[] = {
-        {"a.so", "*.so", true},   {".so", "*.so", true}, {"a.so.1", "*.so", false},
-        {"aab", "*ab", true},  // the star must give back what it took first
-        {"abcabd", "a*b?", true}, {"ab", "a?b", false},  {"", "*", true},
-        {"", "?", false},         {"", "", true},        {"a", "", false},
-        {"A", "a", false},        {"a", "a**", true},    {"[a]", "[a]", true},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(matchesMask(c.name, c.pattern), c.matches) << c.name << " by " << c.pattern;
+    using Pairs = std::vector<std::pair<const char*, const char*>>;
+    // In the first the star must give back what it took at first.
+    for (const auto& [name, mask] : Pairs{{"aab", "*ab"},
+                                          {".so", "*.so"},
+                                          {"abcabd", "a*b?"},
+                                          {"", "*"},
+                                          {"", ""},
+                                          {"a", "a**"},
+                                          {"[a]", "[a]"}})
+        EXPECT_TRUE(matchesMask(name, mask)) << name << " by " << mask;
+    for (const auto& [name, mask] :
+         Pairs{{"a.so.1", "*.so"}, {"ab", "a?b"}, {"", "?"}, {"a", ""}, {"A", "a"}})
+        EXPECT_FALSE(matchesMask(name, mask)) << name << " by " << mask;
 }
 
 TEST(MatchesMask, ManyStarsTakeNoExponentialTime) {
@@ -48,40 +50,28 @@ TEST(ListFiles, FindsAllKindsSortedByBytes) {
 
 TEST(FullPath, IsMadeByTheTextAlone) {
     const std::string here = std::filesystem::current_path().string();
-    const struct {
-        const char* path;
-        std::string full;
-    } cases[] = {
-        {"/a/./b//c/../d", "/a/b/d"},
-        {"\\a\\b\\", "/a/b/"},
-        {"/../../a", "/a"},
-        {"/a/..", "/"},
-        {"/", "/"},
-        {"no such file", here + "/no such file"},
-        {"./x/..", here},
-        {"...", here + "/..."},
-        {"", ""},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(fullPath(c.path), c.full) << c.path;
+    EXPECT_EQ(fullPath("/a/./b//c/../d"), "/a/b/d");
+    EXPECT_EQ(fullPath("\\a\\b\\"), "/a/b/");
+    EXPECT_EQ(fullPath("/../../a"), "/a");
+    EXPECT_EQ(fullPath("/a/.."), "/");
+    EXPECT_EQ(fullPath("no such file"), here + "/no such file");
+    EXPECT_EQ(fullPath("./x/.."), here);
+    EXPECT_EQ(fullPath("..."), here + "/...");
+    EXPECT_EQ(fullPath(""), "");
 }
 
 TEST(TemporaryDirectoryName, EndsInASeparatorAndFits) {
-    const char* former = std::getenv("TMPDIR");
-    const std::string saved = former ? former : "";
-    const struct {
-        const char *setting, *directory;
-    } cases[] = {
-        {"", "/tmp/"},           {"/x", "/x/"}, {"/x/", "/x/"}, {"/12345678", "/12345678/"},
-        {"/123456789", "/tmp/"},  // with separator and terminator one too long
-    };
-    for (const auto& c : cases) {
+    const auto nameUnder = [](const char* setting) {
+        const ScopedEnvironment variable("TMPDIR", setting);
         char buffer[11];
-        setenv("TMPDIR", c.setting, 1);
         temporaryDirectory(buffer, sizeof buffer);
-        EXPECT_STREQ(buffer, c.directory) << c.setting;
-    }
-    former ? setenv("TMPDIR", saved.c_str(), 1) : unsetenv("TMPDIR");
+        return std::string(buffer);
+    };
+    EXPECT_EQ(nameUnder(""), "/tmp/");
+    EXPECT_EQ(nameUnder("/x"), "/x/");
+    EXPECT_EQ(nameUnder("/x/"), "/x/");
+    EXPECT_EQ(nameUnder("/12345678"), "/12345678/");
+    EXPECT_EQ(nameUnder("/123456789"), "/tmp/") << "with separator and terminator one too long";
 }
 
 }  // namespace
