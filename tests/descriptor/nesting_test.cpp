@@ -12,6 +12,8 @@ namespace {
 
 const std::string kFrame = "<coatlayer_begin>\n<coatlayer_end>\n";
 
+using Offsets = std::vector<int>;
+
 class NestingTest : public testing::Test {
 protected:
     SourceArgs args(const char* kind) { return {this, "name", kind, source, data}; }
@@ -53,24 +55,15 @@ TEST_F(NestingTest, PassThroughHandsEveryArgumentOn) {
 }
 
 TEST_F(NestingTest, OffsetsCountTheFramesInsideTheChildren) {
-    const struct {
-        const char* what;
-        std::string first;
-        std::vector<int> offsets;
-    } cases[] = {
-        {"two nested frames", "x\n" + kFrame + "y\n" + kFrame, {1, 4}},
-        {"frames in frames count alike",
-         "<coatlayer_begin>\n" + kFrame + "<coatlayer_end>\n",
-         {1, 4}},
-        {"no text at all still makes a frame", "", {1, 2}},
-        {"a tag inside a value is a tag", "name <coatlayer_begin> x\n", {1, 3}},
-        {"half a tag is none", "<coatlayer_begin", {1, 2}},
+    const auto secondAfter = [&](const std::string& first) {
+        a.text = first;
+        return offsetsOf({{&a}, {&b}})[1];
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        a.text = c.first;
-        EXPECT_EQ(offsetsOf({{&a}, {&b}}), c.offsets);
-    }
+    EXPECT_EQ(secondAfter("x\n" + kFrame + "y\n" + kFrame), 4);
+    EXPECT_EQ(secondAfter("<coatlayer_begin>\n" + kFrame + "<coatlayer_end>\n"), 4) << "nested";
+    EXPECT_EQ(secondAfter(""), 2) << "no text at all still makes a frame";
+    EXPECT_EQ(secondAfter("name <coatlayer_begin> x\n"), 3) << "a tag inside a value is a tag";
+    EXPECT_EQ(secondAfter("<coatlayer_begin"), 2) << "half a tag is none";
 }
 
 TEST_F(NestingTest, FramesStandInOrderAndTheOutputWaits) {
@@ -83,29 +76,19 @@ TEST_F(NestingTest, FramesStandInOrderAndTheOutputWaits) {
 }
 
 TEST_F(NestingTest, PositionsWithoutTextFallBackOnTheFirst) {
-    const struct {
-        const char* what;
-        std::vector<LayerPosition> positions;
-        std::vector<int> offsets;
-    } cases[] = {
-        {"the first describes itself", {{&a}, {&mute}, {nullptr}, {&b}}, {1, 1, 1, 2}},
-        {"the first has no text", {{&mute}, {nullptr}, {&b}}, {0, 0, 1}},
-        {"disabled positions aren't described", {{&a}, {&b, false}, {&b}}, {1, 1, 2}},
-        {"a disabled first still holds the others", {{&a, false}, {nullptr}, {&b}}, {1, 1, 1}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(offsetsOf(c.positions), c.offsets);
-    }
+    EXPECT_EQ(offsetsOf({{&a}, {&mute}, {nullptr}, {&b}}), (Offsets{1, 1, 1, 2}));
+    EXPECT_EQ(offsetsOf({{&mute}, {nullptr}, {&b}}), (Offsets{0, 0, 1})) << "no text in the first";
+    EXPECT_EQ(offsetsOf({{&a}, {&b, false}, {&b}}), (Offsets{1, 1, 2})) << "disabled";
+    EXPECT_EQ(offsetsOf({{&a, false}, {nullptr}, {&b}}), (Offsets{1, 1, 1})) << "disabled first";
 }
 
 TEST_F(NestingTest, SharedPluginsAreWrittenOnce) {
     const std::vector<LayerPosition> positions = {{&a}, {&b}, {&a}, {&b}};
-    EXPECT_EQ(offsetsOf(positions, SamePlugin::Shared), (std::vector<int>{1, 2, 1, 2}));
+    EXPECT_EQ(offsetsOf(positions, SamePlugin::Shared), (Offsets{1, 2, 1, 2}));
     EXPECT_EQ(std::string(frames.c_str()),
               "<coatlayer_begin>\na\n<coatlayer_end>\n<coatlayer_begin>\nb\n<coatlayer_end>\n");
-    EXPECT_EQ(offsetsOf(positions), (std::vector<int>{1, 2, 3, 4})) << "not shared";
-    EXPECT_EQ(offsetsOf({{&a}, {&b, false}, {&b}}, SamePlugin::Shared), (std::vector<int>{1, 1, 1}))
+    EXPECT_EQ(offsetsOf(positions), (Offsets{1, 2, 3, 4})) << "not shared";
+    EXPECT_EQ(offsetsOf({{&a}, {&b, false}, {&b}}, SamePlugin::Shared), (Offsets{1, 1, 1}))
         << "a disabled earlier position is shared too";
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <optional>
 #include <random>
 #include <string>
@@ -15,25 +14,15 @@ namespace {
 using Tarnkit::CharString;
 
 TEST(CharStringTest, NullIsNotEmpty) {
-    const struct {
-        const char* what;
-        CharString string;
-        const char* text;
-    } cases[] = {
-        {"default", CharString(), nullptr},
-        {"null", CharString(nullptr), nullptr},
-        {"null with a length", CharString(nullptr, 3), nullptr},
-        {"no length", CharString("abc", 0), nullptr},
-        {"negative length", CharString("abc", -1), nullptr},
-        {"empty", CharString(""), ""},
-        {"empty with a length", CharString("", 3), ""},
-        {"cut", CharString("abcd", 2), "ab"},
-        {"ends before its length", CharString("ab\0cd", 5), "ab"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_STREQ(c.string.c_str(), c.text) << c.what;
-        EXPECT_EQ(c.string.length(), c.text ? static_cast<int>(std::strlen(c.text)) : 0) << c.what;
+    for (const CharString& null : {CharString(), CharString(nullptr), CharString(nullptr, 3),
+                                   CharString("abc", 0), CharString("abc", -1)}) {
+        EXPECT_STREQ(null.c_str(), nullptr);
+        EXPECT_EQ(null.length(), 0);
     }
+    EXPECT_STREQ(CharString("").c_str(), "");
+    EXPECT_STREQ(CharString("", 3).c_str(), "");
+    EXPECT_STREQ(CharString("abcd", 2).c_str(), "ab");
+    EXPECT_EQ(CharString("ab\0cd", 5).length(), 2) << "ends before its length";
 }
 
 TEST(CharStringTest, TextFromItsOwnBufferIsReadBeforeItMoves) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "frame/exception_msg.h"
+#include "scoped_environment.h"
 #include "temporary_directory.h"
 
 namespace {
@@ -19,16 +20,11 @@ using namespace Tarnkit;
 class CrashHandlerTest : public testing::Test {
 protected:
     void SetUp() override {
-        former = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "";
-        setenv("TMPDIR", directory.path.c_str(), 1);
         crashDumpWritten = 0;
         installCrashHandler();
         handler = installCrashHandler();
     }
-    void TearDown() override {
-        platform::setFaultTranslator(nullptr);
-        former.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", former.c_str(), 1);
-    }
+    void TearDown() override { platform::setFaultTranslator(nullptr); }
 
     /// The text of the exception that `crash` ends in.
     template <class Crash>
@@ -62,7 +58,7 @@ protected:
     }
 
     TemporaryDirectory directory;
-    std::string former;
+    ScopedEnvironment temporaries{"TMPDIR", directory.path.c_str()};
     platform::FaultTranslator handler = nullptr;
 };
 
@@ -91,7 +87,7 @@ TEST_F(CrashHandlerTest, ADumpThatCannotBeWrittenIsLost) {
     };
     directory.write("file", "");
     for (const std::string& setting : cases) {
-        setenv("TMPDIR", setting.c_str(), 1);
+        const ScopedEnvironment other("TMPDIR", setting.c_str());
         crashDumpWritten = 0;
         testing::internal::CaptureStdout();
         EXPECT_EQ(textOf([this] { handler(7, {}); }), "Unhandled exception 7") << setting;

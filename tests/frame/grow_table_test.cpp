@@ -13,27 +13,21 @@ namespace {
 using Tarnkit::GrowTable;
 
 TEST(GrowTableTest, CapacityFollowsTheStep) {
-    const struct {
-        const char* what;
-        int step, first, second, capacityFirst, capacitySecond;
-    } cases[] = {
-        {"multiples of the step", 100, 1, 101, 100, 200},
-        {"a full multiple takes one more", 100, 100, 200, 200, 200},
-        {"what fits stays", 100, 50, 100, 100, 100},
-        {"no step starts with what is asked for", 0, 3, 4, 3, 6},
-        {"and doubles until it fits", -1, 3, 13, 3, 24},
+    const auto capacities = [](int step, int first, int second) {
+        GrowTable<int> table(step);
+        std::vector<int> seen;
+        for (const int size : {first, second, 0, first}) {
+            size ? table.resize(size) : table.free();
+            seen.push_back(table.getCapacity());
+        }
+        return seen;
     };
-    for (const auto& c : cases) {
-        GrowTable<int> table(c.step);
-        table.resize(c.first);
-        EXPECT_EQ(table.getCapacity(), c.capacityFirst) << c.what;
-        table.resize(c.second);
-        EXPECT_EQ(table.getCapacity(), c.capacitySecond) << c.what;
-        table.free();
-        EXPECT_EQ(table.getCapacity(), 0) << c.what;
-        table.resize(c.first);
-        EXPECT_EQ(table.getCapacity(), c.capacityFirst) << c.what << ", the step is kept";
-    }
+    using Four = std::vector<int>;
+    EXPECT_EQ(capacities(100, 1, 101), (Four{100, 200, 0, 100})) << "multiples of the step";
+    EXPECT_EQ(capacities(100, 100, 200), (Four{200, 200, 0, 200})) << "a full one takes one more";
+    EXPECT_EQ(capacities(100, 50, 100), (Four{100, 100, 0, 100})) << "what fits stays";
+    EXPECT_EQ(capacities(0, 3, 4), (Four{3, 6, 0, 3})) << "no step starts with what is asked for";
+    EXPECT_EQ(capacities(-1, 3, 13), (Four{3, 24, 0, 3})) << "and doubles until it fits";
 }
 
 TEST(GrowTableTest, BehavesAsAVectorUnderRandomOperations) {
