@@ -44,23 +44,18 @@ protected:
     PixelRect whole() { return {0, 0, region.getWidth(), 1, region.getWidth(), 1}; }
     /// What a read of all pixels writes, as numbers.
     Values read(int index, int format, int order = 0, int alpha = -1, int mode = 1) {
-        switch (format % 100) {
-            case 0:
-                return readAs<u8>(index, format, order, alpha, mode);
-            case 1:
-                return readAs<u16>(index, format, order, alpha, mode);
-            default:
-                return readAs<float>(index, format, order, alpha, mode);
-        }
+        if (format % 100 == 0)
+            return readAs<u8>(index, format, order, alpha, mode);
+        if (format % 100 == 1)
+            return readAs<u16>(index, format, order, alpha, mode);
+        return readAs<float>(index, format, order, alpha, mode);
     }
     template <class Number>
     Values readAs(int index, int format, int order, int alpha, int mode) {
         const int bytes = pixelFormatSize(format) * region.getWidth();
         std::vector<Number> out(bytes / sizeof(Number), Number(9));
-        const int mapped = static_cast<int>(mappers.size());
-        EXPECT_EQ(region.getPixels(index, alpha, whole(), format, bytes, out.data(), order, mapped,
-                                   mappers.data(), mode),
-                  1);
+        EXPECT_TRUE(region.getPixels(index, alpha, whole(), format, bytes, out.data(), order,
+                                     static_cast<int>(mappers.size()), mappers.data(), mode));
         return Values(out.begin(), out.end());
     }
 
@@ -70,8 +65,8 @@ protected:
 };
 
 TEST_F(PixelReadoutTest, FaceIsFoundByItsFirstTwoIds) {
-    PluginInterface* face = region.getInterface(0x7783B785);
-    ASSERT_EQ(face, static_cast<PixelBufferInterface3*>(&region));
+    auto* face = static_cast<PixelBufferInterface3*>(&region);
+    EXPECT_EQ(region.getInterface(0x7783B785), face);
     EXPECT_EQ(region.getInterface(0x77CFDC19), face);
     EXPECT_EQ(region.getInterface(0x782AA5B8), nullptr);
     EXPECT_EQ(face->getPlugin(), &region);
@@ -195,8 +190,8 @@ TEST_F(PixelReadoutTest, BadRequestsWriteNothing) {
     for (const auto& k : cases) {
         SCOPED_TRACE(k.what);
         std::memset(out, 9, sizeof out);
-        EXPECT_EQ(region.getPixels(k.channel, -1, k.rect, 200, k.size, out, 0, 0, nullptr),
-                  k.result);
+        const auto& [channel, rect, size, result, what] = k;
+        EXPECT_EQ(region.getPixels(channel, -1, rect, 200, size, out, 0, 0, nullptr), result);
         EXPECT_EQ(std::count(out, out + 100, 9), k.result ? 82 : 100);
     }
     region.setRect(0, 0, 5, 3);  // larger than the pixels that there are
@@ -227,18 +222,14 @@ TEST_F(PixelReadoutTest, RectanglesOfManyPagesComeOutWhole) {
         std::memcpy(region.getChannels()[1].buffer->item(i), &number, sizeof number);
     }
     const PixelRect rect{1, 555, 4998, 563, 4997, 8};
-    std::vector<Color> plain(rect.width * rect.height);
-    std::vector<AColor> covered(plain.size());
-    const auto bytesOf = [](const auto& v) { return std::int64_t(v.size() * sizeof v[0]); };
-    ASSERT_EQ(region.getPixels(0, 1, rect, 203, bytesOf(plain), plain.data(), 0, 0, nullptr), 1);
-    ASSERT_EQ(region.getPixels(0, 1, rect, 303, bytesOf(covered), covered.data(), 0, 0, nullptr),
-              1);
-    for (int i = 0; i < std::ssize(plain); ++i) {
+    std::vector<AColor> read(rect.width * rect.height);
+    const auto bytes = static_cast<std::int64_t>(read.size() * sizeof(AColor));
+    ASSERT_TRUE(region.getPixels(0, 1, rect, 303, bytes, read.data(), 0, 0, nullptr));
+    for (int i = 0; i < std::ssize(read); ++i) {
         const int source = (rect.y0 + i / rect.width) * 5000 + rect.x0 + i % rect.width;
         const float number = static_cast<float>(source) / colours.size();
-        ASSERT_EQ(plain[i], Color(number, 1.0f - number, 0.0f)) << i;
-        ASSERT_EQ(covered[i].color, plain[i]) << i;
-        ASSERT_FLOAT_EQ(covered[i].alpha, number) << i;
+        ASSERT_EQ(read[i].color, Color(number, 1.0f - number, 0.0f)) << i;
+        ASSERT_FLOAT_EQ(read[i].alpha, number) << i;
     }
 }
 

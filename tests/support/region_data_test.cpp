@@ -73,10 +73,11 @@ protected:
 };
 
 TEST_F(RegionDataTest, ChannelIsDescribedByItsObject) {
+    c.add(kChannelColor, 7, std::string(80, 'n'));
+    c.add(kChannelVector, 7, "flat", kChannelNoFragmentData);
+    c.add(kChannelFloat, 5, "null");
+    region.setChannels(c.list);
     EXPECT_EQ(region.addChannel(nullptr), -1);
-    region.addChannel(&c.add(kChannelColor, 7, std::string(80, 'n')));
-    region.addChannel(&c.add(kChannelVector, 7, "flat", kChannelNoFragmentData));
-    EXPECT_EQ(region.addChannel(&c.add(kChannelFloat, 5, "null")), 2);
     EXPECT_EQ(record(0).name, std::string(63, 'n'));
     EXPECT_STREQ(record(2).name, "");
     EXPECT_EQ(record(2).fragmentOffset, 12) << "a channel without a slot moved the next one";
@@ -205,15 +206,12 @@ TEST_F(RegionDataTest, RegionsOfNoAndOfHugeSizeAreHarmless) {
     };
     for (const auto& k : cases) {
         SCOPED_TRACE(k.what);
-        bool refused = false;
-        try {
-            begin(0, 0);
-            region.setRect(k.x0, k.y0, k.x1, k.y1);
+        begin(0, 0);
+        region.setRect(k.x0, k.y0, k.x1, k.y1);
+        if (k.refused)
+            EXPECT_THROW(region.beginRendering(), ExceptionMsg);
+        else
             region.beginRendering();
-        } catch (const ExceptionMsg&) {
-            refused = true;
-        }
-        EXPECT_EQ(refused, k.refused);
         region.storeFragments(k.x0, k.y0, nullptr, region.newFragment());
         region.clear();
         begin(2, 2);
@@ -232,22 +230,23 @@ TEST_F(RegionDataTest, RefusedMemoryAnywhereLeavesTheRegionUsable) {
     c = named("abc");
     bool refused = true;
     for (int granted = 0; refused; ++granted) {
+        ASSERT_LT(granted, 100);
         TestHeap heap;
         PKRegionData tried;
         tried.setRect(0, 0, 4, 4);
-        TestHeap::refuseAfter(granted);
-        try {
+        const auto start = [&] {
             tried.setChannels(c.list);
             tried.beginRendering();
-            tried.deleteFragment(tried.newFragment());
+            return *static_cast<float*>(tried.newFragment()->getChannelPtr(2));
+        };
+        TestHeap::refuseAfter(granted);
+        try {
+            start();
             refused = false;
         } catch (const ExceptionMsg&) {
-            ASSERT_LT(granted, 100);
         }
-        TestHeap::state.refuseAt = -1;
-        tried.setChannels(c.list);
-        tried.beginRendering();
-        EXPECT_EQ(*static_cast<float*>(tried.newFragment()->getChannelPtr(2)), 100.0f);
+        TestHeap::refuseNothing();
+        EXPECT_EQ(start(), 100.0f);
         EXPECT_TRUE(tried.getChannels()[2].buffer);
     }
 }
