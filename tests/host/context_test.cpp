@@ -34,26 +34,17 @@ TEST_F(ContextTest, FlipTurnsAllNormalsAndTogglesBetween0And1) {
 
 TEST_F(ContextTest, EnvironmentOfTheHighestPriorityHolds) {
     FakeTexture first, second;
-    const struct {
-        const char* what;
-        TextureInterface* texture;
-        int priority;
-        TextureInterface* holds;
-        int holdingPriority;
-    } steps[] = {
-        {"no texture overrides nothing", nullptr, 100, nullptr, INT_MIN},
-        {"the least priority is enough at first", &first, INT_MIN, &first, INT_MIN},
-        {"higher", &second, 3, &second, 3},
-        {"equal, the later one", &first, 3, &first, 3},
-        {"lower", &second, 2, &first, 3},
-        {"no texture does not end an override", nullptr, 9, &first, 3},
+    using Held = std::pair<TextureInterface*, int>;
+    const auto set = [&](TextureInterface* texture, int priority) {
+        context.setEnvironment(texture, priority, 1);
+        return Held(context.environment, context.environmentPriority);
     };
-    for (const auto& step : steps) {
-        SCOPED_TRACE(step.what);
-        context.setEnvironment(step.texture, step.priority, 1);
-        EXPECT_EQ(context.environment, step.holds);
-        EXPECT_EQ(context.environmentPriority, step.holdingPriority);
-    }
+    EXPECT_EQ(set(nullptr, 100), Held(nullptr, INT_MIN)) << "no texture overrides nothing";
+    EXPECT_EQ(set(&first, INT_MIN), Held(&first, INT_MIN)) << "the least is enough at first";
+    EXPECT_EQ(set(&second, 3), Held(&second, 3)) << "higher";
+    EXPECT_EQ(set(&first, 3), Held(&first, 3)) << "equal, the later one";
+    EXPECT_EQ(set(&second, 2), Held(&first, 3)) << "lower";
+    EXPECT_EQ(set(nullptr, 9), Held(&first, 3)) << "no texture does not end an override";
 }
 
 TEST_F(ContextTest, ShadedResultIsDirectLightAndTracedLight) {
@@ -81,27 +72,19 @@ TEST_F(ContextTest, ShadedResultIsDirectLightAndTracedLight) {
 
 TEST_F(ContextTest, VolumeOfTheSamplerStaysWhereTheSurfaceIsTransparent) {
     FakeVolume own, earlier;
-    const struct {
-        const char* what;
-        PelkVolume* before;
-        Color transparency;
-        PelkVolume* after;
-    } cases[] = {
-        {"just below the bound", nullptr, {2.9e-6f, 0, 0}, nullptr},
-        {"just above the bound", nullptr, {3.1e-6f, 0, 0}, &own},
-        {"another volume stays whatever the transparency", &earlier, Color(0), &earlier},
-    };
     sampler.volume = &own;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        context.surfaceVolume = c.before;
-        sampler.transparency = c.transparency;
+    const auto volumeAfter = [&](PelkVolume* before, float transparency) {
+        context.surfaceVolume = before;
+        sampler.transparency = {transparency, 0, 0};
         PelkVolume* during = nullptr;
         context.onLight = [&](BSDFSampler*) { during = context.surfaceVolume; };
         shadeBSDF(context, &sampler);
-        EXPECT_EQ(during, c.before ? c.before : &own) << "not set while it is shaded";
-        EXPECT_EQ(context.surfaceVolume, c.after);
-    }
+        EXPECT_EQ(during, before ? before : &own) << "not set while it is shaded";
+        return context.surfaceVolume;
+    };
+    EXPECT_EQ(volumeAfter(nullptr, 2.9e-6f), nullptr) << "just below the bound";
+    EXPECT_EQ(volumeAfter(nullptr, 3.1e-6f), &own) << "just above the bound";
+    EXPECT_EQ(volumeAfter(&earlier, 0), &earlier) << "stays whatever the transparency";
 }
 
 TEST_F(ContextTest, ReflectedDerivativesAreMirroredLikeTheRay) {

@@ -17,34 +17,21 @@ namespace {
 
 TEST(ValueParameterTest, AnswersInEveryTypeThatItsOwnCanBeTurnedInto) {
     const float inf = std::numeric_limits<float>::infinity();
-    const AColor grey{Color(-2.75f), 1.0f}, color{{0, 3, 6}, 0.5f};
-    const struct {
-        const char* what;
-        std::unique_ptr<PelkPluginParameter> parameter;
-        int whole;
-        float number;
-        AColor color;
-    } cases[] = {
-        {"int", std::make_unique<IntParameter>("p", -7), -7, -7.0f, {Color(-7), 1}},
-        {"float, cut towards 0", std::make_unique<FloatParameter>("p", -2.75f), -2, -2.75f, grey},
-        {"too great", std::make_unique<FloatParameter>("p", 3e9f), INT_MAX, 3e9f, {Color(3e9f), 1}},
-        {"too small", std::make_unique<FloatParameter>("p", -inf), INT_MIN, -inf, {Color(-inf), 1}},
-        {"color", std::make_unique<ColorParameter>("p", color), 3, 3.0f, color},
-        {"text", std::make_unique<StringParameter>("p", "5"), 0, 0.0f, {}},
-        {"no keyframes",
-         std::make_unique<FloatKeyframes>("p", std::vector<Keyframe<float>>()),
-         0,
-         0.0f,
-         {}},
+    const auto expectAnswers = [](PelkPluginParameter&& parameter, int whole, float number,
+                                  AColor color) {
+        EXPECT_EQ(parameter.getCount(0), -1);
+        EXPECT_EQ(parameter.getInt(0, 0), whole);
+        EXPECT_EQ(parameter.getFloat(0, 0), number);
+        EXPECT_EQ(parameter.getColor(0, 0), color);
+        EXPECT_EQ(parameter.openItem(0), -1);
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        EXPECT_EQ(c.parameter->getCount(0), -1);
-        EXPECT_EQ(c.parameter->getInt(0, 0), c.whole);
-        EXPECT_EQ(c.parameter->getFloat(0, 0), c.number);
-        EXPECT_EQ(c.parameter->getColor(0, 0), c.color);
-        EXPECT_EQ(c.parameter->openItem(0), -1);
-    }
+    expectAnswers(IntParameter("int", -7), -7, -7.0f, {Color(-7), 1});
+    expectAnswers(FloatParameter("cut to 0", -2.75f), -2, -2.75f, {Color(-2.75f), 1});
+    expectAnswers(FloatParameter("too great", 3e9f), INT_MAX, 3e9f, {Color(3e9f), 1});
+    expectAnswers(FloatParameter("too small", -inf), INT_MIN, -inf, {Color(-inf), 1});
+    expectAnswers(ColorParameter("color", {{0, 3, 6}, 0.5f}), 3, 3.0f, {{0, 3, 6}, 0.5f});
+    expectAnswers(StringParameter("text", "5"), 0, 0.0f, {});
+    expectAnswers(FloatKeyframes("no keyframes", {}), 0, 0.0f, {});
     EXPECT_EQ(FloatParameter("p", std::nanf("")).getInt(0, 0), 0);
 }
 
@@ -98,28 +85,23 @@ TEST(ValueParameterTest, KeyframesBlendWhatCanBeBlendedAndStepElse) {
     ColorKeyframes color("p", {{1, {Color(0, 1, 2), 0}}, {3, {Color(4, 1, 0), 1}}});
     IntKeyframes whole("p", {{1, 10}, {3, 20}});
     PluginKeyframes plugin("p", {{1, &a}, {3, &b}});
-    const struct {
-        double time;
-        float number;
-        AColor color;
-        int whole;
-        PluginBase* plugin;
-    } cases[] = {
-        {-1e300, 10.0f, {{0, 1, 2}, 0}, 10, &a},     {1.0, 10.0f, {{0, 1, 2}, 0}, 10, &a},
-        {1.5, 12.5f, {{1, 1, 1.5f}, 0.25f}, 10, &a}, {3.0, 20.0f, {{4, 1, 0}, 1}, 20, &b},
-        {3.5, 25.0f, {{4, 1, 0}, 1}, 20, &b},        {4.0, 50.0f, {{4, 1, 0}, 1}, 20, &b},
-        {HUGE_VAL, 50.0f, {{4, 1, 0}, 1}, 20, &b},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.time);
-        EXPECT_EQ(number.getFloat(0, c.time), c.number);
-        EXPECT_EQ(color.getColor(0, c.time), c.color);
-        EXPECT_EQ(whole.getInt(0, c.time), c.whole);
-        EXPECT_EQ(plugin.getObject(0, c.time), c.plugin);
-        const PelkIntList integers = whole.getIntList(c.time);
+    const auto expectAt = [&](double time, float n, AColor c, int w, PluginBase* p) {
+        SCOPED_TRACE(time);
+        EXPECT_EQ(number.getFloat(0, time), n);
+        EXPECT_EQ(color.getColor(0, time), c);
+        EXPECT_EQ(whole.getInt(0, time), w);
+        EXPECT_EQ(plugin.getObject(0, time), p);
+        const PelkIntList integers = whole.getIntList(time);
         ASSERT_EQ(integers.count, 1);
-        EXPECT_EQ(integers.items[0], c.whole);
-    }
+        EXPECT_EQ(integers.items[0], w);
+    };
+    expectAt(-1e300, 10.0f, {{0, 1, 2}, 0}, 10, &a);
+    expectAt(1.0, 10.0f, {{0, 1, 2}, 0}, 10, &a);
+    expectAt(1.5, 12.5f, {{1, 1, 1.5f}, 0.25f}, 10, &a);
+    expectAt(3.0, 20.0f, {{4, 1, 0}, 1}, 20, &b);
+    expectAt(3.5, 25.0f, {{4, 1, 0}, 1}, 20, &b);
+    expectAt(4.0, 50.0f, {{4, 1, 0}, 1}, 20, &b);
+    expectAt(HUGE_VAL, 50.0f, {{4, 1, 0}, 1}, 20, &b);
     EXPECT_EQ(number.getCount(0), -1);
     // As a texture it follows the time of the ray.
     PelkContext context;

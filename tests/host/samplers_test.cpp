@@ -91,30 +91,24 @@ TEST_F(SamplersTest, TraceForwardIsIndirectLightAndGlow) {
 
 TEST_F(SamplersTest, OwnRayIsWeightedNotedAndReleased) {
     const Color weight{0.5f, 0.25f, 0.125f}, traced{1.0f, 2.0f, 4.0f};
-    const struct {
-        const char* what;
-        u32 flags;
-        std::vector<std::pair<int, Color>> noted;
-    } cases[] = {
-        {"no ray", 0, {}},
-        {"mirror", kSpawnMirror, {{102, traced}, {139, weight * 2.0f}}},
-        {"refraction", kRayRefract, {{103, traced}}},
-    };
     renderer.tracedColor = {1.0f, 4.0f, 16.0f};
     sampler.ownRayWeight = weight;
     sampler.setupWeight = 2.0f;
     sampler.glow = Color(1);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        sampler.ownRay = c.flags;
+    using Noted = std::vector<std::pair<int, Color>>;
+    const auto notedWith = [&](u32 rayFlags) {
+        sampler.ownRay = rayFlags;
         FakeContext context(renderer, thread);
         sampler.traceBSDFForward(context, 1);
-        EXPECT_EQ(context.resultColor, c.flags ? Color(1) + traced : Color(1));
+        EXPECT_EQ(context.resultColor, rayFlags ? Color(1) + traced : Color(1));
         RecordingFragment fragment;
         context.resultFragment = &fragment;
         sampler.traceBSDFForward(context, 1);
-        EXPECT_EQ(fragment.aliases, c.noted);
-    }
+        return fragment.aliases;
+    };
+    EXPECT_EQ(notedWith(0), Noted());
+    EXPECT_EQ(notedWith(kSpawnMirror), (Noted{{102, traced}, {139, weight * 2.0f}}));
+    EXPECT_EQ(notedWith(kRayRefract), (Noted{{103, traced}}));
 }
 
 TEST_F(SamplersTest, SamplerWithoutAFaceIsClear) {

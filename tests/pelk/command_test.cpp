@@ -7,11 +7,13 @@ using testing::IsEmpty;
 
 namespace {
 
+struct Case {
+    std::vector<std::string> words;
+    const char* says;
+};
+
 TEST(Command, HelpAndVersionAreAnswers) {
-    const struct {
-        std::vector<std::string> words;
-        const char* says;
-    } cases[] = {
+    const Case cases[] = {
         {{"--help"}, "Exit codes"},      {{"--version"}, "pelk "},
         {{"render", "--help"}, "--spp"}, {{"list", "--help"}, "--json"},
         {{"info", "--help"}, "PLUGIN"},  {{"describe", "--help"}, "--section"},
@@ -26,10 +28,7 @@ TEST(Command, HelpAndVersionAreAnswers) {
 }
 
 TEST(Command, BadUsageIsExplainedAndDoesNothing) {
-    const struct {
-        std::vector<std::string> words;
-        const char* says;
-    } cases[] = {
+    const Case cases[] = {
         {{}, "subcommand"},
         {{"rendr", "s.json"}, "did you mean \"render\"?"},
         {{"render"}, "SCENE"},

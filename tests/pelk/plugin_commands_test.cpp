@@ -122,30 +122,23 @@ TEST(DescribeCommand, PrintsASectionAndKnowsWhoHasNone) {
     pelk.directory.write(
         "s.json",
         smallScene(R"(, "shell": {"type": "MtlSingleBRDF", "brdf": "matte", "double_sided": 1})"));
-    const struct {
-        std::vector<std::string> words;
-        int exitCode;
-        const char *out, *err;
-    } cases[] = {
-        {{"matte"}, 0, "diffuse\ncolor_value 0.500000 0.250000 0.125000\n", ""},
-        {{"shell"}, 0, "double_sided 1\ndiffuse\ncolor_value 0.500000 0.250000 0.125000\n", ""},
-        {{"matte", "--section", "HierarchyDescriptor"}, 0, "", ""},
-        {{"matte", "--set", "matte.diffuse=[1, 1, 1]"},
-         0,
-         "diffuse\ncolor_value 1.000000 1.000000 1.000000\n",
-         ""},
-        {{"mate"}, 1, "", "did you mean \"matte\"?"},
-        {{"camera"}, 1, "", "EXT_RTMTL"},
+    const auto describe = [&pelk](std::vector<std::string> words) {
+        words.insert(words.begin(), {"describe", "s.json"});
+        return pelk.run(words);
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.words.back());
-        std::vector<std::string> words{"describe", "s.json"};
-        words.insert(words.end(), c.words.begin(), c.words.end());
-        const RunResult result = pelk.run(words);
-        EXPECT_EQ(result.exitCode, c.exitCode);
-        EXPECT_EQ(result.out, c.out);
-        EXPECT_THAT(result.err, HasSubstr(c.err));
-    }
+    const std::string matte = "diffuse\ncolor_value 0.500000 0.250000 0.125000\n";
+    EXPECT_EQ(describe({"matte"}).out, matte);
+    EXPECT_EQ(describe({"shell"}).out, "double_sided 1\n" + matte);
+    EXPECT_EQ(describe({"matte", "--set", "matte.diffuse=[1, 1, 1]"}).out,
+              "diffuse\ncolor_value 1.000000 1.000000 1.000000\n");
+    const RunResult empty = describe({"matte", "--section", "HierarchyDescriptor"});
+    EXPECT_EQ(empty.exitCode, 0);
+    EXPECT_EQ(empty.out, "");
+    EXPECT_THAT(describe({"mate"}).err, HasSubstr("did you mean \"matte\"?"));
+    const RunResult camera = describe({"camera"});
+    EXPECT_EQ(camera.exitCode, 1);
+    EXPECT_EQ(camera.out, "");
+    EXPECT_THAT(camera.err, HasSubstr("EXT_RTMTL"));
 }
 
 TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) {

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -92,22 +91,20 @@ TEST_F(RenderCommand, BadInputIsExplainedAndWritesNothing) {
     directory.write("cut.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 7\n");
     directory.write("cut.png", "\x89PNG\r\n\x1a\n");
     const struct {
-        const char *plugins, *says;
-        std::vector<std::string> also;
+        const char *plugins, *says, *place;
     } cases[] = {
-        {R"(, "x": {"type": "MtlDifuse"})", "did you mean \"MtlDiffuse\"", {"/plugins/x/type"}},
-        {R"(, "x": {"type": "MtlDiffuse", "difuse": 1})", "\"diffuse\"", {"/plugins/x/difuse"}},
-        {R"(, "x": {"type": "MtlDiffuse", "diffuse": "red"})", "/plugins/x/diffuse", {}},
-        {R"(, "x": {"type": "MtlSingleBRDF", "brdf": "mate"})", "\"matte\"", {"/plugins/x/brdf"}},
-        {R"(, "x": {"type": "MtlSingleBRDF", "brdf": "camera"})", "EXT_BSDF", {"/plugins/x/brdf"}},
+        {R"(, "x": {"type": "MtlDifuse"})", "did you mean \"MtlDiffuse\"", "/plugins/x/type"},
+        {R"(, "x": {"type": "MtlDiffuse", "difuse": 1})", "\"diffuse\"", "/plugins/x/difuse"},
+        {R"(, "x": {"type": "MtlDiffuse", "diffuse": "red"})", "red", "/plugins/x/diffuse"},
+        {R"(, "x": {"type": "MtlSingleBRDF", "brdf": "mate"})", "\"matte\"", "/plugins/x/brdf"},
+        {R"(, "x": {"type": "MtlSingleBRDF", "brdf": "camera"})", "EXT_BSDF", "/plugins/x/brdf"},
         {R"(, "x": {"type": "MtlSingleBRDF", "brdf": "y"},
               "y": {"type": "MtlSingleBRDF", "brdf": "x"})",
-         "loop",
-         {"x -> y"}},
-        {R"(, "x": {"type": "GeomMesh", "file": "none.obj"})", "none.obj", {"/plugins/x"}},
-        {R"(, "x": {"type": "GeomMesh", "file": "cut.obj"})", "cut.obj", {"/plugins/x"}},
-        {R"(, "x": {"type": "TexImage", "file": "none.png"})", "none.png", {"/plugins/x"}},
-        {R"(, "x": {"type": "TexImage", "file": "cut.png"})", "cut.png", {"/plugins/x"}},
+         "loop", "x -> y"},
+        {R"(, "x": {"type": "GeomMesh", "file": "none.obj"})", "none.obj", "/plugins/x"},
+        {R"(, "x": {"type": "GeomMesh", "file": "cut.obj"})", "cut.obj", "/plugins/x"},
+        {R"(, "x": {"type": "TexImage", "file": "none.png"})", "none.png", "/plugins/x"},
+        {R"(, "x": {"type": "TexImage", "file": "cut.png"})", "cut.png", "/plugins/x"},
     };
     const std::ptrdiff_t before = directory.entryCount();
     for (const auto& c : cases) {
@@ -115,9 +112,7 @@ TEST_F(RenderCommand, BadInputIsExplainedAndWritesNothing) {
         directory.write("s.json", smallScene(c.plugins));
         const RunResult result = render({"s.json", "-o", "a.exr"});
         EXPECT_EQ(result.exitCode, 1);
-        EXPECT_THAT(result.err, HasSubstr("s.json"));
-        EXPECT_THAT(result.err, HasSubstr(c.says));
-        for (const std::string& text : c.also)
+        for (const char* text : {"s.json", c.says, c.place})
             EXPECT_THAT(result.err, HasSubstr(text));
         EXPECT_EQ(directory.entryCount(), before) << "something was written";
     }
@@ -131,30 +126,21 @@ TEST_F(RenderCommand, BadInputIsExplainedAndWritesNothing) {
 }
 
 TEST_F(RenderCommand, WithoutMaterialsItSaysWhatItLookedFor) {
-    const struct {
-        const char* what;
-        std::function<void(const std::string&)> prepare;
-    } cases[] = {
-        {"empty directory", [](const std::string&) {}},
-        {"no library",
-         [](const std::string& path) { std::ofstream(path + "/text.so") << "no library"; }},
-        {"library without entry",
-         [](const std::string& path) {
-             std::filesystem::create_symlink(PELK_OTHER_LIBRARY, path + "/other.so");
-         }},
-        {"missing directory", [](const std::string& path) { std::filesystem::remove(path); }},
-    };
     const std::string path = directory.file("plugins");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        std::filesystem::create_directory(path);
-        c.prepare(path);
+    const auto expectRefused = [&](const char* what) {
+        SCOPED_TRACE(what);
         const RunResult result = render({"s.json", "--plugins", path});
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_THAT(result.err, HasSubstr("getLibDesc in " + path));
         EXPECT_FALSE(std::filesystem::exists(directory.file("s.png")));
-        std::filesystem::remove_all(path);
-    }
+    };
+    expectRefused("missing directory");
+    std::filesystem::create_directory(path);
+    expectRefused("empty directory");
+    directory.write("plugins/text.so", "no library");
+    expectRefused("no library");
+    std::filesystem::create_symlink(PELK_OTHER_LIBRARY, path + "/other.so");
+    expectRefused("library without entry");
     // One bad library beside good ones is no reason to stop.
     directory.write("text.so", "no library");
     pelk.pluginPath = directory.path.string();

@@ -107,27 +107,23 @@ TEST(GeomSweep, BendsFromTheFloorIntoTheWall) {
 }
 
 TEST(Geometry, TurnsAsAsked) {
-    const float h = std::sqrt(0.5f);
-    const struct {
-        const char* what;
-        Color scale, rotate, translate;
-        Vector point, expected;
-    } cases[] = {
-        {"about Y, x goes to -z", Color(1), {0, 90, 0}, Color(0), {1, 0, 0}, {0, 0, -1}},
-        {"about Y, z goes to x", Color(1), {0, 90, 0}, Color(0), {0, 0, 1}, {1, 0, 0}},
-        {"about Y by 45", Color(1), {0, 45, 0}, Color(0), {1, 5, 0}, {h, 5, -h}},
-        {"about X, y goes to z", Color(1), {90, 0, 0}, Color(0), {0, 1, 0}, {0, 0, 1}},
-        {"about Z, x goes to y", Color(1), {0, 0, -270}, Color(0), {1, 0, 0}, {0, 1, 0}},
-        {"X before Y before Z", Color(1), {90, 90, 90}, Color(0), {0, 1, 0}, {0, 1, 0}},
-        {"right angles are exact", Color(1), {0, 450, 0}, Color(0), {3e7f, 1, 0}, {0, 1, -3e7f}},
-        {"scale, turn, move", {2, 1, 1}, {0, 90, 0}, {1, 2, 3}, {1, 0, 0}, {1, 2, 1}},
-    };
-    for (const auto& c : cases) {
+    const auto expectPlaced = [](Color scale, Color rotate, Color translate, Vector point,
+                                 Vector expected) {
         Mesh mesh;
-        mesh.positions = {c.point};
-        Placement(c.scale, c.rotate, c.translate).apply(mesh);
-        EXPECT_NEAR(length(mesh.positions[0] - c.expected), 0.0f, 1e-6f) << c.what;
-    }
+        mesh.positions = {point};
+        Placement(scale, rotate, translate).apply(mesh);
+        EXPECT_THAT(length(mesh.positions[0] - expected), testing::Le(1e-6f)) << rotate.g;
+    };
+    const float h = std::sqrt(0.5f);
+    const Color one(1), none(0);
+    expectPlaced(one, {0, 90, 0}, none, {1, 0, 0}, {0, 0, -1});
+    expectPlaced(one, {0, 90, 0}, none, {0, 0, 1}, {1, 0, 0});
+    expectPlaced(one, {0, 45, 0}, none, {1, 5, 0}, {h, 5, -h});
+    expectPlaced(one, {90, 0, 0}, none, {0, 1, 0}, {0, 0, 1});
+    expectPlaced(one, {0, 0, -270}, none, {1, 0, 0}, {0, 1, 0});
+    expectPlaced(one, {90, 90, 90}, none, {0, 1, 0}, {0, 1, 0});        // X before Y before Z
+    expectPlaced(one, {0, 450, 0}, none, {3e7f, 1, 0}, {0, 1, -3e7f});  // right angles are exact
+    expectPlaced({2, 1, 1}, {0, 90, 0}, {1, 2, 3}, {1, 0, 0}, {1, 2, 1});
 }
 
 TEST(Geometry, StretchedAndMirroredObjectsKeepTheirFronts) {

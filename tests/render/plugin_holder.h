@@ -4,9 +4,9 @@
 #include <type_traits>
 #include <vector>
 
-#include "frame/renderer.h"
 #include "host/plugin_parameters.h"
 #include "render/host_plugin.h"
+#include "render/host_renderer.h"
 
 namespace Tarnkit {
 
@@ -23,12 +23,7 @@ public:
     void set(const char* name, Color value) { set(name, AColor{value, 1.0f}); }
     void startFrame() { plugin.frameBegin(renderer); }
 
-    class : public PelkRenderer {
-    public:
-        void evalEnvironment(PelkContext&) override {}
-        void traceRay(PelkContext&) override {}
-        StringTable* getStringTable() override { return nullptr; }
-    } renderer;
+    HostRenderer renderer;
     HostPluginDesc<T> desc;
     T plugin{&desc};
     std::vector<std::unique_ptr<PelkPluginParameter>> parameters;

@@ -90,37 +90,30 @@ TEST_F(PixelReadoutTest, Conversions) {
     const int covered = channel(kChannelAColor, {0.25f, 0.5f, 1, 0.5f});
     const int gray = channel(kChannelColor, {0, 0.75f, 0.75f}, 125);
     const int empty = region.addChannel(&c.add(kChannelColor, 1));
-    const struct {
-        int channel, format;
-        Values expected;
-        const char* what;
-        int order = 0, mode = 1, alpha = -1;
-    } cases[] = {
-        {colour, 104, {1.75f * 0.33333334f}, "colour in gray"},
-        {colour, 303, {0.25f, 0.5f, 1, 1}, "colour"},
-        {colour, 200, {255, 128, 64}, "blue first", 1},
-        {colour, 301, {65535, 32768, 16384, 65535}, "blue first", 1},
-        {colour, 200, {64, 128, 255}, "no such order", 2},
-        {colour, 203, {0.25f, 0.5f, 1}, "floats have red first", 1},
-        {value, 300, {192, 192, 192, 255}, "value"},
-        {pair, 104, {0.0625f}, "pair in gray"},
-        {pair, 104, {0.125f}, "pair in raw gray", 0, 2},
-        {pair, 100, {144}, "pair in gray bytes", 0, 2},
-        {pair, 203, {0.75f, 0.375f, 0}, "pair"},
-        {pair, 303, {0.25f, -0.125f, 0, 1}, "raw pair", 0, 2},
-        {pair, 200, {192, 96, 0}, "pair in bytes", 0, 2},
-        {vector, 203, {0, 0.5f, 0.75f}, "vector"},
-        {vector, 203, {-1, 0, 0.5f}, "raw vector", 0, 2},
-        {vector, 104, {1.25f * 0.33333334f}, "vector in gray"},
-        {covered, 303, {0.25f, 0.5f, 1, 0.5f}, "an alpha of its own", 0, 1, gray},
-        {colour, 300, {64, 128, 255, 128}, "alpha from a colour's gray", 0, 1, gray},
-        {colour, 300, {64, 128, 255, 149}, "alpha from the colour of four", 0, 1, covered},
-        {colour, 300, {64, 128, 255, 192}, "alpha from a value", 0, 1, value},
-        {colour, 300, {64, 128, 255, 255}, "a pair is no alpha", 0, 1, pair},
-        {colour, 300, {64, 128, 255, 255}, "an alpha without pixels", 0, 1, empty},
-    };
-    for (const auto& k : cases)
-        EXPECT_EQ(read(k.channel, k.format, k.order, k.alpha, k.mode), k.expected) << k.what;
+    const auto raw = [&](int index, int format) { return read(index, format, 0, -1, 2); };
+    const auto alphaFrom = [&](int index) { return read(colour, 300, 0, index)[3]; };
+    EXPECT_EQ(read(colour, 104), (Values{1.75f * 0.33333334f})) << "colour in gray";
+    EXPECT_EQ(read(colour, 303), (Values{0.25f, 0.5f, 1, 1})) << "colour";
+    EXPECT_EQ(read(colour, 200, 1), (Values{255, 128, 64})) << "blue first";
+    EXPECT_EQ(read(colour, 301, 1), (Values{65535, 32768, 16384, 65535})) << "blue first";
+    EXPECT_EQ(read(colour, 200, 2), (Values{64, 128, 255})) << "no such order";
+    EXPECT_EQ(read(colour, 203, 1), (Values{0.25f, 0.5f, 1})) << "floats have red first";
+    EXPECT_EQ(read(value, 300), (Values{192, 192, 192, 255})) << "value";
+    EXPECT_EQ(read(pair, 104), (Values{0.0625f})) << "pair in gray";
+    EXPECT_EQ(raw(pair, 104), (Values{0.125f})) << "pair in raw gray";
+    EXPECT_EQ(raw(pair, 100), (Values{144})) << "pair in gray bytes";
+    EXPECT_EQ(read(pair, 203), (Values{0.75f, 0.375f, 0})) << "pair";
+    EXPECT_EQ(raw(pair, 303), (Values{0.25f, -0.125f, 0, 1})) << "raw pair";
+    EXPECT_EQ(raw(pair, 200), (Values{192, 96, 0})) << "pair in bytes";
+    EXPECT_EQ(read(vector, 203), (Values{0, 0.5f, 0.75f})) << "vector";
+    EXPECT_EQ(raw(vector, 203), (Values{-1, 0, 0.5f})) << "raw vector";
+    EXPECT_EQ(read(vector, 104), (Values{1.25f * 0.33333334f})) << "vector in gray";
+    EXPECT_EQ(read(covered, 303, 0, gray)[3], 0.5f) << "an alpha of its own";
+    EXPECT_EQ(alphaFrom(gray), 128) << "alpha from a colour's gray";
+    EXPECT_EQ(alphaFrom(covered), 149) << "alpha from the colour of four";
+    EXPECT_EQ(alphaFrom(value), 192) << "alpha from a value";
+    EXPECT_EQ(alphaFrom(pair), 255) << "a pair is no alpha";
+    EXPECT_EQ(alphaFrom(empty), 255) << "an alpha without pixels";
 }
 
 TEST_F(PixelReadoutTest, IdsAreRawOrFarApart) {

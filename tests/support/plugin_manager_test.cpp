@@ -193,37 +193,28 @@ TEST_F(PluginManagerTest, EachIdBelongsToOneDescriptorOfTheLibraries) {
 
 TEST_F(PluginManagerTest, ListsAreCutAndJoinedByTheRules) {
     const std::string dir(1021, 'd');
-    const struct {
-        const char* what;
-        std::string dirs, masks;
-        Texts expected;
-    } cases[] = {
-        {"one character counts at the end alone", "a;bc;d", "x", {"bcx", "dx"}},
-        {"every directory with every mask",
-         "/p/;/q/",
-         "*.a;*.b",
-         {"/p/*.a", "/p/*.b", "/q/*.a", "/q/*.b"}},
-        {"empty entries", ";;aa;;bb;", "m;", {}},
-        {"empty ends", ";;aa;;bb;", "mm;", {"aamm", "bbmm"}},
-        {"the last of a run stays", "a/\\b\\//", "/m", {"a\\b/m"}},
-        {"a network prefix stays", " \t\\\\host//share\\", "m", {"\\\\host/share\\m"}},
-        {"a mixed one is a run", "\\/host/", "m", {"/host/m"}},
-        {"three are a prefix and a run", "///host/", "m", {"//host/m"}},
-        {"a path of 1023 characters", dir, "mm", {dir + "mm"}},
-        {"a longer one is refused", dir, "mmm", {}},
-        {"reading ends in the list", std::string(51199, ';') + "abc", "m", {"am"}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    // The masks that were tried.
+    const auto tried = [&](const std::string& dirs, const std::string& masks) {
         log.texts.clear();
-        EXPECT_TRUE(loadPlugins(*manager, c.dirs.c_str(), c.masks.c_str(), &host, &log));
-        Texts tried;
+        EXPECT_TRUE(loadPlugins(*manager, dirs.c_str(), masks.c_str(), &host, &log));
+        EXPECT_EQ(log.texts.back(), "i Finished loading plugins.");
+        Texts found;
         for (const std::string& text : log.texts)
             if (text.starts_with("i Loading plugins from \""))
-                tried.push_back(text.substr(24, text.size() - 25));
-        EXPECT_EQ(tried, c.expected);
-        EXPECT_EQ(log.texts.back(), "i Finished loading plugins.");
-    }
+                found.push_back(text.substr(24, text.size() - 25));
+        return found;
+    };
+    EXPECT_EQ(tried("a;bc;d", "x"), (Texts{"bcx", "dx"})) << "one character counts at the end";
+    EXPECT_EQ(tried("/p/;/q/", "*.a;*.b"), (Texts{"/p/*.a", "/p/*.b", "/q/*.a", "/q/*.b"}));
+    EXPECT_EQ(tried(";;aa;;bb;", "m;"), Texts()) << "empty entries";
+    EXPECT_EQ(tried(";;aa;;bb;", "mm;"), (Texts{"aamm", "bbmm"})) << "empty ends";
+    EXPECT_EQ(tried("a/\\b\\//", "/m"), Texts{"a\\b/m"}) << "the last of a run stays";
+    EXPECT_EQ(tried(" \t\\\\host//share\\", "m"), Texts{"\\\\host/share\\m"}) << "a network prefix";
+    EXPECT_EQ(tried("\\/host/", "m"), Texts{"/host/m"}) << "a mixed one is a run";
+    EXPECT_EQ(tried("///host/", "m"), Texts{"//host/m"}) << "a prefix and a run";
+    EXPECT_EQ(tried(dir, "mm"), Texts{dir + "mm"}) << "a path of 1023 characters";
+    EXPECT_EQ(tried(dir, "mmm"), Texts()) << "a longer one is refused";
+    EXPECT_EQ(tried(std::string(51199, ';') + "abc", "m"), Texts{"am"}) << "reading ends there";
     EXPECT_TRUE(loadPlugins(*manager, nullptr, nullptr, nullptr, nullptr));
 }
 
@@ -291,24 +282,19 @@ TEST_F(PluginManagerTest, OwnDescriptorsEnterByNameBeforeTheyRegister) {
 TEST_F(PluginManagerTest, InstancesAreNumbered) {
     constexpr u64 kUpper = 1ull << 63;
     manager->registerPluginDesc(&own, nullptr);
-    const struct {
-        const char* what;
-        u64 asked, got;
-    } cases[] = {
-        {"starts at 1", 0, 1},
-        {"a number of its own", 100, 100},
-        {"goes on behind it", 0, 101},
-        {"a lower one", 50, 50},
-        {"does not set back", 0, 102},
-        {"in use", 50, 0},
-        {"the upper half counts as negative", kUpper, kUpper},
-        {"and leaves the next one alone", 0, 103},
-        {"ahead of the next", 105, 105},
+    const auto number = [&](u64 asked) {
+        Plugin* plugin = manager->newPlugin(7, &host, asked);
+        return plugin ? plugin->getInstanceID() : 0;
     };
-    for (const auto& c : cases) {
-        Plugin* plugin = manager->newPlugin(7, &host, c.asked);
-        EXPECT_EQ(plugin ? plugin->getInstanceID() : 0, c.got) << c.what;
-    }
+    EXPECT_EQ(number(0), 1u);
+    EXPECT_EQ(number(100), 100u) << "a number of its own";
+    EXPECT_EQ(number(0), 101u) << "goes on behind it";
+    EXPECT_EQ(number(50), 50u) << "a lower one";
+    EXPECT_EQ(number(0), 102u) << "is not set back";
+    EXPECT_EQ(number(50), 0u) << "in use";
+    EXPECT_EQ(number(kUpper), kUpper) << "the upper half counts as negative";
+    EXPECT_EQ(number(0), 103u) << "and leaves the next one alone";
+    EXPECT_EQ(number(105), 105u) << "ahead of the next";
     manager->setNextPluginID(103);
     EXPECT_EQ(manager->newPlugin("Own", nullptr, 0)->getInstanceID(), 104u);
     EXPECT_FALSE(manager->newPlugin("Stranger", nullptr, 0));
