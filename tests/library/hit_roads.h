@@ -50,14 +50,14 @@ inline HitRoads::HitRoads() {
                            {"camera_visibility", !hidden}});
         materials.push_back(&stats);
     }
-    PelkMaterial& override = make("MtlOverride");
-    startFrame(override, {{"base_mtl", &base},
-                          {"use_environment_override", true},
-                          {"environment_override", &texture}});
-    materials.push_back(&override);
+    PelkMaterial& byRay = make("MtlOverride");
+    startFrame(byRay, {{"base_mtl", &base},
+                       {"use_environment_override", true},
+                       {"environment_override", &texture}});
+    materials.push_back(&byRay);
     PelkMaterial& multi = make("MtlMulti");
-    startFrame(multi, {{"mtls_list", std::vector<PluginBase*>{&override, &base}},
-                       {"mtlid_gen", &texture}});
+    startFrame(multi,
+               {{"mtls_list", std::vector<PluginBase*>{&byRay, &base}}, {"mtlid_gen", &texture}});
     materials.push_back(&multi);
     // Mattes by way of the base's channels and of a mirror ray, and one that other rays see.
     base.onShade = [](PelkContext& context) {
