@@ -1,5 +1,5 @@
-// What composite materials add to a hit, in virtual calls: the least that a hop from one material
-// to the next can cost.
+// What materials made of others add to a hit, in virtual calls: the least that a hop from one
+// material to the next can cost.
 
 #include <vector>
 
@@ -11,6 +11,7 @@
 #include "composite/mtl_render_stats.h"
 #include "host/plugin_parameters.h"
 #include "leaf_material.h"
+#include "matte/mtl_wrapper.h"
 
 namespace {
 
@@ -83,9 +84,9 @@ void virtualCall(benchmark::State& state) {
 BENCHMARK(virtualCall);
 
 template <class Desc>
-void askAndRelease(benchmark::State& state) {
+void askAndRelease(benchmark::State& state, const char* baseName = "base_mtl") {
     Leaf leaf;
-    PluginParameter base("base_mtl", &leaf);
+    PluginParameter base(baseName, &leaf);
     Scene<Desc> scene({&base});
     for (auto _ : state) {
         BSDFSampler* sampler = ask(scene.bsdf, scene.context);
@@ -102,6 +103,11 @@ void renderStatsSampler(benchmark::State& state) {
     askAndRelease<MtlRenderStatsDesc>(state);
 }
 BENCHMARK(renderStatsSampler);
+
+void wrapperSampler(benchmark::State& state) {
+    askAndRelease<MtlWrapperDesc>(state, "base_material");
+}
+BENCHMARK(wrapperSampler);
 
 /// The last of many ids. `stride` 0 asks for the same hit again, else each is another.
 void askMulti(benchmark::State& state, int stride) {
@@ -138,6 +144,7 @@ int main(int argc, char** argv) {
     const char* peer = "virtual call";
     table.row("MtlOverride, sampler and release", "overrideSampler", "virtualCall", peer, 25.0);
     table.row("MtlRenderStats, the same", "renderStatsSampler", "virtualCall", peer, 25.0);
+    table.row("MtlWrapper, the same", "wrapperSampler", "virtualCall", peer, 25.0);
     table.row("MtlMulti, last of 100 ids", "multiLastId", "virtualCall", peer, 100.0);
     table.row("MtlMulti, the same hit again", "multiSecondAsk", "virtualCall", peer, 12.0);
     return 0;
