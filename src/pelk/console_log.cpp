@@ -1,50 +1,47 @@
 #include "pelk/console_log.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <string>
 
 namespace Tarnkit {
 
-namespace {
-
-void print(StatusLine& status, const char* level, const char* format, va_list arguments) {
-    char text[4096];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    status.print(std::string(level) + text);
+void ConsoleLog::add(const char* level, Tone tone, bool shown, const char* format,
+                     va_list arguments) {
+    char buffer[4096];
+    std::vsnprintf(buffer, sizeof buffer, format, arguments);
+    std::string text = buffer;
+    while (text.ends_with('\n'))
+        text.pop_back();
+    diagnostics.add(level + text);
+    if (shown)
+        status.print(ConsoleText().add(level, tone).add(text));
 }
 
-}  // namespace
-
 void ConsoleLog::debug(const char* format, ...) {
-    if (!verbose)
-        return;
     va_list arguments;
     va_start(arguments, format);
-    print(status, "debug: ", format, arguments);
+    add("debug: ", Tone::Detail, verbose, format, arguments);
     va_end(arguments);
 }
 
 void ConsoleLog::info(const char* format, ...) {
-    if (!verbose)
-        return;
     va_list arguments;
     va_start(arguments, format);
-    print(status, "", format, arguments);
+    add("", Tone::Plain, verbose, format, arguments);
     va_end(arguments);
 }
 
 void ConsoleLog::warning(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    print(status, "warning: ", format, arguments);
+    add("warning: ", Tone::Warning, true, format, arguments);
     va_end(arguments);
 }
 
 void ConsoleLog::error(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    print(status, "error: ", format, arguments);
+    add("error: ", Tone::Error, true, format, arguments);
     va_end(arguments);
 }
 

@@ -1,15 +1,19 @@
 #pragma once
 
+#include <cstdarg>
+
 #include "frame/renderer.h"
+#include "pelk/diagnostics.h"
 #include "pelk/status_line.h"
 
 namespace Tarnkit {
 
-/// Messages of the host and its plug-ins, as lines on standard error. May be called from any
-/// thread. Without `verbose`, only warnings and errors are shown.
+/// Messages of the host and its plug-ins, as lines on standard error and in the debug log. May be
+/// called from any thread. Without `verbose`, only warnings and errors are shown.
 class ConsoleLog final : public MessageLog {
 public:
-    ConsoleLog(StatusLine& statusLine, bool verboseLog) : status(statusLine), verbose(verboseLog) {}
+    ConsoleLog(StatusLine& statusLine, const Diagnostics& debugLog, bool verboseLog)
+        : status(statusLine), diagnostics(debugLog), verbose(verboseLog) {}
 
     bool isVerbose() const { return verbose; }
 
@@ -20,7 +24,10 @@ public:
     void finish() override {}
 
 private:
+    void add(const char* level, Tone tone, bool shown, const char* format, va_list arguments);
+
     StatusLine& status;
+    const Diagnostics& diagnostics;
     const bool verbose;
 };
 

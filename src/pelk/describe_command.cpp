@@ -25,7 +25,7 @@ struct DescribeOptions {
     std::string scene, instance;
     std::string section = "MaterialDescriptor";
     std::vector<std::string> overrides;
-    bool verbose = false;
+    LogOptions log;
 };
 
 /// The instance's face for descriptions; null with a text that says what is wrong.
@@ -46,14 +46,18 @@ RTMtlInterface* findMaterial(const Scene& scene, const std::string& name, std::s
 }
 
 ExitCode run(const DescribeOptions& options) {
+    Diagnostics diagnostics;
     StatusLine status;
-    ConsoleLog log(status, options.verbose);
+    ConsoleLog log(status, diagnostics, options.log.verbose);
     std::string error;
-    const auto fail = [&status](const std::string& text) {
-        status.print("pelk: " + text);
+    const auto fail = [&](const std::string& text) {
+        diagnostics.add("pelk: " + text);
+        status.print(complaint(text));
         return ExitCode::BadInput;
     };
 
+    if (options.log.debugLog && !diagnostics.keepIn(*options.log.debugLog, error))
+        return fail(error);
     HostSession session;
     if (!loadModules(session, options.plugins, log, error))
         return fail(error);
@@ -89,7 +93,7 @@ void addDescribeCommand(CLI::App& program, ExitCode& exitCode) {
         ->capture_default_str();
     addSetOption(*command, options->overrides);
     options->plugins.addTo(*command);
-    command->add_flag("-v,--verbose", options->verbose, "Tell more, on standard error");
+    options->log.addTo(*command);
     command->callback([options, &exitCode] { exitCode = run(*options); });
 }
 

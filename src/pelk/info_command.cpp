@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
-#include <cstdio>
 #include <memory>
 #include <string>
 
 #include "pelk/commands.h"
+#include "pelk/console_text.h"
 #include "pelk/json_output.h"
 #include "pelk/plugin_options.h"
 #include "render/host_session.h"
@@ -121,27 +121,29 @@ std::string plain(const Json& value) {
 }
 
 void printText(const PluginKind& kind, const Json& info) {
-    std::printf("%s, id %u, %s\n", kind.getName(), kind.desc->getPluginID(),
-                kind.library.empty() ? "part of this program" : kind.library.c_str());
-    std::printf("Interfaces:");
+    ConsoleText text;
+    text.add(kind.getName(), Tone::Heading)
+        .addf(", id %u, %s\nInterfaces:", kind.desc->getPluginID(),
+              kind.library.empty() ? "part of this program" : kind.library.c_str());
     for (const Json& name : info["interfaces"])
-        std::printf(" %s", name.get<std::string>().c_str());
-    std::printf("\n\nParameters\n");
+        text.add(" " + name.get<std::string>());
+    text.add("\n\n").add("Parameters", Tone::Heading).add("\n");
     for (const Json& parameter : info["parameters"]) {
         std::string type = plain(parameter["type"]);
         if (!parameter["interface"].is_null())
             type += " with " + plain(parameter["interface"]);
         if (parameter["list"].get<bool>())
             type = "list of " + type;
-        std::printf("  %s: %s", parameter["name"].get<std::string>().c_str(), type.c_str());
+        text.add("  ").add(parameter["name"].get<std::string>(), Tone::Good).add(": " + type);
         if (!parameter["default"].is_null())
-            std::printf(", default %s", parameter["default"].dump().c_str());
-        std::printf("\n");
-        for (const char* text : {"description", "guide"}) {
-            if (!parameter[text].is_null())
-                std::printf("      %s\n", plain(parameter[text]).c_str());
+            text.add(", default " + parameter["default"].dump());
+        text.add("\n");
+        for (const char* key : {"description", "guide"}) {
+            if (!parameter[key].is_null())
+                text.add("      " + plain(parameter[key]) + "\n");
         }
     }
+    print(Stream::Output, text);
 }
 
 ExitCode run(const InfoOptions& options) {
@@ -149,11 +151,11 @@ ExitCode run(const InfoOptions& options) {
     session.loadModules(options.plugins.searchPath(), nullptr);
     const PluginKind* const kind = session.findKind(options.name);
     if (!kind) {
-        std::fprintf(stderr, "pelk: there is no plug-in \"%s\"%s\n", options.name.c_str(),
-                     nearestKind(session, options.name).c_str());
+        ConsoleText text = complaint("there is no plug-in \"" + options.name + "\"" +
+                                     nearestKind(session, options.name) + "\n");
         for (const RejectedLibrary& library : session.getRejected())
-            std::fprintf(stderr, "  not loaded: %s: %s\n", library.path.c_str(),
-                         library.reason.c_str());
+            text.add("  not loaded: " + library.path + ": " + library.reason + "\n");
+        print(Stream::Error, text);
         return ExitCode::BadInput;
     }
     const Json info = describeKind(session, *kind);

@@ -1,8 +1,8 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <memory>
 
 #include "pelk/commands.h"
+#include "pelk/console_text.h"
 #include "pelk/json_output.h"
 #include "pelk/plugin_options.h"
 #include "render/host_session.h"
@@ -30,21 +30,24 @@ void printLists(const HostSession& session) {
 }
 
 void printText(const HostSession& session) {
+    ConsoleText text;
     const PluginKind* last = nullptr;
     for (const PluginKind* kind : session.getKinds()) {
         if (!last || last->library != kind->library)
-            std::printf("%s%s\n", last ? "\n" : "",
-                        kind->library.empty() ? "Part of this program" : kind->library.c_str());
+            text.add(last ? "\n" : "")
+                .add(kind->library.empty() ? "Part of this program" : kind->library, Tone::Heading)
+                .add("\n");
         last = kind;
-        std::printf("  %-20s %10u ", kind->getName(), kind->desc->getPluginID());
+        text.addf("  %-20s %10u ", kind->getName(), kind->desc->getPluginID());
         for (const char* name : session.getInterfaceNames(*kind))
-            std::printf(" %s", name);
-        std::printf("\n");
+            text.addf(" %s", name);
+        text.add("\n");
     }
     if (!session.getRejected().empty())
-        std::printf("\nRefused\n");
+        text.add("\n").add("Refused", Tone::Warning).add("\n");
     for (const RejectedLibrary& library : session.getRejected())
-        std::printf("  %s: %s\n", library.path.c_str(), library.reason.c_str());
+        text.add("  " + library.path + ": " + library.reason + "\n");
+    print(Stream::Output, text);
 }
 
 }  // namespace

@@ -1,17 +1,18 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <exception>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "frame/exception_msg.h"
 #include "pelk/commands.h"
+#include "pelk/console_text.h"
 #include "render/spelling.h"
 
 namespace {
 
-using Tarnkit::ExitCode;
+using namespace Tarnkit;
 
 constexpr char kFooter[] =
     "\nA first picture:\n"
@@ -30,7 +31,7 @@ std::string checkCommand(const CLI::App& program, int argc, char** argv) {
     if (std::find(names.begin(), names.end(), word) != names.end())
         return {};
     const std::vector<std::string_view> views(names.begin(), names.end());
-    return "there is no command \"" + std::string(word) + "\"" + Tarnkit::didYouMean(word, views);
+    return "there is no command \"" + std::string(word) + "\"" + didYouMean(word, views);
 }
 
 ExitCode run(int argc, char** argv) {
@@ -47,13 +48,17 @@ ExitCode run(int argc, char** argv) {
 
     const std::string wrongCommand = checkCommand(program, argc, argv);
     if (!wrongCommand.empty()) {
-        std::fprintf(stderr, "pelk: %s\nRun pelk --help for the commands.\n", wrongCommand.c_str());
+        print(Stream::Error, complaint(wrongCommand).add("\nRun pelk --help for the commands.\n"));
         return ExitCode::BadUsage;
     }
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? ExitCode::Done : ExitCode::BadUsage;
+        std::ostringstream answer, fault;
+        const int status = program.exit(error, answer, fault);
+        print(Stream::Output, answer.str());
+        print(Stream::Error, fault.str());
+        return status == 0 ? ExitCode::Done : ExitCode::BadUsage;
     }
     return exitCode;
 }
@@ -63,10 +68,10 @@ ExitCode run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return static_cast<int>(run(argc, argv));
-    } catch (const Tarnkit::ExceptionMsg& failure) {
-        std::fprintf(stderr, "pelk: %s\n", failure.text);
+    } catch (const ExceptionMsg& failure) {
+        print(Stream::Error, complaint(failure.text).add("\n"));
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "pelk: %s\n", failure.what());
+        print(Stream::Error, complaint(failure.what()).add("\n"));
     }
     return static_cast<int>(ExitCode::BadInput);
 }

@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -26,13 +25,14 @@ namespace {
 class RenderRun {
 public:
     explicit RenderRun(RenderCommandOptions& commandOptions)
-        : options(commandOptions), log(status, commandOptions.verbose) {}
+        : options(commandOptions), log(status, diagnostics, commandOptions.log.verbose) {}
 
     ExitCode run();
 
 private:
     ExitCode fail(ExitCode code, const std::string& text) {
-        status.print("pelk: " + text);
+        diagnostics.add("pelk: " + text);
+        status.print(complaint(text));
         return code;
     }
     ExitCode checkOutputs();
@@ -43,16 +43,19 @@ private:
     ExitCode report(const RenderResult& result, ExitCode code);
 
     RenderCommandOptions& options;
+    Diagnostics diagnostics;
     StatusLine status;
     ConsoleLog log;
     std::vector<std::string> written;  ///< full names of the pictures
 };
 
 ExitCode RenderRun::run() {
+    std::string error;
+    if (options.log.debugLog && !diagnostics.keepIn(*options.log.debugLog, error))
+        return fail(ExitCode::BadInput, error);
     if (const ExitCode code = checkOutputs(); code != ExitCode::Done)
         return code;
     HostSession session;
-    std::string error;
     if (!loadModules(session, options.plugins, log, error))
         return fail(ExitCode::BadInput, error);
     const auto scene = readScene(session, options.scene, options.overrides, error);
@@ -145,7 +148,7 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
                   -1);
     } else {
         for (const std::string& file : written)
-            std::printf("Wrote %s\n", file.c_str());
+            print(Stream::Output, ConsoleText().add("Wrote", Tone::Good).add(" " + file + "\n"));
         if (status.isTerminal())
             status.print(shortNumber(double(result.samples)) + " samples in " +
                          clockTime(result.seconds) + ", " +
@@ -158,7 +161,7 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
             "one of them",
             result.droppedSamples, result.droppedBy.c_str());
     if (result.stopped)
-        status.print("pelk: interrupted; the picture holds what was done by then");
+        status.print(complaint("interrupted; the picture holds what was done by then"));
     if (code != ExitCode::Done)
         return code;
     if (result.stopped)

@@ -94,7 +94,7 @@ void RenderCommandOptions::addTo(CLI::App& command) {
         ->check(CLI::CheckedTransformer(styles).description(""));
     command.add_flag("--strict", strict,
                      "Exit with 4 if colours that are not finite had to be left out");
-    command.add_flag("-v,--verbose", verbose, "Tell more, on standard error");
+    log.addTo(command);
     plugins.addTo(command);
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "pelk/diagnostics.h"
 #include "pelk/plugin_options.h"
 #include "render/render_job.h"
 
@@ -30,7 +31,7 @@ struct RenderCommandOptions {
     std::vector<std::string> overrides;
     ProgressStyle progress = ProgressStyle::Auto;
     bool strict = false;
-    bool verbose = false;
+    LogOptions log;
     PluginOptions plugins;
 
     void addTo(CLI::App& command);

@@ -1,12 +1,13 @@
 #include "pelk/status_line.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <utility>
 
-#include "platform/terminal.h"
+#include "platform/console.h"
 
 namespace Tarnkit {
 
-StatusLine::StatusLine() : terminal(platform::errorIsTerminal()) {}
+StatusLine::StatusLine() : terminal(platform::errorConsole().isTerminal()) {}
 
 StatusLine::~StatusLine() {
     show({});
@@ -20,20 +21,21 @@ std::string StatusLine::erased() const {
     return blanks;
 }
 
-void StatusLine::show(const std::string& text) {
+void StatusLine::show(std::string text) {
     if (!terminal)
         return;
+    // A line that went round the edge could not be taken back. The last column does that to some.
+    const int width = consoleWidth(Stream::Error) - 1;
+    text.resize(std::min(text.size(), static_cast<size_t>(std::max(width, 0))));
     const std::lock_guard lock(mutex);
-    std::fputs((erased() + text).c_str(), stderr);
-    shown = text;
+    Tarnkit::print(Stream::Error, erased() + text);
+    shown = std::move(text);
 }
 
-void StatusLine::print(std::string text) {
-    while (text.ends_with('\n'))
-        text.pop_back();
+void StatusLine::print(const ConsoleText& text) {
     const std::lock_guard lock(mutex);
-    // One write for all of it: what other processes print to the same place stays apart.
-    std::fputs((erased() + text + "\n" + shown).c_str(), stderr);
+    // One call for all of it: what other processes print to the same place stays apart.
+    Tarnkit::print(Stream::Error, ConsoleText(erased()).append(text).add("\n" + shown));
 }
 
 }  // namespace Tarnkit

@@ -3,6 +3,8 @@
 #include <mutex>
 #include <string>
 
+#include "pelk/console_text.h"
+
 namespace Tarnkit {
 
 /// Standard error, for all threads: whole lines of text and, on a terminal, a line below them that
@@ -16,10 +18,10 @@ public:
     StatusLine& operator=(const StatusLine&) = delete;
 
     bool isTerminal() const { return terminal; }
-    /// Rewrites the line below. Does nothing where there is no terminal.
-    void show(const std::string& text);
-    /// Prints a line of text; a line feed at its end is optional.
-    void print(std::string text);
+    /// Rewrites the line below, cut to the width of the terminal. Does nothing where there is none.
+    void show(std::string text);
+    /// Prints a line of text.
+    void print(const ConsoleText& text);
 
 private:
     std::string erased() const;

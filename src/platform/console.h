@@ -38,7 +38,10 @@ public:
 /// The console in use.
 PELK_API Console& console();
 
-/// Replaces it, null puts the standard output back.
+/// The standard error, for text that must not mix with results on the standard output.
+PELK_API Console& errorConsole();
+
+/// Replaces the one in use, null puts the standard output back.
 PELK_API void setConsole(Console* replacement);
 
 /// The sequence by which a terminal takes on these attributes, in `buffer` of at least 32 bytes.

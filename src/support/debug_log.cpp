@@ -20,10 +20,8 @@ struct CloseFile {
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 File openLog(int id, const char* mode) {
-    char directory[kPathSize];
-    getTempDirectory(directory, sizeof directory);
     char path[kPathSize + 32];
-    if (boundedFormat(path, sizeof path, "%s%spelk_dbg_log_%d", directory, "\\", id) < 0)
+    if (!getDebugLogPath(id, path, sizeof path))
         return nullptr;
     return File(std::fopen(platform::nativePath(path).c_str(), mode));
 }
@@ -48,6 +46,12 @@ void appendDebugLog(int id, const char* format, ...) {
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     std::fputs(text, file.get());
+}
+
+bool getDebugLogPath(int id, char* buffer, int size) {
+    char directory[kPathSize];
+    getTempDirectory(directory, sizeof directory);
+    return boundedFormat(buffer, size, "%s%spelk_dbg_log_%d", directory, "\\", id) >= 0;
 }
 
 void getTempDirectory(char* buffer, int size) {

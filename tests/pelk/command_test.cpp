@@ -4,6 +4,7 @@
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 namespace {
 
@@ -56,6 +57,47 @@ TEST(Command, BadUsageIsExplainedAndDoesNothing) {
         EXPECT_THAT(result.err, HasSubstr(c.says));
         EXPECT_EQ(pelk.directory.entryCount(), 1) << "something was written";
     }
+}
+
+TEST(Command, MessagesAreColouredForPeopleAlone) {
+    const struct {
+        const char* what;
+        bool terminal;
+        const char* noColor;
+        const char* says;
+    } cases[] = {
+        {"on a terminal", true, "", "\x1b[0;31mpelk:\x1b[0m ?[2J.json: no such scene file"},
+        {"on a terminal whose user refuses", true, "1", "pelk: ?[2J.json: no such scene file"},
+        {"in a file", false, "", "pelk: ?[2J.json: no such scene file"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Program pelk;
+        pelk.environment["NO_COLOR"] = c.noColor;
+        pelk.start({"render", "\x1b[2J.json"}, c.terminal);
+        const RunResult result = pelk.wait();
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.out, IsEmpty());
+        EXPECT_THAT(result.err, StartsWith(c.says));
+    }
+}
+
+TEST(Command, TheDebugLogKeepsAllMessages) {
+    Program pelk;
+    pelk.directory.write("s.json", smallScene());
+    pelk.environment["TMPDIR"] = pelk.directory.path.string();
+    pelk.environment["PELK_NUM_THREADS"] = "3";
+    pelk.directory.write("pelk_dbg_log_7", "of an earlier run");
+    const std::vector<std::string> words{"describe", "s.json", "mate", "--debug-log", "7"};
+    const RunResult result = pelk.run(words);
+    EXPECT_EQ(result.exitCode, 1);
+    const std::string log = pelk.directory.read("pelk_dbg_log_7");
+    EXPECT_THAT(log, StartsWith("pelk "));
+    for (const std::string& text : {std::string(" 3 threads\n"), result.err, std::string(" MB\n")})
+        EXPECT_THAT(log, HasSubstr(text));
+
+    pelk.environment["TMPDIR"] = pelk.directory.file("missing");
+    EXPECT_THAT(pelk.run(words).err, HasSubstr("cannot write the debug log"));
 }
 
 }  // namespace

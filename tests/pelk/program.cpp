@@ -25,6 +25,11 @@ void Program::becomeProgram(const std::vector<std::string>& words, const char* t
     redirect(terminal ? terminal : streams.file("err"), STDERR_FILENO);
     pluginPath.empty() ? unsetenv("PELK_PLUGIN_PATH")
                        : setenv("PELK_PLUGIN_PATH", pluginPath.c_str(), 1);
+    for (const char* ours : {"NO_COLOR", "PELK_NUM_THREADS", "PELK_USE_THREAD_AFFINITY"})
+        unsetenv(ours);
+    setenv("TERM", "xterm", 1);
+    for (const auto& [name, value] : environment)
+        setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> arguments{const_cast<char*>("pelk")};
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,8 @@ public:
         return wait();
     }
 
-    std::string pluginPath;  ///< value of PELK_PLUGIN_PATH; empty for none
+    std::string pluginPath;                          ///< value of PELK_PLUGIN_PATH; empty for none
+    std::map<std::string, std::string> environment;  ///< further variables
     TemporaryDirectory directory;
 
 private:

@@ -13,17 +13,17 @@ namespace Tarnkit::platform {
 
 namespace {
 
-constexpr int kOutput = STDOUT_FILENO;
-
-/// The standard output. A terminal does not tell its attributes, so they are kept here.
+/// A stream of the process. A terminal does not tell its attributes, so they are kept here.
 class StandardConsole final : public Console {
 public:
-    bool isValid() const override { return fcntl(kOutput, F_GETFD) != -1; }
-    bool isTerminal() const override { return isatty(kOutput); }
+    explicit constexpr StandardConsole(int descriptor) : stream(descriptor) {}
+
+    bool isValid() const override { return fcntl(stream, F_GETFD) != -1; }
+    bool isTerminal() const override { return isatty(stream); }
 
     bool getWindow(ConsoleWindow& window) const override {
         winsize size = {};
-        if (ioctl(kOutput, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0)
+        if (ioctl(stream, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0)
             return false;
         window = {0, 0, size.ws_col - 1, size.ws_row - 1};
         return true;
@@ -45,9 +45,9 @@ public:
     }
 
 private:
-    static void writeAll(std::string_view text) {
+    void writeAll(std::string_view text) const {
         while (!text.empty()) {
-            const ssize_t written = ::write(kOutput, text.data(), text.size());
+            const ssize_t written = ::write(stream, text.data(), text.size());
             if (written < 0 && errno == EINTR)
                 continue;
             if (written <= 0)
@@ -56,10 +56,12 @@ private:
         }
     }
 
+    const int stream;
     std::atomic<unsigned> attributes{kConsoleDefault};
 };
 
-constinit StandardConsole standardConsole;
+constinit StandardConsole standardConsole(STDOUT_FILENO);
+constinit StandardConsole standardError(STDERR_FILENO);
 constinit std::atomic<Console*> current{&standardConsole};
 
 /// Terminals count colours from red on, attributes from blue on.
@@ -72,6 +74,10 @@ unsigned terminalColor(unsigned attributes) {
 
 Console& console() {
     return *current.load();
+}
+
+Console& errorConsole() {
+    return standardError;
 }
 
 void setConsole(Console* replacement) {
