@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cctype>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -16,8 +14,7 @@
 #include "temporary_directory.h"
 
 using namespace Tarnkit;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using Pieces = std::vector<std::string>;
 
 namespace {
 
@@ -43,7 +40,7 @@ public:
 
     bool valid = true, terminal = true, hasWindow = true;
     unsigned attributes = 0x7;
-    std::vector<std::string> pieces;
+    Pieces pieces;
 };
 
 }  // namespace
@@ -56,77 +53,56 @@ TEST(BoundedFormatTest, TellsOverflowFromSuccess) {
         const char* kept;
     } cases[] = {
         {6, "12345", 5, "12345"}, {6, "123456", -1, "12345"}, {6, "1234567", -1, "12345"},
-        {1, "", 0, ""},           {1, "1", -1, ""},
+        {1, "", 0, ""},           {1, "1", -1, ""},           {0, "1", 0, "####"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);
-        char buffer[] = "##########";
+        char buffer[] = "####\0##";
         EXPECT_EQ(boundedFormat(buffer, c.size, "%s", c.text), c.result);
         EXPECT_STREQ(buffer, c.kept);
-        EXPECT_EQ(buffer[c.size], '#');
+        EXPECT_EQ(buffer[6], '#');
     }
-    char untouched[] = "x";
-    EXPECT_EQ(boundedFormat(untouched, 0, "%s", "y"), 0);
-    EXPECT_STREQ(untouched, "x");
 }
 
-TEST(ConsolePrintTest, SequencesBecomeAttributes) {
+TEST(ConsolePrintTest, SequencesBecomeAttributesOrNothing) {
     const std::string longSequence = "a\x1b[" + std::string(61, '1');
+    const std::string all = "\x1b[0;31mr\x1b[0;32mg\x1b[0;33my\x1b[0;34mb\x1b[1;34mB\x1b[0;35mm";
+    const std::string tooLong = "tarnkit_cprint: Incorrect ESC length!\n";
     const struct {
         const char* what;
         std::string text;
         unsigned attributes;
-        std::vector<std::string> pieces;
-        const char* complaint = "";
+        Pieces colored, plain;
+        std::string complaint = "";
     } cases[] = {
-        {"no sequence", "plain\n", 0x7, {"7:plain\n"}},
-        {"each colour",
-         "\x1b[0;31mr\x1b[0;32mg\x1b[0;33my\x1b[0;34mb\x1b[1;34mB\x1b[0;35mm",
-         0x7,
-         {"4:r", "2:g", "6:y", "3:b", "b:B", "5:m"}},
-        {"restored as it was", "a\x1b[0;31mb\x1b[0mc", 0xA, {"a:a", "4:b", "a:c"}},
-        {"the background stays", "\x1b[0;32mg\x1b[0mx", 0x97, {"92:g", "97:x"}},
-        {"an unknown colour changes nothing", "\x1b[0;31ma\x1b[0;36mb", 0x7, {"4:a", "4:b"}},
-        {"an unfinished sequence is dropped", "a\x1b[0;3", 0x7, {"7:a"}},
-        {"sequences alone", "\x1b[0;31m\x1b[0m", 0x7, {}},
-        {"63 characters are a sequence", longSequence.substr(0, 63) + "mb", 0x7, {"7:a", "7:b"}},
-        {"64 characters end the walk",
-         longSequence + "mb",
-         0x7,
-         {"7:a"},
-         "tarnkit_cprint: Incorrect ESC length!\n"},
-        {"an m outside a sequence is text", "m\x1b[0mm", 0x7, {"7:m", "7:m"}},
+        {"each colour", all, 7, {"4:r", "2:g", "6:y", "3:b", "b:B", "5:m"}, {"7:rgybBm"}},
+        {"restored as it was", "a\x1b[0;31mb\x1b[0mc", 0xA, {"a:a", "4:b", "a:c"}, {"a:abc"}},
+        {"the background stays", "\x1b[0;32mg\x1b[0mx", 0x97, {"92:g", "97:x"}, {"97:gx"}},
+        {"an unknown colour changes nothing",
+         "\x1b[0;31ma\x1b[0;36mb",
+         7,
+         {"4:a", "4:b"},
+         {"7:ab"}},
+        {"an unfinished sequence is dropped", "a\x1b[0;3", 7, {"7:a"}, {"7:a"}},
+        {"sequences alone", "\x1b[0;31m\x1b[0m", 7, {}, {"7:"}},
+        {"63 characters", longSequence.substr(0, 63) + "mb", 7, {"7:a", "7:b"}, {"7:ab"}},
+        {"64 characters end the walk", longSequence + "mb", 7, {"7:a"}, {"7:ab"}, tooLong},
+        {"an m outside a sequence is text", "m\x1b[0mm\n", 7, {"7:m", "7:m\n"}, {"7:mm\n"}},
+        {"no text", "", 7, {}, {}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        RecordingConsole console;
-        console.attributes = c.attributes;
-        testing::internal::CaptureStdout();
-        tarnkit_cprint(true, c.text.c_str());
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.complaint);
-        EXPECT_EQ(console.pieces, c.pieces);
-        EXPECT_EQ(console.attributes, c.attributes) << "a colour outlasts the print";
+        for (const bool colors : {true, false}) {
+            RecordingConsole console;
+            console.attributes = c.attributes;
+            testing::internal::CaptureStdout();
+            tarnkit_cprint(colors, c.text.c_str());
+            EXPECT_EQ(testing::internal::GetCapturedStdout(), colors ? c.complaint : "");
+            EXPECT_EQ(console.pieces, colors ? c.colored : c.plain);
+            EXPECT_EQ(console.attributes, c.attributes) << "a colour outlasts the print";
+        }
     }
-}
-
-TEST(ConsolePrintTest, WithoutColorsTheTextGoesOutInOnePiece) {
-    const struct {
-        const char* text;
-        const char* piece;
-    } cases[] = {
-        {"a\x1b[0;31mb\x1b[0mc", "7:abc"},
-        {"\x1b[0;31m\x1b[9;9;9m", "7:"},
-        {"a\x1b[0;3", "7:a"},
-    };
-    for (const auto& c : cases) {
-        RecordingConsole console;
-        tarnkit_cprint(false, c.text);
-        EXPECT_THAT(console.pieces, ElementsAre(c.piece));
-    }
-    RecordingConsole console;
-    tarnkit_cprint(false, "");
     tarnkit_cprint(true, nullptr);
-    EXPECT_THAT(console.pieces, IsEmpty());
 }
 
 TEST(ConsolePrintTest, NoConsoleIsSaidOnTheStandardOutput) {
@@ -135,14 +111,14 @@ TEST(ConsolePrintTest, NoConsoleIsSaidOnTheStandardOutput) {
     testing::internal::CaptureStdout();
     tarnkit_cprint(true, "lost");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "tarnkit_cprint: Invalid handle!\n");
-    EXPECT_THAT(console.pieces, IsEmpty());
+    EXPECT_EQ(console.pieces, Pieces());
 }
 
 TEST(ConsolePrintTest, FormattedTextOfAnyLength) {
     for (const int length : {1, 2047, 2048, 100000}) {
         RecordingConsole console;
         tarnkit_cprintf(true, "%*d", length, 7);
-        EXPECT_THAT(console.pieces, ElementsAre("7:" + std::string(length - 1, ' ') + "7"));
+        EXPECT_EQ(console.pieces, Pieces{"7:" + std::string(length - 1, ' ') + "7"});
     }
 }
 
@@ -155,6 +131,7 @@ TEST(ConsoleSizeTest, WindowEdgesAreInside) {
     EXPECT_EQ(getConsoleWidth(), 100);
     console.hasWindow = false;
     EXPECT_FALSE(getConsoleSize(&columns, &rows));
+    EXPECT_EQ(getConsoleWidth(), 100) << "as last known";
     console.hasWindow = true;
     console.valid = false;
     EXPECT_FALSE(getConsoleSize(&columns, &rows));
@@ -163,13 +140,12 @@ TEST(ConsoleSizeTest, WindowEdgesAreInside) {
 TEST(ConsoleColorsTest, OnTerminalsUnlessTheUserRefuses) {
     const struct {
         bool terminal;
-        const char* noColor;
-        const char* term;
+        const char *noColor, *term;
         bool colors;
     } cases[] = {
         {true, nullptr, "xterm", true},   {true, "", nullptr, true},
-        {false, nullptr, "xterm", false}, {true, "1", "xterm", false},
-        {true, nullptr, "dumb", false},
+        {true, "1", "xterm", false},      {true, nullptr, "dumb", false},
+        {false, nullptr, "xterm", false},
     };
     for (const auto& c : cases) {
         RecordingConsole console;
@@ -188,13 +164,10 @@ TEST(DebugLogTest, GrowsByAppendingAndIsEmptiedByClear) {
     EXPECT_EQ(directory.read("pelk_dbg_log_-3"), "one 1|two");
     EXPECT_EQ(directory.read("pelk_dbg_log_4"), std::string(1023, 'x'));
     clearDebugLog(-3);
-    clearDebugLog(5);
     EXPECT_EQ(directory.read("pelk_dbg_log_-3"), "");
-    EXPECT_EQ(directory.entryCount(), 3);
     const ScopedEnvironment missing("TMPDIR", directory.file("missing").c_str());
-    clearDebugLog(6);
     appendDebugLog(6, "nowhere to go");
-    EXPECT_EQ(directory.entryCount(), 3);
+    EXPECT_EQ(directory.entryCount(), 2);
 }
 
 TEST(DebugLogTest, TemporaryDirectoryHasNoSeparatorAtItsEnd) {
@@ -203,9 +176,8 @@ TEST(DebugLogTest, TemporaryDirectoryHasNoSeparatorAtItsEnd) {
         int size;
         const char* path;
     } cases[] = {
-        {"/a/b", 100, "/a/b"}, {"/a/b//", 100, "/a/b"}, {"/a/b\\/", 100, "/a/b"},
-        {"/", 100, "/"},       {"///", 100, "/"},       {"/a/b/", 6, "/a/b"},
-        {"/a/b/", 5, "/a/b"},  {"/a//", 4, "/a/"},      {"/a/b", 1, ""},
+        {"/a/b", 100, "/a/b"}, {"/a/b\\//", 100, "/a/b"}, {"///", 100, "/"},
+        {"/a/b/", 6, "/a/b"},  {"/a//", 4, "/a/"},        {"/a/b", 1, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.setting);
@@ -219,21 +191,15 @@ TEST(DebugLogTest, TemporaryDirectoryHasNoSeparatorAtItsEnd) {
 TEST(MachineInfoTest, PathsAndNames) {
     char path[4096], directory[4096], name[300];
     getModuleFilePath(path, sizeof path);
-    EXPECT_EQ(path, std::filesystem::read_symlink("/proc/self/exe"));
     EXPECT_TRUE(getModuleDirectory(directory, sizeof directory));
     EXPECT_EQ(directory, std::filesystem::path(path).parent_path().string() + "/");
     EXPECT_FALSE(getModuleDirectory(directory, 5)) << "no room for the path";
-    EXPECT_STREQ(directory, "");
-
     getOSName(name);
     EXPECT_STREQ(name, "Generic Microsoft(tm) Windows(tm)");
-    EXPECT_STREQ(getCachedOSName(), name);
 
     int size = sizeof name;
     ASSERT_EQ(getComputerName(name, &size), 0);
     EXPECT_EQ(size, static_cast<int>(std::strlen(name)) + 1);
-    for (const char* c = name; *c; ++c)
-        EXPECT_FALSE(std::isupper(static_cast<unsigned char>(*c)));
     for (int tooSmall : {size - 1, 0, -1}) {
         EXPECT_EQ(getComputerName(name, &tooSmall), -1);
         EXPECT_EQ(tooSmall, 0);
@@ -241,7 +207,6 @@ TEST(MachineInfoTest, PathsAndNames) {
 }
 
 TEST(MachineInfoTest, MemoryIsPlausibleAndRounded) {
-    EXPECT_GT(getTotalPhysicalMemoryMB(), 0);
     EXPECT_EQ(getTotalPhysicalMemoryMB() % 16, 0);
     EXPECT_GE(getTotalVirtualMemoryMB(), getTotalPhysicalMemoryMB());
     EXPECT_EQ(getTotalVirtualMemoryMB() % 4, 0);
@@ -254,12 +219,9 @@ TEST(MachineInfoTest, MemoryIsPlausibleAndRounded) {
     for (std::size_t i = 0; i < sizeof touched; i += 1024)
         touched[i] = 1;
     EXPECT_GE(getWorkingSetMB(), before + 12);
-
-    char text[100] = "x";
+    char text[100];
     EXPECT_TRUE(formatWorkingSet(text, sizeof text));
-    long long megabytes = 0;
-    EXPECT_EQ(std::sscanf(text, "Working set: %lld MB", &megabytes), 1);
-    EXPECT_GE(megabytes, before);
+    EXPECT_THAT(text, testing::MatchesRegex("Working set: [0-9]+ MB"));
     EXPECT_FALSE(formatWorkingSet(text, 12));
     EXPECT_FALSE(formatWorkingSet(text, 0));
 }
