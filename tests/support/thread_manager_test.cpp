@@ -433,7 +433,7 @@ TEST_F(ThreadManagerTest, DefaultThreadCount) {
 TEST_F(ThreadManagerTest, EndsItsThreadsRightBehindARunAndCanGoOn) {
     for (int i = 0; i < 20; ++i) {
         std::atomic<int> calls{0};
-        run(2, [&](int*, int*, int) { ++calls; });
+        run(2, [&](int*, int*, int) { meet(calls, 2); });
         i % 2 ? manager->terminateThreads(i % 4 == 1) : renewManager();
         EXPECT_EQ(calls, 2);
     }
