@@ -17,6 +17,11 @@ void ConsoleLog::add(const char* level, Tone tone, bool shown, const char* forma
         status.print(ConsoleText().add(level, tone).add(text));
 }
 
+void ConsoleLog::complain(const std::string& text) {
+    diagnostics.add("pelk: " + text);
+    status.print(complaint(text));
+}
+
 void ConsoleLog::debug(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);

@@ -17,6 +17,9 @@ public:
 
     bool isVerbose() const { return verbose; }
 
+    /// What is wrong with the command as a whole.
+    void complain(const std::string& text);
+
     void debug(const char* format, ...) override __attribute__((format(printf, 2, 3)));
     void warning(const char* format, ...) override __attribute__((format(printf, 2, 3)));
     void error(const char* format, ...) override __attribute__((format(printf, 2, 3)));

@@ -51,8 +51,7 @@ ExitCode run(const DescribeOptions& options) {
     ConsoleLog log(status, diagnostics, options.log.verbose);
     std::string error;
     const auto fail = [&](const std::string& text) {
-        diagnostics.add("pelk: " + text);
-        status.print(complaint(text));
+        log.complain(text);
         return ExitCode::BadInput;
     };
 

@@ -27,7 +27,7 @@ struct ProbeOptions {
     int samples = 0;
     std::vector<std::string> overrides;
     bool json = false;
-    bool verbose = false;
+    LogOptions log;
 
     RenderOptions forRender(const SceneSettings& settings) const;
 };
@@ -120,83 +120,89 @@ void printAsJson(const ProbeOptions& options, const RenderOptions& render,
 
 // ---- as text
 
-void printVector(const char* name, double x, double y, double z) {
-    std::printf("  %-20s  %g, %g, %g\n", name, x, y, z);
+void addVector(ConsoleText& text, const char* name, double x, double y, double z) {
+    text.addf("  %-20s  %g, %g, %g\n", name, x, y, z);
 }
 
-void printColor(const char* name, const Color& c) {
-    printVector(name, c.r, c.g, c.b);
+void addColor(ConsoleText& text, const char* name, const Color& c) {
+    addVector(text, name, c.r, c.g, c.b);
 }
 
-void printHit(const ProbedHit& hit) {
-    std::printf("Hit, by the ray through the middle of the pixel\n");
-    std::printf("  %-20s  %s (%s), triangle %u\n", "object", nameOf(hit.object).c_str(),
-                hit.object->getPluginTypeName(), hit.triangle);
-    std::printf("  %-20s  %g\n", "distance", hit.distance);
-    printVector("point", hit.point.x, hit.point.y, hit.point.z);
-    printVector("normal", hit.normal.x, hit.normal.y, hit.normal.z);
-    printVector("geometric normal", hit.geomNormal.x, hit.geomNormal.y, hit.geomNormal.z);
-    std::printf("  %-20s  %s\n", "side", hit.backSide ? "back" : "front");
-    std::printf("  %-20s  %g, %g\n", "uv", hit.uv.u, hit.uv.v);
+void addHit(ConsoleText& text, const ProbedHit& hit) {
+    text.add("Hit", Tone::Heading).add(", by the ray through the middle of the pixel\n");
+    text.addf("  %-20s  %s (%s), triangle %u\n", "object", nameOf(hit.object).c_str(),
+              hit.object->getPluginTypeName(), hit.triangle);
+    text.addf("  %-20s  %g\n", "distance", hit.distance);
+    addVector(text, "point", hit.point.x, hit.point.y, hit.point.z);
+    addVector(text, "normal", hit.normal.x, hit.normal.y, hit.normal.z);
+    addVector(text, "geometric normal", hit.geomNormal.x, hit.geomNormal.y, hit.geomNormal.z);
+    text.addf("  %-20s  %s\n", "side", hit.backSide ? "back" : "front");
+    text.addf("  %-20s  %g, %g\n", "uv", hit.uv.u, hit.uv.v);
 }
 
-void printTree(const MaterialTree& tree, int level) {
+void addTree(ConsoleText& text, const MaterialTree& tree, int level) {
     const std::string by = tree.parameter.empty() ? "" : tree.parameter + ": ";
-    std::printf("%*s%s%s (%s)%s\n", 2 * level, "", by.c_str(), nameOf(tree.plugin).c_str(),
-                tree.plugin->getPluginTypeName(), tree.seenAbove ? ", see above" : "");
+    text.addf("%*s%s%s (%s)%s\n", 2 * level, "", by.c_str(), nameOf(tree.plugin).c_str(),
+              tree.plugin->getPluginTypeName(), tree.seenAbove ? ", see above" : "");
     for (const MaterialTree& target : tree.references)
-        printTree(target, level + 1);
+        addTree(text, target, level + 1);
 }
 
-void printResults(const ProbedHit& hit) {
-    std::printf("\nResults, of that ray alone\n");
-    printColor("color", hit.color);
-    printColor("transparency", hit.transparency);
-    printColor("alpha", hit.alpha);
-    printColor("alpha transparency", hit.alphaTransparency);
+void addResults(ConsoleText& text, const ProbedHit& hit) {
+    text.add("\n").add("Results", Tone::Heading).add(", of that ray alone\n");
+    addColor(text, "color", hit.color);
+    addColor(text, "transparency", hit.transparency);
+    addColor(text, "alpha", hit.alpha);
+    addColor(text, "alpha transparency", hit.alphaTransparency);
 }
 
-void printChannels(const ProbeResult& result, int samples) {
-    std::printf("\nChannels, as the picture shows them with %d samples\n", samples);
+void addChannels(ConsoleText& text, const ProbeResult& result, int samples) {
+    text.add("\n").add("Channels", Tone::Heading);
+    text.addf(", as the picture shows them with %d samples\n", samples);
     for (const ProbedChannel& channel : result.channels) {
-        std::string text;
+        std::string numbers;
         const Json value = valueOf(channel);
         for (const Json& number : value.is_array() ? value : Json::array({value})) {
             char shown[32];
-            std::snprintf(shown, sizeof shown, "%s%g", text.empty() ? "" : ", ",
+            std::snprintf(shown, sizeof shown, "%s%g", numbers.empty() ? "" : ", ",
                           number.get<double>());
-            text += shown;
+            numbers += shown;
         }
-        std::printf("  %-20s  %s\n", channel.name.c_str(), text.c_str());
+        text.addf("  %-20s  %s\n", channel.name.c_str(), numbers.c_str());
     }
 }
 
 void printAsText(const ProbeOptions& options, const RenderOptions& render,
                  const ProbeResult& result, const MaterialTree* tree) {
-    std::printf("Pixel %d,%d of %s, %d x %d\n\n", options.pixel[0], options.pixel[1],
-                options.scene.c_str(), render.width, render.height);
+    ConsoleText text;
+    text.addf("Pixel %d,%d of %s, %d x %d\n\n", options.pixel[0], options.pixel[1],
+              options.scene.c_str(), render.width, render.height);
     if (result.hit)
-        printHit(*result.hit);
+        addHit(text, *result.hit);
     else
-        std::printf("The ray through the middle of the pixel hits nothing\n");
+        text.addf("The ray through the middle of the pixel hits nothing\n");
     if (tree) {
-        std::printf("\nMaterial\n");
-        printTree(*tree, 1);
-        printResults(*result.hit);
+        text.add("\n").add("Material", Tone::Heading).add("\n");
+        addTree(text, *tree, 1);
+        addResults(text, *result.hit);
     } else if (result.hit) {
-        std::printf("\nThe object has no material, and is black\n");
+        text.addf("\nThe object has no material, and is black\n");
     }
-    printChannels(result, render.samples);
+    addChannels(text, result, render.samples);
+    print(Stream::Output, text);
 }
 
 ExitCode run(const ProbeOptions& options) {
+    Diagnostics diagnostics;
     StatusLine status;
-    ConsoleLog log(status, options.verbose);
+    ConsoleLog log(status, diagnostics, options.log.verbose);
     std::string error;
-    const auto fail = [&status](ExitCode code, const std::string& text) {
-        status.print("pelk: " + text);
+    const auto fail = [&](ExitCode code, const std::string& text) {
+        log.complain(text);
         return code;
     };
+    if (options.log.debugLog && !diagnostics.keepIn(*options.log.debugLog, error))
+        return fail(ExitCode::BadInput, error);
     HostSession session;
     if (!loadModules(session, options.plugins, log, error))
         return fail(ExitCode::BadInput, error);
@@ -241,7 +247,7 @@ void addProbeCommand(CLI::App& program, ExitCode& exitCode) {
     addSetOption(*command, options->overrides);
     options->plugins.addTo(*command);
     command->add_flag("--json", options->json, "Print JSON");
-    command->add_flag("-v,--verbose", options->verbose, "Tell more, on standard error");
+    options->log.addTo(*command);
     command->callback([options, &exitCode] { exitCode = run(*options); });
 }
 

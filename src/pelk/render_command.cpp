@@ -31,8 +31,7 @@ public:
 
 private:
     ExitCode fail(ExitCode code, const std::string& text) {
-        diagnostics.add("pelk: " + text);
-        status.print(complaint(text));
+        log.complain(text);
         return code;
     }
     ExitCode checkOutputs();
@@ -161,7 +160,7 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
             "one of them",
             result.droppedSamples, result.droppedBy.c_str());
     if (result.stopped)
-        status.print(complaint("interrupted; the picture holds what was done by then"));
+        log.complain("interrupted; the picture holds what was done by then");
     if (code != ExitCode::Done)
         return code;
     if (result.stopped)
