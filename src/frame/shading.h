@@ -38,7 +38,10 @@ inline Vector mirrorDirection(const PelkContext& context) {
 /// Makes the ray of `newContext` the mirror ray of the hit, which leaves along `r`, with the
 /// derivatives of the direction mirrored alike.
 inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Vector r) {
-    const Vector h = normalizeGuarded(r - context.rayDir);
+    Vector h = r - context.rayDir;
+    const float len = length(h);
+    if (largestComponent(h) < len * 1e18f)  // not where the length has collapsed
+        h = {h.x / len, h.y / len, h.z / len};
     newContext.rayDerivX = mirrored(context.rayDerivX, h);
     newContext.rayDerivY = mirrored(context.rayDerivY, h);
     newContext.rayDir = newContext.rayDir2 = r;

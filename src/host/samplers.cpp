@@ -45,7 +45,7 @@ void traceOwnRay(PelkContext& context, BRDFSampler& brdf, int doDiffuse) {
         return;
     // The middle of the sampler's range: one that scatters wider than a line draws its own numbers.
     const Color weight = ray->spawnWeight * brdf.setupContext(context, *ray, 0.5f, sampler);
-    const bool refracted = ray->rayType & kRayRefract;
+    const bool refracted = ray->spawnFlags & kRayRefract;
     context.renderer->traceRay(*ray);
     const Color traced = ray->traceResult * weight;
     ray->releaseContext();

@@ -204,7 +204,7 @@ Pair operator*(Pair p, float s) {
 }
 
 /// Something measured on a surface, of which only the front's makes sense: other surfaces along a
-/// ray add nothing, and nothing dims it. Shows the mean over the samples of the front object.
+/// ray add nothing. Shows the mean over the samples of the front object.
 template <class Value>
 class MeasureChannel final : public HostChannel {
 public:
@@ -215,6 +215,10 @@ public:
             store(dst, load<Value>(dst) + load<Value>(src) * mean(weights));
         else if (!hasData)
             store(dst, load<Value>(src));
+    }
+    // Together with the weight by which the sum is divided in the end.
+    void multiplyData(void* data, const Color& weights, int) override {
+        store(data, load<Value>(data) * mean(weights));
     }
     void storePixel(int, int, void* pixel, Fragment* front, Fragment*, float weight,
                     int index) override {

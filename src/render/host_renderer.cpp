@@ -70,7 +70,7 @@ RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
     c->pathSeed = hash32(parent.pathSeed ^ (branch * 0x85ebca6bu + 0x68e31da4u));
     c->sampleIndex = parent.sampleIndex;
     c->numVolumes = parent.numVolumes;
-    std::copy_n(parent.volumes, parent.numVolumes, c->volumes);
+    std::copy_n(parent.volumes, parent.storedVolumes(), c->volumes);
     c->resultFragment = nullptr;
     return c;
 }
@@ -103,11 +103,16 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
     setNothing(c);
 }
 
+/// A ray whose direction is weighted against the lights must meet all that were sampled with a
+/// weight; light that nothing stops has none. Other rays meet what they may see.
+static bool meets(const RenderContext& c, const LightInterface& light) {
+    return c.bsdfDensity < 0.0f ? light.isVisibleTo(c.rayType, c.traceDepth) : light.castsShadows();
+}
+
 bool HostRenderer::meetLight(const RenderContext& c, double limit, LightHit& nearest) const {
     bool met = false;
     for (LightInterface* light : lightLoop.getFiniteLights()) {
-        // A ray whose direction is weighted against the lights must meet all that were sampled.
-        if (c.bsdfDensity < 0.0f && !light->isVisibleTo(c.rayType, c.traceDepth))
+        if (!meets(c, *light))
             continue;
         LightHit hit;
         if (light->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
@@ -137,7 +142,7 @@ Color HostRenderer::environmentAlong(RenderContext& c) const {
     for (LightInterface* light : lightLoop.getInfiniteLights()) {
         if (c.environment && light->isDome())
             continue;
-        if (c.bsdfDensity < 0.0f && !light->isVisibleTo(c.rayType, c.traceDepth))
+        if (!meets(c, *light))
             continue;
         LightHit hit;
         if (light->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
@@ -147,7 +152,9 @@ Color HostRenderer::environmentAlong(RenderContext& c) const {
 }
 
 void HostRenderer::evalEnvironment(PelkContext& context) {
-    context.resultColor = environmentAlong(hostContext(context));
+    RenderContext& c = hostContext(context);
+    const ScopedValue seenInFull(c.bsdfDensity, -1.0f);
+    c.resultColor = environmentAlong(c);
 }
 
 void HostRenderer::traceRay(PelkContext& context) {

@@ -3,6 +3,7 @@
 #include <numbers>
 
 #include "frame/samplers.h"
+#include "frame/surface_properties.h"
 #include "render/host_renderer.h"
 #include "render/sampling.h"
 
@@ -18,6 +19,14 @@ constexpr float kPi = std::numbers::pi_v<float>;
 /// The density that stands for certainty: of a light without extent.
 constexpr float kCertain = 1e18f;
 
+/// The density as samplers weight it against their own. A light whose rays nothing stops is not
+/// left to indirect rays, which something might stop.
+float densityForEval(const LightInterface& light, const LightSample& sample, float density) {
+    if (!(sample.density > 0.0f) || !light.castsShadows())
+        return kCertain;
+    return std::fmin(2.0f * kPi * density, kCertain);
+}
+
 }  // namespace
 
 void LightLoop::setLights(std::vector<LightInterface*> all) {
@@ -32,14 +41,15 @@ void LightLoop::setLights(std::vector<LightInterface*> all) {
     choice = lights.empty() ? 1.0f : static_cast<float>(visits) / static_cast<float>(lights.size());
 }
 
-/// The faces that a sampler shows to lights on the viewer's side and to lights beyond. A sampler may
-/// have one object for both sides, so a face is asked for anew before each use.
+/// The faces that a sampler shows to lights on the viewer's side and to lights beyond. A sampler
+/// may have one object for both sides, so a face is asked for anew before each use.
 class LightLoop::Faces {
 public:
     explicit Faces(BRDFSampler* only_) : only(only_) {}
 
     Faces(BSDFSampler* bsdf_, bool backSide)
-        : bsdf(bsdf_), viewerSide(backSide ? kBackSide : kFrontSide),
+        : bsdf(bsdf_),
+          viewerSide(backSide ? kBackSide : kFrontSide),
           farSide(backSide ? kFrontSide : kBackSide) {
         BRDFSampler* far = bsdf->getBRDF(farSide);
         BRDFSampler* viewer = bsdf->getBRDF(viewerSide);
@@ -69,8 +79,10 @@ void LightLoop::computeDirectLighting(Color& out, RenderContext& c, BSDFSampler*
     out = Color(0);
     const Faces faces(bsdf, c.backSide != 0);
     if (BRDFSampler* viewer = faces.viewer()) {
+        // What a matte is lit through says nothing of the surface that asks for indirect light.
+        const bool matte = c.surfaceProperties && c.surfaceProperties->matte_surface;
         Color white(1);
-        c.diffuseIsBlack = faces.isSingle() && viewer->getDiffuseColor(white) == Color(0);
+        c.diffuseIsBlack = !matte && faces.isSingle() && viewer->getDiffuseColor(white) == Color(0);
         run(out, c, faces);
     }
 }
@@ -116,7 +128,7 @@ void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& f
     const ScopedValue rayType(c.rayType, c.rayType | noSpecular);
     const ScopedValue normal(c.normal, face->getDiffuseNormal(c));
     out += face->eval(c, sample.direction, shadowed, unshadowed,
-                      hasExtent ? std::fmin(2.0f * kPi * density, kCertain) : kCertain, kEvalDiffuse | kEvalSpecular);
+                      densityForEval(light, sample, density), kEvalDiffuse | kEvalSpecular);
     face->multiplyLight(1.0f);
     face->lightFinished(static_cast<int>(index));
 }

@@ -1,4 +1,5 @@
 #include <numbers>
+#include <utility>
 
 #include "frame/surface_properties.h"
 #include "render/host_renderer.h"
@@ -19,7 +20,9 @@ bool facesIndirectLight(const PelkContext& c) {
 void PathGi::irradiance(Color& out, PelkContext& context) {
     RenderContext& c = hostContext(context);
     out = Color(0);
-    if (!enabled || c.diffuseIsBlack || !facesIndirectLight(c))
+    // Found out for one sampler, so it holds for the light that is asked for right after.
+    const bool unseen = std::exchange(c.diffuseIsBlack, false);
+    if (!enabled || unseen || !facesIndirectLight(c))
         return;
     float cosine;
     const Vector direction =
@@ -32,7 +35,9 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
     ray->traceDepth = c.traceDepth + 1;
     ray->giDepth = c.giDepth + 1;
     ray->rayDir = ray->rayDir2 = direction;
-    ray->bsdfDensity = usesLightMis(c) ? cosine * std::numbers::inv_pi_v<float> : -1.0f;
+    // A surface that leaves lights out of the weighting has had all their light from the light
+    // loop.
+    ray->bsdfDensity = usesLightMis(c) ? cosine * std::numbers::inv_pi_v<float> : 0.0f;
     ray->spawnWeight = Color(1);
     ray->rayWeight = c.rayWeight;
     ray->rayWeight2 = c.rayWeight2;
@@ -43,7 +48,9 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
 
 int PathGi::usesLightMis(PelkContext& context) {
     const bool matte = context.surfaceProperties && context.surfaceProperties->matte_surface;
-    return enabled && !matte && facesIndirectLight(context);
+    // Light without shadows comes from where no ray could meet it.
+    const bool shadowed = !(context.shadeFlags & kShadeNoShadows);
+    return enabled && !matte && shadowed && facesIndirectLight(context);
 }
 
 void PathGi::evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed) {

@@ -21,6 +21,7 @@ PelkContext* RenderContext::newSpawnedContext(int index, const Color& weight, u3
     spawned->giDepth = giDepth;
     spawned->rayDir = spawned->rayDir2 = direction;
     spawned->spawnWeight = weight;
+    spawned->spawnFlags = rayFlags;
     spawned->rayWeight = rayWeight * weight;
     spawned->rayWeight2 = rayWeight2 * weight;
     if (rayFlags & kRayRefract)
@@ -29,11 +30,13 @@ PelkContext* RenderContext::newSpawnedContext(int index, const Color& weight, u3
 }
 
 void RenderContext::crossSurface(const RenderContext& from) {
-    if (from.backSide) {
-        if (numVolumes > 0)
-            --numVolumes;
-    } else if (numVolumes < kMaxVolumes && from.surfaceVolume) {
-        volumes[numVolumes++] = from.surfaceVolume;
+    const bool leaves = (from.backSide != 0) != (from.flippedSide != 0);
+    if (!leaves) {
+        if (numVolumes < kMaxVolumes)
+            volumes[numVolumes] = from.surfaceVolume;
+        ++numVolumes;
+    } else if (numVolumes > 0) {
+        --numVolumes;
     }
 }
 
@@ -42,8 +45,8 @@ void RenderContext::computeDirectLighting(Color& out, BSDFSampler* sampler) {
 }
 
 PelkVolume* RenderContext::currentVolume(PelkVolume* skip) {
-    for (int i = numVolumes - 1; i >= 0; --i) {
-        if (volumes[i] != skip)
+    for (int i = storedVolumes() - 1; i >= 0; --i) {
+        if (volumes[i] && volumes[i] != skip)
             return volumes[i];
     }
     return nullptr;

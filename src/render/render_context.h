@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "frame/context.h"
 #include "frame/types.h"
 #include "render/mesh.h"
@@ -29,13 +31,15 @@ public:
     u32 skipObject = kNone, skipTriangle = kNone;  ///< the triangle that the ray leaves, if any
     float bsdfDensity = -1.0f;  ///< density of the direction per solid angle, to be weighted
                                 ///< against that of lights; below 0 if the ray sees lights in full
-    u32 pathSeed = 0;     ///< of the path's random numbers: the pixel and the way so far
-    u32 sampleIndex = 0;  ///< number of the path in its pixel
-    int numVolumes = 0;   ///< media that the ray has entered and not left
-    PelkVolume* volumes[kMaxVolumes];  // NOLINT: the first numVolumes are written before use
+    u32 pathSeed = 0;           ///< of the path's random numbers: the pixel and the way so far
+    u32 sampleIndex = 0;        ///< number of the path in its pixel
+    int numVolumes = 0;         ///< surfaces that the ray has entered and not left
+    PelkVolume* volumes[kMaxVolumes];  // NOLINT: their media; null where a surface has none
     RenderContext* nextFree = nullptr;
 
     RenderThread& thread() const;
+    /// How many of `volumes` are written.
+    int storedVolumes() const { return std::min(numVolumes, int{kMaxVolumes}); }
     /// Takes note that the ray, a refracted one, goes through the surface hit by `from`: it enters
     /// the surface's medium from the front and leaves the last one from the back.
     void crossSurface(const RenderContext& from);

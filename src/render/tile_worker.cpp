@@ -1,5 +1,6 @@
 #include "render/tile_worker.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "render/sampling.h"
@@ -83,26 +84,31 @@ void TileWorker::render(const PictureRect& tile) {
 
 void TileWorker::renderPixel(int x, int y) {
     const u32 seed = pixelSeed(x, y);
-    const double share = 1.0 / samples;
     FragmentList pixel{&region};
     auto* const total = static_cast<PKFragment*>(pixel.getFragment(kTagTotal));
     if (recorder)
         recorder->beginPixel();
     ColorSum color, alpha;
+    int kept = 0;
     RenderContext& c = *thread.takeContext();
     for (int sample = 0; sample < samples; ++sample) {
         if (!renderSample(c, x, y, seed, static_cast<u32>(sample))) {
             ++dropped;
             continue;
         }
+        ++kept;
         color.add(c.traceResult);
         alpha.add(c.traceAlpha);
         if (recorder)
-            recorder->endSample(c, static_cast<float>(share), pixel);
+            recorder->endSample(c, 1.0f / static_cast<float>(samples), pixel);
     }
     c.releaseContext();
+    // What was dropped is as if it had never been asked for.
+    if (recorder && kept < samples)
+        pixel.multiplyAll(static_cast<float>(samples) / static_cast<float>(std::max(kept, 1)));
     if (recorder)
         recorder->endPixel(pixel);
+    const double share = 1.0 / std::max(kept, 1);
     total->color = color.times(share);
     total->background = Color(0);
     total->alpha = alpha.times(share);

@@ -180,10 +180,12 @@ Color DiffuseBRDF::eval(PelkContext& context, const Vector& direction, Color& li
 }
 
 void DiffuseBRDF::traceForward(PelkContext& context, int doDiffuse) {
-    Color indirect;
-    if (doDiffuse)
-        context.renderer->sequenceData.giEngine->irradiance(indirect, context);
-    setResults(context, diffuse * indirect, Color(0), Color(1), Color(0));
+    Color scattered;
+    if (doDiffuse) {
+        context.renderer->sequenceData.giEngine->irradiance(scattered, context);
+        scattered = diffuse * scattered;
+    }
+    setResults(context, scattered, Color(0), Color(1), Color(0));
 }
 
 int DiffuseBRDF::getNumSamples(PelkContext&, int) {

@@ -135,6 +135,7 @@ PelkContext* FakeContext::newSpawnedContext(int index, const Color& weight, u32 
     context->traceDepth = traceDepth + 1;
     context->giDepth = giDepth;
     context->spawnWeight = weight;
+    context->spawnFlags = rayFlags;
     context->rayWeight = rayWeight * weight;
     context->rayWeight2 = rayWeight2 * weight;
     return context;
@@ -193,6 +194,7 @@ void expectRayAndHitAsBefore(const PelkContext& before, const PelkContext& conte
     SAME(rayWeight);
     SAME(rayWeight2);
     SAME(spawnWeight);
+    SAME(spawnFlags);
     SAME(environment);
     SAME(environmentPriority);
     SAME(hitMapping);
