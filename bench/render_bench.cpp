@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bare_path_tracer.h"
+#include "platform/debug_stream.h"
 #include "render/channel_kinds.h"
 #include "render/host_session.h"
 #include "render/render_job.h"
@@ -42,6 +43,7 @@ int main(int argc, char** argv) {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 5;
     const int size = 512, samples = argc > 2 ? std::atoi(argv[2]) : 16;
 
+    platform::setDebugSink([](const char*) {});  // threads come and go with each render
     HostSession session;
     session.loadModules(PELK_MODULE_DIR "/", nullptr);
     std::string error;

@@ -14,6 +14,7 @@
 #include "platform/file.h"
 #include "render/host_session.h"
 #include "render/image_output.h"
+#include "render/render_workers.h"
 #include "render/scene.h"
 #include "render/scene_reader.h"
 
@@ -36,7 +37,7 @@ private:
     }
     ExitCode checkOutputs();
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
-    RenderResult render(Scene& scene, const RenderOptions& render, Picture& picture);
+    RenderResult render(Scene& scene, RenderOptions render, Picture& picture);
     ExitCode write(const Scene& scene, const RenderOptions& render, const RenderResult& result,
                    Picture& picture);
     ExitCode report(const RenderResult& result, ExitCode code);
@@ -100,7 +101,7 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     return ExitCode::Done;
 }
 
-RenderResult RenderRun::render(Scene& scene, const RenderOptions& render, Picture& picture) {
+RenderResult RenderRun::render(Scene& scene, RenderOptions render, Picture& picture) {
     TerminalProgress terminalProgress(status);
     JsonProgress jsonProgress;
     RenderProgress* progress = nullptr;
@@ -108,6 +109,11 @@ RenderResult RenderRun::render(Scene& scene, const RenderOptions& render, Pictur
         progress = &jsonProgress;
     else if (options.progress == ProgressStyle::Auto && status.isTerminal())
         progress = &terminalProgress;
+    const OwnedThreadManager manager(newThreadManager());
+    manager->setLowPriority(options.nice);
+    if (options.nice)
+        log.info("At a priority below normal");
+    render.manager = manager.get();
     const InterruptGuard interrupt;
     const RenderResult result =
         renderScene(scene, render, &log, progress, interrupt.wasRequested(), picture);

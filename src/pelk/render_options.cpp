@@ -12,6 +12,14 @@ namespace {
 
 constexpr int kMaxThreads = 1024;
 
+constexpr char kEnvironment[] =
+    "\nEnvironment:\n"
+    "  PELK_NUM_THREADS          Threads to render on, if --threads does not say\n"
+    "  PELK_USE_THREAD_AFFINITY  0: do not bind threads to the nodes of a machine that has "
+    "several\n"
+    "  NO_COLOR                  Not empty: no colours on the terminal\n"
+    "Ctrl-C finishes the tiles in work and writes what there is.";
+
 void parseRegion(const std::string& text, RenderCommandOptions& options) {
     std::array<int, 4> corners{};
     if (parseNumbers(text, ',', corners))
@@ -72,7 +80,9 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
 void RenderCommandOptions::addTo(CLI::App& command) {
     command.add_option("SCENE", scene, "Scene file")->required()->type_name("");
     addPictureOptions(command, *this);
-    command.add_option("--threads", threads, "Threads to render on; otherwise all processors")
+    command
+        .add_option("--threads", threads,
+                    "Threads to render on; otherwise PELK_NUM_THREADS, or one for each processor")
         ->type_name("N")
         ->check(numbersTo(kMaxThreads));
     command
@@ -81,6 +91,7 @@ void RenderCommandOptions::addTo(CLI::App& command) {
         ->type_name("N")
         ->check(numbersTo(kMaxTileSize))
         ->capture_default_str();
+    command.add_flag("--nice", nice, "Render at a priority below normal, behind other programs");
     addSetOption(command, overrides);
     const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
                                                       {"json", ProgressStyle::JsonLines},
@@ -96,6 +107,7 @@ void RenderCommandOptions::addTo(CLI::App& command) {
                      "Exit with 4 if colours that are not finite had to be left out");
     log.addTo(command);
     plugins.addTo(command);
+    command.footer(kEnvironment);
 }
 
 bool choosePixels(const RenderCommandOptions& options, int width, int height, PictureRect& pixels,

@@ -30,6 +30,7 @@ struct RenderCommandOptions {
     std::vector<std::string> channels;
     std::vector<std::string> overrides;
     ProgressStyle progress = ProgressStyle::Auto;
+    bool nice = false;
     bool strict = false;
     LogOptions log;
     PluginOptions plugins;

@@ -14,13 +14,12 @@ namespace Tarnkit {
 
 namespace {
 
-/// Counts what has been rendered, and hands the tiles of a rectangle to the threads.
+/// Hands the tiles of a rectangle to the threads.
 class TileQueue {
 public:
-    TileQueue(const PictureRect& area_, int tileSize_, const std::atomic<bool>& stop_)
+    TileQueue(const PictureRect& area_, int tileSize_)
         : area(area_),
           tileSize(tileSize_),
-          stop(stop_),
           columns(tilesIn(area.x1 - area.x0)),
           count(columns * tilesIn(area.y1 - area.y0)) {}
 
@@ -29,10 +28,8 @@ public:
         return {0, 0, std::min(tileSize, area.x1 - area.x0), std::min(tileSize, area.y1 - area.y0)};
     }
 
-    /// The next tile; false if there is none or the render is to stop.
+    /// The next tile; false if there is none.
     bool next(PictureRect& tile) {
-        if (stop.load(std::memory_order_relaxed) || failed.load(std::memory_order_relaxed))
-            return false;
         const int index = taken.fetch_add(1, std::memory_order_relaxed);
         if (index >= count)
             return false;
@@ -43,18 +40,13 @@ public:
         return true;
     }
 
-    /// Lets the other threads end too.
-    void fail() { failed.store(true, std::memory_order_relaxed); }
-
 private:
     int tilesIn(int pixels) const { return (pixels + tileSize - 1) / tileSize; }
 
     const PictureRect area;
     const int tileSize;
-    const std::atomic<bool>& stop;
     const int columns, count;
     std::atomic<int> taken{0};
-    std::atomic<bool> failed{false};
 };
 
 std::string nameOf(PluginInterface* face) {
@@ -62,62 +54,40 @@ std::string nameOf(PluginInterface* face) {
     return plugin->getPluginName() ? plugin->getPluginName() : "";
 }
 
-/// Passes the progress of all threads on, one call at a time and not too often.
-class ProgressMeter {
-public:
-    using Clock = std::chrono::steady_clock;
-
-    ProgressMeter(RenderProgress* progress_, long long total_)
-        : progress(progress_), total(total_) {}
-
-    void add(long long samples) {
-        const std::lock_guard lock(mutex);
-        done += samples;
-        const auto now = Clock::now();
-        if (progress && (now >= nextCall || done == total)) {
-            nextCall = now + std::chrono::milliseconds(200);
-            progress->update(done, total, seconds());
-        }
-    }
-
-    double seconds() const { return std::chrono::duration<double>(Clock::now() - start).count(); }
-    long long getDone() const { return done; }
-
-private:
-    RenderProgress* progress;
-    const long long total;
-    const Clock::time_point start = Clock::now();
-    std::mutex mutex;
-    long long done = 0;
-    Clock::time_point nextCall = start;
-};
-
+/// Renders a rectangle on the threads of a group. `samples`, `seconds` and `stopped` of the result
+/// tell how far that came.
 void renderTiles(RenderSetup& setup, const RenderOptions& options, const PictureRect& area,
-                 int threads, RenderProgress* progress, const std::atomic<bool>& stop,
-                 Picture& picture, RenderResult& result) {
-    TileQueue queue(area, options.tileSize, stop);
-    ProgressMeter meter(progress,
-                        (long long)(area.x1 - area.x0) * (area.y1 - area.y0) * options.samples);
+                 WorkerGroup group, RenderProgress* progress, Picture& picture,
+                 RenderResult& result) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point start = Clock::now();
+    const auto total = (long long)(area.x1 - area.x0) * (area.y1 - area.y0) * options.samples;
+    const auto tell = [&](long long samples) {
+        result.samples = samples;
+        result.seconds = std::chrono::duration<double>(Clock::now() - start).count();
+        if (progress)
+            progress->update(samples, total, result.seconds);
+    };
+    // Threads count pixels, as samples can be more than an int holds.
+    group.report = [&](int pixels) { tell((long long)pixels * options.samples); };
+    TileQueue queue(area, options.tileSize);
     std::mutex mutex;
-    runWorkers(threads, [&](int index) {
-        try {
-            TileWorker worker(setup, options.samples, queue.largest(), index);
-            for (PictureRect tile; queue.next(tile);) {
-                worker.render(tile);
-                picture.copyTile(worker.getRegion());
-                meter.add((long long)(tile.x1 - tile.x0) * (tile.y1 - tile.y0) * options.samples);
-            }
-            const std::lock_guard lock(mutex);
-            result.droppedSamples += worker.getDropped();
-            if (worker.getBadObject())
-                result.droppedBy = nameOf(worker.getBadObject()->material);
-        } catch (...) {
-            queue.fail();
-            throw;
+    int pixelsDone = 0;
+    runWorkers(group, [&](Worker& thread) {
+        TileWorker worker(setup, options.samples, queue.largest(), thread.getThreadIndex());
+        for (PictureRect tile; !thread.mustStop() && queue.next(tile);) {
+            worker.render(tile);
+            picture.copyTile(worker.getRegion());
+            thread.count((tile.x1 - tile.x0) * (tile.y1 - tile.y0));
         }
+        const std::lock_guard lock(mutex);
+        pixelsDone += thread.getCounted();
+        result.droppedSamples += worker.getDropped();
+        if (worker.getBadObject())
+            result.droppedBy = nameOf(worker.getBadObject()->material);
     });
-    result.samples = meter.getDone();
-    result.seconds = meter.seconds();
+    tell((long long)pixelsDone * options.samples);
+    result.stopped = result.samples < total;
 }
 
 }  // namespace
@@ -126,7 +96,7 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
                          RenderProgress* progress, const std::atomic<bool>& stop,
                          Picture& picture) {
     RenderResult result;
-    const int threads = options.threads > 0 ? options.threads : defaultWorkerCount();
+    const int threads = options.threads > 0 ? options.threads : getNumThreads();
     const PictureRect whole{0, 0, options.width, options.height};
     const PictureRect area = options.region.isEmpty() ? whole : options.region;
     try {
@@ -134,8 +104,11 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
         if (!setup.prepare(result.error))
             return result;
         picture.begin(options.width, options.height, setup.channels.getList());
-        renderTiles(setup, options, area, threads, progress, stop, picture, result);
-        result.stopped = stop.load();
+        const OwnedThreadManager own(options.manager ? nullptr : newThreadManager());
+        ThreadManager& manager = options.manager ? *options.manager : *own;
+        renderTiles(setup, options, area,
+                    {.manager = manager, .threads = threads, .stop = stop, .log = log}, progress,
+                    picture, result);
         result.ok = true;
     } catch (const ExceptionMsg& failure) {
         result.error = failure.text;

@@ -10,6 +10,7 @@ namespace Tarnkit {
 
 class MessageLog;
 class Scene;
+class ThreadManager;
 
 /// A rectangle of pixels; x1 and y1 lie outside.
 struct PictureRect {
@@ -21,16 +22,17 @@ struct PictureRect {
 struct RenderOptions {
     int width = 0, height = 0;          ///< of the whole picture
     int samples = 16;                   ///< per pixel
-    int threads = 0;                    ///< 0: one per processor
+    int threads = 0;                    ///< 0: as many as getNumThreads() says
     PictureRect region;                 ///< what to render; empty stands for the whole picture
     int tileSize = 32;                  ///< pixels on a side of what a thread renders at a time
     std::vector<std::string> channels;  ///< names beyond those that the scene asks for
+    ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };
 
 /// The largest RenderOptions::tileSize.
 inline constexpr int kMaxTileSize = 4096;
 
-/// How far a render has come. Called now and then, from one thread.
+/// How far a render has come. Called now and then and at the end, on the thread of renderScene.
 class RenderProgress {
 public:
     virtual ~RenderProgress() = default;

@@ -179,6 +179,19 @@ TEST_F(RenderCommand, ColoursWithoutANumberAreErrorsOnlyIfAskedFor) {
         EXPECT_TRUE(std::isfinite(value));
 }
 
+TEST_F(RenderCommand, ThreadsAreAsTheUserWantsAndToldOnDemand) {
+    pelk.environment = {{"PELK_NUM_THREADS", "3"},
+                        {"PELK_USE_THREAD_AFFINITY", "0"},
+                        {"TMPDIR", directory.path.string()}};
+    const RunResult result = render({"s.json", "--verbose", "--nice", "--debug-log", "0"});
+    EXPECT_EQ(result.exitCode, 0);
+    for (const char* text : {"priority below normal", "3 threads, which the system places"})
+        EXPECT_THAT(result.err, HasSubstr(text));
+    EXPECT_THAT(directory.read("pelk_dbg_log_0"),
+                HasSubstr("[WinThreadManager] All threads terminated"));
+    EXPECT_THAT(render({"s.json", "-v", "--threads", "2"}).err, HasSubstr("2 threads, which"));
+}
+
 TEST_F(RenderCommand, CtrlCWritesWhatIsDone) {
     pelk.start({"render", "s.json", "-o", "a.exr", "--size", "2048x2048", "--spp", "256",
                 "--progress=json"});
