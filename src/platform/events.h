@@ -1,7 +1,6 @@
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
 
 #include "platform/api.h"
 
@@ -27,9 +26,10 @@ public:
     bool waitFor(int milliseconds);
 
 private:
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool isSet = false;
+    bool take();
+
+    std::atomic<int> signalled{0};
+    std::atomic<int> waiters{0};
     const Reset resetKind;
 };
 
