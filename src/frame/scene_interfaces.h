@@ -38,7 +38,8 @@ class PELK_API SurfaceFrameInterface : public PluginInterface {
 public:
     u64 getInterfaceID() const override { return EXT_SURFACE_FRAME; }
     const char* getInterfaceName() const override { return "EXT_SURFACE_FRAME"; }
-    /// `channel`: the set of texture coordinates, -1 for the first.
+    /// The map from the world to the space of u, v and the normal: its inverse has the directions
+    /// in which they grow as columns. `channel`: the set of texture coordinates, -1 for the first.
     virtual Transform getSurfaceFrame(PelkContext& context, int channel) = 0;
 };
 

@@ -58,7 +58,8 @@ public:
     const char* getInterfaceName() const override { return "EXT_UVWGEN"; }
     /// Texture coordinates at the hit.
     virtual Vector getUVW(PelkContext& context) = 0;
-    /// The axes along which u, v and w grow; `valid` becomes 0 if there are none at the hit.
+    /// The map from the world to texture coordinates, as SurfaceFrameInterface gives it; `valid`
+    /// becomes 0 if there is none at the hit.
     virtual Transform getTangentFrame(PelkContext& context, int& valid) = 0;
 };
 

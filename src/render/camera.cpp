@@ -10,14 +10,21 @@ namespace Tarnkit {
 
 namespace {
 
-using Params = CameraPerspective::Params;
+constexpr ParamTable kViewParams{
+    colorParam("position", &CameraParams::position, Color(0, 0, 5), "Where the camera stands"),
+    colorParam("target", &CameraParams::target, Color(0),
+               "What stands in the middle of the picture"),
+    colorParam("up", &CameraParams::up, Color(0, 1, 0), "Direction that is up in the picture"),
+};
 
-constexpr ParamTable kParams{
-    colorParam("position", &Params::position, Color(0, 0, 5), "Where the camera stands"),
-    colorParam("target", &Params::target, Color(0), "What stands in the middle of the picture"),
-    colorParam("up", &Params::up, Color(0, 1, 0), "Direction that is up in the picture"),
-    floatParam("fov", &Params::fov, 45.0f,
+constexpr ParamTable kPerspectiveParams{
+    floatParam("fov", &CameraPerspective::Params::fov, 45.0f,
                "Full angle of view across the picture's width, in degrees"),
+};
+
+constexpr ParamTable kOrthographicParams{
+    floatParam("width", &CameraOrthographic::Params::width, 2.0f,
+               "How much of the scene the picture's width shows"),
 };
 
 Vector toVector(Color c) {
@@ -26,38 +33,63 @@ Vector toVector(Color c) {
 
 }  // namespace
 
-CameraPerspective::CameraPerspective(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
-    kParams.bind(paramList, params);
+// ---- what all cameras have
+
+HostCamera::HostCamera(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+    kViewParams.bind(paramList, view);
 }
 
-void CameraPerspective::addParameters(PelkParameterListDesc& list) {
-    kParams.addTo(list);
+void HostCamera::addParameters(PelkParameterListDesc& list) {
+    kViewParams.addTo(list);
 }
 
-PluginInterface* CameraPerspective::getInterface(u64 id) {
+PluginInterface* HostCamera::getInterface(u64 id) {
     if (id == EXT_CAMERA)
         return static_cast<CameraInterface*>(this);
     return PelkPlugin::getInterface(id);
 }
 
-bool CameraPerspective::prepare(int width, int height, std::string& error) {
-    const Vector away = toVector(params.position - params.target);
-    const Vector across = cross(toVector(params.up), away);
+bool HostCamera::place(int width, int height, std::string& error) {
+    const Vector away = toVector(view.position - view.target);
+    const Vector across = cross(toVector(view.up), away);
     if (!(length(away) > 0.0f) || !(length(across) > 1e-6f * length(away))) {
         error = "position and target must differ, and up must not lie along the view";
         return false;
     }
+    position = {view.position.r, view.position.g, view.position.b};
+    back = away * (1.0f / length(away));
+    right = across * (1.0f / length(across));
+    up = cross(back, right);
+    centreX = width * 0.5;
+    centreY = height * 0.5;
+    return true;
+}
+
+void HostCamera::getAxes(Vector axes[3]) const {
+    axes[0] = right;
+    axes[1] = up;
+    axes[2] = back;
+}
+
+// ---- perspective
+
+CameraPerspective::CameraPerspective(PelkPluginDesc* pluginDesc) : HostCamera(pluginDesc) {
+    kPerspectiveParams.bind(paramList, params);
+}
+
+void CameraPerspective::addParameters(PelkParameterListDesc& list) {
+    HostCamera::addParameters(list);
+    kPerspectiveParams.addTo(list);
+}
+
+bool CameraPerspective::prepare(int width, int height, std::string& error) {
+    if (!place(width, height, error))
+        return false;
     if (!(params.fov > 0.0f && params.fov < 180.0f)) {
         error = "fov must lie between 0 and 180 degrees";
         return false;
     }
-    position = {params.position.r, params.position.g, params.position.b};
-    back = away * (1.0f / length(away));
-    right = across * (1.0f / length(across));
-    up = cross(back, right);
     halfWidth = std::tan(double{params.fov} * std::numbers::pi / 360.0);
-    centreX = width * 0.5;
-    centreY = height * 0.5;
     return true;
 }
 
@@ -94,10 +126,51 @@ bool CameraPerspective::project(const Point& point, ScreenPoint& screen, float* 
     return true;
 }
 
-void CameraPerspective::getAxes(Vector axes[3]) const {
-    axes[0] = right;
-    axes[1] = up;
-    axes[2] = back;
+// ---- orthographic
+
+CameraOrthographic::CameraOrthographic(PelkPluginDesc* pluginDesc) : HostCamera(pluginDesc) {
+    kOrthographicParams.bind(paramList, params);
+}
+
+void CameraOrthographic::addParameters(PelkParameterListDesc& list) {
+    HostCamera::addParameters(list);
+    kOrthographicParams.addTo(list);
+}
+
+bool CameraOrthographic::prepare(int width, int height, std::string& error) {
+    if (!place(width, height, error))
+        return false;
+    if (!(params.width > 0.0f) || !std::isfinite(params.width)) {
+        error = "width must be above 0";
+        return false;
+    }
+    pixel = double{params.width} / width;
+    return true;
+}
+
+void CameraOrthographic::makeRay(double x, double y, PelkContext& context) const {
+    const float side = static_cast<float>(pixel);
+    context.rayOrigin = context.spawnOrigin =
+        position + (right * static_cast<float>((x - centreX) * pixel) +
+                    up * static_cast<float>((centreY - y) * pixel));
+    context.rayDir = context.rayDir2 = -back;
+    context.originDerivX = right * side;
+    context.originDerivY = -up * side;
+    context.rayDerivX = context.rayDerivY = Vector();
+    context.screenX = x;
+    context.screenY = y;
+}
+
+bool CameraOrthographic::project(const Point& point, ScreenPoint& screen, float* distance) const {
+    const Vector way = point - position;
+    const float depth = -dot(way, back);
+    if (!(depth > 0.0f))
+        return false;
+    screen.x = centreX + dot(way, right) / pixel;
+    screen.y = centreY - dot(way, up) / pixel;
+    if (distance)
+        *distance = depth;
+    return true;
 }
 
 }  // namespace Tarnkit

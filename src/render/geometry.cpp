@@ -5,6 +5,7 @@
 #include "frame/param_table.h"
 #include "render/render_context.h"
 #include "render/scene_object.h"
+#include "render/surface_uv.h"
 
 namespace Tarnkit {
 
@@ -26,6 +27,11 @@ constexpr ParamTable kGeometryParams{
                  .description = "Material id of each part: of a box's sides in the order +X, -X, "
                                 "+Y, -Y, +Z, -Z, of a mesh's materials in the order of its file; "
                                 "without the list a part has its number"}},
+    ParamRow<GeometryParams>{.desc = {.name = "shader_sets",
+                                      .type = ParameterType::String,
+                                      .count = 0,
+                                      .description = "Name of the shader set of each part; an "
+                                                     "empty one for a part that has none"}},
 };
 
 bool isFinite3(Color c) {
@@ -47,7 +53,29 @@ PluginInterface* HostGeometry::getInterface(u64 id) {
         return static_cast<GeometryInterface*>(this);
     if (id == EXT_SURFACE_MTLID)
         return static_cast<SurfaceMtlIDInterface*>(this);
+    if (id == EXT_SHADER_SET)
+        return static_cast<ShaderSetInterface*>(this);
+    if (id == EXT_GEOM_OBJECT)
+        return static_cast<GeomObjectInterface*>(this);
+    if (id == EXT_SURFACE_FRAME)
+        return static_cast<SurfaceFrameInterface*>(this);
+    if (id == EXT_OBJECT_MAPPING)
+        return static_cast<ObjectMappingInterface*>(this);
     return PelkPlugin::getInterface(id);
+}
+
+void HostGeometry::frameBegin(PelkRenderer& renderer) {
+    PelkPlugin::frameBegin(renderer);
+    place = placement();
+    shaderSets.clear();
+    PelkPluginParameter* const names = paramList.getParam("shader_sets");
+    const int count = names ? names->getCount(renderer.frameData.frameTime) : 0;
+    for (int i = 0; i < count; ++i) {
+        // A hit compares numbers: names are turned into them here.
+        const char* const set = names->getString(i, renderer.frameData.frameTime);
+        const bool isNamed = set && *set;
+        shaderSets.push_back(isNamed ? renderer.getStringTable()->intern(set) : StringHandle());
+    }
 }
 
 bool HostGeometry::buildMesh(Mesh& mesh, std::string& error) {
@@ -62,11 +90,12 @@ bool HostGeometry::buildMesh(Mesh& mesh, std::string& error) {
     if (!geometry.smooth)
         mesh.normals.clear();
     mapMaterialIDs(mesh);
-    Placement(scale, geometry.rotate, geometry.translate).apply(mesh);
+    placement().apply(mesh);
     return true;
 }
 
 void HostGeometry::mapMaterialIDs(Mesh& mesh) const {
+    mesh.parts = mesh.materialIDs;
     PelkPluginParameter* const parameter = paramList.getParam("material_ids");
     if (!parameter)
         return;
@@ -83,6 +112,25 @@ int HostGeometry::getSurfaceMtlID(PelkContext& context) {
     if (!hit.object || hit.object->mesh.materialIDs.empty())
         return 0;
     return hit.object->mesh.materialIDs[hit.triangle];
+}
+
+void HostGeometry::getShaderSetName(StringHandle& out, PelkContext& context, int) {
+    out = StringHandle();
+    const RenderContext& hit = hostContext(context);
+    if (!hit.object)
+        return;
+    const std::vector<int>& parts = hit.object->mesh.parts;
+    const size_t part = parts.empty() ? 0 : static_cast<size_t>(parts[hit.triangle]);
+    if (part < shaderSets.size())
+        out = shaderSets[part];
+}
+
+Transform HostGeometry::getSurfaceFrame(PelkContext& context, int channel) {
+    return surfaceFrame(context, channel);
+}
+
+Vector HostGeometry::objectToWorld(PelkContext&, Vector vector) {
+    return place.direction(vector);
 }
 
 }  // namespace Tarnkit

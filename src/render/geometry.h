@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "frame/pelk_plugin.h"
 #include "frame/scene_interfaces.h"
 #include "render/interfaces.h"
@@ -19,19 +21,34 @@ struct GeometryParams {
 /// Base of the geometry of this host. A class that derives from it makes its triangles in its own
 /// space, with the number of the part that each belongs to as material id; the base brings them to
 /// the scene. It registers and binds the parameters of GeometryParams in front of its own.
-class HostGeometry : public PelkPlugin, public GeometryInterface, public SurfaceMtlIDInterface {
+class HostGeometry : public PelkPlugin,
+                     public GeometryInterface,
+                     public SurfaceMtlIDInterface,
+                     public ShaderSetInterface,
+                     public GeomObjectInterface,
+                     public SurfaceFrameInterface,
+                     public ObjectMappingInterface {
 public:
     explicit HostGeometry(PelkPluginDesc* pluginDesc);
 
-    static constexpr u64 kFaces[] = {EXT_GEOMETRY, EXT_SURFACE_MTLID};
+    static constexpr u64 kFaces[] = {EXT_GEOMETRY,    EXT_SURFACE_MTLID, EXT_SHADER_SET,
+                                     EXT_GEOM_OBJECT, EXT_SURFACE_FRAME, EXT_OBJECT_MAPPING};
     static void addParameters(PelkParameterListDesc& list);
 
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
 
+    void frameBegin(PelkRenderer& renderer) override;
+
     bool buildMesh(Mesh& mesh, std::string& error) final;
     PluginBase* getMaterial() override { return geometry.material; }
+    void setRenderID(int id) override { renderID = id; }
+
     int getSurfaceMtlID(PelkContext& context) override;
+    void getShaderSetName(StringHandle& out, PelkContext& context, int channel) override;
+    int getRenderID(PelkContext&) override { return renderID; }
+    Transform getSurfaceFrame(PelkContext& context, int channel) override;
+    Vector objectToWorld(PelkContext& context, Vector vector) override;
 
 protected:
     /// Makes the triangles in the plug-in's own space.
@@ -41,6 +58,11 @@ protected:
 
 private:
     void mapMaterialIDs(Mesh& mesh) const;
+    Placement placement() const { return {geometry.scale, geometry.rotate, geometry.translate}; }
+
+    int renderID = 0;
+    std::vector<StringHandle> shaderSets;  // of each part; this and `place`: set in frameBegin
+    Placement place{Color(1), Color(0), Color(0)};
 };
 
 }  // namespace Tarnkit

@@ -30,11 +30,8 @@ float powerShare(float own, float other) {
 StringHandle HostStringTable::intern(const char* text) {
     if (!text)
         return {};
-    const auto found = std::find(texts.begin(), texts.end(), text);
-    const auto index = static_cast<u32>(found - texts.begin());
-    if (found == texts.end())
-        texts.emplace_back(text);
-    return {index + 1};
+    // The number that comes next, from 1, stays if the text is new.
+    return {ids.try_emplace(text, static_cast<u32>(ids.size()) + 1).first->second};
 }
 
 HostRenderer::HostRenderer() {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "frame/renderer.h"
@@ -64,7 +65,7 @@ public:
     StringHandle intern(const char* text) override;
 
 private:
-    std::vector<std::string> texts;
+    std::unordered_map<std::string, u32> ids;
 };
 
 /// Traces rays and shades what they hit.

@@ -56,10 +56,10 @@ struct HostSession::OwnPlugins {
     template <class... T>
     using Descs = std::tuple<HostPluginDesc<T>...>;
 
-    Descs<BRDFGlossy, BSDFGlass, CameraPerspective, ChannelPlugin, GeomBox, GeomMesh, GeomQuad,
-          GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun, TexChecker,
-          TexConstant, TexFacing, TexGradient, TexImage, TexNoise, UVWGenEnvironment, UVWGenMap,
-          VolumeMedium>
+    Descs<BRDFGlossy, BSDFGlass, CameraOrthographic, CameraPerspective, ChannelPlugin, GeomBox,
+          GeomMesh, GeomQuad, GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun,
+          TexChecker, TexConstant, TexFacing, TexGradient, TexImage, TexNoise, UVWGenEnvironment,
+          UVWGenMap, VolumeMedium>
         descs;
 };
 

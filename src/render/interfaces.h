@@ -28,6 +28,8 @@ public:
     virtual bool buildMesh(Mesh& mesh, std::string& error) = 0;
     /// The plug-in whose EXT_MATERIAL shades the triangles; may be null.
     virtual PluginBase* getMaterial() = 0;
+    /// The number by which the renderer knows the object. Set before the frame begins.
+    virtual void setRenderID(int id) = 0;
 };
 
 /// A sphere that holds the scene's geometry.

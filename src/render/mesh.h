@@ -18,8 +18,11 @@ struct Mesh {
     std::vector<Vector> positions;
     std::vector<Vector> normals;  ///< unit, one per vertex; empty for flat shading
     std::vector<UV> uvs;          ///< one per vertex; empty if there are none
+    std::vector<std::vector<UV>>
+        furtherUVs;  ///< more sets of them, only where there are first ones
     std::vector<std::array<u32, 3>> triangles;
     std::vector<int> materialIDs;  ///< one per triangle; empty stands for 0 everywhere
+    std::vector<int> parts;  ///< number of the part of each triangle; empty stands for 0 everywhere
 
     bool isEmpty() const { return triangles.empty(); }
 };

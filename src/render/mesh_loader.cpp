@@ -94,6 +94,11 @@ bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withU
             mesh.uvs.push_back({t.x, t.y});
         }
     }
+    for (size_t set = 0; set < mesh.furtherUVs.size(); ++set) {
+        const aiVector3D* const from = part.mTextureCoords[set + 1];
+        for (unsigned i = 0; i < part.mNumVertices; ++i)
+            mesh.furtherUVs[set].push_back(from ? UV{from[i].x, from[i].y} : UV());
+    }
     for (unsigned i = 0; i < part.mNumFaces; ++i) {
         const aiFace& face = part.mFaces[i];
         if (face.mNumIndices != 3)
@@ -107,11 +112,14 @@ bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withU
 
 bool collect(const aiScene& scene, bool smooth, Mesh& mesh, std::string& error) {
     bool withUVs = false;
+    unsigned uvSets = 1;
     std::vector<unsigned> materials;  // those in use, so that ids run from 0 without gaps
     for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
         withUVs |= scene.mMeshes[i]->HasTextureCoords(0);
+        uvSets = std::max(uvSets, scene.mMeshes[i]->GetNumUVChannels());
         materials.push_back(scene.mMeshes[i]->mMaterialIndex);
     }
+    mesh.furtherUVs.resize(withUVs ? uvSets - 1 : 0);
     std::sort(materials.begin(), materials.end());
     materials.erase(std::unique(materials.begin(), materials.end()), materials.end());
     for (unsigned i = 0; i < scene.mNumMeshes; ++i) {

@@ -50,6 +50,14 @@ Placement::Placement(Color scaleBy, Color rotate, Color translate)
     }
 }
 
+Vector Placement::direction(Vector v) const {
+    const auto row = [&](int i) {
+        return roundToFloat(rotation[i][0] * (v.x * scale[0]) + rotation[i][1] * (v.y * scale[1]) +
+                            rotation[i][2] * (v.z * scale[2]));
+    };
+    return {row(0), row(1), row(2)};
+}
+
 void Placement::apply(Mesh& mesh) const {
     const auto turned = [&](double x, double y, double z, int row) {
         return rotation[row][0] * x + rotation[row][1] * y + rotation[row][2] * z;

@@ -16,6 +16,8 @@ public:
     /// Brings positions and normals to the scene. A mirroring scale turns the triangles, so that
     /// fronts stay fronts.
     void apply(Mesh& mesh) const;
+    /// A direction of the object's own space in the scene; its length follows the scale.
+    Vector direction(Vector v) const;
 
 private:
     double scale[3];

@@ -5,6 +5,7 @@
 #include "frame/exception_msg.h"
 #include "render/render_setup.h"
 #include "render/scene.h"
+#include "render/surface_uv.h"
 #include "render/tile_worker.h"
 
 namespace Tarnkit {

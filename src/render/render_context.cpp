@@ -52,35 +52,4 @@ PelkVolume* RenderContext::currentVolume(PelkVolume* skip) {
     return nullptr;
 }
 
-namespace {
-
-/// Twice the vector area of a triangle's part, seen along the triangle's normal.
-double partArea(const Point& p, const Vector& a, const Vector& b, const Vector& normal) {
-    const double ax = a.x - p.x, ay = a.y - p.y, az = a.z - p.z;
-    const double bx = b.x - p.x, by = b.y - p.y, bz = b.z - p.z;
-    return (ay * bz - az * by) * normal.x + (az * bx - ax * bz) * normal.y +
-           (ax * by - ay * bx) * normal.z;
-}
-
-}  // namespace
-
-UV surfaceUV(const PelkContext& context) {
-    const RenderContext& hit = hostContext(context);
-    if (!hit.object || hit.object->mesh.uvs.empty())
-        return {};
-    const Mesh& mesh = hit.object->mesh;
-    const auto& corners = mesh.triangles[hit.triangle];
-    const Vector& n = hit.object->faceNormals[hit.triangle];
-    const Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]],
-                 &c = mesh.positions[corners[2]];
-    // By areas and not by the stored weights: the point may have been moved along the surface.
-    const double wa = partArea(hit.hitPoint, b, c, n), wb = partArea(hit.hitPoint, c, a, n),
-                 wc = partArea(hit.hitPoint, a, b, n), sum = wa + wb + wc;
-    if (!(sum > 0.0))
-        return mesh.uvs[corners[0]];
-    const UV &ua = mesh.uvs[corners[0]], &ub = mesh.uvs[corners[1]], &uc = mesh.uvs[corners[2]];
-    return {static_cast<float>((wa * ua.u + wb * ub.u + wc * uc.u) / sum),
-            static_cast<float>((wa * ua.v + wb * ub.v + wc * uc.v) / sum)};
-}
-
 }  // namespace Tarnkit

@@ -51,10 +51,6 @@ public:
     PelkVolume* currentVolume(PelkVolume* skip) override;
 };
 
-/// Texture coordinates at `context.hitPoint`, which may have been moved along the surface since
-/// the hit; 0, 0 where the object has none. `context` is one of this host.
-UV surfaceUV(const PelkContext& context);
-
 /// The context as this host's own. All contexts that its plug-ins meet are.
 inline RenderContext& hostContext(PelkContext& context) {
     return static_cast<RenderContext&>(context);

@@ -60,6 +60,10 @@ bool RenderSetup::prepare(std::string& error) {
     }
     if (!channels.collect(scene, options.channels, error))
         return false;
+    // Materials ask for the numbers while their frame begins.
+    int renderID = 0;
+    for (GeometryInterface* geometry : scene.collect<GeometryInterface>(EXT_GEOMETRY))
+        geometry->setRenderID(renderID++);
     plugins.begin();
     return buildObjects(error) && prepareLights(error) && prepareCamera(error);
 }

@@ -8,6 +8,7 @@
 #include "render/channel_kinds.h"
 #include "render/render_context.h"
 #include "render/scene_object.h"
+#include "render/surface_uv.h"
 #include "support/region_data.h"
 
 namespace Tarnkit {

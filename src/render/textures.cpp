@@ -7,6 +7,7 @@
 #include "frame/param_table.h"
 #include "frame/shader_source.h"
 #include "render/render_context.h"
+#include "render/surface_uv.h"
 
 namespace Tarnkit {
 
@@ -30,6 +31,8 @@ constexpr ParamTable kMapParams{
     colorParam("scale", &UVWGenMap::Params::scale, Color(1), "Factors of u, v and w"),
     floatParam("rotation", &UVWGenMap::Params::rotation, 0.0f, "Degrees from u towards v"),
     colorParam("offset", &UVWGenMap::Params::offset, Color(0), "Added to u, v and w at last"),
+    intParam("uv_set", &UVWGenMap::Params::uv_set, 0,
+             "Which texture coordinates of a mesh that has several, from 0"),
 };
 
 }  // namespace
@@ -155,15 +158,21 @@ void UVWGenMap::frameBegin(PelkRenderer& renderer) {
 }
 
 Vector UVWGenMap::getUVW(PelkContext& context) {
-    const UV uv = surfaceUV(context);
+    const UV uv = surfaceUV(context, params.uv_set);
     const float u = uv.u * params.scale.r, v = uv.v * params.scale.g;
     return {u * cosine - v * sine + params.offset.r, u * sine + v * cosine + params.offset.g,
             params.offset.b};
 }
 
-Transform UVWGenMap::getTangentFrame(PelkContext&, int& valid) {
-    valid = 0;
-    return {};
+Transform UVWGenMap::getTangentFrame(PelkContext& context, int& valid) {
+    valid = 1;
+    Transform frame = surfaceFrame(context, params.uv_set);
+    for (Vector* column : {&frame.axisX, &frame.axisY, &frame.axisZ}) {
+        const float u = column->x * params.scale.r, v = column->y * params.scale.g;
+        column->x = u * cosine - v * sine;
+        column->y = u * sine + v * cosine;
+    }
+    return frame;
 }
 
 }  // namespace Tarnkit

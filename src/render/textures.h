@@ -87,6 +87,7 @@ public:
         Color scale;
         float rotation = 0.0f;  ///< degrees, from u towards v
         Color offset;
+        int uv_set = 0;
     };
 
     static constexpr const char* kName = "UVWGenMap";
