@@ -53,10 +53,12 @@ void GlassBSDF::set(const GlassLook& newLook, PelkContext& context, bool singleS
     look = &newLook;
     singleSided = singleSided_;
     lobe.place(look->shape, context);
-    PelkVolume* const outside = context.currentVolume(context.backSide ? look->volume : nullptr);
+    // By the true side, as media are kept, whichever side the hit was turned to.
+    const bool leaves = (context.backSide != 0) != (context.flippedSide != 0);
+    PelkVolume* const outside = context.currentVolume(leaves ? look->volume : nullptr);
     const float outer = outside ? outside->getIOR(context) : 1.0f;
     const float inner = look->volume->getIOR(context);
-    n = context.backSide ? outer / inner : inner / outer;
+    n = leaves ? outer / inner : inner / outer;
     const SequenceData& settings = context.renderer->sequenceData;
     reflects =
         settings.reflectionsEnabled && (settings.reflectiveGi || !(context.rayType & kRayGi));
