@@ -4,8 +4,9 @@
 
 #include <clocale>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
+
+#include "scoped_environment.h"
 
 using Tarnkit::ShaderSource;
 
@@ -33,7 +34,7 @@ TEST(ShaderSourceTest, WritesEveryConversionAsPrintf) {
 
 TEST(ShaderSourceTest, WritesAPointInALocaleWithCommas) {
     const std::string former = std::setlocale(LC_NUMERIC, nullptr);
-    setenv("LOCPATH", PELK_TEST_LOCALES, 1);
+    const ScopedEnvironment locales("LOCPATH", PELK_TEST_LOCALES);
     ASSERT_TRUE(std::setlocale(LC_NUMERIC, "comma")) << "the test's locale was not built";
     ShaderSource source;
     source.printf("%f %g", 1234.5, 0.5);

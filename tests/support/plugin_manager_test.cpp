@@ -127,33 +127,30 @@ TEST_F(PluginManagerTest, LibraryIsLoadedUsedAndLetGo) {
 }
 
 TEST_F(PluginManagerTest, RefusedLibraryIsReportedAndTheNextOneLoaded) {
-    const struct {
-        const char *library, *error, *reason;
-        bool stays;
-    } cases[] = {
-        {"text", "loading plugin library", "LoadLibrary failed (", false},
-        {"no_entry", "getting library description", "no function getLibDesc", true},
-        {"borrowed_entry", "getting library description", "no function getLibDesc", true},
-        {"null_description", "getting library description", "getLibDesc gives no", false},
-    };
     directory.write("text.so", "not a library");
     std::filesystem::create_directory(directory.file("text.so.dir"));
-    const std::string good = install("two_plugins", "z.so");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.library);
-        const std::string name = std::string(c.library) + ".so", path = directory.file(name);
-        if (name != "text.so")
-            install(c.library, name);
+    install("two_plugins", "z.so");
+    const auto expectRefused = [&](std::string name, const std::string& error,
+                                   const std::string& reason, bool stays) {
+        SCOPED_TRACE(name);
+        if (name != "text")
+            install(name, name + ".so");
+        const std::string path = directory.file(name += ".so");
         EXPECT_FALSE(load(name));
         ASSERT_EQ(log.texts.size(), 5u);
-        EXPECT_THAT(log.texts[2], StartsWith("e Error " + (c.error + (" \"" + path)) + "\""));
+        EXPECT_THAT(log.texts[2], StartsWith("e Error " + error + " \"" + path + "\""));
         EXPECT_EQ(log.texts[3], "i 0 plugin(s) loaded successfully");
-        EXPECT_THAT(refusals, ElementsAre(StartsWith(name + ": " + c.reason)));
-        EXPECT_EQ(isMapped(path), c.stays);
+        EXPECT_THAT(refusals, ElementsAre(StartsWith(name + ": " + reason)));
+        EXPECT_EQ(isMapped(path), stays);
         EXPECT_EQ(manager->enumLibraries(nullptr), 1);
         log.texts.clear();
         refusals.clear();
-    }
+    };
+    const std::string description = "getting library description";
+    expectRefused("text", "loading plugin library", "LoadLibrary failed (", false);
+    expectRefused("no_entry", description, "no function getLibDesc", true);
+    expectRefused("borrowed_entry", description, "no function getLibDesc", true);
+    expectRefused("null_description", description, "getLibDesc gives no", false);
     EXPECT_TRUE(load("*.so*")) << "the last one is good";
     EXPECT_EQ(refusals.size(), 5u) << "a directory is refused like a file";
     EXPECT_EQ(log.texts.end()[-2], "i 1 plugin(s) loaded successfully");

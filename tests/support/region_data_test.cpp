@@ -88,41 +88,36 @@ TEST_F(RegionDataTest, ChannelIsDescribedByItsObject) {
 }
 
 TEST_F(RegionDataTest, SyncKeepsWhatFits) {
-    const struct {
-        const char *before, *list, *after;
-        int result, kept;
-    } cases[] = {
-        {"", "ab", "ab", 0, 0},
-        {"ab", "abcd", "abcd", 0, 2},
-        {"abcd", "abdc", "abdc", 0, 4},
-        {"abcd", "abed", "abed", 0, 3},
-        {"abcc", "abccc", "abccc", 0, 4},
-        {"abccc", "abc", "abc", 0, 3},
-        {"abcd", "xy", "ab", 1, 2},
-        // d and c are looked for from the third name on, so they go, and come back without pixels.
-        {"abcd", "dcxy", "abyxcd", 1, 2},
-    };
-    for (const auto& k : cases) {
-        SCOPED_TRACE(std::string(k.before) + " to " + k.list);
-        c = named(k.before);
+    // The names behind a sync, and how many channels kept their pixels.
+    using Kept = std::pair<std::string, int>;
+    const auto sync = [&](const char* before, const char* wanted, int result = 0) {
+        SCOPED_TRACE(std::string(before) + " to " + wanted);
+        c = named(before);
         begin(2, 2);
         for (int i = 0; i < region.getNumChannels(); ++i)
             pixel(i, 3) = 77;
-        TestChannels list = named(k.list);
-        EXPECT_EQ(region.syncChannels(list.list), k.result);
-        std::string names;
-        int kept = 0;
+        TestChannels list = named(wanted);
+        EXPECT_EQ(region.syncChannels(list.list), result);
+        Kept kept;
         for (int i = 0; i < region.getNumChannels(); ++i) {
-            names += record(i).name;
-            kept += pixel(i, 3) == 77;
-            EXPECT_TRUE(k.result || record(i).channel == list.list[i]) << "an old object";
+            kept.first += record(i).name;
+            kept.second += pixel(i, 3) == 77;
+            EXPECT_TRUE(result || record(i).channel == list.list[i]) << "an old object";
         }
-        EXPECT_EQ(names, k.after);
-        EXPECT_EQ(kept, k.kept);
         region.detachChannels();  // some objects are gone
         region.beginRendering();
         EXPECT_EQ(region.getFragmentDataSize(), 12 * region.getNumChannels());
-    }
+        return kept;
+    };
+    EXPECT_EQ(sync("", "ab"), Kept("ab", 0));
+    EXPECT_EQ(sync("ab", "abcd"), Kept("abcd", 2));
+    EXPECT_EQ(sync("abcd", "abdc"), Kept("abdc", 4));
+    EXPECT_EQ(sync("abcd", "abed"), Kept("abed", 3));
+    EXPECT_EQ(sync("abcc", "abccc"), Kept("abccc", 4));
+    EXPECT_EQ(sync("abccc", "abc"), Kept("abc", 3));
+    EXPECT_EQ(sync("abcd", "xy", 1), Kept("ab", 2));
+    // d and c are looked for from the third name on, so they go, and come back without pixels.
+    EXPECT_EQ(sync("abcd", "dcxy", 1), Kept("abyxcd", 2));
 }
 
 TEST_F(RegionDataTest, MatchLooksAtNamesTypesAndTwoFlags) {
