@@ -47,6 +47,11 @@ constexpr Color complement(Color c) {
     return {std::max(0.0f, 1.0f - c.r), std::max(0.0f, 1.0f - c.g), std::max(0.0f, 1.0f - c.b)};
 }
 
+/// Per channel the smaller value.
+constexpr Color minimum(Color a, Color b) {
+    return {std::min(a.r, b.r), std::min(a.g, b.g), std::min(a.b, b.b)};
+}
+
 inline bool isFinite(Color c) {
     return std::isfinite(c.r) && std::isfinite(c.g) && std::isfinite(c.b);
 }

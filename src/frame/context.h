@@ -170,6 +170,26 @@ private:
     T old;
 };
 
+/// The context turned to its other side, if asked for, until the scope ends.
+class ScopedFlip {
+public:
+    explicit ScopedFlip(PelkContext& context_, bool isFlipped = true)
+        : context(context_), flipped(isFlipped) {
+        if (flipped)
+            context.flipSide();
+    }
+    ~ScopedFlip() {
+        if (flipped)
+            context.flipSide();
+    }
+    ScopedFlip(const ScopedFlip&) = delete;
+    ScopedFlip& operator=(const ScopedFlip&) = delete;
+
+private:
+    PelkContext& context;
+    bool flipped;
+};
+
 /// Shades the hit through a sampler as a whole surface: fills the four results, on a shadow ray
 /// from the sampler's transparency alone, and the surface's volume for the length of the call.
 PELK_API void shadeBSDF(PelkContext& context, BSDFSampler* bsdf);

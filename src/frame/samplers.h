@@ -80,8 +80,10 @@ public:
     virtual PelkVolume* getVolume(PelkContext& context);
 };
 
-/// The sampler of the viewer's side, else of the other side: a sampler that was made with a turned
-/// context answers for the side that it was made for. Null if neither answers.
+/// The face of a side, else that of the other side: a sampler that was made with a turned context
+/// answers for the side that it was made for. Null if neither answers.
+PELK_API BRDFSampler* resolveBRDF(BSDFSide side, BSDFSampler* bsdf);
+/// The same for the viewer's side.
 PELK_API BRDFSampler* resolveBRDF(PelkContext& context, BSDFSampler* bsdf);
 
 }  // namespace Tarnkit

@@ -3,6 +3,7 @@
 #include "frame/context.h"
 #include "frame/fragment.h"
 #include "frame/renderer.h"
+#include "host/indirect_light.h"
 
 namespace Tarnkit {
 namespace {
@@ -11,17 +12,6 @@ namespace {
 Color takeAll(Color& lightColor) {
     lightColor = Color(0);
     return Color(0);
-}
-
-/// Indirect light at the hit, around the normal that diffuse light is scattered about; black in a
-/// scene without.
-Color gatherIrradiance(PelkContext& context, BRDFSampler& brdf) {
-    if (!context.renderer || !context.renderer->sequenceData.giEngine)
-        return Color(0);
-    const ScopedValue normal(context.normal, brdf.getDiffuseNormal(context));
-    Color light;
-    context.renderer->sequenceData.giEngine->irradiance(light, context);
-    return light;
 }
 
 /// Enters what a sampler's own ray brought in the channels of the hit.
@@ -54,6 +44,15 @@ void traceOwnRay(PelkContext& context, BRDFSampler& brdf, int doDiffuse) {
 }
 
 }  // namespace
+
+Color gatherIrradiance(PelkContext& context, BRDFSampler& brdf) {
+    if (!context.renderer || !context.renderer->sequenceData.giEngine)
+        return Color(0);
+    const ScopedValue normal(context.normal, brdf.getDiffuseNormal(context));
+    Color light;
+    context.renderer->sequenceData.giEngine->irradiance(light, context);
+    return light;
+}
 
 Color BRDFSampler::getDiffuseColor(Color& lightColor) {
     return takeAll(lightColor);
@@ -165,11 +164,13 @@ PelkVolume* BSDFSampler::getVolume(PelkContext&) {
     return nullptr;
 }
 
+BRDFSampler* resolveBRDF(BSDFSide side, BSDFSampler* bsdf) {
+    BRDFSampler* brdf = bsdf->getBRDF(side);
+    return brdf ? brdf : bsdf->getBRDF(side == kBackSide ? kFrontSide : kBackSide);
+}
+
 BRDFSampler* resolveBRDF(PelkContext& context, BSDFSampler* bsdf) {
-    const BSDFSide viewerSide = context.backSide ? kBackSide : kFrontSide;
-    const BSDFSide otherSide = context.backSide ? kFrontSide : kBackSide;
-    BRDFSampler* brdf = bsdf->getBRDF(viewerSide);
-    return brdf ? brdf : bsdf->getBRDF(otherSide);
+    return resolveBRDF(context.backSide ? kBackSide : kFrontSide, bsdf);
 }
 
 }  // namespace Tarnkit

@@ -15,6 +15,10 @@ bool facesIndirectLight(const PelkContext& c) {
     return !c.backSide || c.flippedSide;
 }
 
+/// The density of rays that leave sampled lights to the light loop: next to nothing against that of
+/// any light, but not 0, so that a light that is never sampled is still seen.
+constexpr float kLeavesLights = 1e-12f;
+
 }  // namespace
 
 void PathGi::irradiance(Color& out, PelkContext& context) {
@@ -36,8 +40,10 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
     ray->giDepth = c.giDepth + 1;
     ray->rayDir = ray->rayDir2 = direction;
     // A surface that leaves lights out of the weighting has had all their light from the light
-    // loop.
-    ray->bsdfDensity = usesLightMis(c) ? cosine * std::numbers::inv_pi_v<float> : 0.0f;
+    // loop; so has a back that asks for light, as on the far side of a thin surface, since its
+    // samplers were made before it asked.
+    const bool weighted = usesLightMis(c) && !c.backSide;
+    ray->bsdfDensity = weighted ? cosine * std::numbers::inv_pi_v<float> : kLeavesLights;
     ray->spawnWeight = Color(1);
     ray->rayWeight = c.rayWeight;
     ray->rayWeight2 = c.rayWeight2;
