@@ -85,7 +85,9 @@ enum ChannelAlias : int {
     kAliasWeight = 10,
     kAliasReflection = 102,
     kAliasRefraction = 103,
+    kAliasMaterialIDColor = 115,
     kAliasReflectionFilter = 139,
+    kAliasMaterialIDNumber = 141,
 };
 
 /// Types of the values of a channel.

@@ -1,6 +1,10 @@
 // The module's entry and its list of plug-ins. All static objects of the library stand in this one
 // source, since the order of static objects is certain only within one.
 
+#include "composite/mtl_2sided.h"
+#include "composite/mtl_double_sided.h"
+#include "composite/mtl_layered_brdf.h"
+#include "composite/mtl_material_id.h"
 #include "composite/mtl_multi.h"
 #include "composite/mtl_override.h"
 #include "composite/mtl_render_stats.h"
@@ -66,7 +70,11 @@ Enrolled<MtlSingleBRDFDesc> singleBRDFDesc;
 Enrolled<MtlRenderStatsDesc> renderStatsDesc;
 Enrolled<MtlOverrideDesc> overrideDesc;
 Enrolled<MtlMultiDesc> multiDesc;
+Enrolled<MtlMaterialIDDesc> materialIDDesc;
+Enrolled<MtlLayeredBRDFDesc> layeredBRDFDesc;
+Enrolled<MtlDoubleSidedDesc> doubleSidedDesc;
 Enrolled<MtlDiffuseDesc> diffuseDesc;
+Enrolled<Mtl2SidedDesc> twoSidedDesc;
 
 }  // namespace
 

@@ -16,13 +16,15 @@ Color RecordingSampler::getLightMult(Color& lightColor) {
     return lightColor * lightMult;
 }
 
-Color RecordingSampler::eval(PelkContext&, const Vector&, Color&, Color&, float, int) {
-    note("eval");
+Color RecordingSampler::eval(PelkContext& context, const Vector&, Color&, Color&, float, int) {
+    if (note("eval"))
+        seenSide = sideOf(context);
     return evaluated;
 }
 
 void RecordingSampler::traceForward(PelkContext& context, int) {
-    note("traceForward");
+    if (note("traceForward"))
+        seenSide = sideOf(context);
     setResults(context, color, transparency, complement(transparency), transparency);
 }
 
@@ -50,6 +52,7 @@ PluginInterface* RecordingMaterial::getInterface(u64 id) {
 void RecordingMaterial::see(const PelkContext& context) {
     seenWeight = context.rayWeight;
     seenWeight2 = context.rayWeight2;
+    seenSide = sideOf(context);
     seenShadeFlags = context.shadeFlags;
 }
 
@@ -151,8 +154,11 @@ void RecordingFragment::setChannel(int index, const void* value) {
 }
 
 void RecordingFragment::addAlias(int alias, const void* value) {
-    if (note("addAlias"))
-        aliases.emplace_back(alias, *static_cast<const Color*>(value));
+    if (!note("addAlias"))
+        return;
+    const bool isNumber = alias == kAliasMaterialIDNumber;
+    aliases.emplace_back(alias, isNumber ? Color(*static_cast<const int*>(value))
+                                         : *static_cast<const Color*>(value));
 }
 
 int RecordingFragment::clear(int mode) {

@@ -19,6 +19,21 @@ public:
     float getIOR(PelkContext&) override { return ior; }
 };
 
+/// How a hit lay when something looked at it.
+struct SeenSide {
+    int backSide = -1, flippedSide = -1;
+    float normalZ = 0.0f;
+
+    bool operator==(const SeenSide&) const = default;
+    friend void PrintTo(const SeenSide& seen, std::ostream* out) {
+        *out << "(" << seen.backSide << " " << seen.flippedSide << " " << seen.normalZ << ")";
+    }
+};
+
+inline SeenSide sideOf(const PelkContext& context) {
+    return {context.backSide, context.flippedSide, context.normal.z};
+}
+
 /// A sampler that answers what is set, with a face for both sides.
 class RecordingSampler : public BSDFSampler, public BRDFSampler {
 public:
@@ -28,6 +43,7 @@ public:
     Color diffuse, lightMult, evaluated;
     Vector diffuseNormal;
     PelkVolume* volume = nullptr;
+    SeenSide seenSide;  ///< by eval or traceForward
 
     BRDFSampler* getBRDF(BSDFSide side) override { return hasFace[side] ? this : nullptr; }
     PelkVolume* getVolume(PelkContext&) override { return volume; }
@@ -61,6 +77,7 @@ public:
 
     // What it saw.
     Color seenWeight, seenWeight2;
+    SeenSide seenSide;
     u32 seenShadeFlags = 0;
     int seenFlags = -1;               ///< of getBSDF
     std::atomic<int> samplersOut{0};  ///< handed out and not released
@@ -143,7 +160,7 @@ private:
     int index;
 };
 
-/// A fragment that keeps what is written to it, as colours, in order.
+/// A fragment that keeps what is written to it, as colours, in order; a number as grey.
 class RecordingFragment : public Fragment {
 public:
     int clearMode = -1;                           ///< of the last clear

@@ -76,6 +76,17 @@ inline HitRoads::HitRoads() {
     PelkMaterial& wrapper = make("MtlWrapper");
     startFrame(wrapper, {{"base_material", &base}, {"alpha_contribution", 0.5f}});
     materials.push_back(&wrapper);
+    PelkMaterial& layered = make("MtlLayeredBRDF");
+    startFrame(layered, {{"brdfs", std::vector<PluginBase*>{&diffuse, nullptr, &base}}});
+    materials.push_back(&layered);
+    PelkMaterial& twoSided = make("Mtl2Sided");
+    startFrame(twoSided, {{"front", &base}, {"back", &diffuse}, {"translucency_tex", &texture}});
+    materials.push_back(&twoSided);
+    for (const char* name : {"MtlMaterialID", "MtlDoubleSided"}) {
+        PelkMaterial& wrapping = make(name);
+        startFrame(wrapping, {{"base_mtl", &base}});
+        materials.push_back(&wrapping);
+    }
     log.quiet = true;
 }
 

@@ -34,10 +34,51 @@ TEST_F(RenderTest, AWhiteSurfaceInWhiteSurroundingsIsWhite) {
             "quad": {"type": "GeomQuad", "material": "white", "width": 9, "height": 9},
             "dome": {"type": "LightDome"})",
          R"("max_depth": 50)"},
+        {"layers: what a coat mirrors, it takes from the base",
+         R"("clear": {"type": "MtlRenderStats", "visibility": 0},
+            "coat": {"type": "BRDFGlossy", "roughness": 0, "ior": 1.5},
+            "base": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+            "white": {"type": "MtlLayeredBRDF", "brdfs": ["clear", "coat", "base"]},
+            "dome": {"type": "LightDome"},
+            "ball": {"type": "GeomSphere", "material": "white", "radius": 3})",
+         R"("max_depth": 50)"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         expectNear(meanOf(c.plugins, c.settings), Color(1), 0.005f);
+    }
+}
+
+TEST_F(RenderTest, AThinSurfaceShowsTheLightOfBothSides) {
+    const std::string sheet =
+        R"("red": {"type": "MtlDiffuse", "diffuse": [1, 0, 0]},
+           "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+           "leaf": {"type": "Mtl2Sided", "front": "red", "back": "white",
+                    "translucency": [0.25, 0.25, 0.25], "mult_by_front_diffuse": %MULT%},
+           "sheet": {"type": "GeomQuad", "material": "leaf", "width": 9, "height": 9,
+                     "rotate": [0, %TURN%, 0]},)";
+    const char* none = R"("none": {"type": "MtlDiffuse"})";
+    const char* white = R"("max_depth": 5, "background": [1, 1, 1])";
+    const char* dome = R"("light": {"type": "LightDome"})";
+    const char* behind = R"("light": {"type": "LightSun", "direction": [0, 0, 1], "angle": 5})";
+    const struct {
+        const char* what;
+        const char *turn, *multiply, *light, *settings;
+        Color expected;
+    } cases[] = {
+        {"all around", "0", "false", dome, R"("max_depth": 5)", {1, 0.25f, 0.25f}},
+        {"the back, all around", "180", "false", dome, R"("max_depth": 5)", {1, 0.75f, 0.75f}},
+        {"by indirect rays alone", "0", "false", none, white, {1, 0.25f, 0.25f}},
+        {"light behind", "0", "false", behind, R"("gi": false)", Color(0.25f)},
+        {"and with indirect rays", "180", "false", behind, R"("max_depth": 5)", {0.25f, 0, 0}},
+        {"through the front's colour", "0", "true", behind, R"("gi": false)", {0.25f, 0, 0}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::string plugins = sheet + c.light;
+        plugins.replace(plugins.find("%MULT%"), 6, c.multiply);
+        plugins.replace(plugins.find("%TURN%"), 6, c.turn);
+        expectNear(meanOf(plugins, c.settings), c.expected, 0.005f);
     }
 }
 

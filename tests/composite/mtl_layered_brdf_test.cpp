@@ -1,0 +1,122 @@
+#include <limits>
+
+#include "fake_host/fake_host.h"
+#include "frame/exception_msg.h"
+#include "platform/debug_stream.h"
+
+namespace {
+
+class MtlLayeredBRDFTest : public FakeHost {
+protected:
+    using Plugins = std::vector<PluginBase*>;
+
+    RecordingMaterial top, bottom;
+    PelkMaterial& mtl = make("MtlLayeredBRDF", "coat");
+};
+
+TEST_F(MtlLayeredBRDFTest, ShadesTheStackAndGivesItBack) {
+    top.sampler.color = Color(0.5f, 0.25f, 1);
+    bottom.sampler.color = Color(0.25f);
+    top.sampler.transparency = Color(0.5f);
+    bottom.sampler.transparency = Color(0.25f, 0.5f, 1);
+    const Color through(0.125f, 0.25f, 0.5f);
+    for (const bool doubleSided : {true, false}) {
+        SCOPED_TRACE(doubleSided);
+        startFrame(mtl, {{"brdfs", Plugins{&top, &bottom}}, {"double_sided", doubleSided}});
+        FakeContext context = hit();
+        context.directLight = Color(1);
+        const PelkContext before = context;
+        mtl.shade(context);
+        const Color alpha(0.875f, 0.75f, 0.5f);
+        EXPECT_EQ(resultsOf(context),
+                  (Results{Color(1.75f, 1.5f, 2.25f), through, alpha, through}));
+        expectRayAndHitAsBefore(before, context);
+        EXPECT_EQ(top.seenFlags, doubleSided ? 0 : 1);
+        EXPECT_EQ(bottom.samplersOut, 0);
+
+        context.rayType = kRayShadow;
+        mtl.shade(context);
+        EXPECT_EQ(resultsOf(context), (Results{Color(0), through, alpha, through}));
+
+        mtl.releaseBSDF(context, mtl.getBSDF(context, 0x11));
+        EXPECT_EQ(bottom.seenFlags, 0x11) << "a caller may ask for one side, never for two";
+    }
+}
+
+TEST_F(MtlLayeredBRDFTest, MissingPiecesHaveFixedAnswers) {
+    RecordingFragment fragment;
+    RecordingMaterial noBSDF;
+    noBSDF.hiddenFaces = {EXT_BSDF};
+    FakeContext context = hit();
+    context.resultFragment = &fragment;
+    mtl.releaseBSDF(context, nullptr);
+    for (const u32 rayType : {kRayCamera, kRayShadow}) {
+        context.rayType = rayType;
+        startFrame(mtl, {{"brdfs", Plugins{}}});
+        mtl.shade(context);
+        EXPECT_EQ(resultsOf(context), kOpaqueBlack);
+        EXPECT_EQ(log.calls, std::vector<std::string>{"clear"});
+
+        top.givesSampler = false;
+        startFrame(mtl, {{"brdfs", Plugins{nullptr, &noBSDF, &top}}});
+        mtl.shade(context);
+        EXPECT_EQ(resultsOf(context), kFullyTransparent) << "clear layers";
+        EXPECT_FALSE(log.has("releaseBSDF"));
+    }
+    endRender(mtl);
+    log.clear();
+    mtl.shade(context);
+    EXPECT_EQ(resultsOf(context), kFullyTransparent) << "outside a frame";
+    EXPECT_FALSE(log.has("getBSDF"));
+}
+
+TEST_F(MtlLayeredBRDFTest, ImpossibleColoursAreRepairedAndReportedOncePerFrame) {
+    top.sampler.color = Color(-1, 0.5f, std::numeric_limits<float>::infinity());
+    for (size_t frame = 1; frame <= 2; ++frame) {
+        startFrame(mtl, {{"brdfs", Plugins{&top}}});
+        for (int i = 0; i < 2; ++i) {
+            FakeContext context = hit();
+            mtl.shade(context);
+            EXPECT_EQ(context.resultColor, Color(0, 0.5f, 0));
+        }
+        ASSERT_EQ(renderer.log.warnings.size(), frame);
+    }
+    EXPECT_EQ(renderer.log.warnings[0],
+              "Material \"coat\" produced overbright or invalid color (rgb=-1.000000 0.500000 "
+              "inf).\n");
+}
+
+// Of all materials with more than one sampler to a hit.
+TEST_F(MtlLayeredBRDFTest, NoSamplerIsLostWhereMemoryEnds) {
+    PelkMaterial& greedy = make("MtlMaterialID");
+    PelkMaterial& twoSided = make("Mtl2Sided");
+    startFrame(mtl, {{"brdfs", Plugins{&top, &greedy}}});
+    startFrame(twoSided, {{"front", &top}, {"back", &greedy}});
+    startFrame(greedy, {{"base_mtl", &bottom}});
+    platform::setDebugSink([](const char*) {});  // each refusal reports on the heap
+    for (PelkMaterial* composite : {&mtl, &twoSided}) {
+        startFrame(greedy);
+        endRender(greedy);
+        startFrame(greedy);
+        FakeContext context = hit();
+        const PelkContext before = context;
+        BSDFSampler* sampler = nullptr;
+        int refusals = 0;
+        for (; !sampler; ++refusals) {
+            HeapProbe heap;
+            heap.refuseAfter(refusals);
+            try {
+                sampler = composite->getBSDF(context, 0);
+            } catch (const ExceptionMsg&) {
+                EXPECT_EQ(top.samplersOut + bottom.samplersOut, 0);
+                expectRayAndHitAsBefore(before, context);
+            }
+        }
+        EXPECT_GT(refusals, 1);
+        composite->releaseBSDF(context, sampler);
+        EXPECT_EQ(top.samplersOut + bottom.samplersOut, 0);
+    }
+    platform::setDebugSink(nullptr);
+}
+
+}  // namespace
