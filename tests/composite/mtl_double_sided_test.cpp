@@ -9,13 +9,12 @@ protected:
 };
 
 TEST_F(MtlDoubleSidedTest, BackHitsAreTurnedOver) {
-    const SeenSide asItIs{0, 0, 1}, turnedBack{0, 1, -1};
     const struct {
         int backSide;
         SeenSide made, traced;
     } cases[] = {
-        {0, asItIs, {1, 1, -1}},
-        {1, turnedBack, turnedBack},
+        {0, {0, 0, 1}, {1, 1, -1}},
+        {1, {0, 1, -1}, {0, 1, -1}},
     };
     base.sampler.evaluated = Color(3);
     startFrame(mtl, {{"base_mtl", &base}});
@@ -31,8 +30,8 @@ TEST_F(MtlDoubleSidedTest, BackHitsAreTurnedOver) {
         BSDFSampler* sampler = mtl.getBSDF(context, 0x10);
         EXPECT_EQ(base.seenSide, c.made);
         EXPECT_EQ(base.seenFlags, 0x10);
-        Color light(1), unshadowed(1);
         BRDFSampler* face = sampler->getBRDF(kFrontSide);
+        Color light(1), unshadowed(1);
         EXPECT_EQ(face->eval(context, {0, 0, 1}, light, unshadowed, 1, 3), Color(3));
         EXPECT_EQ(base.sampler.seenSide, c.made);
         face->traceForward(context, 1);
@@ -46,24 +45,17 @@ TEST_F(MtlDoubleSidedTest, BackHitsAreTurnedOver) {
 TEST_F(MtlDoubleSidedTest, MissingPiecesHaveFixedAnswers) {
     FakeContext context = hit();
     context.backSide = 1;
-    startFrame(mtl, {{"base_mtl", &base}});
     base.givesSampler = false;
+    startFrame(mtl, {{"base_mtl", &base}});
     EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
     EXPECT_EQ(context.backSide, 1);
     mtl.releaseBSDF(context, nullptr);
-    base.givesSampler = true;
-    base.sampler.hasFace[kBackSide] = false;
-    BSDFSampler* sampler = mtl.getBSDF(context, 0);
-    EXPECT_EQ(sampler->getBRDF(kBackSide), nullptr);
-    mtl.releaseBSDF(context, sampler);
-    EXPECT_EQ(log.count("releaseBSDF"), 1);
+    EXPECT_FALSE(log.has("releaseBSDF"));
 
-    setParams(mtl, {{"base_mtl", static_cast<PluginBase*>(nullptr)}});
-    startFrame(mtl);
+    startFrame(mtl, {{"base_mtl", static_cast<PluginBase*>(nullptr)}});
     mtl.shade(context);
     EXPECT_EQ(resultsOf(context), kOpaqueBlack);
     EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
-    EXPECT_TRUE(renderer.log.warnings.empty());
 }
 
 }  // namespace

