@@ -29,11 +29,6 @@ constexpr ParamTable kParams{
                     "Render channels the result of this BRDF will be written to."),
 };
 
-bool isOpaque(PluginBase* material) {
-    auto* opaque = findInterface<OpaqueShadeableInterface>(material, EXT_OPAQUE_SHADEABLE);
-    return opaque && (opaque->getOpaqueFlags() & 1);
-}
-
 void writeTranslucency(const TwoSidedParams& params, const SourceArgs& args) {
     TextureInterface* texture = params.translucencyTex;
     if (texture && findInterface<RTTexInterface>(texture->getPlugin(), EXT_RTTEX)) {
@@ -155,7 +150,7 @@ void Mtl2Sided::releaseSampler(PelkContext& context, int side, BSDFSampler* samp
 }
 
 int Mtl2Sided::getOpaqueFlags() {
-    return isOpaque(params.front) && isOpaque(params.back) ? 3 : 2;
+    return 2 | (opaqueFlagsOf(params.front) & opaqueFlagsOf(params.back) & 1);
 }
 
 int Mtl2Sided::getMaterialSource(void* owner, const char* sourceName, const char* kind,

@@ -1,6 +1,7 @@
 #include "composite/mtl_material_id.h"
 
 #include "descriptor/nesting.h"
+#include "frame/shading.h"
 
 namespace {
 
@@ -85,8 +86,7 @@ int MtlMaterialID::getMaterialID(PelkContext&) {
 }
 
 int MtlMaterialID::getOpaqueFlags() {
-    auto* opaque = findInterface<OpaqueShadeableInterface>(params.baseMtl, EXT_OPAQUE_SHADEABLE);
-    return opaque ? opaque->getOpaqueFlags() : 0;
+    return opaqueFlagsOf(params.baseMtl);
 }
 
 int MtlMaterialID::getMaterialSource(void* owner, const char* sourceName, const char* kind,
@@ -99,8 +99,7 @@ int MtlMaterialID::getMaterialSource(void* owner, const char* sourceName, const 
 }
 
 RTMtlInterface* MtlMaterialID::getMultiMtl() {
-    RTMtlInterface* base = findRTMtl(params.baseMtl);
-    return base ? base->getMultiMtl() : nullptr;
+    return findMultiMtl(params.baseMtl);
 }
 
 void MaterialIDBSDF::traceForward(PelkContext& context, int doDiffuse) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "descriptor/nesting.h"
+#include "frame/shading.h"
 #include "frame/truncate.h"
 
 namespace {
@@ -41,10 +42,7 @@ RTMtlInterface* describedBy(const MtlMultiEntry& entry) {
 
 int opaqueFlagsOf(const MtlMultiEntry& entry) {
     PluginBase* plugin = entry.mtl->getPlugin();
-    if (!plugin)
-        return 1;
-    auto* opaque = findInterface<OpaqueShadeableInterface>(plugin, EXT_OPAQUE_SHADEABLE);
-    return opaque ? opaque->getOpaqueFlags() : 0;
+    return plugin ? Tarnkit::opaqueFlagsOf(plugin) : 1;
 }
 
 }  // namespace

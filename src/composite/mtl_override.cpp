@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "descriptor/nesting.h"
+#include "frame/shading.h"
 
 namespace {
 
@@ -51,11 +52,6 @@ std::array<LayerPosition, 5> slotsOf(const OverrideParams& params) {
              {params.reflectMtl, params.enableReflectMtl != 0},
              {params.refractMtl, params.enableRefractMtl != 0},
              {params.shadowMtl, params.enableShadowMtl != 0}}};
-}
-
-int opaqueFlagsOf(PluginBase* plugin) {
-    auto* opaque = findInterface<OpaqueShadeableInterface>(plugin, EXT_OPAQUE_SHADEABLE);
-    return opaque ? opaque->getOpaqueFlags() : 0;
 }
 
 // Overrides the environment of a context, and puts the old one back when the scope ends.
@@ -181,13 +177,7 @@ int MtlOverride::getMaterialSource(void* owner, const char* sourceName, const ch
 }
 
 RTMtlInterface* MtlOverride::getMultiMtl() {
-    RTMtlInterface* base = findRTMtl(params.baseMtl);
-    return base ? base->getMultiMtl() : nullptr;
-}
-
-BRDFSampler* BSDFOverride::getBRDF(BSDFSide side) {
-    brdf = bsdf->getBRDF(side);
-    return brdf ? this : nullptr;
+    return findMultiMtl(params.baseMtl);
 }
 
 void BSDFOverride::traceBSDFForward(PelkContext& context, int doDiffuse) {
@@ -199,84 +189,14 @@ Color BSDFOverride::getBSDFTransparency(PelkContext& context) {
     return bsdf->getBSDFTransparency(context);
 }
 
-PelkVolume* BSDFOverride::getVolume(PelkContext& context) {
-    return bsdf->getVolume(context);
-}
-
-Color BSDFOverride::getDiffuseColor(Color& lightColor) {
-    return brdf->getDiffuseColor(lightColor);
-}
-
-Vector BSDFOverride::getDiffuseNormal(PelkContext& context) {
-    return brdf->getDiffuseNormal(context);
-}
-
-Color BSDFOverride::getLightMult(Color& lightColor) {
-    return brdf->getLightMult(lightColor);
-}
-
-Color BSDFOverride::eval(PelkContext& context, const Vector& direction, Color& lightColor,
-                         Color& origLightColor, float probLight, int flags) {
-    return brdf->eval(context, direction, lightColor, origLightColor, probLight, flags);
-}
-
-void BSDFOverride::multiplyLight(float factor) {
-    brdf->multiplyLight(factor);
-}
-
-void BSDFOverride::lightFinished(int light) {
-    brdf->lightFinished(light);
-}
-
-int BSDFOverride::getUseIrradianceMap() {
-    return brdf->getUseIrradianceMap();
-}
-
 void BSDFOverride::traceForward(PelkContext& context, int doDiffuse) {
     const ScopedEnvironment scope(context, environment, priority);
-    brdf->traceForward(context, doDiffuse);
-}
-
-int BSDFOverride::getNumSamples(PelkContext& context, int doDiffuse) {
-    return brdf->getNumSamples(context, doDiffuse);
-}
-
-Color BSDFOverride::getTransparency(PelkContext& context) {
-    return brdf->getTransparency(context);
-}
-
-Color BSDFOverride::getColor(PelkContext& context, Color color) {
-    return brdf->getColor(context, color);
-}
-
-Color BSDFOverride::getAlpha(PelkContext& context, Color alpha) {
-    return brdf->getAlpha(context, alpha);
+    ForwardingSampler::traceForward(context, doDiffuse);
 }
 
 PelkContext* BSDFOverride::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
-    PelkContext* ray = brdf->getNewContext(context, sampler, doDiffuse);
+    PelkContext* ray = ForwardingSampler::getNewContext(context, sampler, doDiffuse);
     if (ray)
         ray->setEnvironment(environment, priority, 1);
     return ray;
-}
-
-float BSDFOverride::setupContext(PelkContext& context, PelkContext& newContext, float random,
-                                 int sample) {
-    return brdf->setupContext(context, newContext, random, sample);
-}
-
-RenderChannelsInfo* BSDFOverride::getRenderChannels() {
-    return brdf->getRenderChannels();
-}
-
-Color BSDFOverride::getSelfIllumination(PelkContext& context) {
-    return brdf->getSelfIllumination(context);
-}
-
-int BSDFOverride::getNumSubBRDFs() {
-    return brdf ? brdf->getNumSubBRDFs() : 0;
-}
-
-BRDFSampler* BSDFOverride::getSubBRDF(int index, Color& weight) {
-    return brdf ? brdf->getSubBRDF(index, weight) : nullptr;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frame/forwarding_sampler.h"
 #include "frame/material.h"
 #include "frame/material_desc.h"
 
@@ -19,45 +20,18 @@ struct OverrideParams {
     int environmentPriority = 0;                      ///< the highest along a path holds
 };
 
-/// Puts the environment of a MtlOverride around what the picked material's sampler traces. Pooled
-/// and not constructed anew: MtlOverride::getBSDF writes every field.
-class BSDFOverride : public BSDFSampler, public BRDFSampler {
+/// The picked material's sampler, with the environment of a MtlOverride around what it traces.
+/// Pooled and not constructed anew: MtlOverride::getBSDF writes every field.
+class BSDFOverride : public ForwardingSampler {
 public:
-    BSDFSampler* bsdf = nullptr;              ///< the sampler of the picked material
     TextureInterface* environment = nullptr;  ///< null for none
     int priority = 0;
-    BRDFSampler* brdf = nullptr;  ///< the face of `bsdf` that was asked for last
 
-    /// This sampler for each side that the picked material's sampler has.
-    BRDFSampler* getBRDF(BSDFSide side) override;
     void traceBSDFForward(PelkContext& context, int doDiffuse) override;
     Color getBSDFTransparency(PelkContext& context) override;
-    PelkVolume* getVolume(PelkContext& context) override;
-
-    // These forward to `brdf`, which getBRDF must have set.
-    Color getDiffuseColor(Color& lightColor) override;
-    Vector getDiffuseNormal(PelkContext& context) override;
-    Color getLightMult(Color& lightColor) override;
-    Color eval(PelkContext& context, const Vector& direction, Color& lightColor,
-               Color& origLightColor, float probLight, int flags) override;
-    void multiplyLight(float factor) override;
-    void lightFinished(int light) override;
-    int getUseIrradianceMap() override;
     void traceForward(PelkContext& context, int doDiffuse) override;
-    int getNumSamples(PelkContext& context, int doDiffuse) override;
-    Color getTransparency(PelkContext& context) override;
-    Color getColor(PelkContext& context, Color color) override;
-    Color getAlpha(PelkContext& context, Color alpha) override;
     /// The new context keeps the environment.
     PelkContext* getNewContext(PelkContext& context, int& sampler, int doDiffuse) override;
-    float setupContext(PelkContext& context, PelkContext& newContext, float random,
-                       int sample) override;
-    RenderChannelsInfo* getRenderChannels() override;
-    Color getSelfIllumination(PelkContext& context) override;
-
-    // These two also answer without a `brdf`.
-    int getNumSubBRDFs() override;
-    BRDFSampler* getSubBRDF(int index, Color& weight) override;
 };
 
 /// Shows each kind of ray a material of its own, and what is traced from there another environment.

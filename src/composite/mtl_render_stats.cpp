@@ -1,6 +1,7 @@
 #include "composite/mtl_render_stats.h"
 
 #include "descriptor/nesting.h"
+#include "frame/shading.h"
 
 namespace {
 
@@ -113,10 +114,7 @@ int MtlRenderStats::getMaterialID(PelkContext& context) {
 }
 
 int MtlRenderStats::getOpaqueFlags() {
-    if (!params.shadowsVisibility)
-        return 0;
-    auto* opaque = findInterface<OpaqueShadeableInterface>(params.baseMtl, EXT_OPAQUE_SHADEABLE);
-    return opaque ? opaque->getOpaqueFlags() & 1 : 0;
+    return params.shadowsVisibility ? opaqueFlagsOf(params.baseMtl) & 1 : 0;
 }
 
 int MtlRenderStats::getMaterialSource(void* owner, const char* sourceName, const char* kind,
@@ -133,8 +131,7 @@ int MtlRenderStats::getMaterialSource(void* owner, const char* sourceName, const
 }
 
 RTMtlInterface* MtlRenderStats::getMultiMtl() {
-    RTMtlInterface* base = findRTMtl(params.baseMtl);
-    return base ? base->getMultiMtl() : nullptr;
+    return findMultiMtl(params.baseMtl);
 }
 
 BRDFSampler* TransparentBSDF::getBRDF(BSDFSide) {

@@ -25,6 +25,12 @@ inline RTMtlInterface* findRTMtl(PluginBase* plugin) {
     return findInterface<RTMtlInterface>(plugin, EXT_RTMTL);
 }
 
+/// The material behind `plugin` that chooses among sub-materials by id; null without.
+inline RTMtlInterface* findMultiMtl(PluginBase* plugin) {
+    RTMtlInterface* material = findRTMtl(plugin);
+    return material ? material->getMultiMtl() : nullptr;
+}
+
 /// Lets a sub-material write its lines and returns its answer; without one, 0.
 int passThrough(RTMtlInterface* child, const SourceArgs& args);
 

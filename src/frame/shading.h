@@ -6,7 +6,7 @@
 
 #include "frame/api.h"
 #include "frame/context.h"
-#include "frame/plugin.h"
+#include "frame/pelk_material.h"
 #include "frame/scene_interfaces.h"
 #include "frame/texture.h"
 
@@ -54,6 +54,12 @@ inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Ve
 inline int findChannelIndex(PluginBase* plugin) {
     auto* channel = findInterface<RenderChannelInterface>(plugin, EXT_RENDER_CHANNEL);
     return channel ? channel->getChannelIndex() : -1;
+}
+
+/// The flags by which a plug-in tells whether it is opaque; 0 if there is none or it doesn't tell.
+inline int opaqueFlagsOf(PluginBase* plugin) {
+    auto* opaque = findInterface<OpaqueShadeableInterface>(plugin, EXT_OPAQUE_SHADEABLE);
+    return opaque ? opaque->getOpaqueFlags() : 0;
 }
 
 /// The name of an instance in a message: empty if it has none.

@@ -142,8 +142,7 @@ void MtlSingleBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
 
 int MtlSingleBRDF::getOpaqueFlags() {
     if (!readShared(opaqueKnown)) {
-        auto* opaque = findInterface<OpaqueShadeableInterface>(params.brdf, EXT_OPAQUE_SHADEABLE);
-        writeShared(opaqueFlags, opaque ? opaque->getOpaqueFlags() : 0);
+        writeShared(opaqueFlags, opaqueFlagsOf(params.brdf));
         writeShared(opaqueKnown, 1);
     }
     return readShared(opaqueFlags);
