@@ -63,10 +63,4 @@ inline bool leavesOnViewerSide(const PelkContext& context, const Vector& directi
            0.0f;
 }
 
-/// Share of a light that one of two ways to find it counts, by the power heuristic. `own` and
-/// `other` are densities of the ways in one scale.
-inline float powerShare(float own, float other) {
-    return own * own / (own * own + other * other);
-}
-
 }  // namespace Tarnkit

@@ -19,12 +19,6 @@ bool isBlack(Color c) {
     return c == Color(0);
 }
 
-/// Share of a light found by a ray of density `own` when `other` would have found it too: the power
-/// heuristic. Veach, "Robust Monte Carlo Methods for Light Transport Simulation", 1997, eq. 9.13.
-float powerShare(float own, float other) {
-    return own * own / (own * own + other * other);
-}
-
 }  // namespace
 
 StringHandle HostStringTable::intern(const char* text) {
@@ -64,6 +58,9 @@ RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
     c->skipObject = parent.object->index;
     c->skipTriangle = parent.triangle;
     c->bsdfDensity = -1.0f;
+    c->gathers = false;
+    c->resultScale = 1.0f;
+    c->hidden = {};
     c->pathSeed = hash32(parent.pathSeed ^ (branch * 0x85ebca6bu + 0x68e31da4u));
     c->sampleIndex = parent.sampleIndex;
     c->numVolumes = parent.numVolumes;
@@ -101,9 +98,12 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
 }
 
 /// A ray whose direction is weighted against the lights must meet all that were sampled with a
-/// weight; light that nothing stops has none. Other rays meet what they may see.
+/// weight; light that nothing stops has none, nor has one without highlights for a reflected ray.
+/// Other rays meet what they may see.
 static bool meets(const RenderContext& c, const LightInterface& light) {
-    return c.bsdfDensity < 0.0f ? light.isVisibleTo(c.rayType, c.traceDepth) : light.castsShadows();
+    if (c.bsdfDensity < 0.0f)
+        return light.isVisibleTo(c.rayType, c.traceDepth);
+    return light.castsShadows() && (c.gathers || light.affectsSpecular());
 }
 
 bool HostRenderer::meetLight(const RenderContext& c, double limit, LightHit& nearest) const {
@@ -134,7 +134,16 @@ Color HostRenderer::plainSurroundings(RenderContext& c, const Vector& direction)
     return c.environment->getTexColor(c).color;
 }
 
+bool HostRenderer::seesBackplate(const RenderContext& c) const {
+    const bool isCameraRay = c.traceDepth == 0 && (c.rayType & kRayCamera);
+    return backplate && (isCameraRay || (c.shadeFlags & kShadeBackgroundLookup));
+}
+
 Color HostRenderer::environmentAlong(RenderContext& c) const {
+    if (seesBackplate(c)) {
+        const ScopedValue flags(c.shadeFlags, c.shadeFlags | u32{kShadeBackgroundLookup});
+        return backplate->getTexColor(c).color;
+    }
     Color sum = plainSurroundings(c, c.rayDir);
     for (LightInterface* light : lightLoop.getInfiniteLights()) {
         if (c.environment && light->isDome())
@@ -203,7 +212,7 @@ void HostRenderer::trace(RenderContext& c) {
         c.skipObject = object;
         c.skipTriangle = c.triangle;
     }
-    c.traceResult = color;
+    c.traceResult = color * c.resultScale;
     c.traceAlpha = alpha;
 }
 

@@ -43,7 +43,8 @@ private:
     float choice = 1.0f;
 };
 
-/// Indirect diffuse light: one ray over the hemisphere at each hit.
+/// Indirect diffuse light: one ray over the hemisphere at each hit, or as many as the surface asks
+/// for where it is not itself lit indirectly.
 class PathGi final : public DefaultGlobalLightManager {
 public:
     explicit PathGi(HostRenderer& renderer_) : renderer(renderer_) {}
@@ -56,6 +57,9 @@ public:
     bool bumpInGi = false;
 
 private:
+    Color gather(RenderContext& context, int ray);
+    void gatherMatte(RenderContext& context, int ray, Color& unshadowed, Color& shadowed);
+
     HostRenderer& renderer;
 };
 
@@ -81,7 +85,8 @@ public:
     void trace(RenderContext& context);
     /// Colour of what shines from `distance` along `direction` through what stands in between.
     Color shadowed(RenderContext& context, const Vector& direction, double distance, Color light);
-    /// The light of lights around the scene and of the plain surroundings along the ray.
+    /// The light of lights around the scene and of the plain surroundings along the ray, or the
+    /// backplate.
     Color environmentAlong(RenderContext& context) const;
     /// The plain surroundings, or what overrides them, along a direction.
     Color plainSurroundings(RenderContext& context, const Vector& direction) const;
@@ -94,7 +99,8 @@ public:
     Intersector intersector;
     LightLoop lightLoop{*this};
     PathGi gi{*this};
-    Color background;  ///< the plain surroundings
+    Color background;                       ///< the plain surroundings
+    TextureInterface* backplate = nullptr;  ///< what camera rays see in their place, by the pixel
 
     /// Fills the hit fields of a context whose triangle and weights are set.
     void fillHit(RenderContext& context, u32 object, float distance);
@@ -102,6 +108,7 @@ public:
     void shadeHit(RenderContext& context);
 
 private:
+    bool seesBackplate(const RenderContext& context) const;
     bool meetLight(const RenderContext& context, double limit, LightHit& nearest) const;
     Color shareOfLight(const RenderContext& context, const LightHit& hit) const;
 

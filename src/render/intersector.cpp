@@ -23,20 +23,24 @@ struct Query {
     RTCIntersectContext context;
     u32 skipObject, skipTriangle;
     ShadowVisitor* visitor;
+    HiddenObjects hidden;
 };
 
-void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* visitor) {
+void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* visitor,
+               HiddenObjects hidden) {
     rtcInitIntersectContext(&query.context);
     query.skipObject = skipObject;
     query.skipTriangle = skipTriangle;
     query.visitor = visitor;
+    query.hidden = hidden;
 }
 
 /// Rays are traced one by one, so a filter sees one ray and one hit.
-void dropOwnTriangle(const RTCFilterFunctionNArguments* args) {
+void dropUnseen(const RTCFilterFunctionNArguments* args) {
     const Query& query = *reinterpret_cast<const Query*>(args->context);
     const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
-    if (hit.primID == query.skipTriangle && hit.geomID == query.skipObject)
+    const bool own = hit.primID == query.skipTriangle && hit.geomID == query.skipObject;
+    if (own || query.hidden.contains(static_cast<int>(hit.geomID)))
         args->valid[0] = 0;
 }
 
@@ -122,7 +126,7 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
                     *triangles++ = corner;
             }
         }
-        rtcSetGeometryIntersectFilterFunction(geometry, dropOwnTriangle);
+        rtcSetGeometryIntersectFilterFunction(geometry, dropUnseen);
         rtcSetGeometryOccludedFilterFunction(geometry, visitShadowHit);
         rtcCommitGeometry(geometry);
         rtcAttachGeometryByID(scene, geometry, object->index);
@@ -150,7 +154,7 @@ SceneBounds Intersector::bounds() const {
 
 float Intersector::closest(const RenderContext& ray, u32& object, RenderContext& hit) const {
     Query query;
-    initQuery(query, ray.skipObject, ray.skipTriangle, nullptr);
+    initQuery(query, ray.skipObject, ray.skipTriangle, nullptr, ray.hidden);
     alignas(16) RTCRayHit rayHit;
     fillRay(rayHit.ray, ray.rayOrigin, ray.rayDir, ray.rayMinT, ray.rayMaxT);
     rayHit.hit.geomID = rayHit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
@@ -167,7 +171,7 @@ float Intersector::closest(const RenderContext& ray, u32& object, RenderContext&
 bool Intersector::walkShadow(const Point& origin, const Vector& direction, double distance,
                              u32 skipObject, u32 skipTriangle, ShadowVisitor& visitor) const {
     Query query;
-    initQuery(query, skipObject, skipTriangle, &visitor);
+    initQuery(query, skipObject, skipTriangle, &visitor, {});
     alignas(16) RTCRay ray;
     // The light's own place doesn't stand in its way.
     const double end = distance < kRayFar ? distance * 0.9999 : distance;

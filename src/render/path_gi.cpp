@@ -1,3 +1,4 @@
+#include <cmath>
 #include <numbers>
 #include <utility>
 
@@ -19,6 +20,20 @@ bool facesIndirectLight(const PelkContext& c) {
 /// any light, but not 0, so that a light that is never sampled is still seen.
 constexpr float kLeavesLights = 1e-12f;
 
+/// A surface may ask for more rays; what is itself only seen by indirect rays gets one, or paths
+/// would multiply.
+int raysAt(const RenderContext& c) {
+    constexpr float kMostRays = 1024.0f;
+    if (!c.surfaceProperties || c.giDepth > 0)
+        return 1;
+    const float rays = c.surfaceProperties->gi_quality_multiplier;
+    return rays > 1.0f ? static_cast<int>(std::fmin(std::round(rays), kMostRays)) : 1;
+}
+
+Random2 randomOfRay(const RenderContext& c, int ray, RandomUse use) {
+    return random2(c.pathSeed + static_cast<u32>(ray) * 0x9e3779b1u, c.sampleIndex, use);
+}
+
 }  // namespace
 
 void PathGi::irradiance(Color& out, PelkContext& context) {
@@ -26,14 +41,22 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
     out = Color(0);
     // Found out for one sampler, so it holds for the light that is asked for right after.
     const bool unseen = std::exchange(c.diffuseIsBlack, false);
-    if (!enabled || unseen || !facesIndirectLight(c))
+    const float received = c.surfaceProperties ? c.surfaceProperties->receive_gi : 1.0f;
+    if (!enabled || unseen || received == 0.0f || !facesIndirectLight(c))
         return;
+    const int rays = raysAt(c);
+    for (int ray = 0; ray < rays; ++ray)
+        out += gather(c, ray);
+    out *= received / static_cast<float>(rays);
+}
+
+Color PathGi::gather(RenderContext& c, int index) {
     float cosine;
     const Vector direction =
-        cosineDirection(c.normal, random2(c.pathSeed, c.sampleIndex, RandomUse::Indirect), cosine);
+        cosineDirection(c.normal, randomOfRay(c, index, RandomUse::Indirect), cosine);
     if (!(dot(direction, c.geomNormal) > 0.0f))
-        return;  // below the surface, by the difference of its two normals
-    RenderContext* ray = renderer.spawn(c, kRayGi);
+        return Color(0);  // below the surface, by the difference of its two normals
+    RenderContext* ray = renderer.spawn(c, kRayGi + (static_cast<u32>(index) << 8));
     ray->rayType =
         (c.rayType & RenderContext::kPathBits) | kRayGi | (bumpInGi ? u32{kRayGiBump} : 0u);
     ray->traceDepth = c.traceDepth + 1;
@@ -44,29 +67,49 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
     // samplers were made before it asked.
     const bool weighted = usesLightMis(c) && !c.backSide;
     ray->bsdfDensity = weighted ? cosine * std::numbers::inv_pi_v<float> : kLeavesLights;
+    ray->gathers = true;
+    ray->receiveCaustics = c.surfaceProperties ? c.surfaceProperties->receive_caustics : 1.0f;
     ray->spawnWeight = Color(1);
     ray->rayWeight = c.rayWeight;
     ray->rayWeight2 = c.rayWeight2;
     renderer.trace(*ray);
-    out = ray->traceResult;
+    const Color light = ray->traceResult;
     ray->releaseContext();
+    return light;
 }
 
 int PathGi::usesLightMis(PelkContext& context) {
-    const bool matte = context.surfaceProperties && context.surfaceProperties->matte_surface;
+    // Indirect light of a matte isn't asked for, and what is scaled would scale lights too.
+    const PelkSurfaceProperties* surface = context.surfaceProperties;
+    const bool scaled = surface && (surface->matte_surface || surface->receive_gi != 1.0f);
     // Light without shadows comes from where no ray could meet it.
-    const bool shadowed = !(context.shadeFlags & kShadeNoShadows);
-    return enabled && !matte && shadowed && facesIndirectLight(context);
+    const bool isShadowed = !(context.shadeFlags & kShadeNoShadows);
+    return enabled && !scaled && isShadowed && facesIndirectLight(context);
 }
 
 void PathGi::evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed) {
     RenderContext& c = hostContext(context);
-    const Vector normal = c.backSide ? -c.normal : c.normal;
+    unshadowed = shadowed = Color(0);
+    const int rays = enabled ? raysAt(c) : 0;
+    for (int ray = 0; ray < rays; ++ray)
+        gatherMatte(c, ray, unshadowed, shadowed);
+    if (rays > 1) {
+        unshadowed *= 1.0f / static_cast<float>(rays);
+        shadowed *= 1.0f / static_cast<float>(rays);
+    }
+}
+
+void PathGi::gatherMatte(RenderContext& c, int index, Color& unshadowed, Color& shadowed) {
+    const bool fromBehind = c.backSide != 0;
     float cosine;
-    const Vector direction =
-        cosineDirection(normal, random2(c.pathSeed, c.sampleIndex, RandomUse::Matte), cosine);
-    unshadowed = renderer.plainSurroundings(c, direction);
-    shadowed = renderer.shadowed(c, direction, kRayFar, unshadowed);
+    const Vector direction = cosineDirection(fromBehind ? -c.normal : c.normal,
+                                             randomOfRay(c, index, RandomUse::Matte), cosine);
+    if ((dot(direction, c.geomNormal) > 0.0f) == fromBehind)
+        return;  // the surface's own shape is no shadow on it
+    const Color light = renderer.plainSurroundings(c, direction);
+    unshadowed += light;
+    shadowed +=
+        c.shadeFlags & kShadeNoShadows ? light : renderer.shadowed(c, direction, kRayFar, light);
 }
 
 }  // namespace Tarnkit

@@ -26,6 +26,12 @@ PelkContext* RenderContext::newSpawnedContext(int index, const Color& weight, u3
     spawned->rayWeight2 = rayWeight2 * weight;
     if (rayFlags & kRayRefract)
         spawned->crossSurface(*this);
+    if (surfaceProperties)
+        spawned->hidden = HiddenObjects::from(*surfaceProperties, rayFlags);
+    if (gathers && (rayFlags & (kRayReflect | kRayRefract))) {
+        const float thrown = surfaceProperties ? surfaceProperties->generate_caustics : 1.0f;
+        spawned->resultScale = receiveCaustics * thrown;
+    }
     return spawned;
 }
 

@@ -4,7 +4,7 @@
 
 #include "frame/context.h"
 #include "frame/types.h"
-#include "render/mesh.h"
+#include "render/hidden_objects.h"
 
 namespace Tarnkit {
 
@@ -31,9 +31,13 @@ public:
     u32 skipObject = kNone, skipTriangle = kNone;  ///< the triangle that the ray leaves, if any
     float bsdfDensity = -1.0f;  ///< density of the direction per solid angle, to be weighted
                                 ///< against that of lights; below 0 if the ray sees lights in full
-    u32 pathSeed = 0;           ///< of the path's random numbers: the pixel and the way so far
-    u32 sampleIndex = 0;        ///< number of the path in its pixel
-    int numVolumes = 0;         ///< surfaces that the ray has entered and not left
+    bool gathers = false;       ///< brings diffuse light to the surface that it left
+    float receiveCaustics = 1.0f;  ///< if it gathers: factor of light over a mirror or a lens
+    float resultScale = 1.0f;      ///< factor of traceResult
+    HiddenObjects hidden;          ///< what the ray doesn't meet
+    u32 pathSeed = 0;              ///< of the path's random numbers: the pixel and the way so far
+    u32 sampleIndex = 0;           ///< number of the path in its pixel
+    int numVolumes = 0;            ///< surfaces that the ray has entered and not left
     PelkVolume* volumes[kMaxVolumes];  // NOLINT: their media; null where a surface has none
     RenderContext* nextFree = nullptr;
 

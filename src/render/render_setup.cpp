@@ -31,6 +31,8 @@ void applySettings(const SceneSettings& settings, const RenderOptions& options, 
     sequence.numThreads = threads;
     sequence.maxRayDepth = settings.max_depth;
     sequence.reflectiveGi = settings.reflective_gi;
+    sequence.reflectionsEnabled = settings.reflections;
+    sequence.depthOverride = settings.depth_override;
     renderer.gi.enabled = settings.gi;
     renderer.background = settings.background;
     renderer.frameData.frameTime = settings.time;
@@ -48,6 +50,7 @@ int RenderSetup::MaterialCamera::mapToScreen(PelkContext& context, ScreenPoint& 
 RenderSetup::RenderSetup(Scene& scene_, const RenderOptions& options_, int threads, MessageLog* log)
     : scene(scene_), options(options_), materialCamera(scene_), plugins(scene_, renderer) {
     applySettings(scene.settings, options, threads, log, renderer);
+    renderer.backplate = scene.backplate;
     renderer.sequenceData.camera = &materialCamera;
     channels.setPlugin(&renderer.sequenceData);
     renderer.sequenceData.addInterface(&channels, 0);

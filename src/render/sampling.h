@@ -90,6 +90,13 @@ inline Random2 squareToDisc(Random2 u) {
     return wide ? Random2{along, aside} : Random2{aside, along};
 }
 
+/// Share of a light that counts for one of two ways to find it: the power heuristic. `own` and
+/// `other` are the densities of the two, in one scale. Veach, "Robust Monte Carlo Methods for Light
+/// Transport Simulation", 1997, eq. 9.13.
+constexpr float powerShare(float own, float other) {
+    return own * own / (own * own + other * other);
+}
+
 /// Two unit vectors that make a right-handed frame with the unit vector `n`. Duff et al.,
 /// "Building an Orthonormal Basis, Revisited", JCGT 6(1), 2017.
 inline void makeBasis(Vector n, Vector& t, Vector& b) {

@@ -12,6 +12,7 @@
 namespace Tarnkit {
 
 class CameraInterface;
+class TextureInterface;
 class HostSession;
 
 /// The settings of a scene, with what holds where the file is silent.
@@ -20,11 +21,14 @@ struct SceneSettings {
     int samples = 16;   ///< per pixel
     int max_depth = 8;  ///< surfaces in a row at which a path gathers light, mirrors included
     bool gi = true;     ///< surfaces light one another
-    bool reflective_gi = true;  ///< indirect rays go on at mirrors, so that there are caustics
-    Color background;           ///< what rays see that hit nothing, where no dome stands
-    double time = 0.0;          ///< at which values over time are read
-    bool half_float = false;    ///< 16 bits a channel where a picture's format has them
-    std::string camera;         ///< instance; may be left out if there is just one camera
+    bool reflective_gi = true;    ///< indirect rays go on at mirrors, so that there are caustics
+    bool reflections = true;      ///< materials trace reflections
+    bool depth_override = false;  ///< limits that materials have of their own don't count
+    Color background;             ///< what rays see that hit nothing, where no dome stands
+    double time = 0.0;            ///< at which values over time are read
+    bool half_float = false;      ///< 16 bits a channel where a picture's format has them
+    std::string backplate;        ///< texture that fills the picture behind the scene; may be empty
+    std::string camera;           ///< instance; may be left out if there is just one camera
     std::vector<std::string> channels;  ///< names of render channels beyond colour and alpha
 };
 
@@ -60,7 +64,8 @@ public:
 
     std::string file;  ///< name of the scene's file
     SceneSettings settings;
-    CameraInterface* camera = nullptr;  ///< null if the scene has none
+    TextureInterface* backplate = nullptr;  ///< null without one
+    CameraInterface* camera = nullptr;      ///< null if the scene has none
 
 private:
     using ParameterKey = std::pair<Plugin*, std::string>;

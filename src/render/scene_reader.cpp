@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 
+#include "frame/texture.h"
 #include "platform/file.h"
 #include "render/file_guide.h"
 #include "render/host_session.h"
@@ -30,7 +31,7 @@ public:
 
     bool read(std::span<const std::string> overrides) {
         return parseFile() && checkTop() && makeInstances() && applyOverrides(overrides) &&
-               setParameters() && checkLoops() && findCamera() && openFiles();
+               setParameters() && checkLoops() && findCamera() && findBackplate() && openFiles();
     }
 
     std::string error;
@@ -70,6 +71,7 @@ private:
     std::string unknownParameter(const PluginKind& kind, std::string_view name) const;
     bool checkLoops();
     bool findCamera();
+    bool findBackplate();
     bool openFiles();
 
     HostSession& session;
@@ -252,6 +254,17 @@ bool SceneReader::findCamera() {
     Plugin* const plugin =
         readSceneReference(scene, EXT_CAMERA, name, "/settings/camera", sceneError);
     scene.camera = findInterface<CameraInterface>(plugin, EXT_CAMERA);
+    return plugin ? true : fail(sceneError);
+}
+
+bool SceneReader::findBackplate() {
+    const std::string& name = scene.settings.backplate;
+    if (name.empty())
+        return true;
+    SceneError sceneError;
+    Plugin* const plugin =
+        readSceneReference(scene, EXT_TEXTURE, name, "/settings/backplate", sceneError);
+    scene.backplate = findInterface<TextureInterface>(plugin, EXT_TEXTURE);
     return plugin ? true : fail(sceneError);
 }
 

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "frame/param_table.h"
+#include "frame/renderer.h"
 #include "frame/shader_source.h"
 #include "render/render_context.h"
 #include "render/surface_uv.h"
@@ -81,6 +82,11 @@ int HostTexture::writeTexSource(const char*, const char*, const char* kind, Shad
 Vector textureCoordinates(PelkContext& context, UVWGenInterface* uvwgen) {
     if (uvwgen)
         return uvwgen->getUVW(context);
+    if (context.shadeFlags & kShadeBackgroundLookup) {
+        const FrameData& frame = context.renderer->frameData;
+        return {static_cast<float>(context.screenX / frame.imageWidth),
+                static_cast<float>(1.0 - context.screenY / frame.imageHeight), 0.0f};
+    }
     const UV uv = surfaceUV(context);
     return {uv.u, uv.v, 0.0f};
 }

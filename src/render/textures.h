@@ -112,7 +112,8 @@ private:
 /// The nearest integer, within its limits; 0 for what is no number.
 int nearestInt(float x);
 
-/// Texture coordinates at the hit: by the generator, or those of the surface without one.
+/// Texture coordinates at the hit: by the generator, or those of the surface without one. What is
+/// read as the background of the picture covers the picture.
 Vector textureCoordinates(PelkContext& context, UVWGenInterface* uvwgen);
 
 }  // namespace Tarnkit

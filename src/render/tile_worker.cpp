@@ -30,6 +30,9 @@ void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u
     c.environmentPriority = std::numeric_limits<int>::min();
     c.skipObject = c.skipTriangle = RenderContext::kNone;
     c.bsdfDensity = -1.0f;
+    c.gathers = false;
+    c.resultScale = 1.0f;
+    c.hidden = {};
     c.pathSeed = seed;
     c.sampleIndex = sample;
     c.numVolumes = 0;
