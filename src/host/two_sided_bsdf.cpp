@@ -96,13 +96,13 @@ Color TwoSidedBSDF::glowFromBeyond(PelkContext& context) const {
 }
 
 Color TwoSidedBSDF::Face::getDiffuseColor(Color& lightColor) {
-    const Side& near = owner->near;
-    return near.face ? owner->nearShare * near.face->getDiffuseColor(lightColor) : Color(0);
+    BRDFSampler* face = owner->near.face;
+    return face ? owner->nearShare * face->getDiffuseColor(lightColor) : Color(0);
 }
 
 Color TwoSidedBSDF::Face::getLightMult(Color& lightColor) {
-    const Side& near = owner->near;
-    return near.face ? owner->nearShare * near.face->getLightMult(lightColor) : Color(0);
+    BRDFSampler* face = owner->near.face;
+    return face ? owner->nearShare * face->getLightMult(lightColor) : Color(0);
 }
 
 Color TwoSidedBSDF::Face::eval(PelkContext& context, const Vector& direction, Color& lightColor,

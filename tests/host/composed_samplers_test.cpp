@@ -17,7 +17,12 @@ public:
     Color light, unshadowed, through, tracedWeight;
     Vector normal;
     int flags = -1;
+    int askedSide = -1;
 
+    BRDFSampler* getBRDF(BSDFSide side) override {
+        askedSide = side;
+        return RecordingSampler::getBRDF(side);
+    }
     Color getDiffuseColor(Color& lightColor) override {
         const Color reflected = lightColor * diffuse;
         lightColor *= passes;
@@ -163,10 +168,12 @@ TEST_F(ComposedSamplers, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
         light = Color(4);
         EXPECT_EQ(viewer->eval(context, {0, 0, viewerSide}, light, unshadowed, 1, 3), Color(3));
         EXPECT_EQ(first.seenSide, c.first);
+        EXPECT_EQ(first.askedSide, c.first.backSide);
         EXPECT_EQ(first.flags, 3);
         light = Color(4);
         EXPECT_EQ(viewer->eval(context, {0, 0, -viewerSide}, light, unshadowed, 1, 3), Color(0.5f));
         EXPECT_EQ(second.seenSide, c.second);
+        EXPECT_EQ(second.askedSide, 1 - c.second.backSide) << "the side that light falls on";
         EXPECT_EQ(second.flags, kEvalDiffuse);
 
         gi.seen.clear();
@@ -180,7 +187,7 @@ TEST_F(ComposedSamplers, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
 }
 
 TEST_F(ComposedSamplers, ThinSurfacesLetLightThroughByBothSides) {
-    Film white(1, 0), clear(0, 1);
+    Film white(1, 0), clear(1, 1);
     clear.transparency = Color(1);
     const struct {
         const char* what;
