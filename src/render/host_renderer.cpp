@@ -135,8 +135,10 @@ Color HostRenderer::plainSurroundings(RenderContext& c, const Vector& direction)
 }
 
 bool HostRenderer::seesBackplate(const RenderContext& c) const {
+    if (!backplate)
+        return false;
     const bool isCameraRay = c.traceDepth == 0 && (c.rayType & kRayCamera);
-    return backplate && (isCameraRay || (c.shadeFlags & kShadeBackgroundLookup));
+    return isCameraRay || (c.shadeFlags & kShadeBackgroundLookup);
 }
 
 Color HostRenderer::environmentAlong(RenderContext& c) const {

@@ -26,6 +26,22 @@ struct Query {
     HiddenObjects hidden;
 };
 
+/// Rays are traced one by one, so a filter sees one ray and one hit.
+void dropOwnTriangle(const RTCFilterFunctionNArguments* args) {
+    const Query& query = *reinterpret_cast<const Query*>(args->context);
+    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
+    if (hit.primID == query.skipTriangle && hit.geomID == query.skipObject)
+        args->valid[0] = 0;
+}
+
+/// The filter of a ray to which objects are hidden.
+void dropHidden(const RTCFilterFunctionNArguments* args) {
+    const Query& query = *reinterpret_cast<const Query*>(args->context);
+    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
+    if (query.hidden.contains(static_cast<int>(hit.geomID)))
+        args->valid[0] = 0;
+}
+
 void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* visitor,
                HiddenObjects hidden) {
     rtcInitIntersectContext(&query.context);
@@ -33,15 +49,8 @@ void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* vi
     query.skipTriangle = skipTriangle;
     query.visitor = visitor;
     query.hidden = hidden;
-}
-
-/// Rays are traced one by one, so a filter sees one ray and one hit.
-void dropUnseen(const RTCFilterFunctionNArguments* args) {
-    const Query& query = *reinterpret_cast<const Query*>(args->context);
-    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
-    const bool own = hit.primID == query.skipTriangle && hit.geomID == query.skipObject;
-    if (own || query.hidden.contains(static_cast<int>(hit.geomID)))
-        args->valid[0] = 0;
+    if (hidden.table)
+        query.context.filter = dropHidden;
 }
 
 void visitShadowHit(const RTCFilterFunctionNArguments* args) {
@@ -103,6 +112,7 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
         },
         &failure);
     scene = rtcNewScene(device);
+    rtcSetSceneFlags(scene, RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION);
     // Spatial splits would show a triangle to a shadow ray twice.
     rtcSetSceneBuildQuality(scene, RTC_BUILD_QUALITY_MEDIUM);
     for (const auto& object : objects) {
@@ -126,7 +136,7 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
                     *triangles++ = corner;
             }
         }
-        rtcSetGeometryIntersectFilterFunction(geometry, dropUnseen);
+        rtcSetGeometryIntersectFilterFunction(geometry, dropOwnTriangle);
         rtcSetGeometryOccludedFilterFunction(geometry, visitShadowHit);
         rtcCommitGeometry(geometry);
         rtcAttachGeometryByID(scene, geometry, object->index);
