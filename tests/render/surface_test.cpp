@@ -2,11 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "host/plugin_parameters.h"
 #include "render/camera.h"
 #include "render/geom_shapes.h"
-#include "render/host_plugin.h"
-#include "render/host_renderer.h"
+#include "render/plugin_holder.h"
 #include "render/surface_uv.h"
 #include "render/textures.h"
 
@@ -15,52 +13,44 @@ namespace {
 
 /// A hit in the middle of a triangle of a shape.
 template <class Shape>
-class ShapeHit {
+class ShapeHit : public PluginHolder<Shape> {
 public:
-    void set(PelkPluginParameter& parameter) { shape.setParameter(&parameter); }
     RenderContext& at(u32 triangle) {
         std::string error;
-        shape.frameBegin(renderer);
-        EXPECT_TRUE(shape.buildMesh(object.mesh, error)) << error;
-        const Mesh& mesh = object.mesh;
-        object.faceNormals.clear();
-        for (const auto& t : mesh.triangles)
-            object.faceNormals.push_back(
-                normalizeGuarded(cross(mesh.positions[t[1]] - mesh.positions[t[0]],
-                                       mesh.positions[t[2]] - mesh.positions[t[0]])));
+        this->startFrame();
+        Mesh& mesh = object.mesh;
+        EXPECT_TRUE(this->plugin.buildMesh(mesh, error)) << error;
         const auto& t = mesh.triangles[triangle];
+        const Vector a = mesh.positions[t[0]], b = mesh.positions[t[1]], c = mesh.positions[t[2]];
+        object.faceNormals.resize(mesh.triangles.size());
+        object.faceNormals[triangle] = normalizeGuarded(cross(b - a, c - a));
         context.object = &object;
         context.triangle = triangle;
         context.flippedSide = 0;
         context.normal = object.faceNormals[triangle];
-        context.hitPoint =
-            Point() +
-            (mesh.positions[t[0]] + mesh.positions[t[1]] + mesh.positions[t[2]]) * (1 / 3.0f);
+        context.hitPoint = Point() + (a + b + c) * (1 / 3.0f);
         return context;
     }
 
-    HostRenderer renderer;
     SceneObject object;
     RenderContext context;
-    HostPluginDesc<Shape> desc;
-    Shape shape{&desc};
 };
 
 TEST(HitObject, PartsHaveShaderSetsByHandle) {
     ShapeHit<GeomBox> box;
     StringListParameter sets("shader_sets", {"side", "", "top", "side"});
     IntListParameter ids("material_ids", {7, 7, 7, 7, 7, 7});
-    box.set(sets);
-    box.set(ids);
+    box.plugin.setParameter(&sets);
+    box.plugin.setParameter(&ids);
     StringTable& names = *box.renderer.getStringTable();
     names.intern("of another object");
     const char* expected[] = {"side", nullptr, "top", "side", nullptr, nullptr};
     for (u32 part = 0; part < 6; ++part) {
         RenderContext& hit = box.at(part * 2 + 1);
         StringHandle handle{99};
-        box.shape.getShaderSetName(handle, hit, 0);
+        box.plugin.getShaderSetName(handle, hit, 0);
         EXPECT_EQ(handle.id, names.intern(expected[part]).id) << part;
-        EXPECT_EQ(box.shape.getSurfaceMtlID(hit), 7);
+        EXPECT_EQ(box.plugin.getSurfaceMtlID(hit), 7);
     }
     EXPECT_NE(names.intern("side").id, names.intern("top").id);
 }
@@ -83,52 +73,43 @@ void expectLeadsTo(const Transform& frame, RenderContext& hit, GetUV getUV) {
 
 TEST(HitObject, FramesLeadFromTheWorldToTextureCoordinates) {
     ShapeHit<GeomQuad> quad;
-    ColorParameter size("scale", Color(2, 3, -1)), turn("rotate", Color(20, 70, 5));
-    quad.set(size);
-    quad.set(turn);
+    quad.set("scale", Color(2, 3, -1));
+    quad.set("rotate", Color(20, 70, 5));
     for (const bool flipped : {false, true}) {
         RenderContext& hit = quad.at(1);
         const auto plain = [&] { return Vector(surfaceUV(hit).u, surfaceUV(hit).v, 0); };
         hit.flippedSide = flipped;
         const Vector outward = hit.normal;
         hit.normal = flipped ? -outward : outward;
-        const Transform frame = quad.shape.getSurfaceFrame(hit, -1);
+        const Transform frame = quad.plugin.getSurfaceFrame(hit, -1);
         hit.normal = outward;
         expectLeadsTo(frame, hit, plain);
     }
-    HostPluginDesc<UVWGenMap> desc;
-    UVWGenMap map(&desc);
-    ColorParameter scale("scale", Color(5, -2, 1));
-    FloatParameter rotation("rotation", 30.0f);
-    IntParameter set("uv_set", 1);
-    for (PelkPluginParameter* p :
-         {static_cast<PelkPluginParameter*>(&scale), static_cast<PelkPluginParameter*>(&rotation),
-          static_cast<PelkPluginParameter*>(&set)})
-        map.setParameter(p);
-    map.frameBegin(quad.renderer);
+    PluginHolder<UVWGenMap> map;
+    map.set("scale", Color(5, -2, 1));
+    map.set("rotation", 30.0f);
+    map.set("uv_set", 1);
+    map.startFrame();
     RenderContext& hit = quad.at(0);
     quad.object.mesh.furtherUVs = {{{9, 9}, {9, 8}, {7, 8}, {7, 9}}};
     int valid = 0;
-    const Transform frame = map.getTangentFrame(hit, valid);
+    const Transform frame = map.plugin.getTangentFrame(hit, valid);
     EXPECT_EQ(valid, 1);
-    expectLeadsTo(frame, hit, [&] { return map.getUVW(hit); });
+    expectLeadsTo(frame, hit, [&] { return map.plugin.getUVW(hit); });
     quad.object.mesh.uvs.clear();
     quad.object.mesh.furtherUVs.clear();
     EXPECT_NEAR(length(surfaceFrame(hit).axisX), 1.0f, 1e-5f) << "any directions, but whole ones";
     // Directions of the object follow its scale and rotation, wherever it stands.
     const Vector edge = quad.object.mesh.positions[1] - quad.object.mesh.positions[0];
-    EXPECT_NEAR(length(quad.shape.objectToWorld(hit, {1, 0, 0}) - edge), 0.0f, 1e-5f);
+    EXPECT_NEAR(length(quad.plugin.objectToWorld(hit, {1, 0, 0}) - edge), 0.0f, 1e-5f);
 }
 
 TEST(CameraOrthographic, RaysArePlacesOnThePicture) {
-    HostRenderer renderer;
-    HostPluginDesc<CameraOrthographic> desc;
-    CameraOrthographic camera(&desc);
-    FloatParameter width("width", 8.0f);
-    ColorParameter target("target", Color(1, 2, 0));
-    camera.setParameter(&width);
-    camera.setParameter(&target);
-    camera.frameBegin(renderer);
+    PluginHolder<CameraOrthographic> holder;
+    CameraOrthographic& camera = holder.plugin;
+    holder.set("width", 8.0f);
+    holder.set("target", Color(1, 2, 0));
+    holder.startFrame();
     std::string error;
     ASSERT_TRUE(camera.prepare(400, 200, error)) << error;
     RenderContext ray, next;
@@ -144,9 +125,8 @@ TEST(CameraOrthographic, RaysArePlacesOnThePicture) {
     EXPECT_NEAR(seen.y, 150, 1e-4);
     EXPECT_NEAR(depth, 3.0f, 1e-5f);
     EXPECT_FALSE(camera.project(ray.rayOrigin + ray.rayDir * -1.0f, seen, nullptr));
-    FloatParameter none("width", 0.0f);
-    camera.setParameter(&none);
-    camera.frameBegin(renderer);
+    holder.set("width", 0.0f);
+    holder.startFrame();
     EXPECT_FALSE(camera.prepare(400, 200, error));
 }
 

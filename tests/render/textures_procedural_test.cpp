@@ -5,9 +5,7 @@
 #include <cmath>
 #include <random>
 
-#include "host/plugin_parameters.h"
-#include "render/host_plugin.h"
-#include "render/host_renderer.h"
+#include "render/plugin_holder.h"
 
 namespace Tarnkit {
 namespace {
@@ -24,22 +22,20 @@ public:
 };
 
 template <class T>
-struct TextureAt {
-    HostRenderer renderer;
-    HostPluginDesc<T> desc;
-    T texture{&desc};
-    PlaceUVW place;
-    PluginParameter uvwgen{"uvwgen", &place};
-
+class TextureAt : public PluginHolder<T> {
+public:
+    TextureAt() { this->set("uvwgen", static_cast<PluginBase*>(&place)); }
     float at(Point point, Vector direction = {0, 0, -1}) {
-        texture.setParameter(&uvwgen);
-        texture.frameBegin(renderer);
+        this->startFrame();
         RenderContext context;
         context.hitPoint = point;
         context.normal = {0, 0, 1};
         context.rayDir = direction;
-        return texture.getTexFloat(context);
+        return this->plugin.getTexFloat(context);
     }
+
+private:
+    PlaceUVW place;
 };
 
 TEST(ProceduralTextures, BlendFromTheFirstColourToTheSecond) {
@@ -51,13 +47,11 @@ TEST(ProceduralTextures, BlendFromTheFirstColourToTheSecond) {
     } cases[] = {{0, {0.25, 0.9, 0}, 0.25f}, {0, {-3, 0, 0}, 0.0f},     {0, {7, 0, 0}, 1.0f},
                  {1, {0.25, 0.9, 0}, 0.9f},  {2, {0.5, 0.75, 0}, 0.5f}, {2, {0.5, 0.5, 0}, 0.0f}};
     for (const auto& c : cases) {
-        IntParameter form("form", c.form);
-        gradient.texture.setParameter(&form);
+        gradient.set("form", c.form);
         EXPECT_NEAR(gradient.at(c.place), c.expected, 1e-6f) << c.form << " " << c.place.x;
     }
     TextureAt<TexFacing> facing;
-    FloatParameter power("power", 2.0f);
-    facing.texture.setParameter(&power);
+    facing.set("power", 2.0f);
     EXPECT_EQ(facing.at({}, {0, 0, -1}), 0.0f);
     EXPECT_EQ(facing.at({}, {0, 1, 0}), 1.0f);
     EXPECT_NEAR(facing.at({}, {0.6f, 0, 0.8f}), 0.04f, 1e-6f) << "seen from behind";
