@@ -59,22 +59,21 @@ void GlassBSDF::set(const GlassLook& newLook, PelkContext& context, bool singleS
     const float outer = outside ? outside->getIOR(context) : 1.0f;
     const float inner = look->volume->getIOR(context);
     n = leaves ? outer / inner : inner / outer;
-    const SequenceData& settings = context.renderer->sequenceData;
-    reflects =
-        settings.reflectionsEnabled && (settings.reflectiveGi || !(context.rayType & kRayGi));
+    lights = lightSearchAt(context, tracesMirrorRays(context));
 }
 
 Color GlassBSDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
                       Color& origLightColor, float probLight, int flags) {
     Color light;
-    if ((flags & kEvalSpecular) && !(context.rayType & kRayNoSpecular)) {
+    const bool wanted = (flags & kEvalSpecular) && !(context.rayType & kRayNoSpecular);
+    if (wanted && lights != LightSearch::OwnRays) {
         float pdf;
         float value = lobe.eval(direction, pdf);
         if (value > 0.0f) {
             const float cosine = -dot(lobe.view, lobe.facetFor(direction));
             const float share = fresnelShare(std::clamp(cosine, 0.0f, 1.0f), n);
             value *= share;
-            if (reflects)
+            if (lights == LightSearch::Both)
                 value *= powerShare(probLight, pdf * share);
             light = lightColor * look->reflection * value;
         }
@@ -98,8 +97,9 @@ void GlassBSDF::chooseReflection(const PelkContext& context, const FacetSample& 
     chosen.refracts = false;
     chosen.direction = sample.direction;
     chosen.weight = leavesOnViewerSide(context, sample.direction) ? sample.weight : 0.0f;
+    const bool isWeighted = lights == LightSearch::Both && !lobe.shape.isSmooth();
     chosen.density =
-        lobe.shape.isSmooth() ? -1.0f : sample.pdf * share * (0.5f * std::numbers::inv_pi_v<float>);
+        isWeighted ? sample.pdf * share * (0.5f * std::numbers::inv_pi_v<float>) : -1.0f;
 }
 
 bool GlassBSDF::chooseRefraction(const PelkContext& context, const Vector& facet) {
@@ -136,7 +136,7 @@ PelkContext* GlassBSDF::getNewContext(PelkContext& context, int& sampler, int do
     sampler = chosen.refracts;
     if (chosen.refracts)
         return context.newSpawnedContext(2, look->refraction, kRayRefract, chosen.direction);
-    if (!reflects)
+    if (lights == LightSearch::LightLoop)
         return nullptr;
     return context.newSpawnedContext(
         1, look->reflection, lobe.shape.isSmooth() ? kSpawnMirror : kRayReflect, chosen.direction);

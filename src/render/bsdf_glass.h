@@ -67,8 +67,8 @@ private:
 
     const GlassLook* look = nullptr;
     FacetLobe lobe;
-    float n = 1.0f;        ///< index of the medium beyond over that of the viewer's
-    bool reflects = true;  ///< reflected rays are traced
+    float n = 1.0f;  ///< index of the medium beyond over that of the viewer's
+    LightSearch lights = LightSearch::LightLoop;  ///< mirrored ones
     bool singleSided = false;
     Chosen chosen;
 };

@@ -27,12 +27,6 @@ constexpr ParamTable kParams{
 /// A surface that mirrors less of white than this is not lifted any further.
 constexpr float kLeastAlbedo = 0.05f;
 
-/// Whether a sampler's own mirror ray is traced at the hit.
-bool tracesMirrorRays(const PelkContext& context) {
-    const SequenceData& settings = context.renderer->sequenceData;
-    return settings.reflectionsEnabled && (settings.reflectiveGi || !(context.rayType & kRayGi));
-}
-
 }  // namespace
 
 float GlossyLook::albedoAt(float cosine) const {
@@ -57,7 +51,7 @@ void GlossyBRDF::set(const GlossyLook& look, PelkContext& context, bool singleSi
     passes = complement(look.color * fresnel(cosine));
     const float lost = 1.0f / std::max(look.albedoAt(cosine), kLeastAlbedo) - 1.0f;
     color = look.color * (Color(1) + look.color * (fresnel(1.0f) * std::max(0.0f, lost)));
-    traces = tracesMirrorRays(context) && !(mean(look.color) < 1e-10f);
+    lights = lightSearchAt(context, tracesMirrorRays(context) && !(mean(look.color) < 1e-10f));
 }
 
 Color GlossyBRDF::getDiffuseColor(Color& lightColor) {
@@ -74,12 +68,13 @@ Color GlossyBRDF::getLightMult(Color& lightColor) {
 Color GlossyBRDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
                        Color& origLightColor, float probLight, int flags) {
     Color light;
-    if ((flags & kEvalSpecular) && !(context.rayType & kRayNoSpecular)) {
+    const bool wanted = (flags & kEvalSpecular) && !(context.rayType & kRayNoSpecular);
+    if (wanted && lights != LightSearch::OwnRays) {
         float pdf;
         float value = lobe.eval(direction, pdf);
         if (value > 0.0f) {
             value *= fresnel(-dot(lobe.view, lobe.facetFor(direction)));
-            if (traces)
+            if (lights == LightSearch::Both)
                 value *= powerShare(probLight, pdf);
             light = lightColor * color * value;
         }
@@ -90,11 +85,11 @@ Color GlossyBRDF::eval(PelkContext& context, const Vector& direction, Color& lig
 }
 
 int GlossyBRDF::getNumSamples(PelkContext&, int) {
-    return traces ? 1 : 0;
+    return lights == LightSearch::LightLoop ? 0 : 1;
 }
 
 PelkContext* GlossyBRDF::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
-    if (!traces || doDiffuse == 2)
+    if (lights == LightSearch::LightLoop || doDiffuse == 2)
         return nullptr;
     sampler = 0;
     return context.newSpawnedContext(1, color, lobe.shape.isSmooth() ? kSpawnMirror : kRayReflect,
@@ -111,8 +106,9 @@ float GlossyBRDF::setupContext(PelkContext& context, PelkContext& newContext, fl
         s.direction = mirrored(lobe.view, s.facet);
     }
     setMirrorRay(context, newContext, s.direction);
+    const bool isWeighted = lights == LightSearch::Both && !lobe.shape.isSmooth();
     hostContext(newContext).bsdfDensity =
-        lobe.shape.isSmooth() ? -1.0f : s.pdf * (0.5f * std::numbers::inv_pi_v<float>);
+        isWeighted ? s.pdf * (0.5f * std::numbers::inv_pi_v<float>) : -1.0f;
     return s.weight * fresnel(-dot(lobe.view, s.facet));
 }
 

@@ -38,10 +38,10 @@ private:
     float fresnel(float cosine) const;
 
     FacetLobe lobe;
-    Color color;          ///< what the lobe is multiplied by, but for the part of the angle
-    Color passes;         ///< share of light that goes on to layers below
-    float ior = 0.0f;     ///< 0: the angle makes no difference
-    bool traces = false;  ///< a ray of its own looks for lights too
+    Color color;       ///< what the lobe is multiplied by, but for the part of the angle
+    Color passes;      ///< share of light that goes on to layers below
+    float ior = 0.0f;  ///< 0: the angle makes no difference
+    LightSearch lights = LightSearch::LightLoop;
     bool singleSided = false;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "frame/renderer.h"
 #include "support/microfacet.h"
 
 namespace Tarnkit {
@@ -15,6 +16,11 @@ float fresnelShare(float cosine, float n) {
     const float across = (cosine - n * refracted) / (cosine + n * refracted);
     const float along = (n * cosine - refracted) / (n * cosine + refracted);
     return 0.5f * (across * across + along * along);
+}
+
+bool tracesMirrorRays(const PelkContext& context) {
+    const SequenceData& settings = context.renderer->sequenceData;
+    return settings.reflectionsEnabled && (settings.reflectiveGi || !(context.rayType & kRayGi));
 }
 
 FacetShape FacetShape::of(float roughness, float tail) {

@@ -55,6 +55,22 @@ struct FacetLobe {
     float refractedWeight(const Vector& facet, const Vector& direction) const;
 };
 
+/// Who finds the lights that a rough surface mirrors.
+enum class LightSearch {
+    LightLoop,  ///< the light loop alone, as the surface traces no rays of its own
+    Both,       ///< also its own rays, each with its share
+    OwnRays,    ///< its own rays alone: of the surface below a matte only those are kept
+};
+
+inline LightSearch lightSearchAt(const PelkContext& context, bool tracesRays) {
+    if (!tracesRays)
+        return LightSearch::LightLoop;
+    return context.shadedFlags & kShadedMatte ? LightSearch::OwnRays : LightSearch::Both;
+}
+
+/// Whether mirror rays are traced at the hit.
+bool tracesMirrorRays(const PelkContext& context);
+
 /// Whether a direction leaves the hit on the side of the geometry from which the ray came.
 inline bool leavesOnViewerSide(const PelkContext& context, const Vector& direction) {
     // In double: near the silhouette only the signs of tiny products count.
