@@ -93,38 +93,40 @@ void Mtl2Sided::frameEnd(PelkRenderer&) {
 }
 
 void Mtl2Sided::shade(PelkContext& context) {
-    BSDFSampler* sampler = getBSDF(context, params.force1Sided ? kSingleSided : 0);
-    if (!sampler)
+    const ScopedSampler sampler(context, *this, params.force1Sided ? kSingleSided : 0);
+    if (!sampler.get())
         return setFullyTransparent(context);
-    shadeBSDF(context, sampler);
-    releaseBSDF(context, sampler);
+    shadeBSDF(context, sampler.get());
 }
 
 BSDFSampler* Mtl2Sided::getBSDF(PelkContext& context, int flags) {
     PoolEntry<Mtl2SidedBSDF>* entry = pool.entry(context.threadData->threadIndex);
     if (!entry)
         return nullptr;
-    PoolElement<Mtl2SidedBSDF>* element = entry->take();
+    PoolLoan element(*entry);
     const int side = element->side = context.backSide ? 1 : 0;
     if (params.force1Sided)
         flags |= kSingleSided;
     BSDFSampler *first = nullptr, *second = nullptr;
     try {
-        const ScopedFlip toViewer(context, context.backSide && !context.flippedSide);
-        first = getSampler(context, side, flags);
-        const ScopedFlip beyond(context);
-        second = getSampler(context, 1 - side, flags);
+        {
+            const ScopedFlip toViewer(context, context.backSide && !context.flippedSide);
+            first = getSampler(context, side, flags);
+            const ScopedFlip beyond(context);
+            second = getSampler(context, 1 - side, flags);
+        }
+        const Color translucency = textureBlend(context, params.translucency,
+                                                params.translucencyTex, params.translucencyTexMult);
+        element->init(context, translucency, first, second, params.multByFrontDiffuse, Color(0));
     } catch (...) {
-        // Out of memory: the first sampler goes back, if there is one.
+        // Out of memory: the samplers so far go back.
         if (first)
             releaseSampler(context, side, first);
-        entry->giveBack(element);
+        if (second)
+            releaseSampler(context, 1 - side, second);
         throw;
     }
-    const Color translucency = textureBlend(context, params.translucency, params.translucencyTex,
-                                            params.translucencyTexMult);
-    element->init(context, translucency, first, second, params.multByFrontDiffuse, Color(0));
-    return element;
+    return element.handOut();
 }
 
 BSDFSampler* Mtl2Sided::getSampler(PelkContext& context, int side, int flags) const {

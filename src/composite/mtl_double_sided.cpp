@@ -41,15 +41,12 @@ BSDFSampler* MtlDoubleSided::getBSDF(PelkContext& context, int flags) {
     if (!entry)
         return nullptr;
     // Taken before the base is asked: if there is no memory, no sampler of its own is lost.
-    PoolElement<BackSideBSDF>* element = entry->take();
+    PoolLoan element(*entry);
     element->flipped = context.backSide;
     element->brdf = nullptr;
     const ScopedFlip front(context, context.backSide != 0);
     element->bsdf = baseBSDF->getBSDF(context, flags);
-    if (element->bsdf)
-        return element;
-    entry->giveBack(element);
-    return nullptr;
+    return element->bsdf ? element.handOut() : nullptr;
 }
 
 void MtlDoubleSided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {

@@ -41,11 +41,12 @@ void MtlLayeredBRDF::shade(PelkContext& context) {
             fragment->clear(1);
         return setOpaqueBlack(context);
     }
-    BSDFSampler* sampler = getBSDF(context, params.doubleSided ? 0 : kSingleSided);
-    if (!sampler)
-        return setFullyTransparent(context);
-    shadeLayers(context, sampler);
-    releaseBSDF(context, sampler);
+    {
+        const ScopedSampler sampler(context, *this, params.doubleSided ? 0 : kSingleSided);
+        if (!sampler.get())
+            return setFullyTransparent(context);
+        shadeLayers(context, sampler.get());
+    }
     repairResultColor(context, *this, false, warned);
 }
 

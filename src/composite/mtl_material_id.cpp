@@ -62,15 +62,12 @@ BSDFSampler* MtlMaterialID::getBSDF(PelkContext& context, int flags) {
     if (!entry)
         return nullptr;
     // Taken before the base is asked: if there is no memory, no sampler of its own is lost.
-    PoolElement<MaterialIDBSDF>* element = entry->take();
+    PoolLoan element(*entry);
     element->bsdf = baseBSDF->getBSDF(context, flags);
     element->brdf = nullptr;
     element->idColor = params.idColor;
     element->idNumber = params.idNumber;
-    if (element->bsdf)
-        return element;
-    entry->giveBack(element);
-    return nullptr;
+    return element->bsdf ? element.handOut() : nullptr;
 }
 
 void MtlMaterialID::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {

@@ -137,8 +137,10 @@ void MtlMulti::addPairs(PelkPluginParameter& pairs, double time) {
         const int token = pairs.openItem(i);
         if (token < 0)
             continue;
-        addEntry(pairs.getInt(0, time), pairs.getObject(1, time));
+        const int id = pairs.getInt(0, time);
+        PluginBase* const plugin = pairs.getObject(1, time);
         pairs.closeItem(token);
+        addEntry(id, plugin);
         // The id has counted for maxId all the same.
         if (!table[table.size() - 1].mtl)
             table.resize(table.size() - 1);

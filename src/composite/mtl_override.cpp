@@ -128,15 +128,12 @@ BSDFSampler* MtlOverride::getBSDF(PelkContext& context, int flags) {
     if (!picked || !entry)
         return nullptr;
     // Taken before the material is asked: if there is no memory, no sampler of its own is lost.
-    PoolElement<BSDFOverride>* element = entry->take();
+    PoolLoan element(*entry);
     element->bsdf = picked->getBSDF(context, flags);
     element->environment = environment;
     element->priority = environmentPriority;
     element->brdf = nullptr;
-    if (element->bsdf)
-        return element;
-    entry->giveBack(element);
-    return nullptr;
+    return element->bsdf ? element.handOut() : nullptr;
 }
 
 void MtlOverride::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {

@@ -35,19 +35,59 @@ inline Vector mirrorDirection(const PelkContext& context) {
     return sameSide < 0.0f ? mirrored(d, g) : r;
 }
 
+/// A sampler of a plug-in, for the length of a scope; null if the plug-in gives none.
+class ScopedSampler {
+public:
+    ScopedSampler(PelkContext& context_, BSDFInterface& owner_, int flags)
+        : context(context_), owner(owner_), sampler(owner_.getBSDF(context_, flags)) {}
+    ~ScopedSampler() {
+        if (sampler)
+            owner.releaseBSDF(context, sampler);
+    }
+    ScopedSampler(const ScopedSampler&) = delete;
+    ScopedSampler& operator=(const ScopedSampler&) = delete;
+
+    BSDFSampler* get() const { return sampler; }
+
+private:
+    PelkContext& context;
+    BSDFInterface& owner;
+    BSDFSampler* const sampler;
+};
+
+/// A spawned context, for the length of a scope; null if the host spawns none.
+class ScopedRay {
+public:
+    explicit ScopedRay(PelkContext* spawned) : context(spawned) {}
+    ~ScopedRay() {
+        if (context)
+            context->releaseContext();
+    }
+    ScopedRay(const ScopedRay&) = delete;
+    ScopedRay& operator=(const ScopedRay&) = delete;
+
+    explicit operator bool() const { return context; }
+    PelkContext* operator->() const { return context; }
+    PelkContext& operator*() const { return *context; }
+
+private:
+    PelkContext* const context;
+};
+
 /// Makes the ray of `newContext` the mirror ray of the hit, which leaves along `r`, with the
-/// derivatives of the direction mirrored alike.
-inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Vector r) {
-    Vector h = r - context.rayDir;
-    const float len = length(h);
-    if (largestComponent(h) < len * 1e18f)  // not where the length has collapsed
-        h = {h.x / len, h.y / len, h.z / len};
+/// derivatives of the direction mirrored along `h`, the unit vector from the ray's direction to r.
+inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Vector r, Vector h) {
     newContext.rayDerivX = mirrored(context.rayDerivX, h);
     newContext.rayDerivY = mirrored(context.rayDerivY, h);
     newContext.rayDir = newContext.rayDir2 = r;
     newContext.rayOrigin = context.hitPoint;
     newContext.rayMinT = 0.0;
     newContext.rayMaxT = kRayFar;
+}
+
+/// The same, with that vector made unit by multiplying with 1 / length.
+inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Vector r) {
+    setMirrorRay(context, newContext, r, normalizeGuarded(r - context.rayDir));
 }
 
 /// The index of the channel behind a plug-in; -1 if there is no plug-in or it is no channel.

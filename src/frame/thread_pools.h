@@ -75,6 +75,28 @@ private:
     Sequence<PoolElement<T>> sequence;
 };
 
+/// An element that goes back to its pool unless it is handed out: where a sub-plug-in throws for
+/// memory, or gives no sampler to go with it.
+template <class T>
+class PoolLoan {
+public:
+    explicit PoolLoan(PoolEntry<T>& entry_) : entry(entry_), element(entry_.take()) {}
+    ~PoolLoan() {
+        if (element)
+            entry.giveBack(element);
+    }
+    PoolLoan(const PoolLoan&) = delete;
+    PoolLoan& operator=(const PoolLoan&) = delete;
+
+    PoolElement<T>* operator->() const { return element; }
+    /// The element, from now on the caller's to give back.
+    PoolElement<T>* handOut() { return std::exchange(element, nullptr); }
+
+private:
+    PoolEntry<T>& entry;
+    PoolElement<T>* element;
+};
+
 /// The pools of one material, an entry for each render thread. `resize`, `reset` and `destroy`
 /// run while no render thread is in the material.
 template <class T>

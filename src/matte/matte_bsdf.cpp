@@ -38,7 +38,9 @@ Color MatteBSDF::eval(PelkContext& context, const Vector& direction, Color& ligh
                       Color& origLightColor, float probLight, int flags) {
     if (!active)
         return Color(0);
-    float cosine = std::max(0.0f, dotDouble(direction, context.normal));
+    float cosine = dotDouble(direction, context.normal);
+    if (cosine < 0.0f)
+        cosine = 0.0f;
     if (lightMis) {
         // The power heuristic against cosine sampling, in the scale of `probLight`: 2 pi times
         // the density. Where both densities are 0 there is nothing to weight.

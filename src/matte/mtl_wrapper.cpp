@@ -156,7 +156,7 @@ void MtlWrapper::applyAlphaContribution(PelkContext& context) const {
     if (c < 0.0f) {
         context.resultAlpha = Color(0);
         context.resultAlphaTransparency = Color(1.0f + c) - context.resultAlphaTransparency * c;
-    } else {
+    } else if (c >= 0.0f) {  // what is no number changes nothing
         context.resultAlpha *= c;
         context.resultAlphaTransparency = context.resultAlphaTransparency * c + Color(1.0f - c);
     }
@@ -235,7 +235,7 @@ bool MtlWrapper::tracesMirror(const PelkContext& context) const {
 }
 
 void MtlWrapper::traceMirror(PelkContext& context, float alphaValue) const {
-    PelkContext* ray = context.newSpawnedContext(1, Color(1), kSpawnMirror, -context.rayDir);
+    const ScopedRay ray(context.newSpawnedContext(1, Color(1), kSpawnMirror, -context.rayDir));
     if (!ray)
         return;
     setMirrorRay(context, *ray, mirrorDirection(context));
@@ -247,7 +247,6 @@ void MtlWrapper::traceMirror(PelkContext& context, float alphaValue) const {
     const bool seesNothing = params.affect_alpha && !(mean(ray->traceAlpha) > 1e-6f);
     setResults(context, filter * ray->traceResult, Color(0), Color(seesNothing ? 0.0f : alphaValue),
                Color(0));
-    ray->releaseContext();
 }
 
 // What the shadows at the hit leave of the background. A surplus of light goes to the result.
@@ -308,16 +307,16 @@ BSDFSampler* MtlWrapper::getBSDF(PelkContext& context, int flags) {
     if (!baseBSDF || !entry)
         return nullptr;
     // Taken before the base is asked: if there is no memory, no sampler of the base is lost.
-    PoolElement<MatteBSDF>* element = entry->take();
+    PoolLoan element(*entry);
     if (road == Road::Hidden) {
         element->setUp(context, nullptr, kMatteTracesNothing, false);
-        return element;
+        return element.handOut();
     }
     BSDFSampler* base = baseBSDF->getBSDF(context, flags);
     context.surfaceProperties = &params;  // the base may have its own
     const bool isMatte = road == Road::Matte;
     element->setUp(context, base, isMatte ? kMatteTracesBlack : kMatteTracesNothing, isMatte);
-    return element;
+    return element.handOut();
 }
 
 void MtlWrapper::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {

@@ -25,7 +25,7 @@ float shareBelow(Color mirror) {
 // Spawns, traces and adds the mirror ray; `weight` is what it sees through.
 void addReflection(PelkContext& context, Color weight) {
     const Vector r = mirrorDirection(context);
-    PelkContext* ray = context.newSpawnedContext(0, weight, kSpawnMirror, r);
+    const ScopedRay ray(context.newSpawnedContext(0, weight, kSpawnMirror, r));
     if (!ray)
         return;
     ray->rayClipDistance = 1e18f;
@@ -38,7 +38,6 @@ void addReflection(PelkContext& context, Color weight) {
     }
     context.renderer->traceRay(*ray);
     context.resultColor += weight * ray->traceResult;
-    ray->releaseContext();
 }
 
 }  // namespace
@@ -118,13 +117,13 @@ BSDFSampler* MtlDiffuse::getBSDF(PelkContext& context, int) {
     PoolEntry<DiffuseBRDF>* entry = pool.entry(context.threadData->threadIndex);
     if (!entry)
         return nullptr;
-    PoolElement<DiffuseBRDF>* brdf = entry->take();
+    PoolLoan brdf(*entry);
     brdf->diffuse =
         textureBlend(context, params.diffuse, params.diffuseTex, params.diffuseTexMult) *
         shareBelow(params.reflection);
     brdf->reflection = params.reflection;
     brdf->lightMis = context.renderer->sequenceData.giEngine->usesLightMis(context);
-    return brdf;
+    return brdf.handOut();
 }
 
 void MtlDiffuse::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
@@ -203,7 +202,12 @@ PelkContext* DiffuseBRDF::getNewContext(PelkContext& context, int&, int doDiffus
 }
 
 float DiffuseBRDF::setupContext(PelkContext& context, PelkContext& newContext, float, int) {
-    setMirrorRay(context, newContext, mirrorDirection(context));
+    const Vector r = mirrorDirection(context);
+    Vector h = r - context.rayDir;
+    const float len = length(h);
+    if (largestComponent(h) < len * 1e18f)  // not where the length has collapsed
+        h = {h.x / len, h.y / len, h.z / len};
+    setMirrorRay(context, newContext, r, h);
     return 1.0f;
 }
 

@@ -79,17 +79,23 @@ void MtlSingleBRDF::shade(PelkContext& context) {
 
 void MtlSingleBRDF::shadeFiltered(PelkContext& context) {
     const int flags = params.doubleSided == kBackSingle ? kSingleSided : 0;
-    BSDFSampler* sampler = bsdfInterface->getBSDF(context, flags);
-    if (!sampler)
-        return setFullyTransparent(context);
     const bool setsVolume = !context.surfaceVolume;
-    if (setsVolume)
-        context.surfaceVolume = sampler->getVolume(context);
-    if (context.rayType & kRayShadow)
-        shadeShadowRay(context, sampler);
-    else
-        shadeLit(context, sampler);
-    bsdfInterface->releaseBSDF(context, sampler);
+    try {
+        const ScopedSampler sampler(context, *bsdfInterface, flags);
+        if (!sampler.get())
+            return setFullyTransparent(context);
+        if (setsVolume)
+            context.surfaceVolume = sampler.get()->getVolume(context);
+        if (context.rayType & kRayShadow)
+            shadeShadowRay(context, sampler.get());
+        else
+            shadeLit(context, sampler.get());
+    } catch (...) {
+        // Out of memory: the hit is left as it was.
+        if (setsVolume)
+            context.surfaceVolume = nullptr;
+        throw;
+    }
     // What lets nothing through has no inside that a ray could enter.
     if (setsVolume && mean(context.resultTransparency) < 1e-6f)
         context.surfaceVolume = nullptr;
@@ -119,11 +125,11 @@ BSDFSampler* MtlSingleBRDF::getBSDF(PelkContext& context, int flags) {
     if (!entry)
         return nullptr;
     // Taken before the plug-in is asked: if there is no memory, no sampler of its own is lost.
-    PoolElement<BSDFBackFace>* element = entry->take();
+    PoolLoan element(*entry);
     element->bsdf = bsdfInterface->getBSDF(context, flags);
     element->brdf = nullptr;
     element->doubleSided = params.doubleSided;
-    return element;
+    return element.handOut();
 }
 
 void MtlSingleBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {

@@ -5,6 +5,16 @@
 #include <algorithm>
 
 #include "fake_host/call_log.h"
+#include "frame/exception_msg.h"
+
+namespace {
+
+void throwIf(bool memoryIsOut) {
+    if (memoryIsOut)
+        throw ExceptionMsg("no memory");
+}
+
+}  // namespace
 
 Color RecordingSampler::getDiffuseColor(Color& lightColor) {
     note("getDiffuseColor");
@@ -59,6 +69,7 @@ void RecordingMaterial::see(const PelkContext& context) {
 void RecordingMaterial::shade(PelkContext& context) {
     if (note("shade"))
         see(context);
+    throwIf(throwsForMemory);
     setResults(context, results.color, results.transparency, results.alpha,
                results.alphaTransparency);
     if (onShade)
@@ -70,6 +81,7 @@ BSDFSampler* RecordingMaterial::getBSDF(PelkContext& context, int flags) {
         see(context);
         seenFlags = flags;
     }
+    throwIf(throwsForMemory);
     samplersOut += givesSampler;
     return givesSampler ? givenSampler : nullptr;
 }
@@ -117,18 +129,21 @@ PluginInterface* FakeTexture::getInterface(u64 id) {
 AColor FakeTexture::getTexColor(PelkContext& context) {
     if (note("getTexColor"))
         seenWeight = context.rayWeight;
+    throwIf(throwsForMemory);
     return color;
 }
 
 float FakeTexture::getTexFloat(PelkContext& context) {
     if (note("getTexFloat"))
         seenWeight = context.rayWeight;
+    throwIf(throwsForMemory);
     return number;
 }
 
 int FakeTexture::getTexInt(PelkContext& context) {
     if (note("getTexInt"))
         seenWeight = context.rayWeight;
+    throwIf(throwsForMemory);
     return integer;
 }
 
@@ -162,7 +177,7 @@ void RecordingFragment::addAlias(int alias, const void* value) {
 }
 
 int RecordingFragment::clear(int mode) {
-    note("clear");
-    clearMode = mode;
+    if (note("clear"))
+        clearMode = mode;
     return 0;
 }

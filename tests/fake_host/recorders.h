@@ -67,6 +67,7 @@ public:
     RecordingSampler sampler;
     BSDFSampler* givenSampler = &sampler;
     bool givesSampler = true;
+    bool throwsForMemory = false;               ///< at every hit, whatever is asked of it
     bool takesNull = false;                     ///< releaseBSDF of a null is no fault
     std::function<void(PelkContext&)> onShade;  ///< writes channels, after the results
     int materialID = 0;
@@ -135,7 +136,8 @@ public:
     int integer = 0;
     Vector bump;
     bool describesItself = true;
-    Color seenWeight;  ///< rayWeight at the last reading
+    bool throwsForMemory = false;  ///< at every hit
+    Color seenWeight;              ///< rayWeight at the last reading
 
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }

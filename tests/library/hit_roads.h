@@ -6,7 +6,10 @@
 /// then run without notes, so that what remains is what the materials do.
 class HitRoads : public FakeHost {
 protected:
-    HitRoads();
+    HitRoads() { startAll(); }
+
+    /// Makes every material anew and starts its frame, around what `base` and `texture` answer.
+    void startAll();
 
     /// Makes ready in a context what hits will ask it for.
     void prepare(FakeContext& context);
@@ -14,18 +17,20 @@ protected:
     /// results, the same each time and on each thread.
     Color runHits(FakeContext& context);
 
+    FakeTexture texture{AColor{Color(0.25f), 0.5f}};
+    RecordingMaterial base;
+    RecordingFragment fragment;
+    std::vector<PelkMaterial*> materials;
+
 private:
     Color shade(PelkMaterial& material, FakeContext& context, u32 rayType, int backSide);
     Color sample(PelkMaterial& material, FakeContext& context);
 
-    FakeTexture texture{AColor{Color(0.25f), 0.5f}};
     FakeChannel channel{2};
-    RecordingMaterial base;
-    RecordingFragment fragment;
-    std::vector<PelkMaterial*> materials;
 };
 
-inline HitRoads::HitRoads() {
+inline void HitRoads::startAll() {
+    materials.clear();
     renderer.gi.light = Color(0.5f);
     renderer.gi.mis = 1;
     renderer.tracedColor = Color(2);
