@@ -2,12 +2,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include "render/scene.h"
+
 namespace Tarnkit {
 
 namespace {
 
 constexpr int kMaxSide = 65536;
-constexpr long long kMaxPixels = 1 << 28;
 constexpr int kMaxSamples = 1 << 24;
 
 std::string checkOverride(const std::string& text) {
@@ -27,7 +28,7 @@ void addSizeOption(CLI::App& command, int& width, int& height) {
                 std::array<int, 2> size{};
                 if (!parseNumbers(text, 'x', size) || size[0] < 1 || size[1] < 1 ||
                     size[0] > kMaxSide || size[1] > kMaxSide ||
-                    (long long)size[0] * size[1] > kMaxPixels)
+                    (long long)size[0] * size[1] > kMaxPicturePixels)
                     refuse("--size", text, "WIDTHxHEIGHT, such as 640x480, at most 65536 each way");
                 width = size[0];
                 height = size[1];

@@ -10,7 +10,6 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr int kMaxThreads = 1024;
 
 constexpr char kEnvironment[] =
     "\nEnvironment:\n"

@@ -12,6 +12,7 @@ namespace Tarnkit::platform {
 struct NumaNode {
     std::uint16_t group;  ///< which processors the mask counts, see `ProcessorSet`
     std::uint64_t mask;   ///< may be empty: memory alone, or processors that are closed to us
+    int number = -1;      ///< entries of the same node share it; -1: a node of its own
 };
 
 /// What the system tells of its processors and nodes, and how threads are bound to them. A test

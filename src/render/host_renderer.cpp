@@ -201,6 +201,8 @@ void HostRenderer::trace(RenderContext& c) {
         fillHit(c, object, distance);
         if (recorder)
             c.resultFragment = recorder->nextLayer();
+        else if (c.resultFragment)
+            static_cast<PKFragment*>(c.resultFragment)->PKFragment::clear(0);
         shadeHit(c);
         if (recorder)
             recorder->addSurface(c);

@@ -96,7 +96,10 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
                          RenderProgress* progress, const std::atomic<bool>& stop,
                          Picture& picture) {
     RenderResult result;
-    const int threads = options.threads > 0 ? options.threads : getNumThreads();
+    if (options.threads <= 0 && getNumThreads() > kMaxThreads && log)
+        log->warning("PELK_NUM_THREADS: at most %d threads render", kMaxThreads);
+    const int threads =
+        std::min(options.threads > 0 ? options.threads : getNumThreads(), kMaxThreads);
     const PictureRect whole{0, 0, options.width, options.height};
     const PictureRect area = options.region.isEmpty() ? whole : options.region;
     try {

@@ -29,6 +29,9 @@ struct RenderOptions {
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };
 
+/// The most threads that a render uses, however many are asked for.
+inline constexpr int kMaxThreads = 1024;
+
 /// The largest RenderOptions::tileSize.
 inline constexpr int kMaxTileSize = 4096;
 

@@ -6,6 +6,7 @@
 namespace Tarnkit {
 
 class HostRenderer;
+class PKFragment;
 class SampleRecorder;
 
 /// What one render thread owns: its contexts, and the numbers of its hits.
@@ -41,6 +42,8 @@ public:
     bool sampleIsBad = false;
     const SceneObject* badObject = nullptr;
     SampleRecorder* recorder = nullptr;  ///< of the camera rays, if render channels are wanted
+    /// What camera hits write to otherwise, so that their sums have the same bits; may be null.
+    PKFragment* plainFragment = nullptr;
 
 private:
     Sequence<RenderContext> contexts{32};

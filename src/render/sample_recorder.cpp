@@ -155,15 +155,19 @@ void SampleRecorder::putBehind(bool visible, int tag) {
 
 /// Channels whose value isn't finite are cleared, so that they cost one sample and not the pixel.
 void SampleRecorder::dropBadValues(const RenderContext& c) {
+    bool isWhole = true;
     for (const FloatRun& run : floatRuns) {
         u8* const data = sample->channelData + run.offset;
         if (areFinite(data, run.count)) [[likely]]
             continue;
         std::memset(data, 0, run.count * sizeof(float));
-        ++dropped;
-        if (c.object)
-            badObject = c.object;
+        isWhole = false;
     }
+    if (isWhole) [[likely]]
+        return;
+    ++dropped;
+    if (c.object)
+        badObject = c.object;
 }
 
 }  // namespace Tarnkit

@@ -41,7 +41,7 @@ public:
     void addLight(const RenderContext& context, const Color& shown, double distance);
     void addSurroundings(const Color& shown);
 
-    /// Values of channels left out since they weren't finite, and who made one of them.
+    /// Samples of which a channel was left out since it wasn't finite, and who made one of them.
     long long getDropped() const { return dropped; }
     const SceneObject* getBadObject() const { return badObject; }
 

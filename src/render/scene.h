@@ -15,6 +15,9 @@ class CameraInterface;
 class TextureInterface;
 class HostSession;
 
+/// The most pixels that a picture has.
+inline constexpr long long kMaxPicturePixels = 1 << 28;
+
 /// The settings of a scene, with what holds where the file is silent.
 struct SceneSettings {
     int width = 640, height = 480;

@@ -128,6 +128,11 @@ bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettin
                        : "there is no such setting" + knownNames(key, names)};
         return false;
     }
+    if ((long long)settings.width * settings.height > kMaxPicturePixels) {
+        error = {pointer, "width times height: expected at most " +
+                              std::to_string(kMaxPicturePixels) + " pixels"};
+        return false;
+    }
     return true;
 }
 

@@ -36,7 +36,9 @@ void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u
     c.pathSeed = seed;
     c.sampleIndex = sample;
     c.numVolumes = 0;
-    c.resultFragment = thread.recorder ? thread.recorder->nextLayer() : nullptr;
+    c.resultFragment = thread.plainFragment;
+    if (thread.recorder)
+        c.resultFragment = thread.recorder->nextLayer();
 }
 
 namespace {
@@ -91,6 +93,8 @@ void TileWorker::renderPixel(int x, int y) {
     auto* const total = static_cast<PKFragment*>(pixel.getFragment(kTagTotal));
     if (recorder)
         recorder->beginPixel();
+    else
+        thread.plainFragment = static_cast<PKFragment*>(region.newFragment());
     ColorSum color, alpha;
     int kept = 0;
     RenderContext& c = *thread.takeContext();

@@ -44,8 +44,9 @@ public:
     void applyColorMapper(ColorMapper* mapper, int mode) override;
     AColor* getSampleColor(AColor* out) override;
 
-    int tag = 0;    ///< caller's mark; kTagTotal and kTagNeverFront steer the choice of the pixel
-    int state = 0;  ///< bit 0: kFragmentHasData. Bits 1 and 2: what it was cleared for, 0 once written
+    int tag = 0;  ///< caller's mark; kTagTotal and kTagNeverFront steer the choice of the pixel
+    int state =
+        0;  ///< bit 0: kFragmentHasData. Bits 1 and 2: what it was cleared for, 0 once written
     PKRegionData* region = nullptr;  ///< the owner; null while the fragment is not handed out
     Color color;
     Color alpha;

@@ -33,6 +33,7 @@ NumaInfo::NumaInfo() : machine(platform::topology()) {
 void NumaInfo::fill() {
     if (nodeCount != -1)
         return;
+    empty();  // of what an attempt without memory has left
     if (listNodes && bindToGroup)
         readList();
     if (nodes.isEmpty() && highestNode && nodeMask)
@@ -53,7 +54,7 @@ void NumaInfo::bind(platform::Thread& thread, int node) const {
 
 void NumaInfo::readList() {
     for (const platform::NumaNode& node : listNumaNodes(machine))
-        append(node.group, node.mask);
+        append(node.group, node.mask, node.number);
 }
 
 void NumaInfo::readSingly() {
@@ -65,14 +66,18 @@ void NumaInfo::readSingly() {
         u64 mask = 0;
         if (!nodeMask(node, &mask))
             return empty();
-        append(0, mask & process.groups[0]);
+        append(0, mask & process.groups[0], node);
     }
     totalProcessors = std::popcount(process.groups[0]);
 }
 
-void NumaInfo::append(u16 group, u64 mask) {
+void NumaInfo::append(u16 group, u64 mask, int node) {
     const int processors = std::popcount(mask);
-    usedNodes += processors > 0;
+    // The entries of a node of more than one group follow one another.
+    const bool isSameNode = node >= 0 && node == lastUsedNode;
+    usedNodes += processors > 0 && !isSameNode;
+    if (processors > 0)
+        lastUsedNode = node;
     totalProcessors += processors;
     nodes.append({group, mask, static_cast<u32>(totalProcessors)});
 }
@@ -80,6 +85,7 @@ void NumaInfo::append(u16 group, u64 mask) {
 void NumaInfo::empty() {
     nodes.clear();
     usedNodes = totalProcessors = 0;
+    lastUsedNode = -1;
 }
 
 int NumaInfo::Walk::next() {

@@ -55,7 +55,7 @@ public:
 private:
     void readList();
     void readSingly();
-    void append(u16 group, u64 mask);
+    void append(u16 group, u64 mask, int node);
     void empty();
 
     decltype(platform::Topology::listNodes) listNodes = nullptr;
@@ -65,6 +65,7 @@ private:
     const platform::Topology& machine;
     GrowTable<NumaNodeRecord> nodes{100};
     int usedNodes = 0;
+    int lastUsedNode = -1;  // while the table is filled
     int totalProcessors = 0;
     int nodeCount = -1;  // records; -1 until `fill` has ended
 };

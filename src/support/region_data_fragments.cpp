@@ -60,7 +60,7 @@ bool normalsDiffer(Vector a, Vector b, float weight, float threshold) {
     // In double: near 1 the steps of a float are as large as what is to be told apart.
     const double along = double{a.x} * b.x + double{a.y} * b.y + double{a.z} * b.z;
     const double off = 1.0 - std::clamp(along, 0.0, 1.0);
-    return double{threshold} * threshold < weight * off * off;
+    return threshold * threshold < weight * off * off;
 }
 
 }  // namespace

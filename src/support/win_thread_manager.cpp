@@ -35,6 +35,24 @@ void keepForGood(WorkerThread& worker) {
     }
 }
 
+/// Tells who follows a run when its threads begin and, on every way out, when they have ended.
+class ThreadsPhase {
+public:
+    explicit ThreadsPhase(ThreadProgress* follower) : progress(follower) {
+        if (progress)
+            progress->beginThreads();
+    }
+    ~ThreadsPhase() {
+        if (progress)
+            progress->endThreads();
+    }
+    ThreadsPhase(const ThreadsPhase&) = delete;
+    ThreadsPhase& operator=(const ThreadsPhase&) = delete;
+
+private:
+    ThreadProgress* const progress;
+};
+
 }  // namespace
 
 /// One group at its job, from the first thread on. On every way out of the scope all threads have
@@ -153,12 +171,11 @@ int WinThreadManager::runThreads(int numThreads, ThreadJob* job, ThreadProgress*
         numThreads = getNumThreads();
     writeShared(job->abort, 0);
     writeShared(job->baseProgress, 0);
-    if (progress) {
+    if (progress)
         progress->status(0, 30000, "Setting up %i thread(s)\n", numThreads);
-        progress->beginThreads();
-    }
-    fillNumaInfo();
     {
+        const ThreadsPhase phase(progress);
+        fillNumaInfo();
         Run run(*this, *job, numThreads);
         int started = 0;
         while (started < numThreads && run.startNext(progress))
@@ -169,7 +186,6 @@ int WinThreadManager::runThreads(int numThreads, ThreadJob* job, ThreadProgress*
         run.wait(progress, reportProgress);
     }
     if (progress) {
-        progress->endThreads();
         progress->status(0, 30000, "Threads completed\n");
         if (progress->needsEventPump())
             progress->pumpEvents();

@@ -38,8 +38,14 @@ public:
     /// Made in the frame's memory, so that failure is an ExceptionMsg.
     template <class... Args>
     static Ref create(Args&&... args) {
+        void* const memory = allocate(sizeof(T));
         Ref made;
-        made.target = ::new (allocate(sizeof(T))) T(std::forward<Args>(args)...);
+        try {
+            made.target = ::new (memory) T(std::forward<Args>(args)...);
+        } catch (...) {
+            freeMemory(memory);
+            throw;
+        }
         return made;
     }
 

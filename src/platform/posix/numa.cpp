@@ -33,20 +33,20 @@ struct NodeList {
     int room;
     int count = 0;
 
-    void add(std::uint16_t group, std::uint64_t mask) {
+    void add(std::uint16_t group, std::uint64_t mask, int node) {
         if (nodes && count < room)
-            nodes[count] = {group, mask};
+            nodes[count] = {group, mask, node};
         ++count;
     }
 
     /// A node without processors stands too, in group 0.
-    void addNode(const ProcessorSet& processors) {
+    void addNode(const ProcessorSet& processors, int node) {
         const int before = count;
         for (int group = 0; group < kMaxProcessorGroups; ++group)
             if (processors.groups[group])
-                add(static_cast<std::uint16_t>(group), processors.groups[group]);
+                add(static_cast<std::uint16_t>(group), processors.groups[group], node);
         if (count == before)
-            add(0, 0);
+            add(0, 0, node);
     }
 };
 
@@ -67,7 +67,7 @@ bool listNodes(NumaNode* nodes, int* count) {
         // Threads must not leave what the user gave to the process.
         for (int group = 0; group < kMaxProcessorGroups; ++group)
             processors.groups[group] &= allowed.groups[group];
-        list.addNode(processors);
+        list.addNode(processors, node);
     }
     *count = list.count;
     return !nodes || list.count <= list.room;
