@@ -1,117 +1,61 @@
 // What surfaces ask of the renderer as a whole, and what lies behind the scene.
 
 #include "frame/surface_properties.h"
-#include "frame/context.h"
-#include "frame/pelk_material.h"
-#include "frame/renderer.h"
-#include "frame/texture.h"
-#include "render/host_plugin.h"
+#include <cstdlib>
+
 #include "render_fixture.h"
-#include "support/plugin_manager.h"
 
 namespace Tarnkit {
 namespace {
 
-/// Another material with the surface properties that the test sets; `shows_matte_light` makes it
-/// show what a matte is told: red without, green with what stands in the way.
-class TestSurface final : public PelkMaterial {
-public:
-    struct Params {
-        PluginBase* base = nullptr;
-        int shows_matte_light = 0;
-    };
-    static constexpr const char* kName = "TestSurface";
-    static constexpr u32 kID = 0x7EFF0001;
-    static constexpr u64 kFaces[] = {EXT_MATERIAL};
-
-    explicit TestSurface(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {
-        kParams.bind(paramList, params);
-    }
-    static void addParameters(PelkParameterListDesc& list) { kParams.addTo(list); }
-
-    void shade(PelkContext& context) override {
-        context.surfaceProperties = &properties;
-        if (!params.shows_matte_light)
-            return findInterface<MaterialInterface>(params.base, EXT_MATERIAL)->shade(context);
-        setOpaqueBlack(context);
-        Color unshadowed, shadowed;
-        context.renderer->sequenceData.giEngine->evalMatte(context, unshadowed, shadowed);
-        context.resultColor = {unshadowed.r, shadowed.r, 0};
-    }
-    BSDFSampler* getBSDF(PelkContext&, int) override { return nullptr; }
-    void releaseBSDF(PelkContext&, BSDFSampler*) override {}
-
-    static PelkSurfaceProperties properties;
-
-private:
-    static constexpr ParamTable kParams{
-        pluginParam("base", &Params::base, EXT_MATERIAL),
-        boolParam("shows_matte_light", &Params::shows_matte_light, false),
-    };
-    Params params;
-};
-
-PelkSurfaceProperties TestSurface::properties;
-HostPluginDesc<TestSurface> testSurfaceDesc;
-
 class SurfacePropertiesTest : public RenderFixture {
 protected:
-    SurfacePropertiesTest() {
-        session.getManager().registerPluginDesc(&testSurfaceDesc, session.getPluginHost());
-        session.loadModules("", nullptr);  // lists the new kind
-        reset();
+    /// A wall that fills the picture: a base material with properties, `parameters` of MtlWrapper.
+    static std::string wallOf(const std::string& base, const std::string& parameters,
+                              const std::string& turn = "0") {
+        return R"("base": {)" + base +
+               R"(}, "surface": {"type": "MtlWrapper", "base_material": "base")" + parameters +
+               R"(}, "wall": {"type": "GeomQuad", "material": "surface", "width": 200,
+                              "height": 200, "rotate": [0, )" +
+               turn + ", 0]}";
     }
-    static void reset() {
-        PelkSurfaceProperties& p = TestSurface::properties;
-        p.receive_gi = p.generate_caustics = p.receive_caustics = p.gi_quality_multiplier = 1;
-        p.surfaceFlags = 3;
-        p.reflectionExclude.clear();
+    /// A large sheet beside the wall, which fills half of what the wall sees.
+    static std::string sheetOf(const std::string& material) {
+        return R"(, "sheet": {"type": "GeomQuad", "width": 900, "height": 900,
+                              "rotate": [0, 90, 0], "translate": [-2, 0, 0], "material": ")" +
+               material + "\"}";
     }
-    /// A wall that fills the picture, of a base material in a TestSurface.
-    static std::string wallOf(const std::string& base) {
-        return R"("base": {)" + base + R"(}, "surface": {"type": "TestSurface", "base": "base"},
-            "wall": {"type": "GeomQuad", "material": "surface", "width": 200, "height": 200},)";
-    }
+
     static constexpr const char* kWhite = R"("type": "MtlDiffuse", "diffuse": [1, 1, 1])";
     static constexpr const char* kMirror =
         R"("type": "MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1])";
+    static constexpr const char* kBlack =
+        R"(, "black": {"type": "MtlDiffuse", "diffuse": [0, 0, 0]})";
     static constexpr const char* kWhiteSky = R"("background": [1, 1, 1])";
 };
 
 TEST_F(SurfacePropertiesTest, FactorsScaleIndirectLightAlone) {
-    PelkSurfaceProperties& p = TestSurface::properties;
-    const std::string wall = wallOf(kWhite);
-    const std::string plain = wall + R"("none": {"type": "TexConstant"})";
-    const std::string dome = wall + R"("dome": {"type": "LightDome"})";
-    for (const float factor : {0.0f, 0.25f, 2.0f}) {
-        p.receive_gi = factor;
-        expectNear(meanOf(plain, kWhiteSky, 16), Color(factor), 0.01f);
-        expectNear(meanOf(dome, "", 64), Color(1), 0.01f);
+    for (const char* factor : {"0", "0.25", "2"}) {
+        const std::string wall = wallOf(kWhite, std::string(R"(, "receive_gi": )") + factor);
+        expectNear(meanOf(wall, kWhiteSky, 16), Color(std::strtof(factor, nullptr)), 0.01f);
+        expectNear(meanOf(wall + R"(, "dome": {"type": "LightDome"})", "", 64), Color(1), 0.01f);
     }
-    reset();
-    // A mirror beside the wall fills half of what it sees.
-    const std::string beside = R"("silver": {)" + std::string(kMirror) +
-                               R"(}, "shiny": {"type": "TestSurface", "base": "silver"},
-        "mirror": {"type": "GeomQuad", "material": "%s", "width": 900, "height": 900,
-                   "rotate": [0, 90, 0], "translate": [-2, 0, 0]})";
-    const auto sceneWith = [&](const char* material) {
-        return wall + std::string(beside).replace(beside.find("%s"), 2, material);
-    };
-    p.generate_caustics = 0.0f;
-    expectNear(meanOf(sceneWith("shiny"), kWhiteSky), Color(0.5f), 0.02f);
-    reset();
-    p.receive_caustics = 0.5f;
-    expectNear(meanOf(sceneWith("silver"), kWhiteSky), Color(0.75f), 0.02f);
+    const std::string silver = R"(, "silver": {)" + std::string(kMirror) + "}" +
+                               R"(, "shiny": {"type": "MtlWrapper", "base_material": "silver",
+                                              "generate_caustics": 0})";
+    expectNear(meanOf(wallOf(kWhite, "") + silver + sheetOf("shiny"), kWhiteSky), Color(0.5f),
+               0.02f);
+    expectNear(meanOf(wallOf(kWhite, R"(, "receive_caustics": 0.5)") + silver + sheetOf("silver"),
+                      kWhiteSky),
+               Color(0.75f), 0.02f);
 }
 
 TEST_F(SurfacePropertiesTest, MoreRaysGiveTheSameLightWithLessNoise) {
-    const std::string half =
-        wallOf(kWhite) + R"("black": {"type": "MtlDiffuse", "diffuse": [0, 0, 0]},
-        "beside": {"type": "GeomQuad", "material": "black", "width": 900, "height": 900,
-                   "rotate": [0, 90, 0], "translate": [-2, 0, 0]})";
-    const auto noiseWith = [&](float rays) {
-        TestSurface::properties.gi_quality_multiplier = rays;
-        const auto scene = read(half, kWhiteSky);
+    const auto noiseWith = [&](const char* rays) {
+        const auto scene =
+            read(wallOf(kWhite, std::string(R"(, "gi_quality_multiplier": )") + rays) + kBlack +
+                     sheetOf("black"),
+                 kWhiteSky);
         Picture picture;
         render(*scene, picture, 4);
         const auto pixels = pixelsOf<Color>(picture, 0);
@@ -121,46 +65,51 @@ TEST_F(SurfacePropertiesTest, MoreRaysGiveTheSameLightWithLessNoise) {
             sum += (c.r - 0.5) * (c.r - 0.5);
         return sum;
     };
-    const double one = noiseWith(1.0f), many = noiseWith(16.0f);
+    const double one = noiseWith("1"), many = noiseWith("16");
     EXPECT_LT(many, one / 8);
 }
 
 TEST_F(SurfacePropertiesTest, ReflectionsPassOverExcludedObjects) {
-    const std::string scene =
-        wallOf(kMirror) + R"("black": {"type": "MtlDiffuse", "diffuse": [0, 0, 0]},
+    const std::string curtains = std::string(kBlack) + R"(,
         "curtain": {"type": "GeomQuad", "material": "black", "width": 900, "height": 900,
-                    "rotate": [0, 180, 0], "translate": [0, 0, 9]})";
+                    "rotate": [0, 180, 0], "translate": [0, 0, 9]},
+        "other": {"type": "GeomQuad", "material": "black", "translate": [0, 0, 99]})";
     const struct {
-        const char* what;
-        std::vector<int> ids;
-        bool inclusive;
-        float expected;
-    } cases[] = {{"no table", {}, false, 0},        {"another object", {0, 7}, false, 0},
-                 {"the curtain", {0, 1}, false, 1}, {"only the curtain", {1}, true, 0},
-                 {"only another", {0}, true, 1},    {"only nothing", {}, true, 1}};
+        const char* list;
+        float excluded, inclusive;
+    } cases[] = {{"[]", 0, 1}, {R"(["other"])", 0, 1}, {R"(["other", "curtain"])", 1, 0}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        reset();
-        for (const int id : c.ids)
-            TestSurface::properties.reflectionExclude.append(id);
-        TestSurface::properties.surfaceFlags = c.inclusive ? u32{kReflectionListInclusive} : 0u;
-        expectNear(meanOf(scene, kWhiteSky, 4), Color(c.expected), 1e-6f);
+        SCOPED_TRACE(c.list);
+        const std::string list = std::string(R"(, "reflection_exclude": )") + c.list;
+        const std::string inverted = list + R"(, "reflection_list_is_inclusive": true)";
+        expectNear(meanOf(wallOf(kMirror, list) + curtains, kWhiteSky, 4), Color(c.excluded), 0);
+        expectNear(meanOf(wallOf(kMirror, inverted) + curtains, kWhiteSky, 4), Color(c.inclusive),
+                   0);
     }
 }
 
-TEST_F(SurfacePropertiesTest, MattesAreToldOfTheLightAroundTheScene) {
-    const std::string scene = R"("surface": {"type": "TestSurface", "shows_matte_light": true},
-        "wall": {"type": "GeomQuad", "material": "surface", "width": 200, "height": 200,
-                 "rotate": [0, %s, 0]},
-        "black": {"type": "MtlDiffuse", "diffuse": [0, 0, 0]},
-        "beside": {"type": "GeomQuad", "material": "black", "width": 900, "height": 900,
-                   "rotate": [0, 90, 0], "translate": [-2, 0, 0]},
-        "dome": {"type": "LightDome"})";
+TEST_F(SurfacePropertiesTest, MattesCatchTheShadowsOfWhatSurroundsTheScene) {
+    const char* sky = R"("background": [0.5, 0, 0])";
     for (const char* turn : {"0", "180"}) {
-        const std::string turned = std::string(scene).replace(scene.find("%s"), 2, turn);
-        expectNear(meanOf(turned, R"("background": [0.5, 0, 0])"), Color(0.5f, 0.25f, 0), 0.01f);
-        expectNear(meanOf(turned, R"("background": [0.5, 0, 0], "gi": false)", 4), Color(0), 0.0f);
+        const std::string scene =
+            wallOf(kWhite, R"(, "matte_surface": true, "shadows": true)", turn) + kBlack +
+            sheetOf("black");
+        expectNear(meanOf(scene, sky), Color(0.25f, 0, 0), 0.01f);
+        expectNear(meanOf(scene, std::string(sky) + R"(, "gi": false)", 4), Color(0.5f, 0, 0), 0);
     }
+}
+
+TEST_F(SurfacePropertiesTest, AMatteWithoutShadowsIsTheBackplateToTheBit) {
+    const std::string rest = R"(, "plate": {"type": "TexGradient"},
+        "dome": {"type": "LightDome", "intensity": 2})";
+    const char* settings = R"("backplate": "plate")";
+    const auto matte = read(wallOf(kWhite, R"(, "matte_surface": true)") + rest, settings);
+    const auto empty = read(rest.substr(1), settings);
+    ASSERT_TRUE(matte && empty);
+    Picture a, b;
+    render(*matte, a, 3);
+    render(*empty, b, 3);
+    EXPECT_EQ(pixelsOf<Color>(a, 0), pixelsOf<Color>(b, 0));
 }
 
 TEST_F(SurfacePropertiesTest, ABackplateIsSeenByTheCameraAlone) {
