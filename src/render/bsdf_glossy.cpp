@@ -31,7 +31,7 @@ constexpr float kLeastAlbedo = 0.05f;
 
 float GlossyLook::albedoAt(float cosine) const {
     constexpr int kSteps = static_cast<int>(std::tuple_size_v<decltype(albedo)>) - 1;
-    const float place = std::clamp(cosine, 0.0f, 1.0f) * kSteps;
+    const float place = std::fmin(std::fmax(cosine, 0.0f), 1.0f) * kSteps;
     const int cell = std::min(static_cast<int>(place), kSteps - 1);
     const float part = place - static_cast<float>(cell);
     return albedo[cell] * (1.0f - part) + albedo[cell + 1] * part;
