@@ -27,6 +27,12 @@ float densityForEval(const LightInterface& light, const LightSample& sample, flo
     return std::fmin(2.0f * kPi * density, kCertain);
 }
 
+/// Whether a surface that an indirect ray has met shows it highlights: such light is a caustic.
+bool throwsCaustics(const RenderContext& c) {
+    return c.renderer->sequenceData.reflectiveGi &&
+           (!c.surfaceProperties || c.surfaceProperties->generate_caustics > 0.0f);
+}
+
 }  // namespace
 
 void LightLoop::setLights(std::vector<LightInterface*> all) {
@@ -124,7 +130,8 @@ void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& f
     if (light.castsShadows() && !(c.shadeFlags & kShadeNoShadows))
         shadowed = renderer.shadowed(c, sample.direction, sample.distance, unshadowed);
 
-    const u32 noSpecular = light.affectsSpecular() ? 0u : u32{kRayNoSpecular};
+    const bool specular = light.affectsSpecular() && (!(c.rayType & kRayGi) || throwsCaustics(c));
+    const u32 noSpecular = specular ? 0u : u32{kRayNoSpecular};
     const ScopedValue rayType(c.rayType, c.rayType | noSpecular);
     const ScopedValue normal(c.normal, face->getDiffuseNormal(c));
     out += face->eval(c, sample.direction, shadowed, unshadowed,

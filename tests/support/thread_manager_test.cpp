@@ -451,7 +451,8 @@ TEST_F(ThreadManagerTest, ForcedTerminationEndsARunThatIsStuck) {
     std::atomic<int> arrived{0};
     std::thread caller([&] {
         run(2, [&](int*, int*, int threadIndex) {
-            for (meet(arrived, 3); threadIndex == 1;)
+            meet(arrived, 3);
+            while (threadIndex == 1)
                 platform::sleepFor(1);
         });
     });
