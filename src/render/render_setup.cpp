@@ -48,10 +48,16 @@ int RenderSetup::MaterialCamera::mapToScreen(PelkContext& context, ScreenPoint& 
 }
 
 RenderSetup::RenderSetup(Scene& scene_, const RenderOptions& options_, int threads, MessageLog* log)
-    : scene(scene_), options(options_), materialCamera(scene_), plugins(scene_, renderer) {
+    : scene(scene_),
+      options(options_),
+      materialCamera(scene_),
+      sceneOrigin(scene_.settings.origin),
+      plugins(scene_, renderer) {
     applySettings(scene.settings, options, threads, log, renderer);
     renderer.backplate = scene.backplate;
     renderer.sequenceData.camera = &materialCamera;
+    renderer.sequenceData.worldTransform = &sceneOrigin;
+    renderer.sequenceData.useWorldTransform = sceneOrigin.offset != Vector();
     channels.setPlugin(&renderer.sequenceData);
     renderer.sequenceData.addInterface(&channels, 0);
 }
@@ -104,7 +110,7 @@ bool RenderSetup::prepareLights(std::string& error) {
 bool RenderSetup::prepareCamera(std::string& error) {
     if (!scene.camera->prepare(options.width, options.height, error))
         return false;
-    renderer.frameData.cameraPosition = scene.camera->getPosition();
+    renderer.frameData.cameraPosition = scene.camera->getPosition() + -sceneOrigin.offset;
     scene.camera->getAxes(renderer.frameData.cameraMatrix);
     return true;
 }

@@ -19,9 +19,25 @@ public:
     /// Comes first. Returns false with a text that names what is wrong in the scene.
     bool prepare(std::string& error);
 
-    CameraInterface& getCamera() const { return *scene.camera; }
+    /// The camera's ray through a place on the picture, in the scene's space; as
+    /// CameraInterface::makeRay.
+    void makeRay(double x, double y, PelkContext& context) const {
+        scene.camera->makeRay(x, y, context);
+        context.rayOrigin = context.rayOrigin + -sceneOrigin.offset;
+    }
 
 private:
+    /// From the scene's space to the camera's.
+    class SceneOrigin final : public WorldTransform {
+    public:
+        explicit SceneOrigin(Color place) : offset{place.r, place.g, place.b} {}
+        void transformPoint(Point& out, const Point& point, double) override {
+            out = point + offset;
+        }
+
+        const Vector offset;
+    };
+
     /// The scene's camera as materials ask it.
     class MaterialCamera final : public PelkCamera {
     public:
@@ -39,6 +55,7 @@ private:
     Scene& scene;
     const RenderOptions& options;
     MaterialCamera materialCamera;
+    SceneOrigin sceneOrigin;
 
 public:
     RenderChannels channels;

@@ -28,10 +28,11 @@ struct SceneSettings {
     bool reflections = true;      ///< materials trace reflections
     bool depth_override = false;  ///< limits that materials have of their own don't count
     Color background;             ///< what rays see that hit nothing, where no dome stands
-    double time = 0.0;            ///< at which values over time are read
-    bool half_float = false;      ///< 16 bits a channel where a picture's format has them
-    std::string backplate;        ///< texture that fills the picture behind the scene; may be empty
-    std::string camera;           ///< instance; may be left out if there is just one camera
+    Color origin;             ///< where the scene stands in the space in which the camera is placed
+    double time = 0.0;        ///< at which values over time are read
+    bool half_float = false;  ///< 16 bits a channel where a picture's format has them
+    std::string backplate;    ///< texture that fills the picture behind the scene; may be empty
+    std::string camera;       ///< instance; may be left out if there is just one camera
     std::vector<std::string> channels;  ///< names of render channels beyond colour and alpha
 };
 

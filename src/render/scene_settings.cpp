@@ -57,6 +57,7 @@ constexpr SettingRow kSettings[] = {
     {.name = "background",
      .expected = "three numbers, as in [0, 0, 0]",
      .colorField = &S::background},
+    {.name = "origin", .expected = "three numbers, as in [0, 0, 0]", .colorField = &S::origin},
     {.name = "time", .expected = "a number", .numberField = &S::time},
     {.name = "half_float", .expected = "true or false", .boolField = &S::half_float},
     {.name = "camera", .expected = "the name of a camera", .textField = &S::camera},

@@ -63,12 +63,12 @@ private:
 
 }  // namespace
 
-TileWorker::TileWorker(RenderSetup& setup, int samples_, const PictureRect& largest,
+TileWorker::TileWorker(RenderSetup& setup_, int samples_, const PictureRect& largest,
                        int threadIndex)
-    : renderer(setup.renderer),
-      camera(setup.getCamera()),
+    : renderer(setup_.renderer),
+      setup(setup_),
       samples(samples_),
-      thread(setup.renderer, threadIndex) {
+      thread(setup_.renderer, threadIndex) {
     region.setChannels(setup.channels.getList());
     // All pages are had at once; the region keeps them for smaller tiles.
     region.setRect(largest.x0, largest.y0, largest.x1, largest.y1);
@@ -129,7 +129,7 @@ bool TileWorker::renderSample(RenderContext& c, int x, int y, u32 seed, u32 samp
     if (recorder)
         recorder->beginSample();
     startPath(c, renderer, thread, seed, sample);
-    camera.makeRay(double(x) + double(place.x), double(y) + double(place.y), c);
+    setup.makeRay(double(x) + double(place.x), double(y) + double(place.y), c);
     renderer.trace(c);
     const bool good = !thread.sampleIsBad && isFinite(c.traceResult + c.traceAlpha);
     thread.sampleIsBad = false;

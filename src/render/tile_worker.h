@@ -37,7 +37,7 @@ private:
     bool renderSample(RenderContext& context, int x, int y, u32 seed, u32 sample);
 
     HostRenderer& renderer;
-    const CameraInterface& camera;
+    const RenderSetup& setup;
     const int samples;
     RenderThread thread;
     PKRegionData region;

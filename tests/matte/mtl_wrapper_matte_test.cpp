@@ -256,7 +256,7 @@ TEST_F(MatteTest, ProjectsTheBackgroundAsTheCameraSeesIt) {
         EXPECT_EQ(read.screenX, c.projects ? c.point.x : 0.0);
         EXPECT_EQ(read.rayDir, Vector(0, 0, c.projects ? 1.0f : -1.0f)) << "the hit was moved";
     }
-    EXPECT_EQ(renderer.camera.seenHit, Point(1, 2, 23));
+    EXPECT_EQ(renderer.camera.seenHit, (Point{1, 2, 23}));
 }
 
 TEST_F(MatteTest, TracesItsOwnMirrorRayForMaya) {

@@ -137,6 +137,27 @@ TEST_F(SurfacePropertiesTest, ABackplateIsSeenByTheCameraAlone) {
         << error;
 }
 
+TEST_F(SurfacePropertiesTest, ASceneMayStandElsewhereThanItsCamera) {
+    // A mirror shows the backplate where a matte beside it stands, so places are looked up too.
+    const std::string mirror = wallOf(kMirror, "", "20") + R"(,
+        "plate": {"type": "TexGradient", "form": 1},
+        "black": {"type": "MtlDiffuse", "diffuse": [0, 0, 0]},
+        "matte": {"type": "MtlWrapper", "base_material": "black", "matte_surface": true,
+                  "matte_for_secondary_rays": 2},
+        "side": {"type": "GeomQuad", "material": "matte", "width": 3, "height": 3,
+                 "rotate": [0, 220, 0], "translate": [2, 0, 2.4]},
+        "moved": {"type": "CameraPerspective", "position": [16, -32, 69], "target": [16, -32, 64],
+                  "fov": 100},
+        "plain": {"type": "CameraPerspective", "position": [0, 0, 5], "target": [0, 0, 0],
+                  "fov": 100})";
+    Picture plain, moved;
+    render(*read(mirror, R"("backplate": "plate", "camera": "plain")"), plain, 4);
+    render(*read(mirror, R"("backplate": "plate", "camera": "moved", "origin": [16, -32, 64])"),
+           moved, 4);
+    EXPECT_GT(meanOf(pixelsOf<Color>(plain, 0)).g, 0.05f);
+    EXPECT_EQ(pixelsOf<Color>(plain, 0), pixelsOf<Color>(moved, 0));
+}
+
 TEST_F(SurfacePropertiesTest, TheOverrideOfHighestPriorityIsTheWorldOfAMirror) {
     const std::string scene = R"("red": {"type": "TexConstant", "color": [1, 0, 0]},
         "blue": {"type": "TexConstant", "color": [0, 0, 1]},
