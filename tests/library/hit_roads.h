@@ -23,6 +23,8 @@ protected:
     std::vector<PelkMaterial*> materials;
 
 private:
+    static constexpr u32 kHitRays[] = {kRayCamera, kRayShadow, kRayReflect, kRayGi};
+
     Color shade(PelkMaterial& material, FakeContext& context, u32 rayType, int backSide);
     Color sample(PelkMaterial& material, FakeContext& context);
 
@@ -78,6 +80,19 @@ inline void HitRoads::startAll() {
                            {"reflection_filter_tex", &texture}});
         materials.push_back(&matte);
     }
+    // A matte that a mirror sees, which looks its place on the picture up.
+    PelkMaterial& projected = make("MtlWrapper");
+    startFrame(projected, {{"base_material", &base},
+                           {"matte_surface", true},
+                           {"matte_for_secondary_rays", 2},
+                           {"affect_alpha", true},
+                           {"shadow_brightness_tex", &texture}});
+    materials.push_back(&projected);
+    PelkMaterial& byNumber = make("MtlMulti");
+    startFrame(byNumber, {{"mtls_list", std::vector<PluginBase*>{&base, &diffuse}},
+                          {"mtlid_gen_float", &texture},
+                          {"wrap_id", true}});
+    materials.push_back(&byNumber);
     PelkMaterial& wrapper = make("MtlWrapper");
     startFrame(wrapper, {{"base_material", &base}, {"alpha_contribution", 0.5f}});
     materials.push_back(&wrapper);
@@ -103,7 +118,7 @@ inline void HitRoads::prepare(FakeContext& context) {
 inline Color HitRoads::runHits(FakeContext& context) {
     Color sum;
     for (PelkMaterial* material : materials) {
-        for (const u32 rayType : {kRayCamera, kRayShadow}) {
+        for (const u32 rayType : kHitRays) {
             for (const int backSide : {0, 1})
                 sum += shade(*material, context, rayType, backSide);
         }
@@ -116,6 +131,7 @@ inline Color HitRoads::runHits(FakeContext& context) {
 inline Color HitRoads::shade(PelkMaterial& material, FakeContext& context, u32 rayType,
                              int backSide) {
     context.rayType = rayType;
+    context.traceDepth = rayType == kRayReflect ? 1 : 0;
     context.backSide = backSide;
     material.shade(context);
     return context.resultColor + context.resultTransparency;
