@@ -59,6 +59,20 @@ TEST_F(RenderCommand, WritesEachPictureAndIsSilentElsewhere) {
     EXPECT_TRUE(std::filesystem::exists(directory.file("s.png"))) << "the name without -o";
 }
 
+TEST_F(RenderCommand, EverySceneOfTheProjectRenders) {
+    int scenes = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(PELK_SCENES)) {
+        if (entry.path().extension() != ".json")
+            continue;
+        const RunResult result = render({entry.path(), "-o", "a.png", "--size", "24x10", "--spp",
+                                         "1", "--channels", "all", "--strict"});
+        EXPECT_EQ(result.exitCode, 0) << entry.path() << result.err;
+        EXPECT_THAT(result.err, IsEmpty()) << entry.path();
+        ++scenes;
+    }
+    EXPECT_GT(scenes, 8);
+}
+
 TEST_F(RenderCommand, OptionsOverrideTheScene) {
     EXPECT_EQ(pixelsOf({"--size", "8x4"}).size(), 8u * 4 * 4);
     const std::vector<float> black = pixelsOf({"--set", "matte.diffuse=[0, 0, 0]"});
