@@ -60,7 +60,7 @@ function(pelk_tests name)
   target_link_libraries(${name}_tests PRIVATE pelk_flags libpelk ${ARG_USES} GTest::gmock_main)
   # The race checker knows nothing of the locks of the image library's own threads.
   if(PELK_SANITIZE STREQUAL "thread")
-    set(environment ENVIRONMENT "OPENIMAGEIO_OPTIONS=threads=1")
+    set(environment ENVIRONMENT "OPENIMAGEIO_OPTIONS=threads=1,exr_threads=-1")
   endif()
   gtest_discover_tests(${name}_tests DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ${environment})
 endfunction()
