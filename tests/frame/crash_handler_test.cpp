@@ -74,25 +74,19 @@ TEST_F(CrashHandlerTest, TheFirstOfTwoThreadsWritesTheDump) {
     EXPECT_EQ(dump.find("xxxx"), std::string::npos) << "the older file is replaced";
 
     std::filesystem::remove(directory.file("Pelk.dmp"));
-    testing::internal::CaptureStdout();
     EXPECT_EQ(textOf([this] { handler(0xbad, {}); }), "Unhandled exception bad");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     EXPECT_EQ(directory.entryCount(), 0) << "once per process";
 }
 
 TEST_F(CrashHandlerTest, ADumpThatCannotBeWrittenIsLost) {
-    const std::string cases[] = {
-        directory.file("missing"), directory.file("file"),
-        "/" + std::string(252, 'd'),  // fits, but not with the file's name
-    };
-    directory.write("file", "");
-    for (const std::string& setting : cases) {
+    // The second fits, but not with the file's name.
+    for (const std::string& setting : {directory.file("missing"), "/" + std::string(252, 'd')}) {
         const ScopedEnvironment other("TMPDIR", setting.c_str());
         crashDumpWritten = 0;
         testing::internal::CaptureStdout();
         EXPECT_EQ(textOf([this] { handler(7, {}); }), "Unhandled exception 7") << setting;
         testing::internal::GetCapturedStdout();
-        EXPECT_EQ(directory.entryCount(), 1);
+        EXPECT_EQ(directory.entryCount(), 0);
     }
 }
 

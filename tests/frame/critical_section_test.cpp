@@ -66,7 +66,7 @@ struct CountingSection {
 };
 
 TEST(CriticalSectionTest, SpinEnterBlocksAfterThreeThousandAttempts) {
-    for (const int succeedAt : {1, 1500, 1501, 3000, 3001}) {
+    for (const int succeedAt : {1, 3000, 3001}) {
         CountingSection section{.succeedAt = succeedAt};
         spinEnter(section);
         EXPECT_EQ(section.attempts, std::min(succeedAt, 3000));

@@ -36,11 +36,9 @@ TEST(AllocateTest, FailureTellsTheStateOfTheHeap) {
               "[getFreeHeapMemory] Getting free heap memory.\n"
               "[getFreeHeapMemory] heapstatus=4\n"
               "[getFreeHeapMemory] Number of blocks visited: 9\n");
-}
-
-TEST(AllocateTest, ADamagedHeapIsAllThatIsTold) {
-    const TestHeap heap;
-    const DebugRecorder debug;
+    TestHeap::state.report.blocks = 0;  // has no sums
+    EXPECT_EQ(getAllocatedMemory(), 0u);
+    EXPECT_EQ(getHeapSize(), 0u);
     TestHeap::state.intact = false;
     EXPECT_EQ(failureText(1), " Heap is reported damaged.\n");
 }
@@ -62,19 +60,6 @@ TEST(AllocateTest, SuccessPrintsNothing) {
     EXPECT_THROW(allocateArray<Large>(std::size_t{1} << 60), ExceptionMsg) << "the size overflows";
 }
 
-TEST(HeapReportTest, AHeapWithoutBlocksHasNoSums) {
-    const TestHeap heap;
-    const DebugRecorder debug;
-    TestHeap::state.report = {.freeBytes = 1, .usedBytes = 2, .blocks = 0, .status = -1};
-    EXPECT_EQ(getAllocatedMemory(), 0u);
-    EXPECT_EQ(getFreeHeapMemory(), 0u);
-    EXPECT_EQ(getHeapSize(), 0u);
-    EXPECT_EQ(debug.text.substr(0, debug.text.find("[getFree")),
-              "[getAllocatedMemory] Getting allocated memory.\n"
-              "[getAllocatedMemory] heapstatus=-1\n"
-              "[getAllocatedMemory] Number of blocks visited: 0\n");
-}
-
 TEST(AlignedAllocTest, StandsOnItsBoundaryAndGoesBackWhole) {
     const TestHeap heap;
     for (const std::size_t size : {0, 1, 127, 128, 129, 100000}) {
@@ -91,24 +76,15 @@ TEST(AlignedAllocTest, StandsOnItsBoundaryAndGoesBackWhole) {
     EXPECT_FALSE(alignedAlloc(1));
 }
 
-TEST(ExceptionMsgTest, TextIsCutAndCopiedWhole) {
-    const ExceptionMsg message("%s", std::string(2000, 'x').c_str());
-    ExceptionMsg copy("another");
-    copy = message;
-    EXPECT_EQ(std::string(copy.text), std::string(1023, 'x'));
-}
-
 TEST(DebugPrintTest, CutsAtItsBufferAndGoesToStandardErrorByDefault) {
     {
         const DebugRecorder recorder;
-        debugPrint("%s", std::string(4095, 'x').c_str());
-        EXPECT_EQ(recorder.text.size(), 4095u);
         debugPrint("%s", std::string(4096, 'y').c_str());
-        EXPECT_EQ(recorder.text, std::string(4095, 'x') + std::string(4095, 'y'));
+        EXPECT_EQ(recorder.text, std::string(4095, 'y'));
     }
     testing::internal::CaptureStderr();
-    debugPrint("%d %s\n", 3, "words");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "3 words\n");
+    debugPrint("%d %s\n", 3, ExceptionMsg("%s", std::string(2000, 'x').c_str()).text);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "3 " + std::string(1023, 'x') + "\n");
 }
 
 }  // namespace
