@@ -53,7 +53,6 @@ TEST_F(MtlMultiTest, TheFirstEntryWithTheIdShades) {
         {"found", {1, 3, 5}, false, 3, 1},
         {"the earlier of two", {1, 3, 3}, false, 3, 1},
         {"unknown", {1, 3, 5}, false, 4, 0},
-        {"above all", {0, 1, 2}, false, 4, 0},
         {"wrapped", {0, 1, 2}, true, 4, 1},
         {"the largest isn't wrapped", {0, 1, 2}, true, 2, 2},
         {"wrapped to one that isn't there", {1, 3, 3}, true, 6, 0},

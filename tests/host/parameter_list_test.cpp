@@ -137,10 +137,13 @@ TEST_F(ParameterListTest, TexturesAreTheFaceAskedForOrNull) {
     PelkContext context;
     ASSERT_TRUE(texture && textureFloat && textureInt);
     EXPECT_EQ(texture->getTexColor(context), (AColor{Color(0.5f), 1}));
-    EXPECT_EQ(texture->getPlugin(), &half);
     EXPECT_EQ(textureFloat->getTexFloat(context), 2);
     EXPECT_EQ(textureFloat->getTexBump(context), Vector());
     EXPECT_EQ(textureInt->getTexInt(context), 3);
+    FloatListParameter numbers("texture", {1.0f});
+    StringParameter text("texture_float", "1");
+    cache({&numbers, &text});
+    EXPECT_TRUE(!texture && !textureFloat);
 }
 
 TEST_F(ParameterListTest, PluginListsFollowInLengthAndKeepTheirArray) {

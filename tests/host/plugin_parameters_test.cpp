@@ -111,21 +111,6 @@ TEST(ValueParameterTest, KeyframesBlendWhatCanBeBlendedAndStepElse) {
     EXPECT_EQ(texture->getTexFloat(context), 12.5f);
 }
 
-TEST(ValueParameterTest, OnlyASingleNumberOrColorStandsForATexture) {
-    IntParameter plain("p", 1);
-    FloatListParameter list("p", {1.0f});
-    StringParameter text("p", "1");
-    for (u64 id : {EXT_TEXTURE, EXT_TEXTURE_FLOAT, EXT_TEXTURE_INT}) {
-        PluginInterface* face = plain.getInterface(id);
-        ASSERT_TRUE(face);
-        EXPECT_EQ(face->getInterfaceID(), id);
-        EXPECT_TRUE(!list.getInterface(id) && !text.getInterface(id));
-    }
-    EXPECT_EQ(plain.getInterface(EXT_MATERIAL), nullptr);
-    EXPECT_EQ(plain.getObject(0, 0), &plain);
-    EXPECT_TRUE(!list.getObject(0, 0) && !text.getObject(0, 0));
-}
-
 TEST(ValueParameterTest, RefusedMemoryIsReportedAndLeaksNothing) {
     HeapProbe heap;
     // Name, array and the first text are granted.

@@ -50,23 +50,6 @@ protected:
     BaseSampler sampler;
 };
 
-TEST_F(SamplersTest, FaceOfTheViewersSideGoesBeforeTheOther) {
-    class TwoFaces : public BSDFSampler {
-    public:
-        BRDFSampler* faces[2] = {};
-        BRDFSampler* getBRDF(BSDFSide side) override { return faces[side]; }
-    } bsdf;
-    BRDFSampler front, back;
-    FakeContext context(renderer, thread);
-    EXPECT_EQ(resolveBRDF(context, &bsdf), nullptr);
-    bsdf.faces[kBackSide] = &back;
-    EXPECT_EQ(resolveBRDF(context, &bsdf), &back);
-    bsdf.faces[kFrontSide] = &front;
-    EXPECT_EQ(resolveBRDF(context, &bsdf), &front);
-    context.backSide = 7;  // any value but 0 is the back
-    EXPECT_EQ(resolveBRDF(context, &bsdf), &back);
-}
-
 TEST_F(SamplersTest, TraceForwardIsIndirectLightAndGlow) {
     gi.light = {1.0f, 0.5f, 2.0f};
     sampler.diffuse = {0.5f, 1.0f, 0.25f};

@@ -8,6 +8,32 @@
 namespace Tarnkit {
 namespace {
 
+/// Rays of points of the picture lead to what is seen there, and their derivatives to the next
+/// pixel.
+template <class Camera>
+void expectRaysGoWherePointsAreSeen(Camera& camera) {
+    RenderContext middle;
+    camera.makeRay(320, 180, middle);
+    for (const ScreenPoint at : {ScreenPoint{0, 0}, ScreenPoint{320, 180}, ScreenPoint{601.5, 7}}) {
+        RenderContext ray, next;
+        camera.makeRay(at.x, at.y, ray);
+        camera.makeRay(at.x + 1, at.y + 1, next);
+        EXPECT_NEAR(length(ray.rayDir), 1.0f, 1e-6f);
+        EXPECT_EQ(ray.rayDir, ray.rayDir2);
+        const Vector turn = ray.rayDerivX + ray.rayDerivY;
+        EXPECT_NEAR(length(ray.rayDir + turn - next.rayDir), 0.0f, 1e-4f);
+        const Vector step = ray.originDerivX + ray.originDerivY;
+        EXPECT_NEAR(length(next.rayOrigin - ray.rayOrigin - step), 0.0f, 1e-5f);
+        ScreenPoint seen;
+        float depth;
+        ASSERT_TRUE(camera.project(ray.rayOrigin + ray.rayDir * 5.0f, seen, &depth));
+        EXPECT_NEAR(depth, 5 * dot(ray.rayDir, middle.rayDir), 1e-4f);
+        EXPECT_NEAR(seen.x, at.x, 1e-2);
+        EXPECT_NEAR(seen.y, at.y, 1e-2);
+        EXPECT_FALSE(camera.project(ray.rayOrigin + ray.rayDir * -1.0f, seen, nullptr)) << "behind";
+    }
+}
+
 class CameraTest : public testing::Test {
 protected:
     CameraTest() {
@@ -27,24 +53,16 @@ protected:
 
 TEST_F(CameraTest, RaysGoWherePointsAreSeen) {
     ASSERT_TRUE(prepare(640, 360)) << error;
-    for (const ScreenPoint at : {ScreenPoint{0, 0}, ScreenPoint{320, 180}, ScreenPoint{601.5, 7}}) {
-        RenderContext context;
-        camera.makeRay(at.x, at.y, context);
-        EXPECT_NEAR(length(context.rayDir), 1.0f, 1e-6f);
-        EXPECT_EQ(context.rayDir, context.rayDir2);
-        ScreenPoint seen;
-        float depth;
-        ASSERT_TRUE(camera.project(context.rayOrigin + context.rayDir * 5.0f, seen, &depth));
-        EXPECT_NEAR(seen.x, at.x, 1e-2);
-        EXPECT_NEAR(seen.y, at.y, 1e-2);
-        // The derivatives lead to the next pixel.
-        RenderContext next;
-        camera.makeRay(at.x + 1, at.y + 1, next);
-        const Vector step = context.rayDerivX + context.rayDerivY;
-        EXPECT_NEAR(length(context.rayDir + step - next.rayDir), 0.0f, 1e-4f);
-    }
-    ScreenPoint seen;
-    EXPECT_FALSE(camera.project({0, 1, 4}, seen, nullptr)) << "behind the camera";
+    expectRaysGoWherePointsAreSeen(camera);
+    PluginHolder<CameraOrthographic> parallel;
+    parallel.set("width", 8.0f);
+    parallel.set("target", Color(1, 2, 0));
+    parallel.startFrame();
+    ASSERT_TRUE(parallel.plugin.prepare(640, 360, error)) << error;
+    expectRaysGoWherePointsAreSeen(parallel.plugin);
+    parallel.set("width", 0.0f);
+    parallel.startFrame();
+    EXPECT_FALSE(parallel.plugin.prepare(640, 360, error));
 }
 
 TEST_F(CameraTest, TheAngleIsTheFullOneAcrossTheWidthAndUpIsUp) {

@@ -36,6 +36,12 @@ protected:
         EXPECT_TRUE(result.ok) << result.error;
         return result;
     }
+    /// What is said of a scene that cannot be rendered.
+    std::string errorOf(Scene& scene, const RenderOptions& options) {
+        const std::atomic<bool> stop{false};
+        Picture picture;
+        return renderScene(scene, options, nullptr, nullptr, stop, picture).error;
+    }
     RenderResult render(Scene& scene, Picture& picture, int samples, int threads = 2,
                         int width = 16, int height = 16) {
         RenderOptions options;

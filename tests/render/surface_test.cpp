@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "render/camera.h"
 #include "render/geom_shapes.h"
 #include "render/plugin_holder.h"
 #include "render/surface_uv.h"
@@ -36,21 +35,23 @@ public:
     RenderContext context;
 };
 
-TEST(HitObject, PartsHaveShaderSetsByHandle) {
+TEST(HitObject, PartsHaveMaterialIDsAndShaderSetsByHandle) {
     ShapeHit<GeomBox> box;
     StringListParameter sets("shader_sets", {"side", "", "top", "side"});
-    IntListParameter ids("material_ids", {7, 7, 7, 7, 7, 7});
+    IntListParameter ids("material_ids", {10, 11, 12});
     box.plugin.setParameter(&sets);
     box.plugin.setParameter(&ids);
     StringTable& names = *box.renderer.getStringTable();
     names.intern("of another object");
     const char* expected[] = {"side", nullptr, "top", "side", nullptr, nullptr};
+    const int expectedIDs[] = {10, 11, 12, 0, 0, 0};
+    EXPECT_EQ(box.plugin.getSurfaceMtlID(box.context), 0) << "no object was hit";
     for (u32 part = 0; part < 6; ++part) {
         RenderContext& hit = box.at(part * 2 + 1);
         StringHandle handle{99};
         box.plugin.getShaderSetName(handle, hit, 0);
         EXPECT_EQ(handle.id, names.intern(expected[part]).id) << part;
-        EXPECT_EQ(box.plugin.getSurfaceMtlID(hit), 7);
+        EXPECT_EQ(box.plugin.getSurfaceMtlID(hit), expectedIDs[part]);
     }
     EXPECT_NE(names.intern("side").id, names.intern("top").id);
 }
@@ -102,32 +103,6 @@ TEST(HitObject, FramesLeadFromTheWorldToTextureCoordinates) {
     // Directions of the object follow its scale and rotation, wherever it stands.
     const Vector edge = quad.object.mesh.positions[1] - quad.object.mesh.positions[0];
     EXPECT_NEAR(length(quad.plugin.objectToWorld(hit, {1, 0, 0}) - edge), 0.0f, 1e-5f);
-}
-
-TEST(CameraOrthographic, RaysArePlacesOnThePicture) {
-    PluginHolder<CameraOrthographic> holder;
-    CameraOrthographic& camera = holder.plugin;
-    holder.set("width", 8.0f);
-    holder.set("target", Color(1, 2, 0));
-    holder.startFrame();
-    std::string error;
-    ASSERT_TRUE(camera.prepare(400, 200, error)) << error;
-    RenderContext ray, next;
-    camera.makeRay(30, 150, ray);
-    camera.makeRay(31, 151, next);
-    EXPECT_EQ(ray.rayDir, next.rayDir);
-    EXPECT_NEAR(length((next.rayOrigin - ray.rayOrigin) - ray.originDerivX - ray.originDerivY),
-                0.0f, 1e-5f);
-    ScreenPoint seen;
-    float depth;
-    ASSERT_TRUE(camera.project(ray.rayOrigin + ray.rayDir * 3.0f, seen, &depth));
-    EXPECT_NEAR(seen.x, 30, 1e-4);
-    EXPECT_NEAR(seen.y, 150, 1e-4);
-    EXPECT_NEAR(depth, 3.0f, 1e-5f);
-    EXPECT_FALSE(camera.project(ray.rayOrigin + ray.rayDir * -1.0f, seen, nullptr));
-    holder.set("width", 0.0f);
-    holder.startFrame();
-    EXPECT_FALSE(camera.prepare(400, 200, error));
 }
 
 }  // namespace

@@ -61,28 +61,25 @@ TEST(TexChecker, TakesTurnsAlongBothAxes) {
     Holder<TexChecker> texture;
     texture.set("squares", 2.0f);
     texture.set("color2", Color(9, 8, 7));
-    Holder<UVWGenMap> map;
-    map.set("offset", Color(-10, 0, 0));
-    map.startFrame();
+    texture.startFrame();
     const struct {
         double u, v;
         int square;
-    } cases[] = {{0.2, 0.2, 0}, {0.7, 0.2, 1}, {0.2, 0.7, 1},
-                 {0.7, 0.7, 0}, {1.2, 0.2, 0}, {9.7, 3.2, 1}};
-    for (const bool negative : {false, true}) {
-        if (negative)
-            texture.set("uvwgen", &map.plugin);
-        texture.startFrame();
-        for (const auto& c : cases) {
-            PelkContext& hit = texture.at(c.u, c.v);
-            EXPECT_EQ(texture.plugin.getTexInt(hit), c.square) << c.u << " " << c.v << negative;
-            EXPECT_EQ(texture.plugin.getTexColor(hit).color == Color(9, 8, 7), c.square == 1);
-        }
+    } cases[] = {{0.2, 0.2, 0},  {0.7, 0.2, 1},  {0.2, 0.7, 1}, {0.7, 0.7, 0},
+                 {9.7, -6.8, 1}, {-9.8, 0.2, 0}, {-9.3, 0.2, 1}};
+    for (const auto& c : cases) {
+        PelkContext& hit = texture.at(c.u, c.v);
+        EXPECT_EQ(texture.plugin.getTexInt(hit), c.square) << c.u << " " << c.v;
+        EXPECT_EQ(texture.plugin.getTexColor(hit).color == Color(9, 8, 7), c.square == 1);
     }
-    texture.context.object = nullptr;
-    texture.set("uvwgen", nullptr);
+    Holder<UVWGenMap> map;
+    map.set("offset", Color(0.5f, 0, 0));
+    map.startFrame();
+    texture.set("uvwgen", &map.plugin);
     texture.startFrame();
-    EXPECT_EQ(texture.plugin.getTexInt(texture.context), 0) << "no surface, no coordinates";
+    EXPECT_EQ(texture.plugin.getTexInt(texture.at(0.2, 0.2)), 1) << "moved by a square";
+    texture.context.object = nullptr;
+    EXPECT_EQ(texture.plugin.getTexInt(texture.context), 1) << "no surface: the offset alone";
 }
 
 TEST(UVWGenMap, ScalesTurnsAndMoves) {
