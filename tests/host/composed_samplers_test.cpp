@@ -174,25 +174,19 @@ TEST_F(ComposedSamplers, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
 TEST_F(ComposedSamplers, ThinSurfacesLetLightThroughByBothSides) {
     Film white(1, 0), clear(1, 1);
     clear.transparency = Color(1);
-    const struct {
-        const char* what;
-        Film *first, *second;
-        Color color, transparency;
-    } cases[] = {
-        {"clear on both sides", &clear, &clear, Color(0), Color(1)},
-        {"nothing beyond", &white, nullptr, Color(0.75f), Color(0.25f)},
-        {"nothing in front", nullptr, &white, Color(0.25f), Color(0.75f)},
-        {"nothing", nullptr, nullptr, Color(0), Color(1)},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    const auto expectCover = [&](const char* what, Film* first, Film* second, float cover) {
+        SCOPED_TRACE(what);
         TwoSidedBSDF bsdf;
-        bsdf.init(context, Color(0.25f), c.first, c.second, 1, Color(0));
+        bsdf.init(context, Color(0.25f), first, second, 1, Color(0));
         bsdf.traceBSDFForward(context, 1);
-        EXPECT_EQ(context.resultColor, c.color);
-        EXPECT_EQ(context.resultTransparency, c.transparency);
-        EXPECT_EQ(bsdf.getBSDFTransparency(context), c.transparency);
-    }
+        EXPECT_EQ(context.resultColor, Color(cover));
+        EXPECT_EQ(context.resultTransparency, Color(1 - cover));
+        EXPECT_EQ(bsdf.getBSDFTransparency(context), Color(1 - cover));
+    };
+    expectCover("clear on both sides", &clear, &clear, 0);
+    expectCover("nothing beyond", &white, nullptr, 0.75f);
+    expectCover("nothing in front", nullptr, &white, 0.25f);
+    expectCover("nothing", nullptr, nullptr, 0);
 }
 
 }  // namespace

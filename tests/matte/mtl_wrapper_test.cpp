@@ -42,7 +42,6 @@ TEST_F(MtlWrapperTest, OrdinaryHitsAreTheBasesWithAlphaAndGiScaled) {
         {"half", 0.5f, kShadeAlphaCounts, kRayCamera, 2, 0.25f, 0.625f},
         {"zero counts as positive", 0, kShadeAlphaCounts, kRayCamera, 2, 0, 1},
         {"half negative", -0.5f, kShadeAlphaCounts, kRayCamera, 2, 0, 0.625f},
-        {"negative", -1, kShadeAlphaCounts, kRayCamera, 2, 0, 0.25f},
         {"alpha does not count", -1, 0, kRayCamera, 2, 0.5f, 0.25f},
         {"GI", 1, kShadeAlphaCounts, kRayCamera | kRayGi, 0.5f, 0.5f, 0.25f},
     };

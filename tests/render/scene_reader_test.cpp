@@ -202,6 +202,8 @@ TEST_F(SceneReaderTest, TheFileItselfIsChecked) {
         {"range", R"({"plugins": {}, "settings": {"width": 0}})", "/settings/width: expected"},
         {"huge", R"({"plugins": {}, "settings": {"samples": 18446744073709551615}})", "/settings"},
         {"settings", R"({"plugins": {}, "settings": []})", "/settings: expected an object"},
+        {"backplate", R"({"plugins": {"a": {"type": "Probe"}}, "settings": {"backplate": "a"}})",
+         "/settings/backplate: expected the name of an instance with EXT_TEXTURE"},
         {"deep", std::string(1000, '['), "nested too deeply"},
     };
     for (const auto& c : cases) {

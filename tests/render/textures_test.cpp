@@ -142,7 +142,6 @@ TEST_F(TexImageTest, PixelsStandUprightAndBlendInLinearLight) {
     const std::string file = dir.file("a.png");
     // Upper row 0 and 200, lower row 100 and 255.
     writeImage<unsigned char>(file, 2, 2, 1, {0, 200, 100, 255});
-    open(file);
     const float a = linear(100), b = linear(255), c = linear(0), d = linear(200);
     open(file);
     EXPECT_NEAR(red(0.25, 0.25), a, 1e-5f) << "lower left";
