@@ -10,8 +10,6 @@
 #include "render/mesh_loader.h"
 #include "render/placement.h"
 #include "render/plugin_holder.h"
-#include "render/render_context.h"
-#include "render/scene_object.h"
 #include "temporary_directory.h"
 
 namespace Tarnkit {

@@ -1,7 +1,5 @@
 // Pictures, by what must hold of them: rendered with the built module, as any host would.
 
-#include <cmath>
-
 #include "render_fixture.h"
 
 namespace Tarnkit {
@@ -156,21 +154,6 @@ TEST_F(RenderTest, DepthCountsTheSurfacesThatGatherLight) {
         EXPECT_GT(now, last + 0.02f);
         last = now;
     }
-}
-
-TEST_F(RenderTest, ARenderThatIsStoppedKeepsWhatItHas) {
-    const auto scene = read(R"("dome": {"type": "LightDome"})", "");
-    ASSERT_TRUE(scene);
-    RenderOptions options;
-    options.width = options.height = 64;
-    options.samples = 1;
-    std::atomic<bool> stop{true};
-    Picture picture;
-    const RenderResult result = renderScene(*scene, options, nullptr, nullptr, stop, picture);
-    EXPECT_TRUE(result.ok);
-    EXPECT_TRUE(result.stopped);
-    EXPECT_EQ(result.samples, 0);
-    EXPECT_EQ(picture.getWidth(), 64);
 }
 
 TEST_F(RenderTest, BadScenesAreRefusedByName) {

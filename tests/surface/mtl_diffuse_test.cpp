@@ -259,13 +259,13 @@ TEST_F(MtlDiffuseTest, SamplersAreReusedAndGoneOutsideARender) {
 
 TEST_F(MtlDiffuseTest, DescriptorTextHoldsColourAndTexture) {
     FakeTexture texture;
-    const std::string colour = "color_value 0.250000 0.500000 1.000000\n";
-    startFrame(mtl, {{"diffuse", Color(0.25f, 0.5f, 1)}});
-    EXPECT_EQ(describe(mtl, "MaterialDescriptor"), "1 diffuse\n" + colour);
-    EXPECT_EQ(describe(mtl, "HierarchyDescriptor"), "0 ");
-    startFrame(mtl, {{"diffuse_tex", &texture}, {"diffuse_tex_mult", 0.75f}});
+    startFrame(mtl, {{"diffuse", Color(0.25f, 0.5f, 1)},
+                     {"diffuse_tex", &texture},
+                     {"diffuse_tex_mult", 0.75f}});
     EXPECT_EQ(describe(mtl, "MaterialDescriptor"),
-              "1 diffuse\ntexture float name\nbitmap_mult 0.750000\n" + colour);
+              "1 diffuse\ntexture float name\nbitmap_mult 0.750000\n"
+              "color_value 0.250000 0.500000 1.000000\n");
+    EXPECT_EQ(describe(mtl, "HierarchyDescriptor"), "0 ");
 }
 
 }  // namespace
