@@ -12,7 +12,7 @@ constexpr ParamTable kParams{
     intParam("material_id_number", &MaterialIDParams::idNumber, 0),
 };
 
-void writeIDs(PelkContext& context, TextureInterface* idColor, int idNumber) {
+void writeIDs(PelkContext& context, TextureInterface* idColor, const int& idNumber) {
     Fragment* fragment = context.resultFragment;
     if (!fragment || (context.rayType & kRayShadow))
         return;

@@ -84,7 +84,10 @@ public:
     Color rayWeight;
     Color rayWeight2;
     Color spawnWeight;  ///< weight that the ray was spawned with, written by newSpawnedContext
-    u32 spawnFlags = 0;  ///< what the ray was asked to be, without what it takes over from its parent
+    u32 spawnFlags =
+        0;  ///< what the ray was asked to be, without what it takes over from its parent
+    int gathersBeyond =
+        0;  ///< not 0: indirect light is asked for from the side that the ray can't see
     TextureInterface* environment = nullptr;  ///< override of the environment, and its priority
     int environmentPriority = std::numeric_limits<int>::min();
 

@@ -3,6 +3,7 @@
 #include "frame/context.h"
 #include "frame/fragment.h"
 #include "frame/renderer.h"
+#include "frame/shading.h"
 #include "host/indirect_light.h"
 
 namespace Tarnkit {
@@ -30,7 +31,7 @@ void noteRay(PelkContext& context, bool refracted, const Color& traced, const Co
 /// Traces the one ray that a sampler offers of its own and adds what it sees to the result.
 void traceOwnRay(PelkContext& context, BRDFSampler& brdf, int doDiffuse) {
     int sampler = 0;
-    PelkContext* ray = brdf.getNewContext(context, sampler, doDiffuse);
+    const ScopedRay ray(brdf.getNewContext(context, sampler, doDiffuse));
     if (!ray)
         return;
     // The middle of the sampler's range: one that scatters wider than a line draws its own numbers.
@@ -38,7 +39,6 @@ void traceOwnRay(PelkContext& context, BRDFSampler& brdf, int doDiffuse) {
     const bool refracted = ray->spawnFlags & kRayRefract;
     context.renderer->traceRay(*ray);
     const Color traced = ray->traceResult * weight;
-    ray->releaseContext();
     context.resultColor += traced;
     noteRay(context, refracted, traced, weight);
 }

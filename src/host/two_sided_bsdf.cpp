@@ -83,8 +83,7 @@ Color TwoSidedBSDF::lightFromBeyond(PelkContext& context, int doDiffuse) const {
     const Color diffuse =
         complement(far.face->getTransparency(context)) * far.face->getDiffuseColor(white);
     if (diffuse != Color(0)) {
-        // Light is gathered on the back of a surface only where the context was turned to it.
-        const ScopedValue turned(context.flippedSide, far.backSide ? 1 : 0);
+        const ScopedValue beyond(context.gathersBeyond, 1);
         light += diffuse * gatherIrradiance(context, *far.face);
     }
     return light;

@@ -54,7 +54,7 @@ void GlassBSDF::set(const GlassLook& newLook, PelkContext& context, bool singleS
     singleSided = singleSided_;
     lobe.place(look->shape, context);
     // By the true side, as media are kept, whichever side the hit was turned to.
-    const bool leaves = (context.backSide != 0) != (context.flippedSide != 0);
+    const bool leaves = hostContext(context).isInside();
     PelkVolume* const outside = context.currentVolume(leaves ? look->volume : nullptr);
     const float outer = outside ? outside->getIOR(context) : 1.0f;
     const float inner = look->volume->getIOR(context);
@@ -97,9 +97,8 @@ void GlassBSDF::chooseReflection(const PelkContext& context, const FacetSample& 
     chosen.refracts = false;
     chosen.direction = sample.direction;
     chosen.weight = leavesOnViewerSide(context, sample.direction) ? sample.weight : 0.0f;
-    const bool isWeighted = lights == LightSearch::Both && !lobe.shape.isSmooth();
-    chosen.density =
-        isWeighted ? sample.pdf * share * (0.5f * std::numbers::inv_pi_v<float>) : -1.0f;
+    chosen.density = densityOfOwnRay(lights, lobe.shape,
+                                     sample.pdf * share * (0.5f * std::numbers::inv_pi_v<float>));
 }
 
 bool GlassBSDF::chooseRefraction(const PelkContext& context, const Vector& facet) {

@@ -106,9 +106,8 @@ float GlossyBRDF::setupContext(PelkContext& context, PelkContext& newContext, fl
         s.direction = mirrored(lobe.view, s.facet);
     }
     setMirrorRay(context, newContext, s.direction);
-    const bool isWeighted = lights == LightSearch::Both && !lobe.shape.isSmooth();
     hostContext(newContext).bsdfDensity =
-        isWeighted ? s.pdf * (0.5f * std::numbers::inv_pi_v<float>) : -1.0f;
+        densityOfOwnRay(lights, lobe.shape, s.pdf * (0.5f * std::numbers::inv_pi_v<float>));
     return s.weight * fresnel(-dot(lobe.view, s.facet));
 }
 

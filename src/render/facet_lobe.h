@@ -60,12 +60,24 @@ enum class LightSearch {
     LightLoop,  ///< the light loop alone, as the surface traces no rays of its own
     Both,       ///< also its own rays, each with its share
     OwnRays,    ///< its own rays alone: of the surface below a matte only those are kept
+    Apart,      ///< the light loop, and of lights that it doesn't know its own rays: light without
+                ///< shadows comes from where a ray could not meet it
 };
 
 inline LightSearch lightSearchAt(const PelkContext& context, bool tracesRays) {
     if (!tracesRays)
         return LightSearch::LightLoop;
-    return context.shadedFlags & kShadedMatte ? LightSearch::OwnRays : LightSearch::Both;
+    if (context.shadedFlags & kShadedMatte)
+        return LightSearch::OwnRays;
+    return context.shadeFlags & kShadeNoShadows ? LightSearch::Apart : LightSearch::Both;
+}
+
+/// The density that a surface's own ray is weighted with against lights, `density` being that of
+/// its direction per solid angle; below 0 if the ray sees lights in full.
+inline float densityOfOwnRay(LightSearch lights, const FacetShape& shape, float density) {
+    if (shape.isSmooth() || lights == LightSearch::OwnRays)
+        return -1.0f;
+    return lights == LightSearch::Apart ? kLeavesLights : density;
 }
 
 /// Whether mirror rays are traced at the hit.

@@ -93,6 +93,8 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
     c.hitID = c.thread().nextHitID();
     c.shadeFlags = kShadeAlphaCounts;
     c.shadedFlags = 0;
+    c.lightMis = -1;
+    c.gathersBeyond = 0;
     c.diffuseIsBlack = false;
     setNothing(c);
 }

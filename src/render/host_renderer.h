@@ -51,10 +51,12 @@ public:
 
     void irradiance(Color& out, PelkContext& context) override;
     int usesLightMis(PelkContext& context) override;
+    /// Whether indirect rays of the hit take their share of lights.
+    int sharesLights(const PelkContext& context) const;
     void evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed) override;
 
     bool enabled = true;
-    bool bumpInGi = false;
+    bool bumpInGi = false;  ///< surfaces that indirect rays meet show their bumps
 
 private:
     Color gather(RenderContext& context, int ray);

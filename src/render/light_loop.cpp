@@ -27,10 +27,16 @@ float densityForEval(const LightInterface& light, const LightSample& sample, flo
     return std::fmin(2.0f * kPi * density, kCertain);
 }
 
-/// Whether a surface that an indirect ray has met shows it highlights: such light is a caustic.
-bool throwsCaustics(const RenderContext& c) {
-    return c.renderer->sequenceData.reflectiveGi &&
-           (!c.surfaceProperties || c.surfaceProperties->generate_caustics > 0.0f);
+/// By how much a highlight counts. One that an indirect ray sees is a caustic where it came from.
+float causticFactor(const RenderContext& c) {
+    if (!(c.rayType & kRayGi))
+        return 1.0f;
+    if (!c.renderer->sequenceData.reflectiveGi)
+        return 0.0f;
+    if (!c.gathers)
+        return 1.0f;  // a mirror on the way has counted already
+    return c.receiveCaustics *
+           (c.surfaceProperties ? c.surfaceProperties->generate_caustics : 1.0f);
 }
 
 }  // namespace
@@ -130,12 +136,18 @@ void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& f
     if (light.castsShadows() && !(c.shadeFlags & kShadeNoShadows))
         shadowed = renderer.shadowed(c, sample.direction, sample.distance, unshadowed);
 
-    const bool specular = light.affectsSpecular() && (!(c.rayType & kRayGi) || throwsCaustics(c));
-    const u32 noSpecular = specular ? 0u : u32{kRayNoSpecular};
-    const ScopedValue rayType(c.rayType, c.rayType | noSpecular);
+    const float highlights = light.affectsSpecular() ? causticFactor(c) : 0.0f;
+    const float evalDensity = densityForEval(light, sample, density);
     const ScopedValue normal(c.normal, face->getDiffuseNormal(c));
-    out += face->eval(c, sample.direction, shadowed, unshadowed,
-                      densityForEval(light, sample, density), kEvalDiffuse | kEvalSpecular);
+    if (highlights != 0.0f && highlights != 1.0f && !(c.shadedFlags & kShadedMatte)) {
+        Color arrives = shadowed, asked = unshadowed;
+        out += highlights *
+               face->eval(c, sample.direction, arrives, asked, evalDensity, kEvalSpecular);
+    }
+    const u32 noSpecular = highlights == 1.0f ? 0u : u32{kRayNoSpecular};
+    const ScopedValue rayType(c.rayType, c.rayType | noSpecular);
+    out += face->eval(c, sample.direction, shadowed, unshadowed, evalDensity,
+                      kEvalDiffuse | kEvalSpecular);
     face->multiplyLight(1.0f);
     face->lightFinished(static_cast<int>(index));
 }

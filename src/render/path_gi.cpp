@@ -2,6 +2,7 @@
 #include <numbers>
 #include <utility>
 
+#include "frame/shading.h"
 #include "frame/surface_properties.h"
 #include "render/host_renderer.h"
 #include "render/sampling.h"
@@ -10,15 +11,10 @@ namespace Tarnkit {
 
 namespace {
 
-/// Indirect light reaches a face from its own side. A one-sided sampler's back gets none; a
-/// context that was turned over asks for the side to which its normal points.
+/// A one-sided sampler's back gets no indirect light, unless the context was turned over for it.
 bool facesIndirectLight(const PelkContext& c) {
     return !c.backSide || c.flippedSide;
 }
-
-/// The density of rays that leave sampled lights to the light loop: next to nothing against that of
-/// any light, but not 0, so that a light that is never sampled is still seen.
-constexpr float kLeavesLights = 1e-12f;
 
 /// A surface may ask for more rays; what is itself only seen by indirect rays gets one, or paths
 /// would multiply.
@@ -40,9 +36,9 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
     RenderContext& c = hostContext(context);
     out = Color(0);
     // Found out for one sampler, so it holds for the light that is asked for right after.
-    const bool unseen = std::exchange(c.diffuseIsBlack, false);
+    const bool unseen = std::exchange(c.diffuseIsBlack, false) && !c.gathersBeyond;
     const float received = c.surfaceProperties ? c.surfaceProperties->receive_gi : 1.0f;
-    if (!enabled || unseen || received == 0.0f || !facesIndirectLight(c))
+    if (!enabled || unseen || received == 0.0f || !(facesIndirectLight(c) || c.gathersBeyond))
         return;
     const int rays = raysAt(c);
     for (int ray = 0; ray < rays; ++ray)
@@ -51,21 +47,25 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
 }
 
 Color PathGi::gather(RenderContext& c, int index) {
+    // The viewer's side, whichever way the context is turned; or the other one.
+    const bool turned = (c.backSide != 0) != (c.gathersBeyond != 0);
+    const Vector normal = turned ? -c.normal : c.normal;
     float cosine;
     const Vector direction =
-        cosineDirection(c.normal, randomOfRay(c, index, RandomUse::Indirect), cosine);
-    if (!(dot(direction, c.geomNormal) > 0.0f))
+        cosineDirection(normal, randomOfRay(c, index, RandomUse::Indirect), cosine);
+    const float above = dot(direction, c.geomNormal);
+    if (!(turned ? above < 0.0f : above > 0.0f))
         return Color(0);  // below the surface, by the difference of its two normals
-    RenderContext* ray = renderer.spawn(c, kRayGi + (static_cast<u32>(index) << 8));
+    RenderContext* const ray = renderer.spawn(c, kRayGi + (static_cast<u32>(index) << 8));
+    const ScopedRay owner(ray);
     ray->rayType =
         (c.rayType & RenderContext::kPathBits) | kRayGi | (bumpInGi ? u32{kRayGiBump} : 0u);
     ray->traceDepth = c.traceDepth + 1;
     ray->giDepth = c.giDepth + 1;
     ray->rayDir = ray->rayDir2 = direction;
     // A surface that leaves lights out of the weighting has had all their light from the light
-    // loop; so has a back that asks for light, as on the far side of a thin surface, since its
-    // samplers were made before it asked.
-    const bool weighted = usesLightMis(c) && !c.backSide;
+    // loop; so has the side beyond, whose samplers were told so as backs.
+    const bool weighted = !c.gathersBeyond && (c.lightMis == -1 ? usesLightMis(c) : c.lightMis);
     ray->bsdfDensity = weighted ? cosine * std::numbers::inv_pi_v<float> : kLeavesLights;
     ray->gathers = true;
     ray->receiveCaustics = c.surfaceProperties ? c.surfaceProperties->receive_caustics : 1.0f;
@@ -73,18 +73,27 @@ Color PathGi::gather(RenderContext& c, int index) {
     ray->rayWeight = c.rayWeight;
     ray->rayWeight2 = c.rayWeight2;
     renderer.trace(*ray);
-    const Color light = ray->traceResult;
-    ray->releaseContext();
-    return light;
+    return ray->traceResult;
 }
 
 int PathGi::usesLightMis(PelkContext& context) {
+    if (!enabled || !facesIndirectLight(context))
+        return 0;
+    // One answer at a hit: what one sampler has been told must hold when light is gathered, though
+    // another one has changed the surface's properties since.
+    int& told = hostContext(context).lightMis;
+    if (told == -1)
+        told = sharesLights(context);
+    return told;
+}
+
+int PathGi::sharesLights(const PelkContext& context) const {
     // Indirect light of a matte isn't asked for, and what is scaled would scale lights too.
     const PelkSurfaceProperties* surface = context.surfaceProperties;
     const bool scaled = surface && (surface->matte_surface || surface->receive_gi != 1.0f);
     // Light without shadows comes from where no ray could meet it.
     const bool isShadowed = !(context.shadeFlags & kShadeNoShadows);
-    return enabled && !scaled && isShadowed && facesIndirectLight(context);
+    return !scaled && isShadowed;
 }
 
 void PathGi::evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed) {

@@ -9,6 +9,10 @@ RenderThread& RenderContext::thread() const {
     return static_cast<RenderThread&>(*threadData);
 }
 
+bool RenderContext::isInside() const {
+    return dot(rayDir, object->faceNormals[triangle]) > 0.0f;
+}
+
 void RenderContext::releaseContext() {
     thread().giveBack(this);
 }
@@ -36,8 +40,7 @@ PelkContext* RenderContext::newSpawnedContext(int index, const Color& weight, u3
 }
 
 void RenderContext::crossSurface(const RenderContext& from) {
-    const bool leaves = (from.backSide != 0) != (from.flippedSide != 0);
-    if (!leaves) {
+    if (!from.isInside()) {
         if (numVolumes < kMaxVolumes)
             volumes[numVolumes] = from.surfaceVolume;
         ++numVolumes;

@@ -25,6 +25,7 @@ public:
     u32 triangle = 0;                     ///< index in the object's mesh
     float baryU = 0.0f, baryV = 0.0f;     ///< weights of the triangle's second and third vertex
     float hitDistance = 0.0f;
+    int lightMis = -1;  ///< what samplers were told of usesLightMis at the hit; -1: nothing yet
     bool diffuseIsBlack = false;  ///< the sampler lit last takes no diffuse light
 
     // The ray.
@@ -42,6 +43,8 @@ public:
     RenderContext* nextFree = nullptr;
 
     RenderThread& thread() const;
+    /// Whether the ray came to the hit from within the object, whichever way the hit is turned.
+    bool isInside() const;
     /// How many of `volumes` are written.
     int storedVolumes() const { return std::min(numVolumes, int{kMaxVolumes}); }
     /// Takes note that the ray, a refracted one, goes through the surface hit by `from`: it enters

@@ -34,6 +34,7 @@ void applySettings(const SceneSettings& settings, const RenderOptions& options, 
     sequence.reflectionsEnabled = settings.reflections;
     sequence.depthOverride = settings.depth_override;
     renderer.gi.enabled = settings.gi;
+    renderer.gi.bumpInGi = settings.gi_bump;
     renderer.background = settings.background;
     renderer.frameData.frameTime = settings.time;
     renderer.frameData.imageWidth = options.width;

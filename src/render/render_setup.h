@@ -23,7 +23,7 @@ public:
     /// CameraInterface::makeRay.
     void makeRay(double x, double y, PelkContext& context) const {
         scene.camera->makeRay(x, y, context);
-        context.rayOrigin = context.rayOrigin + -sceneOrigin.offset;
+        context.rayOrigin = context.spawnOrigin = context.rayOrigin + -sceneOrigin.offset;
     }
 
 private:

@@ -8,6 +8,10 @@
 
 namespace Tarnkit {
 
+/// The density of rays that leave sampled lights to the light loop: next to nothing against that of
+/// any light, but not 0, so that a light that is never sampled is still seen.
+inline constexpr float kLeavesLights = 1e-12f;
+
 /// What the random numbers of a path are drawn for; each has numbers of its own.
 enum class RandomUse : u32 { Pixel, Light, LightChoice, Indirect, Matte, Facet, Fork };
 

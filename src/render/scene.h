@@ -25,6 +25,7 @@ struct SceneSettings {
     int max_depth = 8;  ///< surfaces in a row at which a path gathers light, mirrors included
     bool gi = true;     ///< surfaces light one another
     bool reflective_gi = true;    ///< indirect rays go on at mirrors, so that there are caustics
+    bool gi_bump = false;         ///< indirect rays see the bumps of surfaces
     bool reflections = true;      ///< materials trace reflections
     bool depth_override = false;  ///< limits that materials have of their own don't count
     Color background;             ///< what rays see that hit nothing, where no dome stands

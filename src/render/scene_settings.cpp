@@ -49,6 +49,7 @@ constexpr SettingRow kSettings[] = {
      .most = 1000},
     {.name = "gi", .expected = "true or false", .boolField = &S::gi},
     {.name = "reflective_gi", .expected = "true or false", .boolField = &S::reflective_gi},
+    {.name = "gi_bump", .expected = "true or false", .boolField = &S::gi_bump},
     {.name = "reflections", .expected = "true or false", .boolField = &S::reflections},
     {.name = "depth_override", .expected = "true or false", .boolField = &S::depth_override},
     {.name = "backplate",

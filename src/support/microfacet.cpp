@@ -165,7 +165,7 @@ Vector sampleGTR(float u, float v, float alpha, int type, float gamma, const Vec
     const float s = std::sqrt(std::max(0.0f, 1.0f - c2));
     const Vector facet = frame * Vector(std::cos(phi) * s, std::sin(phi) * s, c);
     const float f = length(facet);
-    const Vector h = facet * (1.0f / f);
+    const Vector h = {facet.x / f, facet.y / f, facet.z / f};
     const Vector r = mirrored(d, h);
     const float nv = std::fabs(dot(n, -d));
     if (grazes(nv) || grazes(dot(n, r))) {

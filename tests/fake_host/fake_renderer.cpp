@@ -195,6 +195,7 @@ void expectRayAndHitAsBefore(const PelkContext& before, const PelkContext& conte
     SAME(rayWeight2);
     SAME(spawnWeight);
     SAME(spawnFlags);
+    SAME(gathersBeyond);
     SAME(environment);
     SAME(environmentPriority);
     SAME(hitMapping);

@@ -174,7 +174,17 @@ TEST_F(SurfacePropertiesTest, LightsWithoutHighlightsAreNotSeenInGlossySurfaces)
         "wall": {"type": "GeomQuad", "material": "mtl", "width": 200, "height": 200},
         "lamp": {"type": "LightSphere", "position": [0, 0, 9], "radius": 2, "affect_specular": )";
     expectNear(meanOf(wall + "false}", "", 16), Color(0), 0.0f);
-    EXPECT_GT(meanOf(wall + "true}", "", 16).r, 0.05f);
+    const float seen = meanOf(wall + "true}", "", 64).r;
+    EXPECT_GT(seen, 0.05f);
+
+    // Without shadows a lid in the way takes nothing of the highlight.
+    const std::string lid = R"(, "black": {"type": "MtlDiffuse", "diffuse": [0, 0, 0]},
+        "lid": {"type": "GeomQuad", "material": "black", "width": 50, "height": 50,
+                "translate": [0, 0, 6]},
+        "open": {"type": "MtlRenderStats", "base_mtl": "mtl", "shadows_receive": false},
+        "above": {"type": "GeomQuad", "material": "open", "width": 200, "height": 200,
+                  "translate": [0, 0, 0.001]})";
+    EXPECT_NEAR(meanOf(wall + "true}" + lid, "", 64).r, seen, 0.02f * seen);
 }
 
 }  // namespace

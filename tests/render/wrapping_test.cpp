@@ -33,33 +33,61 @@ TEST_F(WrappingTest, AWrapperThatAddsNothingShowsItsBaseOnBothRoads) {
     const std::vector<Color> expected[] = {
         pictureOf(bare, "base"),
         pictureOf(R"("type": "MtlSingleBRDF", "brdf": "base")", "wrapper")};
-    // By which roads it shows the base; these two shade through samplers on either. The sampler of
-    // MtlDoubleSided is for the back of a surface.
-    enum Roads { ShadeAlone, Both, BothBySampler };
+    // These two shade through samplers on either road.
+    constexpr bool bySampler = true;
     const struct {
         const char* wrapper;
-        Roads roads;
+        bool shadesBySampler = false;
     } cases[] = {
-        {bare, Both},
-        {R"("type": "MtlWrapper", "base_material": "base")", Both},
-        {R"("type": "MtlOverride", "base_mtl": "base")", Both},
-        {R"("type": "MtlMulti", "mtls_list": ["base"], "ids_list": [0], "wrap_id": true)", Both},
-        {R"("type": "MtlMaterialID", "base_mtl": "base")", Both},
-        {R"("type": "MtlDoubleSided", "base_mtl": "base")", ShadeAlone},
-        {R"("type": "MtlLayeredBRDF", "brdfs": ["base"])", BothBySampler},
-        {R"("type": "Mtl2Sided", "front": "base")", BothBySampler},
+        {bare},
+        {R"("type": "MtlWrapper", "base_material": "base")"},
+        {R"("type": "MtlOverride", "base_mtl": "base")"},
+        {R"("type": "MtlMulti", "mtls_list": ["base"], "ids_list": [0], "wrap_id": true)"},
+        {R"("type": "MtlMaterialID", "base_mtl": "base")"},
+        {R"("type": "MtlDoubleSided", "base_mtl": "base")"},
+        {R"("type": "MtlLayeredBRDF", "brdfs": ["base"])", bySampler},
+        {R"("type": "Mtl2Sided", "front": "base")", bySampler},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.wrapper);
         for (const bool sampler : {false, true}) {
-            if (sampler && c.roads == ShadeAlone)
-                continue;
-            const auto& base = expected[sampler || c.roads == BothBySampler];
+            const auto& base = expected[sampler || c.shadesBySampler];
             const auto pixels = pictureOf(c.wrapper, sampler ? "by_sampler" : "wrapper");
             ASSERT_EQ(pixels.size(), base.size());
             for (size_t i = 0; i < pixels.size(); ++i)
                 expectNear(pixels[i], base[i], 1e-5f);
         }
+    }
+}
+
+TEST_F(WrappingTest, SidesAndLayersKeepTheirLightWhateverStandsBesideThem) {
+    const auto floorOf = [&](const std::string& surface, const char* around) {
+        return meanOf(R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+                         "scaled": {"type": "MtlWrapper", "base_material": "white",
+                                    "receive_gi": 0.999},
+                         "gloss": {"type": "BRDFGlossy", "color": [0, 0, 0]},
+                         "mirror": {"type": "MtlSingleBRDF", "brdf": "gloss"},
+                         "leaf": {"type": "Mtl2Sided", "front": "mirror", "back": "white",
+                                  "translucency": [0.5, 0.5, 0.5]},
+                         "top": {)" +
+                          surface + R"(},
+                         "floor": {"type": "GeomQuad", "material": "top", "width": 50,
+                                   "height": 50})" +
+                          around,
+                      *around ? "" : R"("background": [1, 1, 1])", 64);
+    };
+    const char* const dome = R"(, "dome": {"type": "LightDome"})";
+    const struct {
+        const char *surface, *around;
+        float light;
+    } cases[] = {
+        {R"("type": "Mtl2Sided", "front": "white", "back": "scaled")", dome, 1},
+        {R"("type": "MtlLayeredBRDF", "brdfs": ["white", "scaled"])", dome, 1},
+        {R"("type": "MtlLayeredBRDF", "brdfs": ["leaf"])", "", 0.5f},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.surface);
+        expectNear(floorOf(c.surface, c.around), Color(c.light), 0.02f);
     }
 }
 
