@@ -64,6 +64,13 @@ protected:
     std::vector<ColorMapper*> mappers;
 };
 
+TEST_F(PixelReadoutTest, FaceIsFoundByItsFirstTwoIds) {
+    auto* face = static_cast<PixelBufferInterface3*>(&region);
+    EXPECT_EQ(region.getInterface(0x7783B785), face);
+    EXPECT_EQ(region.getInterface(0x77CFDC19), face);
+    EXPECT_EQ(region.getInterface(0x782AA5B8), nullptr);
+}
+
 TEST_F(PixelReadoutTest, QuantisingCutsTheRangeIntoEqualSteps) {
     const float inf = std::numeric_limits<float>::infinity();
     const Values values{-1, 0, 0.00390624f, 0.00390625f, 0.5f, 0.999f, 1, 7, inf, -inf};

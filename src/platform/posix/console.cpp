@@ -36,6 +36,7 @@ public:
             return;
         char sequence[32];
         terminalSequence(value, sequence, sizeof sequence);
+        std::fflush(stdout);  // what was printed before keeps its colour
         writeAll(sequence);
     }
 
