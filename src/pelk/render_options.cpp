@@ -10,7 +10,6 @@ namespace Tarnkit {
 
 namespace {
 
-
 constexpr char kEnvironment[] =
     "\nEnvironment:\n"
     "  PELK_NUM_THREADS          Threads to render on, if --threads does not say\n"

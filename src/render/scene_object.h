@@ -15,7 +15,7 @@ struct SceneObject {
     PluginBase* plugin = nullptr;     ///< what a hit gives as hitObject
     MaterialInterface* material = nullptr;
     GeomObjectInterface* renderIDs = nullptr;  ///< null: its number stands for it
-    u32 index = 0;  ///< number of the object in the scene, from 0
+    u32 index = 0;                             ///< number of the object in the scene, from 0
 };
 
 }  // namespace Tarnkit
