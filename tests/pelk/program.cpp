@@ -39,6 +39,13 @@ void Program::becomeProgram(const std::vector<std::string>& words, const char* t
     _exit(126);
 }
 
+bool Program::canHaveTerminal() {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (master >= 0)
+        close(master);
+    return master >= 0;
+}
+
 void Program::start(const std::vector<std::string>& words, bool terminal) {
     const char* terminalName = nullptr;
     if (terminal) {

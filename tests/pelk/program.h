@@ -17,6 +17,9 @@ class Program {
 public:
     ~Program();
 
+    /// Whether this system gives out terminals; a bare one may not.
+    static bool canHaveTerminal();
+
     /// Starts the program. With `terminal`, its standard error is one.
     void start(const std::vector<std::string>& words, bool terminal = false);
     /// Presses Ctrl-C.

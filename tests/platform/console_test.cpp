@@ -76,6 +76,8 @@ TEST(ConsoleTest, PipeGetsNoSequences) {
 
 TEST(ConsoleTest, TerminalGetsSequencesWhereColoursChange) {
     const int master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (master < 0)
+        GTEST_SKIP() << "this system gives out no terminals";
     ASSERT_EQ(grantpt(master), 0);
     ASSERT_EQ(unlockpt(master), 0);
     const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
