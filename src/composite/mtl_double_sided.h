@@ -22,7 +22,7 @@ public:
     /// Turned as when the sampler was made.
     Color eval(PelkContext& context, const Vector& direction, Color& lightColor,
                Color& origLightColor, float probLight, int flags) override;
-    /// Always turned: hosts that trace front hits by samplers see the back's light there.
+    /// Always turned, on front hits too. From which side light is gathered is the host's choice.
     void traceForward(PelkContext& context, int doDiffuse) override;
 
     // These forward to `brdf` with the context as it is; what is not here is that of a plain

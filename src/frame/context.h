@@ -115,7 +115,7 @@ public:
     Color resultTransparency;
     Color resultAlpha;
     Color resultAlphaTransparency;
-    Fragment* resultFragment = nullptr;  ///< null when no render channels are wanted
+    Fragment* resultFragment = nullptr;  ///< null where nothing is to be written of the hit
 
     virtual ~PelkContext();
     /// Gives a spawned context back.
