@@ -119,11 +119,10 @@ bool GlassBSDF::chooseRefraction(const PelkContext& context, const Vector& facet
 
 void GlassBSDF::choose(PelkContext& context) {
     const RenderContext& hit = hostContext(context);
-    const FacetSample sample =
-        lobe.sample(random2(hit.pathSeed, hit.sampleIndex, RandomUse::Facet));
+    const FacetSample sample = lobe.sample(hit.random(RandomUse::Facet));
     const float cosine = std::clamp(-dot(lobe.view, sample.facet), 0.0f, 1.0f);
     const float share = fresnelShare(cosine, n);
-    const float fork = random2(hit.pathSeed, hit.sampleIndex, RandomUse::Fork).x;
+    const float fork = hit.random(RandomUse::Fork).x;
     if (fork < share || !chooseRefraction(context, sample.facet))
         chooseReflection(context, sample, share);
 }

@@ -98,7 +98,7 @@ PelkContext* GlossyBRDF::getNewContext(PelkContext& context, int& sampler, int d
 
 float GlossyBRDF::setupContext(PelkContext& context, PelkContext& newContext, float, int) {
     const RenderContext& hit = hostContext(context);
-    FacetSample s = lobe.sample(random2(hit.pathSeed, hit.sampleIndex, RandomUse::Facet));
+    FacetSample s = lobe.sample(hit.random(RandomUse::Facet));
     if (!leavesOnViewerSide(context, s.direction)) {
         if (!lobe.shape.isSmooth())
             s.weight = 0.0f;

@@ -102,19 +102,19 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
 /// A ray whose direction is weighted against the lights must meet all that were sampled with a
 /// weight; light that nothing stops has none, nor has one without highlights for a reflected ray.
 /// Other rays meet what they may see.
-static bool meets(const RenderContext& c, const LightInterface& light) {
+static bool meets(const RenderContext& c, const SceneLight& light) {
     if (c.bsdfDensity < 0.0f)
-        return light.isVisibleTo(c.rayType, c.traceDepth);
-    return light.castsShadows() && (c.gathers || light.affectsSpecular());
+        return light.plugin->isVisibleTo(c.rayType, c.traceDepth);
+    return light.castsShadows && (c.gathers || light.affectsSpecular);
 }
 
 bool HostRenderer::meetLight(const RenderContext& c, double limit, LightHit& nearest) const {
     bool met = false;
-    for (LightInterface* light : lightLoop.getFiniteLights()) {
-        if (!meets(c, *light))
+    for (const SceneLight& light : lightLoop.getFiniteLights()) {
+        if (!meets(c, light))
             continue;
         LightHit hit;
-        if (light->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
+        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
             nearest = hit;
             limit = hit.distance;
             met = true;
@@ -149,13 +149,13 @@ Color HostRenderer::environmentAlong(RenderContext& c) const {
         return backplate->getTexColor(c).color;
     }
     Color sum = plainSurroundings(c, c.rayDir);
-    for (LightInterface* light : lightLoop.getInfiniteLights()) {
-        if (c.environment && light->isDome())
+    for (const SceneLight& light : lightLoop.getInfiniteLights()) {
+        if (c.environment && light.isDome)
             continue;
-        if (!meets(c, *light))
+        if (!meets(c, light))
             continue;
         LightHit hit;
-        if (light->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
+        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
             sum += shareOfLight(c, hit);
     }
     return sum;

@@ -14,6 +14,12 @@ namespace Tarnkit {
 
 class HostRenderer;
 
+/// A light of the scene, with what it says of itself, which holds for the frame.
+struct SceneLight {
+    LightInterface* plugin;
+    bool isDome, castsShadows, affectsSpecular;
+};
+
 /// Direct light: every light once at each hit, a random choice of them if there are very many.
 class LightLoop final : public LightManager {
 public:
@@ -27,10 +33,10 @@ public:
 
     /// Share of the density with which a light is sampled that is left when only some are chosen.
     float choiceDensity() const { return choice; }
-    void setLights(std::vector<LightInterface*> all);
+    void setLights(const std::vector<LightInterface*>& all);
     /// Lights that rays can meet, in the scene and around it.
-    const std::vector<LightInterface*>& getFiniteLights() const { return finite; }
-    const std::vector<LightInterface*>& getInfiniteLights() const { return infinite; }
+    const std::vector<SceneLight>& getFiniteLights() const { return finite; }
+    const std::vector<SceneLight>& getInfiniteLights() const { return infinite; }
 
 private:
     class Faces;
@@ -38,8 +44,7 @@ private:
     void runLight(Color& out, RenderContext& context, u32 index, const Faces& faces);
 
     HostRenderer& renderer;
-    std::vector<LightInterface*> lights, finite, infinite;
-    int visits = 0;  ///< lights visited at each hit
+    std::vector<SceneLight> lights, finite, infinite;
     float choice = 1.0f;
 };
 

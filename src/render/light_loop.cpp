@@ -12,7 +12,7 @@ namespace Tarnkit {
 namespace {
 
 /// More lights than this are not all visited at a hit.
-constexpr int kMaxVisits = 64;
+constexpr u32 kMaxVisits = 64;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
@@ -21,10 +21,10 @@ constexpr float kCertain = 1e18f;
 
 /// The density as samplers weight it against their own. A light whose rays nothing stops is not
 /// left to indirect rays, which something might stop.
-float densityForEval(const LightInterface& light, const LightSample& sample, float density) {
-    if (!(sample.density > 0.0f) || !light.castsShadows())
+float densityForEval(const SceneLight& light, const LightSample& sample, float density) {
+    if (!(sample.density > 0.0f) || !light.castsShadows)
         return kCertain;
-    return std::fmin(2.0f * kPi * density, kCertain);
+    return std::min(kCertain, 2.0f * kPi * density);
 }
 
 /// By how much a highlight counts. One that an indirect ray sees is a caustic where it came from.
@@ -41,16 +41,19 @@ float causticFactor(const RenderContext& c) {
 
 }  // namespace
 
-void LightLoop::setLights(std::vector<LightInterface*> all) {
-    lights = std::move(all);
+void LightLoop::setLights(const std::vector<LightInterface*>& all) {
+    lights.clear();
     finite.clear();
     infinite.clear();
-    for (LightInterface* light : lights) {
+    for (LightInterface* light : all) {
+        lights.push_back({light, light->isDome(), light->castsShadows(), light->affectsSpecular()});
         if (light->hasExtent())
-            (light->isInfinite() ? infinite : finite).push_back(light);
+            (light->isInfinite() ? infinite : finite).push_back(lights.back());
     }
-    visits = std::min<int>(static_cast<int>(lights.size()), kMaxVisits);
-    choice = lights.empty() ? 1.0f : static_cast<float>(visits) / static_cast<float>(lights.size());
+    // Of that many lights each is taken with this probability.
+    choice = lights.size() > kMaxVisits
+                 ? static_cast<float>(kMaxVisits) / static_cast<float>(lights.size())
+                 : 1.0f;
 }
 
 /// The faces that a sampler shows to lights on the viewer's side and to lights beyond. A sampler
@@ -103,26 +106,28 @@ void LightLoop::run(Color& out, RenderContext& c, const Faces& faces) {
     if (lights.empty())
         return;
     const ScopedValue transparency(c.resultTransparency, faces.viewer()->getTransparency(c));
-    const int count = static_cast<int>(lights.size());
-    u32 first = 0;
-    if (visits < count)
-        first = static_cast<u32>(random2(c.pathSeed, c.sampleIndex, RandomUse::LightChoice).x *
-                                 static_cast<float>(count));
-    for (int visit = 0; visit < visits; ++visit) {
+    const u32 count = static_cast<u32>(lights.size());
+    if (count <= kMaxVisits) [[likely]] {
+        for (u32 index = 0; index < count; ++index)
+            runLight(out, c, index, faces);
+        return;
+    }
+    const auto first =
+        static_cast<u32>(c.random(RandomUse::LightChoice).x * static_cast<float>(count));
+    for (u32 visit = 0; visit < kMaxVisits; ++visit) {
         // Lights are taken at even steps from a random first one: each is as likely as any other.
-        const u32 step = static_cast<u32>(static_cast<u64>(visit) * count / visits);
-        runLight(out, c, (first + step) % static_cast<u32>(count), faces);
+        const u32 step = static_cast<u32>(u64{visit} * count / kMaxVisits);
+        runLight(out, c, (first + step) % count, faces);
     }
 }
 
 void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& faces) {
-    LightInterface& light = *lights[index];
-    const Random2 random =
-        random2(c.pathSeed + index * 0x9e3779b1u, c.sampleIndex, RandomUse::Light);
-    LightSample sample;
-    if (c.environment && light.isDome())
+    const SceneLight& light = lights[index];
+    if (c.environment && light.isDome)
         return;
-    if (!light.sample(c, random.x, random.y, sample))
+    const Random2 random = c.random(RandomUse::Light, index);
+    LightSample sample;
+    if (!light.plugin->sample(c, random.x, random.y, sample))
         return;
     const bool before = (dot(c.geomNormal, sample.direction) > 0.0f) != (c.backSide != 0);
     BRDFSampler* face = before ? faces.viewer() : faces.beyond();
@@ -133,10 +138,10 @@ void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& f
     Color unshadowed =
         hasExtent ? sample.radiance * (1.0f / (kPi * density)) : sample.radiance * (1.0f / choice);
     Color shadowed = unshadowed;
-    if (light.castsShadows() && !(c.shadeFlags & kShadeNoShadows))
+    if (light.castsShadows && !(c.shadeFlags & kShadeNoShadows))
         shadowed = renderer.shadowed(c, sample.direction, sample.distance, unshadowed);
 
-    const float highlights = light.affectsSpecular() ? causticFactor(c) : 0.0f;
+    const float highlights = light.affectsSpecular ? causticFactor(c) : 0.0f;
     const float evalDensity = densityForEval(light, sample, density);
     const ScopedValue normal(c.normal, face->getDiffuseNormal(c));
     if (highlights != 0.0f && highlights != 1.0f && !(c.shadedFlags & kShadedMatte)) {

@@ -26,10 +26,6 @@ int raysAt(const RenderContext& c) {
     return rays > 1.0f ? static_cast<int>(std::fmin(std::round(rays), kMostRays)) : 1;
 }
 
-Random2 randomOfRay(const RenderContext& c, int ray, RandomUse use) {
-    return random2(c.pathSeed + static_cast<u32>(ray) * 0x9e3779b1u, c.sampleIndex, use);
-}
-
 }  // namespace
 
 void PathGi::irradiance(Color& out, PelkContext& context) {
@@ -52,7 +48,7 @@ Color PathGi::gather(RenderContext& c, int index) {
     const Vector normal = turned ? -c.normal : c.normal;
     float cosine;
     const Vector direction =
-        cosineDirection(normal, randomOfRay(c, index, RandomUse::Indirect), cosine);
+        cosineDirection(normal, c.random(RandomUse::Indirect, static_cast<u32>(index)), cosine);
     const float above = dot(direction, c.geomNormal);
     if (!(turned ? above < 0.0f : above > 0.0f))
         return Color(0);  // below the surface, by the difference of its two normals
@@ -111,8 +107,9 @@ void PathGi::evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed)
 void PathGi::gatherMatte(RenderContext& c, int index, Color& unshadowed, Color& shadowed) {
     const bool fromBehind = c.backSide != 0;
     float cosine;
-    const Vector direction = cosineDirection(fromBehind ? -c.normal : c.normal,
-                                             randomOfRay(c, index, RandomUse::Matte), cosine);
+    const Vector direction =
+        cosineDirection(fromBehind ? -c.normal : c.normal,
+                        c.random(RandomUse::Matte, static_cast<u32>(index)), cosine);
     if ((dot(direction, c.geomNormal) > 0.0f) == fromBehind)
         return;  // the surface's own shape is no shadow on it
     const Color light = renderer.plainSurroundings(c, direction);

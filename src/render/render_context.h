@@ -5,6 +5,7 @@
 #include "frame/context.h"
 #include "frame/types.h"
 #include "render/hidden_objects.h"
+#include "render/sampling.h"
 
 namespace Tarnkit {
 
@@ -43,6 +44,14 @@ public:
     RenderContext* nextFree = nullptr;
 
     RenderThread& thread() const;
+    /// Two numbers in [0, 1) for a decision at the hit; `branch` counts the decisions of one use.
+    /// Behind the first diffuse bounce a pattern no longer makes the picture less noisy, and the
+    /// numbers are simply independent.
+    Random2 random(RandomUse use, u32 branch = 0) const {
+        const u32 seed = pathSeed + branch * 0x9e3779b1u;
+        return giDepth == 0 ? random2(seed, sampleIndex, use)
+                            : independent2(seed, sampleIndex, use);
+    }
     /// Whether the ray came to the hit from within the object, whichever way the hit is turned.
     bool isInside() const;
     /// How many of `volumes` are written.

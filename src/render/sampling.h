@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -72,6 +73,17 @@ constexpr Random2 random2(u32 seed, u32 sample, RandomUse use) {
     return {toUnit(reverseBits(x)), toUnit(reverseBits(y))};
 }
 
+/// Two numbers that have nothing to do with any others: they cost a quarter of those of `random2`.
+/// Steele, Lea and Flood, "Fast Splittable Pseudorandom Number Generators", OOPSLA 2014, figure 14.
+constexpr Random2 independent2(u32 seed, u32 sample, RandomUse use) {
+    const u32 s = seed + 0x9e3779b9u * (1u + static_cast<u32>(use));
+    u64 z = (u64{s} << 32 | sample) * 0x9e3779b97f4a7c15ull;
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9ull;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111ebull;
+    z ^= z >> 31;
+    return {toUnit(static_cast<u32>(z >> 32)), toUnit(static_cast<u32>(z))};
+}
+
 /// Sine and cosine for |x| up to pi / 4, by polynomials: the same bits with every C library.
 constexpr void smallSinCos(float x, float& s, float& c) {
     const float x2 = x * x;
@@ -114,7 +126,7 @@ inline void makeBasis(Vector n, Vector& t, Vector& b) {
 /// A direction about the unit vector `n` with a density of cosine / pi.
 inline Vector cosineDirection(Vector n, Random2 u, float& cosine) {
     const Random2 disc = squareToDisc(u);
-    cosine = std::sqrt(std::fmax(0.0f, 1.0f - disc.x * disc.x - disc.y * disc.y));
+    cosine = std::sqrt(std::max(0.0f, 1.0f - disc.x * disc.x - disc.y * disc.y));
     Vector t, b;
     makeBasis(n, t, b);
     return t * disc.x + b * disc.y + n * cosine;
