@@ -10,49 +10,24 @@
 
 #include "comparison.h"
 #include "frame/hash_table.h"
-#include "frame/thread_pools.h"
+#include "pool_calls.h"
 
 using namespace Tarnkit;
 
 namespace {
 
-/// The size of a sampler.
-struct Element {
-    double data[10];
-};
-
-struct FreeListElement {
-    Element element;
-    FreeListElement* next;
-};
-
-thread_local FreeListElement* freeList = nullptr;
-
 void poolTakeGiveBack(benchmark::State& state) {
-    ThreadPools<Element> pools;
+    Pools pools;
     pools.resize(1);
-    for (auto _ : state) {
-        auto* element = pools.entry(0)->take();
-        benchmark::DoNotOptimize(element);
-        pools.entry(0)->giveBack(element);
-        benchmark::ClobberMemory();
-    }
+    for (auto _ : state)
+        giveBackToPool(pools, 0, takeFromPool(pools, 0));
     pools.destroy();
 }
 BENCHMARK(poolTakeGiveBack);
 
 void bareFreeList(benchmark::State& state) {
-    for (auto _ : state) {
-        FreeListElement* element = freeList;
-        if (element)
-            freeList = element->next;
-        else
-            element = new FreeListElement;
-        benchmark::DoNotOptimize(element);
-        element->next = freeList;
-        freeList = element;
-        benchmark::ClobberMemory();
-    }
+    for (auto _ : state)
+        giveBackToList(takeFromList());
 }
 BENCHMARK(bareFreeList);
 
