@@ -34,14 +34,7 @@ int recurse(int depth) {
     return recurseAgain(depth + 1) + space[0];
 }
 
-class FaultTest : public testing::Test {
-protected:
-    // A fresh process for each death: the former actions are noted once.
-    void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
-    void TearDown() override { setFaultTranslator(nullptr); }
-};
-
-TEST_F(FaultTest, AnExhaustedStackIsAFaultOnAnyThread) {
+TEST(FaultTest, AnExhaustedStackIsAFaultOnAnyThread) {
     const auto exhaust = [] {
         setFaultTranslator(throwCode);
         try {
@@ -49,32 +42,24 @@ TEST_F(FaultTest, AnExhaustedStackIsAFaultOnAnyThread) {
         } catch (const Caught& caught) {
             EXPECT_EQ(caught.code, unsigned{SIGSEGV});
         }
+        setFaultTranslator(nullptr);
     };
     exhaust();
     std::thread(exhaust).join();
 }
 
-TEST_F(FaultTest, WithoutTranslatorTheFormerActionStands) {
-    const auto fault = [] {
+TEST(FaultTest, WhatIsNotTranslatedGoesToTheFormerAction) {
+    // A fresh process for each death: the former actions are noted once.
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const auto faultBehind = [](FaultTranslator last) {
         signal(SIGSEGV, [](int) { _exit(42); });
         setFaultTranslator(throwCode);
-        setFaultTranslator(nullptr);
+        setFaultTranslator(last);
         touchNothing();
     };
-    EXPECT_EXIT(fault(), testing::ExitedWithCode(42), "");
-}
-
-TEST_F(FaultTest, ATranslatorThatReturnsOrASentSignalEndsTheProcess) {
-    const auto ignored = [] {
-        setFaultTranslator([](unsigned, const Fault&) {});
-        touchNothing();
-    };
-    EXPECT_EXIT(ignored(), testing::KilledBySignal(SIGSEGV), "");
-    const auto sent = [] {
-        setFaultTranslator(throwCode);
-        raise(SIGSEGV);
-    };
-    EXPECT_EXIT(sent(), testing::KilledBySignal(SIGSEGV), "");
+    EXPECT_EXIT(faultBehind(nullptr), testing::ExitedWithCode(42), "");
+    const auto returning = [](unsigned, const Fault&) {};
+    EXPECT_EXIT(faultBehind(returning), testing::ExitedWithCode(42), "");
 }
 
 }  // namespace

@@ -1,20 +1,16 @@
 #include "support/thread_manager.h"
 
 #include <gmock/gmock.h>
-#include <sched.h>
 
 #include <atomic>
 #include <functional>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "frame/exception_msg.h"
 #include "frame/shared_field.h"
 #include "platform/debug_stream.h"
-#include "platform/heap.h"
 #include "platform/numa.h"
 #include "scoped_environment.h"
 
@@ -29,19 +25,10 @@ struct Job final : ThreadJob {
     explicit Job(Body jobBody) : body(std::move(jobBody)) {}
     void run(int* abortFlag, int* progress, int threadIndex, int numThreads) override {
         EXPECT_LT(threadIndex, numThreads);
-        noteIndex(threadIndex);
         body(abortFlag, progress, threadIndex);
     }
     const char* getThreadName() override { return "a name that is longer than systems like"; }
-
-    void noteIndex(int threadIndex) {
-        const std::lock_guard hold(mutex);
-        EXPECT_TRUE(indices.insert(threadIndex).second) << "index given twice";
-    }
-
     Body body;
-    std::mutex mutex;
-    std::set<int> indices;
 };
 
 /// Lasts until it is released, and notes its argument.
@@ -57,17 +44,13 @@ struct Task final : ThreadTask {
         for (release = true; !done;)
             platform::sleepFor(1);
     }
-
     std::atomic<bool> release{false}, done{false};
     void* argument = nullptr;
 };
 
 /// Writes down its calls, and answers as it is told.
 struct Progress final : ThreadProgress {
-    void setProgress(int total) override {
-        totals.push_back(total);
-        onProgress();
-    }
+    void setProgress(int sum) override { total = sum; }
     int checkAbort() override { return abort; }
     int needsEventPump() override { return 1; }
     void pumpEvents() override { ++pumped; }
@@ -77,54 +60,36 @@ struct Progress final : ThreadProgress {
     void beginThreads() override { calls += "begin\n"; }
     void endThreads() override { calls += "end\n"; }
 
+    std::atomic<int> total{0};
     int abort = 0, pumped = 0;
-    std::vector<int> totals;
     std::string calls;
-    std::function<void()> onProgress = [] {};
 };
 
 /// A machine of any nodes that notes where threads are bound, instead of binding them.
 class MadeUpMachine {
 public:
-    explicit MadeUpMachine(std::vector<platform::NumaNode> machineNodes, u64 firstGroup = 0) {
+    MadeUpMachine(std::vector<platform::NumaNode> machineNodes, u64 processMask) {
         nodes = std::move(machineNodes);
         bound.clear();
         process = {};
-        process.groups[0] = firstGroup;
-        onBind = [] {};
-        machine = {listNodes,        bindToGroup,     nullptr,          nullptr,
-                   bindToProcessors, processAffinity, [] { return 77; }};
-        platform::setTopology(machine);
+        process.groups[0] = processMask;
+        platform::setTopology(kMachine);
     }
     ~MadeUpMachine() { platform::setTopology(platform::systemTopology()); }
 
-    /// Takes away the list, as on a system that knows of nodes one by one.
-    void useOlderWay() {
-        machine.listNodes = nullptr;
-        machine.bindToGroup = nullptr;
-        machine.highestNode = [](int* node) { return *node = int(nodes.size()) - 1, true; };
-        // A group other than 0 stands for a node that can't be read.
-        machine.nodeMask = [](int node, u64* mask) {
-            return *mask = nodes[node].mask, nodes[node].group == 0;
-        };
-    }
-
-    static inline platform::Topology machine;
     static inline std::vector<platform::NumaNode> nodes;
     static inline platform::ProcessorSet process;
-    static inline std::vector<u64> bound;  // the masks, from the first thread on
-    static inline std::function<void()> onBind;
+    static inline std::vector<u64> bound;  // groups added to the masks, from the first thread on
 
 private:
     static bool listNodes(platform::NumaNode* list, int* count) {
-        const int room = std::exchange(*count, static_cast<int>(nodes.size()));
-        if (list && room >= *count)
+        *count = static_cast<int>(nodes.size());
+        if (list)
             std::copy(nodes.begin(), nodes.end(), list);
-        return !list || room >= *count;
+        return true;
     }
     static bool bindToGroup(platform::Thread&, u16 group, u64 mask) {
         bound.push_back(mask + group);
-        onBind();
         return true;
     }
     static bool bindToProcessors(platform::Thread&, const platform::ProcessorSet& set) {
@@ -133,8 +98,11 @@ private:
     }
     static bool processAffinity(platform::ProcessorSet* set) {
         *set = process;
-        return process.count() > 0;
+        return true;
     }
+    static constexpr platform::Topology kMachine{
+        listNodes,        bindToGroup,     nullptr,          nullptr,
+        bindToProcessors, processAffinity, [] { return 77; }};
 };
 
 class ThreadManagerTest : public testing::Test {
@@ -151,7 +119,6 @@ protected:
         deleteThreadManager(manager);
         platform::setDebugSink(nullptr);
         platform::setThreadFilter(nullptr);
-        platform::setHeap(platform::systemHeap());
     }
 
     void renewManager() {
@@ -185,67 +152,46 @@ void meet(std::atomic<int>& arrived, int count) {
 
 }  // namespace
 
-TEST_F(ThreadManagerTest, ThreadsRunTheJobWithTheirIndicesBesideATask) {
-    for (const int count : {1, 5, 2, 0}) {
+TEST_F(ThreadManagerTest, ThreadsRunTheJobAtOnceEachWithItsIndex) {
+    const auto runAll = [&](int count, int expected) {
         SCOPED_TRACE(count);
-        const int expected = count ? count : getNumThreads();
-        std::atomic<int> arrived{0};
-        Job job([&](int*, int*, int threadIndex) {
+        std::atomic<int> arrived{0}, sum{0};
+        run(count, [&](int*, int*, int threadIndex) {
             EXPECT_EQ(manager->getThreadIndex(), threadIndex);
-            meet(arrived, expected);  // all at the same time
+            sum += threadIndex;
+            meet(arrived, expected);
         });
-        EXPECT_EQ(manager->runThreads(count, &job, nullptr, false), 0);
-        EXPECT_EQ(static_cast<int>(job.indices.size()), expected);
-        EXPECT_EQ(*job.indices.rbegin(), expected - 1);
+        EXPECT_EQ(sum, expected * (expected - 1) / 2) << "of 0 and up";
         EXPECT_EQ(manager->getThreadIndex(), -1) << "the caller is no worker";
-    }
+    };
+    runAll(0, getNumThreads());
+    runAll(5, 5);
+    platform::setThreadFilter([] { return false; });
+    for (int i = 0; i < 100; ++i)
+        runAll(2 + i % 4, 2 + i % 4);  // by the threads that there are
+}
+
+TEST_F(ThreadManagerTest, TaskRunsBesideAGroupOnAnyProcessor) {
     MadeUpMachine machine({}, 0x1F);
-    ThreadManager* other = newThreadManager();
     Task task;
     EXPECT_EQ(manager->startTask(&task, &machine), 0);  // takes the first thread of the pool
     run(1, [&](int*, int*, int) {
         EXPECT_EQ(manager->getThreadIndex(), 0) << "not its place in the pool";
-        EXPECT_EQ(other->getThreadIndex(), -1);
     });
     task.finish();
     EXPECT_EQ(task.argument, &machine);
-    EXPECT_THAT(machine.bound, ElementsAre(0x1F)) << "a task may run anywhere";
-    deleteThreadManager(other);
-}
-
-TEST_F(ThreadManagerTest, WarmPoolMakesNoThread) {
-    std::atomic<int> arrived{0};
-    run(3, [&](int*, int*, int) { meet(arrived, 3); });
-    static std::atomic<int> made;
-    made = 0;
-    platform::setThreadFilter([] { return ++made > 0; });
-    for (int i = 0; i < 500; ++i)
-        run(3, doNothing);
-    EXPECT_EQ(made, 0);
+    EXPECT_THAT(machine.bound, ElementsAre(0x1F));
 }
 
 TEST_F(ThreadManagerTest, ProgressSeesTheRunFromItsBeginToItsEnd) {
     Progress progress;
-    std::atomic<bool> stop{false};
-    bool otherGroupRan = false;
-    progress.onProgress = [&] {
-        if (otherGroupRan) {
-            stop = true;
-        } else if (progress.totals.back() == 115) {
-            progress.totals = {115};
-            // The thread that is done goes to another group. It still counts in ours.
-            run(1, [](int*, int* counter, int) { writeShared(*counter, 1000000); });
-            otherGroupRan = true;
-        }
-    };
     Job job([&](int*, int* counter, int threadIndex) {
         writeShared(*counter, threadIndex == 0 ? 5 : 10);
         writeShared(job.baseProgress, 100);
-        while (threadIndex == 1 && !stop)
+        while (threadIndex == 1 && progress.total != 115)
             platform::sleepFor(1);
     });
     manager->runThreads(2, &job, &progress, true);
-    EXPECT_THAT(progress.totals, ElementsAre(115, 115));
     EXPECT_EQ(progress.calls,
               "0 30000 Setting up %i thread(s)\nbegin\nend\n0 30000 Threads completed\n");
     EXPECT_GE(progress.pumped, 3) << "in both steps of the wait and at the end";
@@ -253,18 +199,6 @@ TEST_F(ThreadManagerTest, ProgressSeesTheRunFromItsBeginToItsEnd) {
     progress.abort = -7;
     EXPECT_EQ(run(3, untilAbort, &progress), -7);
     EXPECT_EQ(run(2, doNothing), 0) << "the abort of the last run still stands";
-}
-
-TEST_F(ThreadManagerTest, WorkerThatBeginsAfterAnAbortSkipsTheJob) {
-    MadeUpMachine machine({{0, 0x3}, {0, 0xC}});
-    renewManager();
-    Job job([](int* abortFlag, int*, int) { writeShared(*abortFlag, 3); });
-    machine.onBind = [&] {  // before the second thread gets its message
-        while (machine.bound.size() == 2 && readShared(job.abort) == 0)
-            platform::sleepFor(1);
-    };
-    EXPECT_EQ(manager->runThreads(2, &job, nullptr, false), 3);
-    EXPECT_THAT(job.indices, ElementsAre(0));
 }
 
 TEST_F(ThreadManagerTest, RunsMayOverlapNestAndMeetATermination) {
@@ -287,59 +221,6 @@ TEST_F(ThreadManagerTest, RunsMayOverlapNestAndMeetATermination) {
     EXPECT_EQ(calls, 2 * (14 * 1 + 13 * 2 + 13 * 3) + 4);
 }
 
-TEST_F(ThreadManagerTest, LowPriorityHoldsForLaterWorkAlone) {
-    for (const int low : {0, 1, 0}) {
-        manager->setLowPriority(low);
-        run(1, [low](int*, int*, int) {
-            EXPECT_EQ(sched_getscheduler(0), low ? SCHED_BATCH : SCHED_OTHER);
-        });
-    }
-}
-
-TEST_F(ThreadManagerTest, RefusedThreadsMakeTheGroupSmaller) {
-    static std::atomic<int> left;
-    manager->setStackSize(1 << 20);
-    platform::setThreadFilter([] { return left-- > 0; });
-    for (const int threadsToMake : {2, 0, 0}) {
-        left = threadsToMake;
-        Task task;
-        Job job([&](int*, int*, int threadIndex) {
-            while (left >= 0)  // who is done sooner may be given a further index
-                platform::sleepFor(1);
-            if (threadIndex == 0) {
-                EXPECT_EQ(manager->startTask(&task, nullptr), -1) << "no thread is idle";
-            }
-            while (threadIndex == 1 && left >= -1)
-                platform::sleepFor(1);
-        });
-        manager->runThreads(4, &job, nullptr, false);
-        EXPECT_THAT(job.indices, ElementsAre(0, 1));
-        EXPECT_EQ(task.argument, nullptr);
-    }
-    EXPECT_THAT(debugText, HasSubstr("Could not start more than 2 of 4 threads\n"));
-}
-
-TEST_F(ThreadManagerTest, MemoryFailureComesBehindTheThreadsThatRun) {
-    static std::atomic<bool> refuse;  // a heap is not exchanged while threads use it
-    refuse = false;
-    static platform::Heap heap = platform::systemHeap();
-    heap.allocate = [](std::size_t size) {
-        return refuse ? nullptr : platform::systemHeap().allocate(size);
-    };
-    platform::setHeap(heap);
-    MadeUpMachine machine({{0, 0x3}, {0, 0xC}});
-    renewManager();
-    machine.onBind = [] { refuse = true; };
-    std::atomic<int> finished{0};
-    const auto finishLate = [&](int*, int*, int) { platform::sleepFor(30), ++finished; };
-    EXPECT_THROW(run(3, finishLate), ExceptionMsg);
-    EXPECT_EQ(finished, 1);
-    machine.onBind = [] {};
-    refuse = false;
-    run(3, finishLate);
-    EXPECT_EQ(finished, 4);
-}
-
 TEST_F(ThreadManagerTest, GroupsAreSpreadOverTheNodes) {
     using Nodes = std::vector<platform::NumaNode>;
     const Nodes twoOfFour = {{0, 0x0F}, {0, 0xF0}};
@@ -347,27 +228,20 @@ TEST_F(ThreadManagerTest, GroupsAreSpreadOverTheNodes) {
     const struct {
         const char* what;
         Nodes nodes;
-        u64 process;  // 0: unknown
-        bool olderWay;
         const char* setting;
         int numThreads;
         std::vector<u64> bound;  // groups are added to the masks
     } cases[] = {
-        {"node by node, and round again", twoOfFour, 0xFF, false, nullptr, 10, tenOnTwo},
-        {"one with processors", {{0, 0xFF}, {0, 0}}, 0xFF, false, nullptr, 4, {}},
-        {"empty ones", {{0, 0}, {0, 2}, {0, 0}, {1, 4}}, 6, false, nullptr, 4, {2, 5, 2, 5}},
-        {"one by one", twoOfFour, 0x1C, true, nullptr, 4, {12, 12, 16, 12}},
-        {"one by one, unknown process", twoOfFour, 0, true, nullptr, 3, {}},
-        {"one by one, unreadable", {{0, 1}, {0, 2}, {9, 4}}, 7, true, nullptr, 3, {}},
-        {"switched off", twoOfFour, 0xFF, false, "0", 3, {}},
-        {"switched on", twoOfFour, 0xFF, false, "-1", 1, {15}},
+        {"node by node, and round again", twoOfFour, nullptr, 10, tenOnTwo},
+        {"one with processors", {{0, 0xFF}, {0, 0}}, nullptr, 4, {}},
+        {"empty ones", {{0, 0}, {0, 2}, {0, 0}, {1, 4}}, nullptr, 4, {2, 5, 2, 5}},
+        {"switched off", twoOfFour, "0", 3, {}},
+        {"switched on", twoOfFour, "-1", 1, {15}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         const ScopedEnvironment setting("PELK_USE_THREAD_AFFINITY", c.setting);
-        MadeUpMachine machine(c.nodes, c.process);
-        if (c.olderWay)
-            machine.useOlderWay();
+        MadeUpMachine machine(c.nodes, 0xFF);
         renewManager();
         for (int repeat = 0; repeat < 2; ++repeat) {
             machine.bound.clear();
@@ -375,10 +249,8 @@ TEST_F(ThreadManagerTest, GroupsAreSpreadOverTheNodes) {
             EXPECT_EQ(machine.bound, c.bound) << "in run " << repeat;
         }
         std::vector<u64> told;
-        for (const ThreadPlacement& thread : getThreadPlacement(manager, c.numThreads)) {
-            EXPECT_EQ(thread.threadIndex, static_cast<int>(told.size()));
+        for (const ThreadPlacement& thread : getThreadPlacement(manager, c.numThreads))
             told.push_back(thread.mask + thread.group);
-        }
         EXPECT_EQ(told, c.bound) << "as told to the user";
         renewManager();
     }
@@ -387,27 +259,18 @@ TEST_F(ThreadManagerTest, GroupsAreSpreadOverTheNodes) {
 TEST_F(ThreadManagerTest, DefaultThreadCount) {
     const struct {
         const char *number, *affinity;
-        bool list;
         int expected;
     } cases[] = {
-        {"3", nullptr, true, 3},           {"300", "0", false, 300}, {"-4", nullptr, true, 5},
-        {"99999999999", nullptr, true, 5}, {nullptr, "0", true, 77}, {nullptr, nullptr, false, 77},
+        {"300", "0", 300},     {"-4", nullptr, 5}, {"99999999999", nullptr, 5},
+        {nullptr, nullptr, 5}, {nullptr, "0", 77},
     };
+    MadeUpMachine machine({{0, 0x7}, {3, 0x8001}}, 1);
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.number ? c.number : "not set");
         const ScopedEnvironment number("PELK_NUM_THREADS", c.number);
         const ScopedEnvironment affinity("PELK_USE_THREAD_AFFINITY", c.affinity);
-        MadeUpMachine machine({{0, 0x7}, {3, 0x8001}});
-        if (!c.list)
-            machine.machine.listNodes = nullptr;
         EXPECT_EQ(detectNumThreads(), c.expected);
     }
-    MadeUpMachine machine({});
-    EXPECT_EQ(getNumProcessThreads(), getNumThreads()) << "of an unknown process";
-    machine.process.groups[2] = 1;
     EXPECT_EQ(getNumProcessThreads(), 1);
-    machine.process.groups[0] = ~u64{0};
-    EXPECT_EQ(getNumProcessThreads(), std::min(65, getNumThreads()));
 }
 
 TEST_F(ThreadManagerTest, EndsItsThreadsRightBehindARunAndCanGoOn) {
@@ -417,10 +280,6 @@ TEST_F(ThreadManagerTest, EndsItsThreadsRightBehindARunAndCanGoOn) {
         i % 2 ? manager->terminateThreads(i % 4 == 1) : renewManager();
         EXPECT_EQ(calls, 2);
     }
-    for (const char* line :
-         {"Constructor.", "Destructor.", "Terminating 2 threads", "Terminating thread 1",
-          "Thread is terminating", "All threads terminated"})
-        EXPECT_THAT(debugText, HasSubstr("[WinThreadManager] " + std::string(line) + "\n"));
     EXPECT_THAT(debugText, Not(HasSubstr("did not terminate")));
 }
 
