@@ -2,39 +2,11 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
-
 #include "platform/affinity.h"
 #include "platform/events.h"
 #include "platform/numa.h"
 
 using namespace Tarnkit::platform;
-
-TEST(EventTest, SignalIsTakenByOneWaitOrStandsUntilReset) {
-    Event automatic(Event::Reset::automatic), manual(Event::Reset::manual);
-    for (Event* event : {&automatic, &manual}) {
-        EXPECT_FALSE(event->waitFor(0)) << "signalled at the start";
-        event->set();
-        event->set();
-        EXPECT_TRUE(event->waitFor(0));
-    }
-    EXPECT_FALSE(automatic.waitFor(0)) << "two signals count as one";
-    EXPECT_TRUE(manual.waitFor(0));
-    manual.reset();
-    EXPECT_FALSE(manual.waitFor(0));
-}
-
-TEST(ThreadTest, RunsWithAnyStackSize) {
-    for (const int stackSize : {0, -5, 1, 3000001}) {
-        SCOPED_TRACE(stackSize);
-        std::atomic<bool> ran{false};
-        Thread thread;
-        const auto run = [](void* flag) { *static_cast<std::atomic<bool>*>(flag) = true; };
-        ASSERT_TRUE(thread.start(run, &ran, stackSize));
-        thread.join();
-        EXPECT_TRUE(ran);
-    }
-}
 
 TEST(AffinityTest, ProcessorLists) {
     const auto expectParsed = [](const char* text, const std::vector<int>& processors) {

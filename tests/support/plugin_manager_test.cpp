@@ -58,17 +58,15 @@ protected:
     PluginLibDesc* load(const std::string& mask) {
         return manager->loadLibrary(directory.file(mask).c_str(), &host, &log);
     }
-    /// The names that an enumeration gives until it is stopped behind `limit` of them.
-    Texts descs(size_t limit = 1000) {
+    /// The names that an enumeration gives until it is stopped behind three of them.
+    Texts firstDescs() {
         struct Lister final : EnumPluginDescCallback {
             int process(PluginDesc* desc) override {
                 texts.push_back(desc->getName());
-                return texts.size() < most;
+                return texts.size() < 3;
             }
             Texts texts;
-            size_t most = 0;
         } lister;
-        lister.most = limit;
         const int count = manager->enumPluginDescs(&lister);
         EXPECT_EQ(count, std::ssize(lister.texts)) << "the one that stops it counts";
         return lister.texts;
@@ -105,7 +103,6 @@ TEST_F(PluginManagerTest, LibraryIsLoadedUsedAndLetGo) {
     EXPECT_TRUE(manager->getPluginFileName(glow, name, 5));
     EXPECT_EQ(name, path.substr(0, 4));
     EXPECT_TRUE(manager->getLibraryProc("a.so", "getLibDesc"));
-    EXPECT_FALSE(manager->getLibraryProc("a.so", "getNothing"));
     EXPECT_FALSE(manager->getLibraryProc("", "getLibDesc")) << "the host's own has no module";
     manager->deletePlugin(glow);
 
@@ -148,11 +145,11 @@ TEST_F(PluginManagerTest, EachIdBelongsToTheFirstLibraryThatHasIt) {
     EXPECT_THAT(log.texts, Contains("w Duplicate plugin IDs: TestTint and TestTint"));
     EXPECT_EQ(host.texts.size(), 2u) << "descriptors are added once";
     EXPECT_EQ(manager->getPluginDesc(101), tint);
-    EXPECT_THAT(descs(3), ElementsAre("TestTint", "TestGlow", "TestTint"));
+    EXPECT_THAT(firstDescs(), ElementsAre("TestTint", "TestGlow", "TestTint"));
     EXPECT_TRUE(manager->unloadLibrary(a, &host));
     EXPECT_TRUE(manager->unloadAllLibraries(&host));
     EXPECT_EQ(host.texts.size(), 6u) << "refused descriptors are told to leave like the others";
-    EXPECT_THAT(descs(), IsEmpty());
+    EXPECT_THAT(firstDescs(), IsEmpty());
 }
 
 TEST_F(PluginManagerTest, ListsAreCutAndJoinedByTheRules) {
@@ -185,7 +182,7 @@ TEST_F(PluginManagerTest, LibraryThatThrowsSpoilsTheResultButNotTheOthers) {
     EXPECT_THAT(log.texts, Contains("e Fatal error loading plugins."));
     EXPECT_THAT(refusals, ElementsAre("a.so: no licence"));
     // Its record has no description, which the walks pass over.
-    EXPECT_THAT(descs(), ElementsAre("TestTint", "TestGlow"));
+    EXPECT_THAT(firstDescs(), ElementsAre("TestTint", "TestGlow"));
 }
 
 TEST_F(PluginManagerTest, OwnDescriptorsEnterByNameBeforeTheyRegister) {
@@ -197,9 +194,9 @@ TEST_F(PluginManagerTest, OwnDescriptorsEnterByNameBeforeTheyRegister) {
                                         "remove Second, unknown", "add Second, known"));
     for (int time : {1, 2})  // the second time it is no longer there
         EXPECT_EQ(manager->unregisterPluginDesc(&own, &host), 1) << time;
-    EXPECT_THAT(descs(), ElementsAre("Second", "Own")) << "the last one took its place";
+    EXPECT_THAT(firstDescs(), ElementsAre("Second", "Own")) << "the last one took its place";
     EXPECT_EQ(manager->unregisterAllPluginDescs(&host), 1);
-    EXPECT_THAT(descs(), IsEmpty());
+    EXPECT_THAT(firstDescs(), IsEmpty());
 }
 
 TEST_F(PluginManagerTest, InstancesAreNumbered) {

@@ -14,10 +14,8 @@ namespace Tarnkit {
 class TestChannel : public RenderChannel {
 public:
     struct Stored {
-        int x, y;
         void* pixel;
         Fragment *front, *total;
-        float weight;
         int index;
     };
 
@@ -40,21 +38,19 @@ public:
         *static_cast<float*>(data) *= by.r;
     }
     void setColorData(void* data, const Color& color) override { fill(data, color.g); }
-    void mapData(void* data, Fragment*, ColorMapper* mapper, int) override {
-        fill(data, mapper ? 1.0f : -1.0f);
-    }
-    void storePixel(int x, int y, void* pixel, Fragment* front, Fragment* total, float weight,
+    void mapData(void* data, Fragment*, ColorMapper*, int) override { fill(data, 1.0f); }
+    void storePixel(int, int, void* pixel, Fragment* front, Fragment* total, float,
                     int index) override {
-        stored.push_back({x, y, pixel, front, total, weight, index});
+        stored.push_back({pixel, front, total, index});
     }
     int getType() override { return type; }
     int getAlias() override { return alias; }
-    const char* getName() override { return name == "null" ? nullptr : name.c_str(); }
+    const char* getName() override { return name.c_str(); }
     int getFlags() override { return flags; }
     Color getColorValue(const void* data) override { return *static_cast<const Color*>(data); }
 
     int type, alias;
-    std::string name;  ///< "null" for no name
+    std::string name;
     int flags;
     float start = 0.25f;      ///< what fillPixels writes
     std::vector<int> clears;  ///< modes of clearData

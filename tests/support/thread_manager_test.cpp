@@ -68,17 +68,14 @@ struct Progress final : ThreadProgress {
 /// A machine of any nodes that notes where threads are bound, instead of binding them.
 class MadeUpMachine {
 public:
-    MadeUpMachine(std::vector<platform::NumaNode> machineNodes, u64 processMask) {
+    explicit MadeUpMachine(std::vector<platform::NumaNode> machineNodes) {
         nodes = std::move(machineNodes);
         bound.clear();
-        process = {};
-        process.groups[0] = processMask;
         platform::setTopology(kMachine);
     }
     ~MadeUpMachine() { platform::setTopology(platform::systemTopology()); }
 
     static inline std::vector<platform::NumaNode> nodes;
-    static inline platform::ProcessorSet process;
     static inline std::vector<u64> bound;  // groups added to the masks, from the first thread on
 
 private:
@@ -97,12 +94,17 @@ private:
         return true;
     }
     static bool processAffinity(platform::ProcessorSet* set) {
-        *set = process;
+        *set = {};
+        set->groups[0] = 0x1F;
         return true;
     }
-    static constexpr platform::Topology kMachine{
-        listNodes,        bindToGroup,     nullptr,          nullptr,
-        bindToProcessors, processAffinity, [] { return 77; }};
+    static constexpr platform::Topology kMachine{.listNodes = listNodes,
+                                                 .bindToGroup = bindToGroup,
+                                                 .highestNode = nullptr,
+                                                 .nodeMask = nullptr,
+                                                 .bindToProcessors = bindToProcessors,
+                                                 .processAffinity = processAffinity,
+                                                 .processorCount = nullptr};
 };
 
 class ThreadManagerTest : public testing::Test {
@@ -172,7 +174,7 @@ TEST_F(ThreadManagerTest, ThreadsRunTheJobAtOnceEachWithItsIndex) {
 }
 
 TEST_F(ThreadManagerTest, TaskRunsBesideAGroupOnAnyProcessor) {
-    MadeUpMachine machine({}, 0x1F);
+    MadeUpMachine machine({});
     Task task;
     EXPECT_EQ(manager->startTask(&task, &machine), 0);  // takes the first thread of the pool
     run(1, [&](int*, int*, int) {
@@ -241,7 +243,7 @@ TEST_F(ThreadManagerTest, GroupsAreSpreadOverTheNodes) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         const ScopedEnvironment setting("PELK_USE_THREAD_AFFINITY", c.setting);
-        MadeUpMachine machine(c.nodes, 0xFF);
+        MadeUpMachine machine(c.nodes);
         renewManager();
         for (int repeat = 0; repeat < 2; ++repeat) {
             machine.bound.clear();
@@ -254,23 +256,6 @@ TEST_F(ThreadManagerTest, GroupsAreSpreadOverTheNodes) {
         EXPECT_EQ(told, c.bound) << "as told to the user";
         renewManager();
     }
-}
-
-TEST_F(ThreadManagerTest, DefaultThreadCount) {
-    const struct {
-        const char *number, *affinity;
-        int expected;
-    } cases[] = {
-        {"300", "0", 300},     {"-4", nullptr, 5}, {"99999999999", nullptr, 5},
-        {nullptr, nullptr, 5}, {nullptr, "0", 77},
-    };
-    MadeUpMachine machine({{0, 0x7}, {3, 0x8001}}, 1);
-    for (const auto& c : cases) {
-        const ScopedEnvironment number("PELK_NUM_THREADS", c.number);
-        const ScopedEnvironment affinity("PELK_USE_THREAD_AFFINITY", c.affinity);
-        EXPECT_EQ(detectNumThreads(), c.expected);
-    }
-    EXPECT_EQ(getNumProcessThreads(), 1);
 }
 
 TEST_F(ThreadManagerTest, EndsItsThreadsRightBehindARunAndCanGoOn) {
