@@ -220,7 +220,7 @@ TEST_F(FragmentTest, FinishedPixelIsMadeOfFrontAndTotal) {
     EXPECT_EQ(choose(false, {{0, 1, 0}, {1, 3, 0}, {2, 3, 0}}), Chosen(1, 0)) << "the heaviest";
     EXPECT_EQ(choose(false, {{0, 1, 0}, {-2, -1e30f, 0}}), Chosen(0, 1)) << "a total of its own";
     EXPECT_EQ(choose(false, {{-3, 5, 0}}), Chosen(-1, 0)) << "one that is never front";
-    EXPECT_EQ(choose(true, {{0, 1, 5}, {1, 2, 20}, {-1, 1, 7}}), Chosen(1, 0)) << "the deepest";
+    EXPECT_EQ(choose(true, {{0, 1, 5}, {1, 2, 12}, {-1, 1, 7}}), Chosen(2, 0)) << "the deepest";
     EXPECT_EQ(choose(true, {{-4, 1, 9}, {0, 1, 5}}), Chosen(1, 0)) << "tags below -1";
 }
 

@@ -46,7 +46,7 @@ TEST(GtrMasking, FollowsFromTheDistributionOfTheFacets) {
     for (float gamma : {0.0f, 1.0f, 2.0f, 3.0f, 4.0f, 2.01f, 1.5f, 3.4f}) {
         // Between its forms the masking is blended.
         const double tolerance = gamma == 1.5f ? 0.03 : gamma == 3.4f ? 0.01 : 4e-3;
-        for (float alpha : {0.15f, 0.6f}) {
+        for (float alpha : {0.15f, 0.6f, 1.0f}) {
             for (double cosine : {0.9, 0.5, 0.15}) {
                 SCOPED_TRACE(testing::Message() << gamma << " " << alpha << " " << cosine);
                 EXPECT_NEAR(gtrMasking(towards(cosine), up, up, alpha, gamma, 0),

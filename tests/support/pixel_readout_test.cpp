@@ -145,8 +145,10 @@ TEST_F(PixelReadoutTest, BadRequestsWriteNothing) {
     EXPECT_TRUE(reads(0, {1, 1, 4, 3, 3, 2}, 18));
     EXPECT_FALSE(reads(0, {1, 1, 4, 3, 3, 2}, 17)) << "one byte short";
     EXPECT_FALSE(reads(0, {-1, 0, 2, 3, 3, 3}, 100)) << "left of the region";
+    EXPECT_FALSE(reads(0, {0, -1, 2, 2, 2, 3}, 100)) << "above the region";
     EXPECT_FALSE(reads(0, {0, 1, 4, 4, 4, 3}, 100)) << "below the region";
     EXPECT_FALSE(reads(0, {1, 0, 4, 3, 4, 3}, 100)) << "wider than its own corners";
+    EXPECT_FALSE(reads(0, {0, 1, 4, 3, 4, 3}, 100)) << "higher than its own corners";
     EXPECT_FALSE(reads(0, {0, 0, 4, 3, 2147483647, 2147483647}, 100)) << "huge";
     EXPECT_FALSE(reads(0, {1, 1, 1, 3, 0, 2}, 100)) << "empty";
     EXPECT_FALSE(reads(2, {0, 0, 1, 1, 1, 1}, 100)) << "no such channel";

@@ -104,13 +104,10 @@ TEST_F(RegionDataTest, PixelsStartFilledAndLargeEnoughOnesStay) {
     EXPECT_EQ(pixel(0, 39), 0.0f);
 }
 
-TEST_F(RegionDataTest, RegionsOfNoAndOfHugeSizeAreHarmless) {
+TEST_F(RegionDataTest, RegionsOfHugeSizeAreRefusedAndNoHarm) {
     DebugRecorder quiet;
     c = named("a");
     region.setChannels(c.list);
-    region.setRect(10, 10, 0, 0);
-    region.beginRendering();
-    region.storeFragments(10, 10, nullptr, region.newFragment());
     // A row longer than a page can be, and more pixels than an int.
     for (const auto& [width, height] : {std::pair{INT_MAX / 2, 1}, {INT_MAX, 2}}) {
         region.setRect(-1, 0, width, height);
@@ -133,8 +130,8 @@ TEST_F(RegionDataTest, RefusedMemoryAnywhereLeavesTheRegionUsable) {
         TestHeap heap;
         PKRegionData tried;
         tried.setRect(0, 0, 4, 4);
+        tried.setChannels(c.list);
         const auto start = [&] {
-            tried.setChannels(c.list);
             tried.beginRendering();
             return *static_cast<float*>(tried.newFragment()->getChannelPtr(2));
         };
@@ -146,7 +143,7 @@ TEST_F(RegionDataTest, RefusedMemoryAnywhereLeavesTheRegionUsable) {
         }
         TestHeap::refuseNothing();
         EXPECT_EQ(start(), 100.0f);
-        EXPECT_TRUE(tried.getChannels()[2].buffer);
+        EXPECT_TRUE(tried.getChannels()[0].buffer) << "pixels are made from the last channel on";
     }
 }
 
