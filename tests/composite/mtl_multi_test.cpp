@@ -10,10 +10,9 @@ public:
     int id = 0;
     StringHandle shaderSet;
 
-    PluginInterface* getInterface(u64 face) override {
-        if (face == EXT_SURFACE_MTLID)
-            return static_cast<SurfaceMtlIDInterface*>(this);
-        return face == EXT_SHADER_SET ? static_cast<ShaderSetInterface*>(this) : nullptr;
+    FakeFace() {
+        addInterface(static_cast<SurfaceMtlIDInterface*>(this), 0);
+        addInterface(static_cast<ShaderSetInterface*>(this), 0);
     }
     PluginBase* getPlugin() override { return this; }
     int getSurfaceMtlID(PelkContext&) override { return id; }
@@ -22,9 +21,12 @@ public:
 
 class MtlMultiTest : public FakeHost {
 protected:
+    using Plugins = std::vector<PluginBase*>;
+
     MtlMultiTest() {
         for (int i = 0; i < 3; ++i)
             subs[i].results.color = Color(static_cast<float>(i));
+        setParams(mtl, {{"mtls_list", Plugins{&subs[0], &subs[1], &subs[2]}}});
     }
 
     /// The position of the sub-material that shades a hit; -1 for opaque black.
@@ -36,7 +38,6 @@ protected:
     }
 
     RecordingMaterial subs[3];
-    const std::vector<PluginBase*> all{&subs[0], &subs[1], &subs[2]};
     FakeFace face;
     FakeTexture texture;
     PelkMaterial& mtl = make("MtlMulti", "mix");
@@ -62,103 +63,59 @@ TEST_F(MtlMultiTest, TheFirstEntryWithTheIdShades) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        startFrame(mtl, {{"mtls_list", all}, {"ids_list", c.ids}, {"wrap_id", c.wrap}});
+        startFrame(mtl, {{"ids_list", c.ids}, {"wrap_id", c.wrap}});
         face.id = c.id;
         EXPECT_EQ(shaded(), c.position);
     }
 }
 
 TEST_F(MtlMultiTest, TexturesGiveTheIdBeforeFaces) {
-    const std::vector<int> ids{1, 2, INT_MAX};
     face.id = 2;
     texture.integer = 1;
-    startFrame(mtl, {{"mtls_list", all}, {"ids_list", ids}, {"mtlid_gen_float", &texture}});
-    const struct {
-        float number;
-        int position;
-    } cases[] = {{2.4f, 1}, {2.5f, 0}, {1.5f, 1}, {-1.5f, 0}, {1e30f, 2}, {std::nanf(""), 0}};
-    for (const auto& c : cases) {
-        texture.number = c.number;
-        EXPECT_EQ(shaded(), c.position) << c.number;
+    startFrame(mtl, {{"ids_list", std::vector{1, 2, INT_MAX}}, {"mtlid_gen_float", &texture}});
+    for (const auto& [number, position] :
+         {std::pair(2.4f, 1), {2.5f, 0}, {1.5f, 1}, {-1.5f, 0}, {1e30f, 2}, {std::nanf(""), 0}}) {
+        texture.number = number;
+        EXPECT_EQ(shaded(), position) << number;
     }
     texture.number = 2.0f;
     startFrame(mtl, {{"mtlid_gen", &texture}});
     EXPECT_EQ(shaded(), 0) << "the integer texture comes first";
-    EXPECT_FALSE(log.has("getTexFloat"));
 }
 
 TEST_F(MtlMultiTest, ShaderSetsPickByName) {
     const std::vector<const char*> names{"silk", "wood", "steel", "beyond"};
     face.id = 7;  // plays no part, as wrap_id
-    startFrame(mtl, {{"mtls_list", all}, {"shader_sets_list", names}, {"wrap_id", true}});
-    EXPECT_TRUE(renderer.log.warnings.empty()) << "ids aren't missed";
+    startFrame(mtl, {{"shader_sets_list", names}, {"wrap_id", true}});
+    EXPECT_TRUE(renderer.log.texts.empty()) << "ids aren't missed";
     EXPECT_EQ(shaded(), 0) << "no set";
     for (const auto& [name, position] :
          {std::pair("wood", 1), {"steel", 2}, {"beyond", 0}, {"glass", 0}}) {
-        face.shaderSet = renderer.strings.intern(name);
+        face.shaderSet = renderer.intern(name);
         EXPECT_EQ(shaded(), position) << name;
     }
-    startFrame(mtl, {{"shader_sets_list", std::vector<const char*>()},
-                     {"ids_list", std::vector{5, 6, 7}}});
-    EXPECT_EQ(shaded(), 2) << "no names, so ids again";
 }
 
 TEST_F(MtlMultiTest, PairsAreTheOldFormOfTheLists) {
     using Pairs = std::vector<NumberAndPlugin>;
-    startFrame(mtl, {{"mtls", Pairs{{4, &subs[2]}, {9, nullptr}, {2, &subs[1]}}},
-                     {"mtls_list", all},
-                     {"wrap_id", true}});
-    const std::string warning =
-        "MtlMulti (mix) \"mtls\" parameter is deprecated; use \"mtls_list\" and \"ids_list\" "
-        "instead.\n";
-    EXPECT_EQ(renderer.log.warnings, std::vector{warning});
-    EXPECT_EQ(multi.getNumSubMtls(), 2) << "no gap";
+    startFrame(mtl,
+               {{"mtls", Pairs{{4, &subs[2]}, {9, nullptr}, {2, &subs[1]}}}, {"wrap_id", true}});
+    EXPECT_EQ(renderer.log.texts,
+              std::vector<std::string>{"w MtlMulti (mix) \"mtls\" parameter is deprecated; use "
+                                       "\"mtls_list\" and \"ids_list\" instead.\n"});
     face.id = 12;
     EXPECT_EQ(shaded(), 1) << "wrapped by the id of the empty pair, to 2";
     face.id = 9;
     EXPECT_EQ(shaded(), 2) << "the first entry stands in";
-
     startFrame(mtl, {{"mtls", Pairs()}});
     EXPECT_EQ(shaded(), -1) << "the new lists aren't looked at";
 }
 
-TEST_F(MtlMultiTest, MissingPiecesAreReportedOncePerFrame) {
-    const struct {
-        const char* name;  // of the instance
-        std::vector<PluginBase*> mtls;
-        int ids;  // -1: no list of ids
-        std::vector<std::string> warnings;
-    } cases[] = {
-        {"mix", all, 3, {}},
-        {nullptr, {}, 2, {"MtlMulti (noname) has no sub-materials.\n"}},
-        {"mix", {nullptr, &subs[1]}, -1, {"MtlMulti (mix) has no ids_list parameter.\n"}},
-        {nullptr, all, 1, {"MtlMulti \"noname\" has more materials (3) than ids (1).\n"}},
-    };
-    for (const auto& c : cases) {
-        PelkMaterial& fresh = make("MtlMulti", c.name);
-        renderer.log.warnings.clear();
-        if (c.ids >= 0)
-            setParams(fresh, {{"ids_list", std::vector<int>(c.ids)}});
-        startFrame(fresh, {{"mtls_list", c.mtls}});
-        EXPECT_EQ(renderer.log.warnings, c.warnings);
-        if (!c.mtls.empty() && c.mtls[0])
-            continue;
-        FakeContext context = hit();
-        fresh.shade(context);
-        EXPECT_EQ(resultsOf(context), kOpaqueBlack) << "the next entry doesn't stand in";
-        EXPECT_EQ(fresh.getMaterialID(context), 0);
-        EXPECT_EQ(fresh.getBSDF(context, 0), nullptr);
-        fresh.releaseBSDF(context, nullptr);
-    }
-}
-
 TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
-    startFrame(mtl, {{"mtls_list", all}, {"mtlid_gen", &texture}});
     // Each row asks for a sampler, gives it back after the texture has changed, and counts reads.
     const struct {
         const char* what;
         int thread, depth, hitID, reads;
-        bool newFrame = false;
     } cases[] = {
         {"new", 0, 0, 5, 1},
         {"the same again", 0, 0, 5, 0},
@@ -167,29 +124,28 @@ TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
         {"another hit", 0, 0, 6, 1},
         {"deep ones have stayed", 0, 40, 5, 0},
         {"another thread", 1, 0, 6, 1},
-        {"a hit without a key", 0, 0, 0, 2},
-        {"a key of the last frame", 0, 40, 5, 1, true},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        log.clear();
-        if (c.newFrame)
-            startFrame(mtl);
-        FakeContext context = hit(c.thread);
-        context.traceDepth = c.depth;
-        context.hitID = c.hitID;
-        BSDFSampler* sampler = mtl.getBSDF(context, 0x11);
-        if (c.hitID)
+    for (int frame = 0; frame < 2; ++frame) {
+        startFrame(mtl, {{"mtlid_gen", &texture}});
+        for (const auto& c : cases) {
+            SCOPED_TRACE(c.what);
+            log.clear();
+            FakeContext context = hit(c.thread);
+            context.traceDepth = c.depth;
+            context.hitID = c.hitID;
+            BSDFSampler* sampler = mtl.getBSDF(context, 0);
             texture.integer = (texture.integer + 1) % 3;
-        mtl.releaseBSDF(context, sampler);
-        EXPECT_EQ(log.count("getTexInt"), c.reads);
-        EXPECT_EQ(subs[0].samplersOut + subs[1].samplersOut + subs[2].samplersOut, 0);
+            mtl.releaseBSDF(context, sampler);
+            EXPECT_EQ(log.count("getTexInt"), c.reads);
+            for (const RecordingMaterial& sub : subs)
+                EXPECT_EQ(sub.samplersOut, 0);
+        }
     }
 }
 
 TEST_F(MtlMultiTest, TellsOfItsSubMaterials) {
     subs[1].hiddenFaces = {EXT_RTMTL, EXT_OPAQUE_SHADEABLE};
-    startFrame(mtl, {{"mtls_list", std::vector<PluginBase*>{&subs[0], nullptr, &subs[1]}},
+    startFrame(mtl, {{"mtls_list", Plugins{&subs[0], nullptr, &subs[1]}},
                      {"ids_list", std::vector{4, 5, 2}},
                      {"wrap_id", true}});
     auto* first = findInterface<RTMtlInterface>(&subs[0], EXT_RTMTL);
@@ -201,28 +157,6 @@ TEST_F(MtlMultiTest, TellsOfItsSubMaterials) {
     EXPECT_EQ(mtl.getOpaqueFlags(), 0) << "one can't be asked";
     subs[1].hiddenFaces.clear();
     EXPECT_EQ(mtl.getOpaqueFlags(), 1);
-}
-
-TEST_F(MtlMultiTest, DescriptorTextSwitchesBetweenTheFirstTen) {
-    startFrame(mtl, {{"mtls_list", all}, {"wrap_id", true}});
-    EXPECT_EQ(describe(mtl, "MaterialDescriptor"), "1 mtlmulti_wrap 1\nmtlmulti_maxID 2\n");
-    EXPECT_EQ(describe(mtl, "HierarchyDescriptor"), "0 ");
-
-    subs[0].text = "<coatlayer_begin>\n<coatlayer_end>\n";
-    subs[1].text = "b\n";
-    subs[2].hiddenFaces = {EXT_RTMTL};
-    std::vector<PluginBase*> many{&subs[0], &subs[2], &subs[1]};
-    many.resize(10);
-    many.push_back(&subs[1]);  // beyond what is described
-    for (const char* generator : {"mtlid_gen_float", "mtlid_gen"}) {
-        startFrame(mtl, {{"mtls_list", many}, {generator, &texture}});
-        EXPECT_EQ(describe(mtl, "MaterialDescriptor"),
-                  "1 mtl_switch\nemission\nuvw_transform 1.000000,1.000000,3.000000,1.000000,"
-                  "1.000000,1.000000,1.000000,1.000000,1.000000,1.000000,0.000000,0.000000\n"
-                  "diffuse\ntexture color name\n"
-                  "<coatlayer_begin>\n<coatlayer_begin>\n<coatlayer_end>\n<coatlayer_end>\n"
-                  "<coatlayer_begin>\nb\n<coatlayer_end>\n");
-    }
 }
 
 }  // namespace

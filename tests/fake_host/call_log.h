@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -9,13 +10,20 @@ struct CallLog {
     std::vector<std::string> calls;
     bool quiet = false;
 
-    int count(const char* call) const;
+    long count(const char* call) const { return std::count(calls.begin(), calls.end(), call); }
     bool has(const char* call) const { return count(call) > 0; }
     void clear() { calls.clear(); }
 };
 
 /// The log of the running test. FakeHost empties it.
-CallLog& callLog();
+inline CallLog& callLog() {
+    static CallLog log;
+    return log;
+}
 
 /// Notes a call. False if the fakes are quiet: the caller then keeps nothing of what it saw.
-bool note(const char* call);
+inline bool note(const char* call) {
+    if (!callLog().quiet)
+        callLog().calls.emplace_back(call);
+    return !callLog().quiet;
+}

@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "fake_host/call_log.h"
@@ -18,56 +17,33 @@
 #include "frame/material.h"
 #include "host/plugin_parameters.h"
 
-/// The value or the list of values of a parameter, in the forms of host/plugin_parameters.h.
-class ParamValue {
-public:
-    ParamValue(int value) : ParamValue(single(value)) {}
-    ParamValue(bool value) : ParamValue(value ? 1 : 0) {}
-    ParamValue(float value) : ParamValue(single(value)) {}
-    ParamValue(AColor value) : ParamValue(single(value)) {}
-    ParamValue(Color value) : ParamValue(AColor{value, 1.0f}) {}
-    ParamValue(const char* value) : ParamValue(single(value)) {}
-    ParamValue(PluginBase* value) : ParamValue(single(value)) {}
-    ParamValue(std::vector<NumberAndPlugin> pairs)
-        : ParamValue(Make([pairs](const char* name) {
-              return std::make_unique<PairListParameter>(name, pairs);
-          })) {}
+/// A parameter with its value or its list of values, in the forms of host/plugin_parameters.h.
+struct Param {
+    Param(const char* name, int value) : parameter(single(name, value)) {}
+    Param(const char* name, bool value) : Param(name, value ? 1 : 0) {}
+    Param(const char* name, float value) : parameter(single(name, value)) {}
+    Param(const char* name, Color value) : parameter(single(name, AColor{value, 1.0f})) {}
+    Param(const char* name, PluginBase* value) : parameter(single(name, value)) {}
+    Param(const char* name, const std::vector<NumberAndPlugin>& pairs)
+        : parameter(std::make_shared<PairListParameter>(name, pairs)) {}
     template <class T>
-    ParamValue(std::vector<T> values)
-        : ParamValue(Make([values](const char* name) {
-              return std::make_unique<ListParameter<T>>(name, values);
-          })) {}
+    Param(const char* name, const std::vector<T>& values)
+        : parameter(std::make_shared<ListParameter<T>>(name, values)) {}
 
-    std::unique_ptr<PelkPluginParameter> make(const char* name) const { return makeNamed(name); }
+    std::shared_ptr<PelkPluginParameter> parameter;
 
 private:
-    using Make = std::function<std::unique_ptr<PelkPluginParameter>(const char* name)>;
-
-    explicit ParamValue(Make make) : makeNamed(std::move(make)) {}
     template <class T>
-    static Make single(T value) {
-        return
-            [value](const char* name) { return std::make_unique<SingleParameter<T>>(name, value); };
+    static std::shared_ptr<SingleParameter<T>> single(const char* name, const T& value) {
+        return std::make_shared<SingleParameter<T>>(name, value);
     }
-
-    Make makeNamed;
-};
-
-struct Param {
-    const char* name;
-    ParamValue value;
 };
 
 /// A host without a scene around materials of the built module. It drives their life cycle, and
 /// ends it with the test: samplers and spawned contexts that are still out then fail the test.
 class FakeHost : public testing::Test {
-public:
-    static constexpr int kMaxThreads = 16;
-
-    FakeHost();
-    ~FakeHost() override;
-
 protected:
+    FakeHost();
     void TearDown() override;
 
     FakeRenderer renderer;
@@ -87,21 +63,14 @@ protected:
     /// The results hold values that no material leaves there.
     FakeContext hit(int threadIndex = 0) { return FakeContext(renderer, threadData[threadIndex]); }
 
-    /// The section that the material writes for `owner` and the name "name", with
-    /// its answer in front: "1 diffuse\n".
+    /// The section that the material writes, with its answer in front: "1 diffuse\n".
     std::string describe(PelkMaterial& material, const char* section);
-    int owner = 0;  ///< its address is the owner of descriptions
 
 private:
-    struct Instance {
-        PelkMaterial* material;
-        bool inRender = false, inFrame = false;
-    };
-    Instance& find(PelkMaterial& material);
-    void endFrame(Instance& instance);
+    enum class Stage { Idle, InRender, InFrame };
 
     MaterialsModule module;
-    ThreadData threadData[kMaxThreads];
-    std::vector<Instance> instances;
-    std::vector<std::unique_ptr<PelkPluginParameter>> parameters;
+    ThreadData threadData[16];
+    std::map<PelkMaterial*, Stage> stages;
+    std::vector<Param> paramsSet;  ///< materials read them until they go
 };

@@ -6,27 +6,6 @@
 
 using namespace Tarnkit;
 
-namespace {
-
-class FindByName : public EnumPluginDescCallback {
-public:
-    explicit FindByName(const char* wanted) : name(wanted) {}
-
-    int process(PluginDesc* desc) override {
-        if (std::strcmp(desc->getName(), name) != 0)
-            return 1;
-        found = static_cast<PelkPluginDesc*>(desc);
-        return 0;
-    }
-
-    PelkPluginDesc* found = nullptr;
-
-private:
-    const char* name;
-};
-
-}  // namespace
-
 MaterialsModule::MaterialsModule() {
     platform::ModuleError error;
     module = platform::loadModule(path(), error);
@@ -45,7 +24,17 @@ const char* MaterialsModule::path() {
 }
 
 PelkPluginDesc* MaterialsModule::find(const char* pluginName) const {
-    FindByName callback(pluginName);
+    struct FindByName : EnumPluginDescCallback {
+        const char* name = nullptr;
+        PelkPluginDesc* found = nullptr;
+
+        int process(PluginDesc* desc) override {
+            if (std::strcmp(desc->getName(), name) == 0)
+                found = static_cast<PelkPluginDesc*>(desc);
+            return !found;
+        }
+    } callback;
+    callback.name = pluginName;
     if (libDesc)
         libDesc->enumPluginDescs(&callback);
     return callback.found;

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
+#include <array>
 #include <ostream>
 
 #include "frame/material.h"
@@ -28,11 +28,9 @@ struct Results {
     Color color, transparency, alpha, alphaTransparency;
 
     bool operator==(const Results&) const = default;
-    friend void PrintTo(const Results& results, std::ostream* out) {
-        PrintTo(results.color, out);
-        PrintTo(results.transparency, out);
-        PrintTo(results.alpha, out);
-        PrintTo(results.alphaTransparency, out);
+    friend void PrintTo(const Results& r, std::ostream* out) {
+        *out << testing::PrintToString(
+            std::array{r.color, r.transparency, r.alpha, r.alphaTransparency});
     }
 };
 
@@ -45,14 +43,13 @@ inline const Results kOpaqueBlack = {Color(0), Color(0), Color(1), Color(0)};
 inline const Results kFullyTransparent = {Color(0), Color(1), Color(0), Color(1)};
 inline const Results kNothing = {};
 
-/// Each channel within `tolerance` of the expected one.
-MATCHER_P2(ColorNear, expected, tolerance, "") {
-    return std::fabs(arg.r - expected.r) <= tolerance &&
-           std::fabs(arg.g - expected.g) <= tolerance && std::fabs(arg.b - expected.b) <= tolerance;
+/// No farther than `tolerance` from the expected vector.
+MATCHER_P2(VectorNear, expected, tolerance, "") {
+    return length(arg - expected) <= tolerance;
 }
 
-/// Each component within `tolerance` of the expected one.
-MATCHER_P2(VectorNear, expected, tolerance, "") {
-    return std::fabs(arg.x - expected.x) <= tolerance &&
-           std::fabs(arg.y - expected.y) <= tolerance && std::fabs(arg.z - expected.z) <= tolerance;
+/// The same for a colour.
+MATCHER_P2(ColorNear, expected, tolerance, "") {
+    const Color off = arg - expected;
+    return length({off.r, off.g, off.b}) <= tolerance;
 }

@@ -1,22 +1,24 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "fake_host/call_log.h"
 #include "fake_host/print.h"
+#include "frame/exception_msg.h"
 #include "frame/material.h"
 
 // Made-up plug-ins that stand around the material under test.
 
 class FakeVolume : public PelkVolume {
 public:
-    float ior = 1.5f;
-
     PluginBase* getPlugin() override { return nullptr; }
-    float getIOR(PelkContext&) override { return ior; }
+    float getIOR(PelkContext&) override { return 1.5f; }
 };
 
 /// How a hit lay when something looked at it.
@@ -34,6 +36,11 @@ inline SeenSide sideOf(const PelkContext& context) {
     return {context.backSide, context.flippedSide, context.normal.z};
 }
 
+inline void throwIf(bool memoryIsOut) {
+    if (memoryIsOut)
+        throw ExceptionMsg("no memory");
+}
+
 /// A sampler that answers what is set, with a face for both sides.
 class RecordingSampler : public BSDFSampler, public BRDFSampler {
 public:
@@ -44,82 +51,101 @@ public:
     Vector diffuseNormal;
     PelkVolume* volume = nullptr;
     SeenSide seenSide;  ///< by eval or traceForward
+    TextureInterface* seenEnvironment = nullptr;
 
     BRDFSampler* getBRDF(BSDFSide side) override { return hasFace[side] ? this : nullptr; }
     PelkVolume* getVolume(PelkContext&) override { return volume; }
 
-    Color getDiffuseColor(Color& lightColor) override;
+    Color getDiffuseColor(Color& lightColor) override { return lightColor * diffuse; }
     Vector getDiffuseNormal(PelkContext&) override { return diffuseNormal; }
-    Color getLightMult(Color& lightColor) override;
-    Color eval(PelkContext& context, const Vector& direction, Color& lightColor,
-               Color& origLightColor, float probLight, int flags) override;
-    void traceForward(PelkContext& context, int doDiffuse) override;
+    Color getLightMult(Color& lightColor) override { return lightColor * lightMult; }
     Color getTransparency(PelkContext&) override { return transparency; }
+    Color eval(PelkContext& context, const Vector&, Color&, Color&, float, int) override {
+        see("eval", context);
+        return evaluated;
+    }
+    void traceForward(PelkContext& context, int) override {
+        see("traceForward", context);
+        setResults(context, color, transparency, complement(transparency), transparency);
+    }
+
+private:
+    void see(const char* call, const PelkContext& context) {
+        if (!note(call))
+            return;
+        seenSide = sideOf(context);
+        seenEnvironment = context.environment;
+    }
 };
 
 /// A plug-in with every face that one material asks of another. It shades what is set, hands out
 /// its one sampler, writes its text, and remembers what it saw.
-class RecordingMaterial : public Plugin, public MaterialInterface, public BSDFInterface {
+class RecordingMaterial : public PelkRTMaterial {
 public:
     // What it answers.
     std::vector<u64> hiddenFaces;  ///< ids of the faces that it doesn't have
     Results results;               ///< of shade
     RecordingSampler sampler;
-    BSDFSampler* givenSampler = &sampler;
     bool givesSampler = true;
     bool throwsForMemory = false;               ///< at every hit, whatever is asked of it
     bool takesNull = false;                     ///< releaseBSDF of a null is no fault
     std::function<void(PelkContext&)> onShade;  ///< writes channels, after the results
-    int materialID = 0;
     int opaqueFlags = 0;
     std::string text;         ///< its descriptor text
     std::string textSection;  ///< the section that it handles; empty: all
-    RTMtlInterface* multiMtl = nullptr;
 
     // What it saw.
-    Color seenWeight, seenWeight2;
-    SeenSide seenSide;
-    u32 seenShadeFlags = 0;
+    PelkContext seen;                 ///< as it came to shade or getBSDF
     int seenFlags = -1;               ///< of getBSDF
     std::atomic<int> samplersOut{0};  ///< handed out and not released
     void* seenOwner = nullptr;
     std::string seenName;
 
-    ~RecordingMaterial() override;
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
+    RecordingMaterial() : PelkRTMaterial(nullptr) {}
+    ~RecordingMaterial() override { EXPECT_EQ(samplersOut, 0) << "a sampler was not released"; }
 
-    void shade(PelkContext& context) override;
-    int getMaterialID(PelkContext&) override { return materialID; }
-    BSDFSampler* getBSDF(PelkContext& context, int flags) override;
-    void releaseBSDF(PelkContext& context, BSDFSampler* released) override;
-
-private:
-    class OpaqueFace : public OpaqueShadeableInterface {
-    public:
-        explicit OpaqueFace(RecordingMaterial& material) : owner(material) {}
-        PluginBase* getPlugin() override { return &owner; }
-        int getOpaqueFlags() override;
-
-    private:
-        RecordingMaterial& owner;
-    };
-    class TextFace : public RTMtlInterface {
-    public:
-        explicit TextFace(RecordingMaterial& material) : owner(material) {}
-        PluginBase* getPlugin() override { return &owner; }
-        int getMaterialSource(void* ownerArg, const char* name, const char* kind,
-                              ShaderSource& source, OCLData& data) override;
-        RTMtlInterface* getMultiMtl() override { return owner.multiMtl; }
-
-    private:
-        RecordingMaterial& owner;
-    };
-
-    void see(const PelkContext& context);
-
-    OpaqueFace opaqueFace{*this};
-    TextFace textFace{*this};
+    PluginInterface* getInterface(u64 id) override {
+        const bool isHidden = std::count(hiddenFaces.begin(), hiddenFaces.end(), id) > 0;
+        return isHidden ? nullptr : PelkRTMaterial::getInterface(id);
+    }
+    void shade(PelkContext& context) override {
+        if (note("shade"))
+            seen = context;
+        throwIf(throwsForMemory);
+        setResults(context, results.color, results.transparency, results.alpha,
+                   results.alphaTransparency);
+        if (onShade)
+            onShade(context);
+    }
+    BSDFSampler* getBSDF(PelkContext& context, int flags) override {
+        if (note("getBSDF")) {
+            seen = context;
+            seenFlags = flags;
+        }
+        throwIf(throwsForMemory);
+        samplersOut += givesSampler;
+        return givesSampler ? &sampler : nullptr;
+    }
+    void releaseBSDF(PelkContext&, BSDFSampler* released) override {
+        note("releaseBSDF");
+        if (!released && takesNull)
+            return;
+        EXPECT_EQ(released, &sampler) << "got back what it did not give";
+        --samplersOut;
+    }
+    int getOpaqueFlags() override {
+        note("getOpaqueFlags");
+        return opaqueFlags;
+    }
+    int getMaterialSource(void* owner, const char* sourceName, const char* kind,
+                          ShaderSource& source, OCLData&) override {
+        seenOwner = owner;
+        seenName = sourceName;
+        if (!textSection.empty() && textSection != kind)
+            return 0;
+        source.append(text.c_str());
+        return 1;
+    }
 };
 
 /// A texture with one value, through all faces. Its text is "texture <type> <name>\n".
@@ -129,32 +155,49 @@ class FakeTexture : public Plugin,
                     public TextureIntInterface,
                     public RTTexInterface {
 public:
-    explicit FakeTexture(AColor value = {}) : color(value) {}
-
     AColor color;
     float number = 0.0f;
     int integer = 0;
     Vector bump;
-    bool describesItself = true;
     bool throwsForMemory = false;  ///< at every hit
     Color seenWeight;              ///< rayWeight at the last reading
 
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
+    explicit FakeTexture(AColor value = {}) : color(value) {
+        addInterface(static_cast<TextureInterface*>(this), 0);
+        addInterface(static_cast<TextureFloatInterface*>(this), 0);
+        addInterface(static_cast<TextureIntInterface*>(this), 0);
+        addInterface(static_cast<RTTexInterface*>(this), 0);
+    }
 
-    AColor getTexColor(PelkContext& context) override;
-    float getTexFloat(PelkContext& context) override;
-    int getTexInt(PelkContext& context) override;
+    PluginBase* getPlugin() override { return this; }
+    AColor getTexColor(PelkContext& context) override {
+        return read("getTexColor", color, context);
+    }
+    float getTexFloat(PelkContext& context) override {
+        return read("getTexFloat", number, context);
+    }
+    int getTexInt(PelkContext& context) override { return read("getTexInt", integer, context); }
     Vector getTexBump(PelkContext&) override { return bump; }
-    int writeTexSource(const char* type, const char* name, const char* kind, ShaderSource& source,
-                       OCLData& data) override;
+    int writeTexSource(const char* type, const char* sourceName, const char*, ShaderSource& source,
+                       OCLData&) override {
+        source.printf("texture %s %s\n", type, sourceName);
+        return 1;
+    }
+
+private:
+    template <class T>
+    T read(const char* call, const T& value, const PelkContext& context) {
+        if (note(call))
+            seenWeight = context.rayWeight;
+        throwIf(throwsForMemory);
+        return value;
+    }
 };
 
 class FakeChannel : public Plugin, public RenderChannelInterface {
 public:
-    explicit FakeChannel(int channelIndex) : index(channelIndex) {}
+    explicit FakeChannel(int channelIndex) : index(channelIndex) { addInterface(this, 0); }
 
-    PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
     int getChannelIndex() override { return index; }
 
@@ -165,26 +208,38 @@ private:
 /// A fragment that keeps what is written to it, as colours, in order; a number as grey.
 class RecordingFragment : public Fragment {
 public:
-    int clearMode = -1;                           ///< of the last clear
     std::vector<std::pair<int, Color>> channels;  ///< by position, -1 included
     std::vector<std::pair<int, Color>> aliases;
     std::vector<std::pair<Color, int>> multiplied;  ///< weights and flag
 
-    int getTag() override { return tag; }
-    void setTag(int value) override { tag = value; }
+    void multiply(const Color& weights, int flag) override {
+        if (note("multiply"))
+            multiplied.emplace_back(weights, flag);
+    }
+    void setChannel(int index, const void* value) override {
+        if (note("setChannel"))
+            channels.emplace_back(index, *static_cast<const Color*>(value));
+    }
+    void addAlias(int alias, const void* value) override {
+        if (!note("addAlias"))
+            return;
+        const bool isNumber = alias == kAliasMaterialIDNumber;
+        aliases.emplace_back(alias, isNumber ? Color(*static_cast<const int*>(value))
+                                             : *static_cast<const Color*>(value));
+    }
+    int clear(int) override {
+        note("clear");
+        return 0;
+    }
+
+    int getTag() override { return 0; }
+    void setTag(int) override {}
     void addFragment(Fragment*, const Color&, int) override {}
-    void multiply(const Color& weights, int flag) override;
     void setColor(const Color&) override {}
     void getChannel(int, void*) override {}
-    void setChannel(int index, const void* value) override;
     void* getChannelPtr(int) override { return nullptr; }
     void getAlias(int, void*) override {}
-    void addAlias(int alias, const void* value) override;
     void* getAliasPtr(int) override { return nullptr; }
-    int clear(int mode) override;
     void applyColorMapper(ColorMapper*, int) override {}
     AColor* getSampleColor(AColor* out) override { return out; }
-
-private:
-    int tag = 0;
 };

@@ -1,0 +1,98 @@
+#include "fake_host/fake_host.h"
+
+// What materials around another one hold to, whatever else each of them does.
+
+namespace {
+
+const Results kUntouched = {Color(-77), Color(-77), Color(-77), Color(-77)};
+
+const struct {
+    const char *material, *slot;
+    bool isList;
+    Results withoutBase;
+    bool isOpaque;  // around an opaque base
+} kCases[] = {
+    {"Mtl2Sided", "front", false, kFullyTransparent, true},
+    {"MtlDoubleSided", "base_mtl", false, kOpaqueBlack, false},
+    {"MtlLayeredBRDF", "brdfs", true, kFullyTransparent, false},
+    {"MtlMaterialID", "base_mtl", false, kUntouched, true},
+    {"MtlMulti", "mtls_list", true, kOpaqueBlack, true},
+    {"MtlOverride", "base_mtl", false, kFullyTransparent, false},
+    {"MtlRenderStats", "base_mtl", false, kOpaqueBlack, true},
+    {"MtlSingleBRDF", "brdf", false, kOpaqueBlack, true},
+    {"MtlWrapper", "base_material", false, kOpaqueBlack, true},
+};
+
+class AroundBase : public FakeHost {
+protected:
+    static Param slotOf(const auto& c, PluginBase* plugin) {
+        return c.isList ? Param(c.slot, std::vector{plugin}) : Param(c.slot, plugin);
+    }
+
+    RecordingMaterial base;
+    FakeContext context = hit();
+};
+
+TEST_F(AroundBase, SamplersAreTheBasesAndGoBackToIt) {
+    base.sampler.diffuse = Color(0.25f);
+    base.sampler.lightMult = Color(0.5f);
+    base.sampler.evaluated = Color(2);
+    base.sampler.transparency = Color(0.75f);
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.material);
+        PelkMaterial& mtl = make(c.material);
+        startFrame(mtl, {slotOf(c, &base)});
+        const PelkContext before = context;
+        BSDFSampler* sampler = mtl.getBSDF(context, 0x10);
+        EXPECT_GT(base.samplersOut, 0);
+        EXPECT_EQ(base.seenFlags & 0x10, 0x10);
+        EXPECT_EQ(sampler->getBSDFTransparency(context), Color(0.75f));
+        BRDFSampler* front = sampler->getBRDF(kFrontSide);
+        Color light(4), unshadowed(4);
+        EXPECT_EQ(front->eval(context, {0, 0, 1}, light, unshadowed, 1, 3), Color(2));
+        EXPECT_EQ(front->getDiffuseColor(light = Color(4)), Color(1));
+        EXPECT_EQ(front->getLightMult(light = Color(4)), Color(2));
+        EXPECT_EQ(front->getTransparency(context), Color(0.75f));
+        expectRayAndHitAsBefore(before, context);
+        mtl.releaseBSDF(context, sampler);
+        EXPECT_EQ(base.samplersOut, 0);
+    }
+}
+
+TEST_F(AroundBase, OpaqueFlagsFollowTheBasesInEachFrame) {
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.material);
+        PelkMaterial& mtl = make(c.material);
+        for (const int flags : {1, 2}) {
+            base.opaqueFlags = flags;
+            startFrame(mtl, {slotOf(c, &base)});
+            EXPECT_EQ(mtl.getOpaqueFlags() & 1, c.isOpaque && flags == 1);
+        }
+    }
+}
+
+TEST_F(AroundBase, WhatIsMissingIsNoFault) {
+    RecordingMaterial noBSDF, noSampler;
+    noBSDF.hiddenFaces = {EXT_BSDF};
+    noSampler.givesSampler = false;
+    noSampler.takesNull = true;
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(c.material);
+        PelkMaterial& mtl = make(c.material);
+        const auto sampleAndRelease = [&] { mtl.releaseBSDF(context, mtl.getBSDF(context, 0)); };
+        sampleAndRelease();
+        for (PluginBase* plugin : std::vector<PluginBase*>{nullptr, &noBSDF, &noSampler, &base}) {
+            startFrame(mtl, {slotOf(c, plugin)});
+            sampleAndRelease();
+            setResults(context, Color(-77), Color(-77), Color(-77), Color(-77));
+            if (plugin != &base)
+                mtl.shade(context);
+            EXPECT_TRUE(plugin || resultsOf(context) == c.withoutBase);
+        }
+        endRender(mtl);
+        sampleAndRelease();
+        EXPECT_EQ(base.samplersOut, 0) << "lost without an element";
+    }
+}
+
+}  // namespace

@@ -1,0 +1,95 @@
+#include "fake_host/fake_host.h"
+
+namespace {
+
+class DescriptorText : public FakeHost {
+protected:
+    using Plugins = std::vector<PluginBase*>;
+
+    DescriptorText() {
+        a.text = "a\n";
+        b.text = "b\n";
+        mute.hiddenFaces = {EXT_RTMTL};
+    }
+
+    std::string textOf(const char* plugin, std::initializer_list<Param> params,
+                       const char* section = "MaterialDescriptor") {
+        PelkMaterial& mtl = make(plugin, "leaf");
+        startFrame(mtl, params);
+        return describe(mtl, section);
+    }
+
+    RecordingMaterial a, b, c, mute;
+    FakeTexture texture;
+};
+
+TEST_F(DescriptorText, OwnLinesStandAheadOfTheBases) {
+    EXPECT_EQ(textOf("MtlDiffuse", {{"diffuse", Color(0.25f, 0.5f, 1)},
+                                    {"diffuse_tex", &texture},
+                                    {"diffuse_tex_mult", 0.75f}}),
+              "1 diffuse\ntexture float name\nbitmap_mult 0.750000\n"
+              "color_value 0.250000 0.500000 1.000000\n");
+    EXPECT_EQ(textOf("MtlSingleBRDF", {{"brdf", &a}, {"double_sided", 4}}),
+              "1 double_sided 4\na\n");
+    EXPECT_EQ(textOf("MtlSingleBRDF", {{"brdf", &mute}}),
+              "1 double_sided 1\ndiffuse\ncolor 0.5 0.5 0.5\n");
+    EXPECT_EQ(textOf("MtlMaterialID", {{"base_mtl", &a}, {"material_id_number", -3}}),
+              "1 material_id_number -3\na\n");
+    EXPECT_EQ(textOf("MtlRenderStats",
+                     {{"base_mtl", &a}, {"reflections_visibility", false}, {"visibility", 0.25f}}),
+              "1 visible_to_camera 1\nvisible_to_reflections 0\nvisible_to_refractions 1\n"
+              "visible_to_gi 1\nvisible_to_shadows 1\noverall_visibility 0.250000\na\n");
+    EXPECT_EQ(textOf("MtlWrapper", {{"base_material", &a},
+                                    {"generate_gi", 0.5f},
+                                    {"receive_gi", 0.0f},
+                                    {"matte_surface", true},
+                                    {"matte_for_secondary_rays", 1},
+                                    {"shadow_tint_color", Color(1, 0.5f, 0)}}),
+              "1 mtl_wrapper\nmtlwrapper_generate_gi 1\nmtlwrapper_receive_gi 0\n"
+              "mtlwrapper_matte_surface 3\nmtlwrapper_matte_shadow 0\n"
+              "mtlwrapper_matte_shadowColor 1.000000 0.500000 0.000000\na\n");
+}
+
+TEST_F(DescriptorText, LayersStandInFrames) {
+    const std::string frameOfA = "<coatlayer_begin>\na\n<coatlayer_end>\n",
+                      frameOfB = "<coatlayer_begin>\nb\n<coatlayer_end>\n",
+                      leaf = "1 dbgmtlname \"leaf\"\ntwo_sided\n<coatlayer_begin>\nweight_map\n";
+    EXPECT_EQ(textOf("Mtl2Sided", {{"front", &a}, {"back", &b}}),
+              leaf + "color 0.000000 0.000000 0.000000\na\n<coatlayer_end>\n" +
+                  "<coatlayer_begin>\nweight_map\ncolor 1.0 1.0 1.0\nb\n<coatlayer_end>\n");
+    EXPECT_EQ(textOf("Mtl2Sided", {{"front", &a}, {"back", &mute}, {"translucency_tex", &texture}}),
+              leaf + "texture color \na\n<coatlayer_end>\n");
+
+    EXPECT_EQ(textOf("MtlOverride", {{"base_mtl", &a},
+                                     {"gi_mtl", &c},
+                                     {"enable_gi_mtl", false},
+                                     {"reflect_mtl", &b},
+                                     {"refract_mtl", &a},
+                                     {"shadow_mtl", &b}}),
+              "1 override_mtl\noverride_sub_mtls_offsets 1,1,2,1,2\n" + frameOfA + frameOfB);
+
+    EXPECT_EQ(textOf("MtlMulti", {{"mtls_list", Plugins{&a, &b}}, {"wrap_id", true}}),
+              "1 mtlmulti_wrap 1\nmtlmulti_maxID 1\n");
+    Plugins many{&a, nullptr, &b};
+    many.resize(10);
+    many.push_back(&b);  // beyond what is described
+    EXPECT_EQ(textOf("MtlMulti", {{"mtls_list", many}, {"mtlid_gen", &texture}}),
+              "1 mtl_switch\nemission\nuvw_transform 1.000000,1.000000,2.000000,1.000000,"
+              "1.000000,1.000000,1.000000,1.000000,1.000000,1.000000,0.000000,0.000000\n"
+              "diffuse\ntexture color name\n" +
+                  frameOfA + frameOfB);
+}
+
+TEST_F(DescriptorText, OtherSectionsAreTheBasesOrNone) {
+    const char* hierarchy = "HierarchyDescriptor";
+    EXPECT_EQ(textOf("MtlDiffuse", {}, hierarchy), "0 ");
+    EXPECT_EQ(textOf("MtlMaterialID", {{"base_mtl", &a}}, "x"), "0 ");
+    EXPECT_EQ(textOf("MtlRenderStats", {{"base_mtl", &a}}, "x"), "1 a\n");
+    EXPECT_EQ(textOf("MtlWrapper", {{"base_material", &a}}, hierarchy), "1 a\n");
+    EXPECT_EQ(textOf("Mtl2Sided", {{"front", &a}, {"back", &b}}, hierarchy),
+              "1 Num_children: 2\na\nb\n");
+    a.textSection = "x";
+    EXPECT_EQ(textOf("MtlSingleBRDF", {{"brdf", &a}}, hierarchy), "0 double_sided 1\n");
+}
+
+}  // namespace
