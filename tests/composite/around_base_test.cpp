@@ -81,14 +81,14 @@ TEST_F(AroundBase, WhatIsMissingIsNoFault) {
         PelkMaterial& mtl = make(c.material);
         const auto sampleAndRelease = [&] { mtl.releaseBSDF(context, mtl.getBSDF(context, 0)); };
         sampleAndRelease();
-        for (PluginBase* plugin : std::vector<PluginBase*>{nullptr, &noBSDF, &noSampler, &base}) {
+        for (PluginBase* plugin : std::vector<PluginBase*>{&noBSDF, &noSampler, nullptr}) {
             startFrame(mtl, {slotOf(c, plugin)});
             sampleAndRelease();
             setResults(context, Color(-77), Color(-77), Color(-77), Color(-77));
-            if (plugin != &base)
-                mtl.shade(context);
-            EXPECT_TRUE(plugin || resultsOf(context) == c.withoutBase);
+            mtl.shade(context);
         }
+        EXPECT_EQ(resultsOf(context), c.withoutBase);
+        startFrame(mtl, {slotOf(c, &base)});
         endRender(mtl);
         sampleAndRelease();
         EXPECT_EQ(base.samplersOut, 0) << "lost without an element";

@@ -2,16 +2,12 @@
 
 namespace {
 
-class MtlLayeredBRDFTest : public FakeHost {
-protected:
-    using Plugins = std::vector<PluginBase*>;
-
-    RecordingMaterial top, bottom;
-    PelkMaterial& mtl = make("MtlLayeredBRDF", "coat");
-    FakeContext context = hit();
-};
+using MtlLayeredBRDFTest = FakeHost;
 
 TEST_F(MtlLayeredBRDFTest, ShadesTheStackAndGivesItBack) {
+    RecordingMaterial top, bottom;
+    PelkMaterial& mtl = make("MtlLayeredBRDF");
+    FakeContext context = hit();
     top.sampler.color = Color(0.5f, 0.25f, 1);
     bottom.sampler.color = Color(0.25f);
     top.sampler.transparency = Color(0.5f);
@@ -20,7 +16,8 @@ TEST_F(MtlLayeredBRDFTest, ShadesTheStackAndGivesItBack) {
     const Color through(0.125f, 0.25f, 0.5f), alpha(0.875f, 0.75f, 0.5f);
     for (const bool doubleSided : {true, false}) {
         SCOPED_TRACE(doubleSided);
-        startFrame(mtl, {{"brdfs", Plugins{&top, &bottom}}, {"double_sided", doubleSided}});
+        startFrame(mtl, {{"brdfs", std::vector<PluginBase*>{&top, &bottom}},
+                         {"double_sided", doubleSided}});
         const PelkContext before = context;
         mtl.shade(context);
         EXPECT_EQ(resultsOf(context),
@@ -34,15 +31,6 @@ TEST_F(MtlLayeredBRDFTest, ShadesTheStackAndGivesItBack) {
     context.rayType = kRayShadow;
     mtl.shade(context);
     EXPECT_EQ(resultsOf(context), (Results{Color(0), through, alpha, through}));
-}
-
-TEST_F(MtlLayeredBRDFTest, NoLayerIsOpaqueBlack) {
-    RecordingFragment fragment;
-    context.resultFragment = &fragment;
-    startFrame(mtl, {{"brdfs", Plugins{}}});
-    mtl.shade(context);
-    EXPECT_EQ(resultsOf(context), kOpaqueBlack);
-    EXPECT_EQ(log.calls, std::vector<std::string>{"clear"});
 }
 
 }  // namespace

@@ -60,15 +60,6 @@ TEST_F(MtlOverrideTest, TheRayPicksItsSlotElseTheBase) {
     }
 }
 
-TEST_F(MtlOverrideTest, OnlyTheBaseShadesWithoutASampler) {
-    subs[kBase].hiddenFaces = subs[kReflect].hiddenFaces = {EXT_BSDF};
-    startFrame(mtl);
-    context.rayType = kRayReflect;
-    mtl.shade(context);
-    EXPECT_EQ(context.resultColor, Color(kBase));
-    EXPECT_EQ(mtl.getBSDF(context, 0), nullptr);
-}
-
 TEST_F(MtlOverrideTest, TheEnvironmentHoldsBelowTheMaterialAlone) {
     FakeTexture outer, sky;
     setParams(mtl, {{"environment_override", &sky}, {"environment_priority", 5}});

@@ -19,7 +19,6 @@ FakeContext::FakeContext(FakeRenderer& fakeRenderer, ThreadData& thread) {
     renderer = &fakeRenderer;
     shadeFlags = kShadeAlphaCounts;
     rayDir = rayDir2 = {0.0f, 0.0f, -1.0f};
-    rayMaxT = kRayFar;
     rayType = kRayCamera;
     rayWeight = rayWeight2 = spawnWeight = Color(1);
     hitPoint = refractionOrigin = {1.0, 2.0, 3.0};
@@ -59,7 +58,6 @@ PelkContext* FakeContext::newSpawnedContext(int index, const Color& weight, u32 
 }
 
 void FakeContext::releaseContext() {
-    note("releaseContext");
     auto* parent = static_cast<FakeContext*>(parentContext);
     EXPECT_EQ(this, parent->spawned[--parent->spawnedOut].get()) << "not the last one out";
 }

@@ -17,9 +17,6 @@ inline void PrintTo(const Color& c, std::ostream* out) {
 inline void PrintTo(const Vector& v, std::ostream* out) {
     *out << "(" << v.x << " " << v.y << " " << v.z << ")";
 }
-inline void PrintTo(const Point& p, std::ostream* out) {
-    *out << "(" << p.x << " " << p.y << " " << p.z << ")";
-}
 
 }  // namespace Tarnkit
 
