@@ -20,7 +20,7 @@ protected:
     }
 
     RecordingMaterial front, back;
-    PelkMaterial& mtl = make("Mtl2Sided", "leaf");
+    PelkMaterial& mtl = make("Mtl2Sided");
     FakeContext context = hit();
 };
 

@@ -23,7 +23,7 @@ TEST_F(MtlRenderStatsTest, EachKindOfRayIsHiddenByItsOwnFlag) {
         {kCam | kReflect, 1, kReflections},
         {kCam | kRefract, 1, kRefractions},
         {kCam | kReflect | kRefract, 1, kReflections | kRefractions},
-        {kCam | kGi, 1, kIndirect},
+        {kCam | kReflect | kRefract | kGi, 1, kIndirect},
         {kReflect | kRefract, 0, kNone},
         {kRayShadow, 0, kNone},
         {kRayShadow, 1, kShadows},

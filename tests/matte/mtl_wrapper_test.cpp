@@ -13,7 +13,7 @@ protected:
     }
 
     RecordingMaterial base;
-    PelkMaterial& mtl = make("MtlWrapper", "floor");
+    PelkMaterial& mtl = make("MtlWrapper");
 };
 
 TEST_F(MtlWrapperTest, OrdinaryHitsAreTheBasesWithAlphaAndGiScaled) {

@@ -1,4 +1,4 @@
-#include <limits>
+#include <cmath>
 
 #include "fake_host/fake_host.h"
 
@@ -101,7 +101,7 @@ TEST_F(MtlSingleBRDFTest, ImpossibleColoursAreRepairedAndReportedOncePerFrame) {
     EXPECT_EQ(repaired({1e30f, 2, 3}, false), Color(1e30f, 2, 3)) << "bright is fine";
     EXPECT_EQ(repaired({-1, 0.5f, -2}, true), Color(-1, 0.5f, -2));
     EXPECT_TRUE(renderer.log.texts.empty());
-    const float inf = std::numeric_limits<float>::infinity();
+    const float inf = HUGE_VALF;
     EXPECT_EQ(repaired({inf, -1, 1}, true), Color(0, -1, 1));
     EXPECT_EQ(renderer.log.texts,
               std::vector<std::string>{"w Material \"paint\" produced overbright or invalid color "
