@@ -1,6 +1,7 @@
 #include <limits>
 
 #include "frame/exception_msg.h"
+#include "frame/test_heap.h"
 #include "library/hit_roads.h"
 
 namespace {
@@ -32,23 +33,24 @@ protected:
 
     /// Sends all kinds of rays to all materials. Each must leave the context as it was and hold
     /// no sampler of the base, whether it ends well or by an exception.
-    void runAll(const char* what) {
-        for (PelkMaterial* material : materials) {
-            for (const u32 rayType : kRays) {
+    void runAll(const std::string& what) {
+        for (PelkMaterial* material : materials)
+            for (const u32 rayType : kRays)
                 for (const int backSide : {0, 1}) {
-                    SCOPED_TRACE(testing::Message()
-                                 << what << ", " << material->getPluginTypeName() << ", ray "
-                                 << rayType << (backSide ? " behind" : ""));
-                    runOne(*material, rayType, backSide, &BadAnswers::shadeOnce);
-                    runOne(*material, rayType, backSide, &BadAnswers::sampleOnce);
+                    SCOPED_TRACE(what + ", " + material->getPluginTypeName() + ", ray " +
+                                 std::to_string(rayType) + (backSide ? " behind" : ""));
+                    runOne(rayType, backSide, [=](auto& context) { material->shade(context); });
+                    runOne(rayType, backSide, [=](auto& context) { sample(*material, context); });
                 }
-            }
-        }
+    }
+
+    static void getAndRelease(PelkMaterial& material, FakeContext& context) {
+        material.releaseBSDF(context, material.getBSDF(context, 0));
     }
 
 private:
-    void runOne(PelkMaterial& material, u32 rayType, int backSide,
-                void (BadAnswers::*road)(PelkMaterial&, FakeContext&)) {
+    template <class Operation>
+    void runOne(u32 rayType, int backSide, Operation operation) {
         FakeContext context = hit();
         context.rayType = rayType;
         context.backSide = backSide;
@@ -58,27 +60,11 @@ private:
         context.resultFragment = &fragment;
         const PelkContext before = context;
         try {
-            (this->*road)(material, context);
+            operation(context);
         } catch (const ExceptionMsg&) {
         }
         expectRayAndHitAsBefore(before, context);
         EXPECT_EQ(base.samplersOut, 0) << "a sampler of the base is lost";
-    }
-
-    void shadeOnce(PelkMaterial& material, FakeContext& context) { material.shade(context); }
-
-    void sampleOnce(PelkMaterial& material, FakeContext& context) {
-        BSDFSampler* const sampler = material.getBSDF(context, 0);
-        if (sampler) {
-            for (const BSDFSide side : {kFrontSide, kBackSide}) {
-                Color light(1), unshadowed(1);
-                if (BRDFSampler* const face = sampler->getBRDF(side))
-                    face->eval(context, {0, 0, 1}, light, unshadowed, 2.0f, kEvalDiffuse);
-            }
-            sampler->traceBSDFForward(context, 1);
-            sampler->getBSDFTransparency(context);
-        }
-        material.releaseBSDF(context, sampler);
     }
 };
 
@@ -87,7 +73,7 @@ TEST_F(BadAnswers, LoseNoSamplerAndChangeNoField) {
     for (const float number : {std::numeric_limits<float>::quiet_NaN(), kInfinity, -kInfinity,
                                -1.0f, std::numeric_limits<float>::max()}) {
         answer(number);
-        runAll(std::to_string(number).c_str());
+        runAll(std::to_string(number));
     }
     answer(0.5f);
     base.sampler.hasFace[0] = false;
@@ -96,14 +82,20 @@ TEST_F(BadAnswers, LoseNoSamplerAndChangeNoField) {
     runAll("no face");
     base.givesSampler = false;
     runAll("no sampler");
+    base.givesSampler = base.sampler.hasFace[0] = base.sampler.hasFace[1] = true;
     base.throwsForMemory = true;
     runAll("base without memory");
     base.throwsForMemory = false;
-    base.givesSampler = true;
-    base.sampler.hasFace[0] = base.sampler.hasFace[1] = true;
     texture.throwsForMemory = true;
     runAll("texture without memory");
     texture.throwsForMemory = false;
+    startAll();
+    {
+        const DebugRecorder quiet;
+        HeapProbe heap;
+        heap.refuseAfter(0);
+        runAll("pools without memory");
+    }
     base.hiddenFaces = {EXT_MATERIAL, EXT_BSDF, EXT_OPAQUE_SHADEABLE, EXT_RTMTL};
     startAll();
     runAll("no interface");
@@ -113,24 +105,23 @@ TEST_F(BadAnswers, ExceptionsLoseNoPooledSampler) {
     // From here on the pools must do with the elements that they have.
     for (PelkMaterial* material : materials) {
         FakeContext context = hit();
-        material->releaseBSDF(context, material->getBSDF(context, 0));
+        getAndRelease(*material, context);
     }
     HeapProbe heap;
     heap.refuseAfter(0);
     for (PelkMaterial* material : materials) {
         SCOPED_TRACE(material->getPluginTypeName());
+        FakeContext context = hit();
         for (int i = 0; i < 1000; ++i) {
             base.throwsForMemory = i % 2;
             texture.throwsForMemory = !base.throwsForMemory;
-            FakeContext context = hit();
             try {
-                material->releaseBSDF(context, material->getBSDF(context, 0));
+                getAndRelease(*material, context);
             } catch (const ExceptionMsg&) {
             }
         }
         base.throwsForMemory = texture.throwsForMemory = false;
-        FakeContext context = hit();
-        EXPECT_NO_THROW(material->releaseBSDF(context, material->getBSDF(context, 0)));
+        EXPECT_NO_THROW(getAndRelease(*material, context));
     }
 }
 

@@ -1,9 +1,27 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
 #include "fake_host/materials_module.h"
-#include "library/command_lines.h"
+#include "temporary_directory.h"
 
 namespace {
+
+/// The lines that a tool writes about the built module.
+std::vector<std::string> linesOf(const std::string& tool) {
+    const TemporaryDirectory directory;
+    const std::string file = directory.file("lines");
+    const std::string command = tool + " " + MaterialsModule::path() + " > " + file;
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    std::vector<std::string> lines;
+    std::ifstream stream(file);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
 
 bool hasLockOrSharedStep(const std::string& line) {
     const auto has = [&](const char* text) { return line.find(text) != std::string::npos; };
@@ -14,11 +32,10 @@ bool hasLockOrSharedStep(const std::string& line) {
 
 // Nothing in the module needs a lock or an atomic step, in hits or outside of them, so all of its
 // code is looked through: what the compiler has folded into a shading function stands there too.
-TEST(Disassembly, NoLockNoAtomicStepNoThreadLocal) {
+TEST(Binary, HasNoLockNoAtomicStepNoThreadLocal) {
     std::string function;
     int shadingFunctions = 0;
-    for (const std::string& line : linesOf(PELK_OBJDUMP " -d -C --no-show-raw-insn " +
-                                           std::string(MaterialsModule::path()))) {
+    for (const std::string& line : linesOf(PELK_OBJDUMP " -d -C --no-show-raw-insn")) {
         if (line.ends_with(">:")) {
             function = line;
             shadingFunctions += line.find("::shade(") != std::string::npos;
@@ -27,6 +44,12 @@ TEST(Disassembly, NoLockNoAtomicStepNoThreadLocal) {
         EXPECT_FALSE(hasLockOrSharedStep(line)) << function << "\n" << line;
     }
     EXPECT_GE(shadingFunctions, 3) << "the code of the materials was not seen";
+}
+
+TEST(Binary, ExportsOneName) {
+    const std::vector<std::string> lines = linesOf(PELK_NM " -D --defined-only");
+    ASSERT_EQ(lines.size(), 1u) << testing::PrintToString(lines);
+    EXPECT_TRUE(lines[0].ends_with(" T getLibDesc")) << lines[0];
 }
 
 }  // namespace
