@@ -6,7 +6,6 @@
 #include <random>
 #include <string>
 
-#include "frame/exception_msg.h"
 #include "test_heap.h"
 
 namespace {
@@ -31,19 +30,6 @@ TEST(CharStringTest, TextFromItsOwnBufferIsReadBeforeItMoves) {
     EXPECT_STREQ(string.c_str(), "345678934567898934");
 }
 
-TEST(CharStringTest, FailedChangeChangesNothing) {
-    const TestHeap heap;
-    CharString string("short"), shared("shared"), copy(shared);
-    for (const int requests : {0, 1}) {  // the copy needs an object, then its text
-        TestHeap::refuseAfter(requests);
-        EXPECT_THROW(copy.append(" and more"), Tarnkit::ExceptionMsg);
-        EXPECT_STREQ(copy.c_str(), "shared");
-    }
-    EXPECT_THROW(string = "something longer", Tarnkit::ExceptionMsg);
-    EXPECT_STREQ(string.c_str(), "short");
-    EXPECT_STREQ(shared.c_str(), "shared");
-}
-
 TEST(CharStringTest, BehavesAsAValueUnderRandomOperations) {
     const TestHeap heap;
     {
@@ -51,23 +37,20 @@ TEST(CharStringTest, BehavesAsAValueUnderRandomOperations) {
         CharString strings[4];
         std::optional<std::string> model[4];
         for (int step = 0; step < 20000; ++step) {
-            const unsigned to = random() % 4, from = random() % 4, kind = random() % 5;
+            const unsigned to = random() % 4, from = random() % 4, kind = random() % 4;
             const std::string text(random() % 40, static_cast<char>('a' + random() % 26));
             if (kind == 0) {
                 strings[to] = strings[from];
                 model[to] = model[from];
             } else if (kind == 1) {
-                strings[to] = text.c_str();
-                model[to] = text;
-            } else if (kind == 2) {
                 strings[to].append(text.c_str());
                 model[to] = model[to].value_or("") + text;
-            } else if (model[from] && model[from]->size() < 500) {
+            } else if (kind == 2 || !model[from] || model[from]->size() > 500) {
+                strings[to] = text.c_str();
+                model[to] = text;
+            } else {
                 strings[to].append(strings[from]);
                 model[to] = model[to].value_or("") + *model[from];
-            } else {
-                strings[from] = nullptr;
-                model[from].reset();
             }
             for (int i = 0; i < 4; ++i)
                 ASSERT_STREQ(strings[i].c_str(), model[i] ? model[i]->c_str() : nullptr) << step;

@@ -21,16 +21,12 @@ TEST(HashLittleTest, AgreesWithThePublishedValues) {
     EXPECT_EQ(hashlittle(text, 30, 1), 0xcd628161u);
 }
 
-TEST(HashLittleTest, TakesEveryByteOnceWhateverTheLengthAndPlace) {
-    // In one word a key's bytes and length alone decide: 1 to 3 bytes are one padded with zeros,
-    // but for the length, which counts like the seed.
+TEST(HashLittleTest, PadsTheLastWordsWithZeros) {
+    char padded[12] = {};
     for (u32 length = 1; length <= 12; ++length) {
-        char padded[32] = {}, shifted[32] = {};
-        for (u32 i = 0; i < length; ++i)
-            padded[i] = shifted[i + 1] = static_cast<char>(0x91 + 7 * i);
-        const u32 hash = hashlittle(padded, length, 0);
-        EXPECT_EQ(hashlittle(shifted + 1, length, 0), hash) << length;
-        EXPECT_EQ(hashlittle(padded, 12, length - 12), hash) << length;
+        padded[length - 1] = static_cast<char>(0x91 + 7 * length);
+        // The length counts like the seed.
+        EXPECT_EQ(hashlittle(padded, length, 0), hashlittle(padded, 12, length - 12)) << length;
     }
 }
 
@@ -91,21 +87,6 @@ TEST(HashTableTest, BehavesAsAMapUnderRandomOperations) {
         }
     }
     EXPECT_EQ(TestHeap::state.live, 0);
-}
-
-TEST(HashTableTest, MemoryFailureLosesNoEntry) {
-    const TestHeap heap;
-    HashTable<u32, int> table;
-    for (u32 key = 0; key < 1000; ++key)
-        table.insert(key, static_cast<int>(key));
-    TestHeap::refuseAfter(0);
-    EXPECT_THROW(table.insert(1000, 0), ExceptionMsg) << "no node";
-    for (u32 key = 999; key >= 600; --key)
-        table.remove(key);
-    TestHeap::refuseNothing();
-    EXPECT_EQ(table.size(), 600);
-    for (u32 key = 0; key < 1001; ++key)
-        ASSERT_EQ(table.find(key) != nullptr, key < 600) << key;
 }
 
 }  // namespace

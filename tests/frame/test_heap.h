@@ -39,27 +39,22 @@ private:
         state.taken += block != nullptr;
         return block;
     }
-    static void* allocate(std::size_t size) {
-        return take([=] { return system().allocate(size); });
-    }
-    static void* allocateAligned(std::size_t size, std::size_t alignment) {
-        return take([=] { return system().allocateAligned(size, alignment); });
-    }
-    static void* reallocate(void* old, std::size_t size) {
-        void* block = take([=] { return system().reallocate(old, size); });
-        state.live -= block && old;
-        return block;
-    }
-    static void release(void* block) {
-        state.live -= block != nullptr;
-        system().release(block);
-    }
-    static constexpr Tarnkit::platform::Heap kHeap{allocate,
-                                                   allocateAligned,
-                                                   reallocate,
-                                                   release,
-                                                   [] { return state.report; },
-                                                   [] { return state.intact; }};
+    static constexpr Tarnkit::platform::Heap kHeap{
+        [](std::size_t size) { return take([=] { return system().allocate(size); }); },
+        [](std::size_t size, std::size_t alignment) {
+            return take([=] { return system().allocateAligned(size, alignment); });
+        },
+        [](void* old, std::size_t size) {
+            void* block = take([=] { return system().reallocate(old, size); });
+            state.live -= block && old;
+            return block;
+        },
+        [](void* block) {
+            state.live -= block != nullptr;
+            system().release(block);
+        },
+        [] { return state.report; },
+        [] { return state.intact; }};
 };
 
 /// Collects what goes to the debug stream while it lives.

@@ -2,110 +2,178 @@
 
 #include "fake_host/fake_renderer.h"
 #include "fake_host/recorders.h"
+#include "frame/layered_bsdf.h"
+#include "frame/two_sided_bsdf.h"
 
 namespace {
 
-/// A sampler with the bodies of the base classes, but for what a test sets.
-class BaseSampler : public BSDFSampler, public BRDFSampler {
+/// A sampler that takes its share of light and passes the rest on, and traces as the base classes
+/// do.
+class Film : public BSDFSampler, public BRDFSampler {
 public:
+    Film(float reflected, float passed) : diffuse(reflected), passes(passed) {}
+
     bool hasFace[2] = {true, true};
-    Color diffuse, transparency, glow;
-    Vector diffuseNormal{0.0f, 0.0f, 1.0f};
-    u32 ownRay = 0;  ///< ray flags of its own ray; 0: it has none
-    Color ownRayWeight;
-    float setupWeight = 1.0f;
+    Color diffuse, passes, transparency, glow;
+    Vector bump;
 
-    BRDFSampler* getBRDF(BSDFSide side) override { return hasFace[side] ? this : nullptr; }
-    Color getDiffuseColor(Color& lightColor) override { return lightColor * diffuse; }
-    Vector getDiffuseNormal(PelkContext&) override { return diffuseNormal; }
+    Color light, unshadowed, through, tracedWeight;
+    Vector normal;
+    SeenSide seenSide;
+    int flags = -1;
+    int askedSide = -1;
+
+    BRDFSampler* getBRDF(BSDFSide side) override {
+        askedSide = side;
+        return hasFace[side] ? this : nullptr;
+    }
+    Color getDiffuseColor(Color& lightColor) override {
+        const Color reflected = lightColor * diffuse;
+        lightColor *= passes;
+        return reflected;
+    }
+    Color getLightMult(Color& lightColor) override { return getDiffuseColor(lightColor); }
+    Vector getDiffuseNormal(PelkContext& context) override { return context.normal + bump; }
     Color getTransparency(PelkContext&) override { return transparency; }
-    Color getSelfIllumination(PelkContext&) override { return glow; }
-    PelkContext* getNewContext(PelkContext& context, int& sampler, int) override {
-        sampler = 3;
-        return ownRay ? context.newSpawnedContext(0, ownRayWeight, ownRay, {1, 0, 0}) : nullptr;
+    Color eval(PelkContext& context, const Vector&, Color& lightColor, Color& origLightColor, float,
+               int evalFlags) override {
+        light = lightColor;
+        unshadowed = origLightColor;
+        through = context.resultTransparency;
+        normal = context.normal;
+        seenSide = sideOf(context);
+        flags = evalFlags;
+        origLightColor *= passes;
+        return getDiffuseColor(lightColor);
     }
-    float setupContext(PelkContext&, PelkContext&, float, int sample) override {
-        EXPECT_EQ(sample, 3) << "not the sample that getNewContext named";
-        return setupWeight;
-    }
-};
-
-/// Looks at the normal about which indirect light is gathered.
-class NormalGi : public FakeGi {
-public:
-    Vector seen;
-    void irradiance(Color& out, PelkContext& context) override {
-        seen = context.normal;
-        FakeGi::irradiance(out, context);
+    Color getSelfIllumination(PelkContext& context) override {
+        tracedWeight = context.rayWeight;
+        return glow;
     }
 };
 
 class SamplersTest : public testing::Test {
 protected:
-    SamplersTest() { renderer.sequenceData.giEngine = &gi; }
+    SamplersTest() { renderer.gi.light = Color(1); }
 
-    NormalGi gi;
+    void stack(std::vector<Film*> films, Color clear = Color(0)) {
+        layers.setNumBSDFs(context, static_cast<int>(films.size()), 0);
+        layers.setTransparency(Color(0));
+        for (size_t i = 0; i < films.size(); ++i)
+            layers.setBSDF(static_cast<int>(i), films[i], films[i] ? clear : Color(1), 0);
+    }
+
     FakeRenderer renderer;
     ThreadData thread;
-    BaseSampler sampler;
+    FakeContext context{renderer, thread};
+    Color light{4}, unshadowed{8};
+    LayeredBSDF layers;
 };
 
-TEST_F(SamplersTest, TraceForwardIsIndirectLightAndGlow) {
-    gi.light = {1.0f, 0.5f, 2.0f};
-    sampler.diffuse = {0.5f, 1.0f, 0.25f};
-    sampler.glow = {0.0f, 0.0f, 3.0f};
-    // Opacity stops at 0 where the surface brightens what is behind it.
-    sampler.transparency = {0.5f, 0.0f, 2.0f};
-    sampler.diffuseNormal = {0.6f, 0.0f, 0.8f};
-    FakeContext context(renderer, thread);
-    sampler.traceForward(context, 1);
-    EXPECT_EQ(resultsOf(context),
-              (Results{{0.25f, 0.5f, 3.0f}, {0.5f, 0, 2}, {0.5f, 1, 0}, {0.5f, 0, 2}}));
-    EXPECT_EQ(gi.seen, sampler.diffuseNormal) << "bump is missing in indirect light";
-    EXPECT_EQ(context.normal, Vector(0, 0, 1)) << "normal not restored";
+TEST_F(SamplersTest, LayersTakeLightFromTheTopAndPassItOn) {
+    Film coat(0.25f, 0.5f), base(0.5f, 0);
+    coat.transparency = base.transparency = Color(0.5f);
+    coat.bump = {1, 0, 0};
+    stack({&coat, nullptr, &base});
+    EXPECT_EQ(context.rayWeight, Color(0)) << "what is left for samplers below the last";
+    context.rayWeight = Color(1);
+    BRDFSampler* face = layers.getBRDF(kFrontSide);
+    EXPECT_EQ(face->eval(context, {0, 0, 1}, light, unshadowed, 1, 3), Color(1 + 0.5f * 2));
+    EXPECT_EQ(light, Color(0));
+    EXPECT_EQ(base.light, Color(2));
+    EXPECT_EQ(base.unshadowed, Color(4));
+    EXPECT_EQ(coat.normal, Vector(1, 0, 1));
+    EXPECT_EQ(base.normal, Vector(0, 0, 1)) << "the bump of the layer above";
+    EXPECT_EQ(base.through, Color(0.5f));
 
-    sampler.traceForward(context, 0);
-    EXPECT_EQ(context.resultColor, sampler.glow) << "indirect light was not asked for";
-
-    renderer.sequenceData.giEngine = nullptr;
-    sampler.traceForward(context, 1);
-    EXPECT_EQ(context.resultColor, sampler.glow) << "a host without indirect light gives none";
+    coat.glow = base.glow = Color(8);
+    layers.traceBSDFForward(context, 1);
+    // Each layer: indirect light by its opacity, and glow.
+    EXPECT_EQ(context.resultColor, Color((0.125f + 8) + 0.5f * (0.25f + 8)));
+    EXPECT_EQ(context.resultTransparency, Color(0.25f));
+    EXPECT_EQ(context.resultAlpha, Color(0.75f));
+    EXPECT_EQ(base.tracedWeight, Color(0.5f));
+    EXPECT_EQ(context.rayWeight, Color(1));
 }
 
-TEST_F(SamplersTest, OwnRayIsWeightedNotedAndReleased) {
-    const Color weight{0.5f, 0.25f, 0.125f}, traced{1.0f, 2.0f, 4.0f};
-    renderer.tracedColor = {1.0f, 4.0f, 16.0f};
-    sampler.ownRayWeight = weight;
-    sampler.setupWeight = 2.0f;
-    sampler.glow = Color(1);
-    using Noted = std::vector<std::pair<int, Color>>;
-    const auto notedWith = [&](u32 rayFlags) {
-        sampler.ownRay = rayFlags;
-        FakeContext context(renderer, thread);
-        sampler.traceBSDFForward(context, 1);
-        EXPECT_EQ(context.resultColor, rayFlags ? Color(1) + traced : Color(1));
-        RecordingFragment fragment;
-        context.resultFragment = &fragment;
-        sampler.traceBSDFForward(context, 1);
-        return fragment.aliases;
+TEST_F(SamplersTest, ClearLayersHideNothing) {
+    Film opaque(0.5f, 0), amplifier(0, 2), base(1, 0), oneSided(1, 0.5f);
+    oneSided.hasFace[kBackSide] = false;
+    const struct {
+        const char* what;
+        Color clear;
+        std::vector<Film*> films;
+        Color seen, transparency;
+    } cases[] = {
+        {"half clear", Color(0.5f), {&opaque, &base}, Color(4), Color(0.25f)},
+        {"passes no more than came", Color(0), {&amplifier, &base}, Color(4), Color(0)},
+        {"made for the other side", Color(0), {&oneSided, &base}, Color(6), Color(0)},
+        {"other layers than before", Color(0), {nullptr, &base}, Color(4), Color(0)},
+        {"nothing there", Color(0), {nullptr, nullptr}, Color(0), Color(1)},
+        {"no layer", Color(0), {}, Color(0), Color(1)},
     };
-    EXPECT_EQ(notedWith(0), Noted());
-    EXPECT_EQ(notedWith(kSpawnMirror), (Noted{{102, traced}, {139, weight * 2.0f}}));
-    EXPECT_EQ(notedWith(kRayRefract), (Noted{{103, traced}}));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        stack(c.films, c.clear);
+        light = Color(4);
+        BRDFSampler* face = layers.getBRDF(kBackSide);
+        EXPECT_EQ(face ? face->getDiffuseColor(light) : Color(0), c.seen);
+        EXPECT_EQ(layers.getBSDFTransparency(context), c.transparency);
+    }
 }
 
-TEST_F(SamplersTest, SamplerWithoutAFaceIsClear) {
-    sampler.hasFace[0] = sampler.hasFace[1] = false;
-    sampler.ownRay = kSpawnMirror;
-    FakeContext context(renderer, thread);
-    EXPECT_EQ(sampler.getBSDFTransparency(context), Color(1));
-    sampler.traceBSDFForward(context, 1);
-    EXPECT_EQ(resultsOf(context), kFullyTransparent);
-    EXPECT_TRUE(context.spawnRequests.empty());
+TEST_F(SamplersTest, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
+    Film first(1, 0), second(0.5f, 0);
+    const struct {
+        const char* what;
+        int backSide, flippedSide;
+        bool turnedSince;  // by a sampler around this one
+        SeenSide first, second;
+    } cases[] = {
+        {"front", 0, 0, false, {0, 0, 1}, {1, 0, -1}},
+        {"back", 1, 0, false, {0, 0, -1}, {1, 0, 1}},
+        {"back, turned already", 1, 1, false, {1, 0, 1}, {0, 0, -1}},
+        {"front, turned since", 0, 0, true, {0, 0, 1}, {1, 0, -1}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        context.backSide = c.backSide;
+        context.flippedSide = c.flippedSide;
+        TwoSidedBSDF bsdf;
+        bsdf.init(context, Color(0.25f), &first, &second, 0, Color(0));
+        BRDFSampler* viewer = bsdf.getBRDF(c.backSide ? kBackSide : kFrontSide);
+        EXPECT_NE(viewer, bsdf.getBRDF(c.backSide ? kFrontSide : kBackSide))
+            << "hosts light a side beyond by its own face";
+        const ScopedFlip turned(context, c.turnedSince);
+        const PelkContext before = context;
 
-    sampler.hasFace[1] = true;
-    sampler.transparency = Color(0.25f);
-    EXPECT_EQ(sampler.getBSDFTransparency(context), Color(0.25f)) << "the other side answers too";
+        const float viewerSide = c.backSide ? -1.0f : 1.0f;
+        light = Color(4);
+        EXPECT_EQ(viewer->eval(context, {0, 0, viewerSide}, light, unshadowed, 1, 3), Color(3));
+        EXPECT_EQ(first.seenSide, c.first);
+        EXPECT_EQ(first.flags, 3);
+        light = Color(4);
+        EXPECT_EQ(viewer->eval(context, {0, 0, -viewerSide}, light, unshadowed, 1, 3), Color(0.5f));
+        EXPECT_EQ(second.seenSide, c.second);
+        EXPECT_EQ(second.askedSide, 1 - c.second.backSide) << "the side that light falls on";
+        EXPECT_EQ(second.flags, kEvalDiffuse);
+
+        viewer->traceForward(context, 1);
+        EXPECT_EQ(context.resultColor, Color(0.75f + 0.25f * 0.5f));
+        expectRayAndHitAsBefore(before, context);
+    }
+}
+
+TEST_F(SamplersTest, ThinSurfacesLetLightThroughByBothSides) {
+    Film white(1, 0), clear(1, 1);
+    clear.transparency = Color(1);
+    TwoSidedBSDF bsdf;
+    bsdf.init(context, Color(0.25f), &white, nullptr, 1, Color(0));
+    bsdf.traceBSDFForward(context, 1);
+    EXPECT_EQ(context.resultColor, Color(0.75f));
+    EXPECT_EQ(context.resultTransparency, Color(0.25f)) << "nothing beyond";
+    bsdf.init(context, Color(0.25f), &clear, &clear, 1, Color(0));
+    EXPECT_EQ(bsdf.getBSDFTransparency(context), Color(1));
 }
 
 }  // namespace

@@ -16,20 +16,13 @@ TEST(ShaderSourceTest, WritesEveryConversionAsPrintf) {
     const char* volatile null = nullptr;  // so that the compiler does not see it
     ShaderSource source;
     EXPECT_STREQ(source.c_str(), "");
-    source.printf("plain\n");
-    source.printf("%d,%i,%u,%x;", -5, 7, 3000000000u, 0xBEEFu);
-    source.printf("%ld,%lld,%zu;", -5000000000L, 5000000000LL, size_t(9));
+    source.printf("%d,%u,%x,%lld,%zu;", -5, 3000000000u, 0xBEEFu, 5000000000LL, size_t(9));
     source.printf("%f %.2f %g %8.3f|%-8.3f|;", 0.1, 2.0 / 3, 1e-7, 1.0, 1.0);
-    source.printf("%s%c%5s|%-4s|%%;", "text", '!', "ab", "cd");
-    source.printf("[%s|%4s]", null, null);
+    source.printf("%s%c%5s|%%[%s|%4s]", "text", '!', "ab", null, null);
     EXPECT_STREQ(source.c_str(),
-                 "plain\n"
-                 "-5,7,3000000000,beef;"
-                 "-5000000000,5000000000,9;"
+                 "-5,3000000000,beef,5000000000,9;"
                  "0.100000 0.67 1e-07    1.000|1.000   |;"
-                 "text!   ab|cd  |%;"
-                 "[|    ]");
-    EXPECT_EQ(source.length(), static_cast<int>(std::string(source.c_str()).size()));
+                 "text!   ab|%[|    ]");
 }
 
 TEST(ShaderSourceTest, WritesAPointInALocaleWithCommas) {
@@ -47,20 +40,17 @@ TEST(ShaderSourceTest, WritesAPointInALocaleWithCommas) {
 
 TEST(ShaderSourceTest, KeepsLongTextsWhole) {
     const std::string text(3000, 'x');
-    ShaderSource source, other;
+    ShaderSource source;
     std::string expected;
     for (int i = 0; i < 20; ++i) {
-        source.printf("<%s>%.400f", text.c_str(), 1e300);
-        char number[1024];
-        std::snprintf(number, sizeof(number), "%.400f", 1e300);
-        expected += "<" + text + ">" + number;
+        source.printf("<%s>%.600f", text.c_str(), 1.0);
+        expected += "<" + text + ">1." + std::string(600, '0');
     }
-    EXPECT_EQ(source.c_str(), expected);
-    // Its own text, which moves while it is appended, and an empty and a null one.
+    // Its own text, which moves while it is appended, and a null one.
     source.append(source);
-    source.append(other);
     source.append(static_cast<const char*>(nullptr));
     EXPECT_EQ(source.c_str(), expected + expected);
+    EXPECT_EQ(source.length(), static_cast<int>(2 * expected.size()));
 }
 
 }  // namespace
