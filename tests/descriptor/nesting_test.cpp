@@ -55,7 +55,7 @@ TEST_F(NestingTest, SharedPluginsTakeTheNearestEarlierOffset) {
     EXPECT_EQ(offsetsOf({{&a}, {&b}, {&a}, {&b}}, SamePlugin::Shared), (Offsets{1, 2, 1, 2}));
     const std::string frame = "<coatlayer_begin>\nx\n<coatlayer_end>\n";
     EXPECT_EQ(frames.c_str(), frame + frame) << "written once each";
-    EXPECT_EQ(offsetsOf({{&a}, {&b, false}, {&b}}, SamePlugin::Shared), (Offsets{1, 1, 1}))
+    EXPECT_EQ(offsetsOf({{&a}, {&b}, {&b, false}, {&b}}, SamePlugin::Shared), (Offsets{1, 2, 1, 1}))
         << "a disabled earlier position is shared too";
 }
 

@@ -21,10 +21,6 @@ void touchNothing() {
     *nowhere = 1;
 }
 
-void divideByZero() {
-    zero = 1 / zero;
-}
-
 /// The text of the exception that a crash ends in.
 std::string textOf(void (*crash)()) {
     installCrashHandler();
@@ -59,19 +55,16 @@ TEST(CrashHandlerTest, TheFirstOfTwoThreadsWritesTheDump) {
     EXPECT_EQ(dump.find("xxxx"), std::string::npos) << "the older file is replaced";
 
     std::filesystem::remove(directory.file("Pelk.dmp"));
-    EXPECT_EQ(textOf(divideByZero), "Unhandled exception 8");
+    EXPECT_EQ(textOf([] { zero = 1 / zero; }), "Unhandled exception 8");
     EXPECT_EQ(directory.entryCount(), 0) << "once per process";
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Writing crash dump to \"" + directory.file("Pelk.dmp") + "\"\n");
 }
 
 TEST(CrashHandlerTest, ADumpThatCannotBeWrittenIsLost) {
-    // The second fits, but not with the file's name.
-    for (const std::string& setting : {std::string("/missing"), "/" + std::string(252, 'd')}) {
-        const ScopedEnvironment temporaries("TMPDIR", setting.c_str());
-        crashDumpWritten = 0;
-        EXPECT_EQ(textOf(touchNothing), "Unhandled exception b") << setting;
-    }
+    const ScopedEnvironment temporaries("TMPDIR", "/missing");
+    crashDumpWritten = 0;
+    EXPECT_EQ(textOf(touchNothing), "Unhandled exception b");
 }
 
 }  // namespace

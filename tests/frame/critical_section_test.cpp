@@ -30,4 +30,17 @@ TEST(CriticalSectionTest, IsTheOwnersUntilLeftAsOftenAsEntered) {
     EXPECT_TRUE(othersCanEnter(section));
 }
 
+struct HeldSection {
+    int attempts = 0, blocking = 0;
+    bool tryEnter() { return ++attempts < 0; }
+    void enter() { ++blocking; }
+};
+
+TEST(CriticalSectionTest, SpinEnterBlocksAfterThreeThousandAttempts) {
+    HeldSection section;
+    spinEnter(section);
+    EXPECT_EQ(section.attempts, 3000);
+    EXPECT_EQ(section.blocking, 1);
+}
+
 }  // namespace

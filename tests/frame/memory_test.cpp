@@ -7,7 +7,6 @@
 
 #include "frame/debug_print.h"
 #include "frame/exception_msg.h"
-#include "frame/heap_report.h"
 #include "test_heap.h"
 
 namespace {
@@ -38,8 +37,6 @@ TEST(MemoryTest, FailureTellsTheStateOfTheHeap) {
               "[getFreeHeapMemory] Getting free heap memory.\n"
               "[getFreeHeapMemory] heapstatus=4\n"
               "[getFreeHeapMemory] Number of blocks visited: 9\n");
-    TestHeap::state.report.blocks = 0;  // has no sums
-    EXPECT_EQ(getHeapSize(), 0u);
     TestHeap::state.intact = false;
     EXPECT_EQ(failureText(1), " Heap is reported damaged.\n");
 }
@@ -56,7 +53,7 @@ TEST(MemoryTest, AlignedBlocksStandOnTheirBoundaryAndGoBackWhole) {
     alignedFree(nullptr);
     EXPECT_EQ(TestHeap::state.live, 0);
     EXPECT_FALSE(alignedAlloc(~std::size_t{100})) << "the padding overflows";
-    EXPECT_THROW(allocateArray<u64>(std::size_t{1} << 61), ExceptionMsg) << "the size overflows";
+    EXPECT_THROW(allocateArray<double>(std::size_t{1} << 61), ExceptionMsg) << "the size overflows";
     TestHeap::refuseAfter(0);
     EXPECT_FALSE(alignedAlloc(1));
 }
