@@ -46,10 +46,13 @@ TEST(Binary, HasNoLockNoAtomicStepNoThreadLocal) {
     EXPECT_GE(shadingFunctions, 3) << "the code of the materials was not seen";
 }
 
-TEST(Binary, ExportsOneName) {
+TEST(Binary, ExportsOneNameAndTakesNoMemoryPastItsOwnOperatorNew) {
     const std::vector<std::string> lines = linesOf(PELK_NM " -D --defined-only");
     ASSERT_EQ(lines.size(), 1u) << testing::PrintToString(lines);
     EXPECT_TRUE(lines[0].ends_with(" T getLibDesc")) << lines[0];
+    for (const std::string& line : linesOf(PELK_NM " -D --undefined-only"))
+        for (const char* foreign : {" _Zn", " _Zd", " malloc", " free"})
+            EXPECT_EQ(line.find(foreign), std::string::npos) << line;
 }
 
 }  // namespace

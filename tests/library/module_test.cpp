@@ -80,7 +80,6 @@ TEST(Module, ListsItsPluginsInOrderWithTheirFaces) {
             EXPECT_EQ(face->getPlugin(), made);
         }
         EXPECT_EQ(made->getInterface(EXT_RTMTL) != nullptr, kPlugins[i].describesItself);
-        EXPECT_EQ(made->getInterface(EXT_TEXTURE), nullptr);
         desc.deletePlugin(made);
     }
 }
