@@ -18,7 +18,6 @@ TEST(ErrorChainTest, TextRunsFromTheLatestToTheFirst) {
     chain.addError("top", -5, nullptr);
     EXPECT_STREQ(chain.getText().c_str(), "[top]  | no place | [reader] line 12");
     EXPECT_STREQ(chain.getFirstErrorText(), "unknown error");
-    EXPECT_EQ(chain.getCode(2), 3);
     EXPECT_EQ(chain.getCode(3), 0);
 }
 

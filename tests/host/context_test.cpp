@@ -60,4 +60,16 @@ TEST_F(ContextTest, ShadedResultIsDirectLightAndTracedLight) {
     EXPECT_EQ(resultsOf(context), kFullyTransparent);
 }
 
+TEST_F(ContextTest, ReflectedDerivativesAreMirroredLikeTheRay) {
+    // A mirror that turns x into z.
+    context.rayDir = {1, 0, 0};
+    context.rayDerivY = {0.25f, 0, 1};
+    PelkContext reflected;
+    setReflectDerivs(context, reflected, {0, 0, 1}, 0, 1e18f);
+    EXPECT_THAT(reflected.rayDerivY, VectorNear(Vector(1, 0, 0.25f), 1e-6f));
+    // A ray that isn't turned leaves no axis; it must not become a NaN.
+    setReflectDerivs(context, reflected, context.rayDir, 0, 1e18f);
+    EXPECT_EQ(reflected.rayDerivY, context.rayDerivY);
+}
+
 }  // namespace

@@ -20,7 +20,6 @@ TEST(ValueParameterTest, AnswersInEveryTypeThatItsOwnCanBeTurnedInto) {
         EXPECT_EQ(parameter.getInt(0, 0), whole);
         EXPECT_EQ(parameter.getFloat(0, 0), number);
         EXPECT_EQ(parameter.getColor(0, 0), color);
-        EXPECT_EQ(parameter.openItem(0), -1);
     };
     expectAnswers(IntParameter("int", -7), -7, -7.0f, {Color(-7), 1});
     expectAnswers(FloatParameter("cut to 0", -2.75f), -2, -2.75f, {Color(-2.75f), 1});
@@ -36,7 +35,6 @@ TEST(ValueParameterTest, IndexThatIsNotThereGivesNothing) {
     FloatParameter single("p", 5);
     FloatListParameter numbers("p", {1.5f, 2.5f}), empty("p", {});
     StringListParameter texts("p", {"a", nullptr, "c"});
-    TexturedFloatListParameter positions("p", {{0.5f, nullptr}});
     PairListParameter pairs("p", {{7, nullptr}});
     EXPECT_EQ(empty.getCount(0), 0) << "an empty list is not a single value";
     EXPECT_EQ(texts.getString(1, 0), nullptr);
@@ -45,7 +43,6 @@ TEST(ValueParameterTest, IndexThatIsNotThereGivesNothing) {
         EXPECT_EQ(single.getFloat(outside, 0), 0.0f);
         EXPECT_EQ(numbers.getFloat(outside, 0), 0.0f);
         EXPECT_EQ(texts.getString(outside, 0), nullptr);
-        EXPECT_EQ(positions.getObject(outside, 0), nullptr);
         EXPECT_EQ(pairs.openItem(outside), -1);
     }
 }

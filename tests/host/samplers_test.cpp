@@ -16,6 +16,7 @@ public:
     bool hasFace[2] = {true, true};
     Color diffuse, passes, transparency, glow;
     Vector bump;
+    u32 ownRay = 0;  ///< ray flags of its own ray; 0: it has none
 
     Color light, unshadowed, through, tracedWeight;
     Vector normal;
@@ -50,6 +51,11 @@ public:
         tracedWeight = context.rayWeight;
         return glow;
     }
+    PelkContext* getNewContext(PelkContext& context, int&, int) override {
+        const Color weight(0.5f, 1, 2);
+        return ownRay ? context.newSpawnedContext(0, weight, ownRay, {1, 0, 0}) : nullptr;
+    }
+    float setupContext(PelkContext&, PelkContext&, float, int) override { return 2.0f; }
 };
 
 class SamplersTest : public testing::Test {
@@ -69,6 +75,21 @@ protected:
     Color light{4}, unshadowed{8};
     LayeredBSDF layers;
 };
+
+TEST_F(SamplersTest, OwnRayIsWeightedAndNoted) {
+    Film film(0, 0);
+    renderer.tracedColor = {1, 4, 16};
+    const Color weight(1, 2, 4), traced(1, 8, 64);
+    RecordingFragment fragment;
+    context.resultFragment = &fragment;
+    for (const u32 ray : {u32{kSpawnMirror}, u32{kRayRefract}}) {
+        film.ownRay = ray;
+        film.traceBSDFForward(context, 1);
+        EXPECT_EQ(context.resultColor, traced);
+    }
+    using Noted = std::vector<std::pair<int, Color>>;
+    EXPECT_EQ(fragment.aliases, (Noted{{102, traced}, {139, weight}, {103, traced}}));
+}
 
 TEST_F(SamplersTest, LayersTakeLightFromTheTopAndPassItOn) {
     Film coat(0.25f, 0.5f), base(0.5f, 0);
@@ -91,7 +112,6 @@ TEST_F(SamplersTest, LayersTakeLightFromTheTopAndPassItOn) {
     // Each layer: indirect light by its opacity, and glow.
     EXPECT_EQ(context.resultColor, Color((0.125f + 8) + 0.5f * (0.25f + 8)));
     EXPECT_EQ(context.resultTransparency, Color(0.25f));
-    EXPECT_EQ(context.resultAlpha, Color(0.75f));
     EXPECT_EQ(base.tracedWeight, Color(0.5f));
     EXPECT_EQ(context.rayWeight, Color(1));
 }
@@ -164,16 +184,13 @@ TEST_F(SamplersTest, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
     }
 }
 
-TEST_F(SamplersTest, ThinSurfacesLetLightThroughByBothSides) {
-    Film white(1, 0), clear(1, 1);
-    clear.transparency = Color(1);
+TEST_F(SamplersTest, AMissingSideIsClear) {
+    Film white(1, 0);
     TwoSidedBSDF bsdf;
-    bsdf.init(context, Color(0.25f), &white, nullptr, 1, Color(0));
+    bsdf.init(context, Color(0.25f), &white, nullptr, 0, Color(0));
     bsdf.traceBSDFForward(context, 1);
-    EXPECT_EQ(context.resultColor, Color(0.75f));
-    EXPECT_EQ(context.resultTransparency, Color(0.25f)) << "nothing beyond";
-    bsdf.init(context, Color(0.25f), &clear, &clear, 1, Color(0));
-    EXPECT_EQ(bsdf.getBSDFTransparency(context), Color(1));
+    EXPECT_EQ(resultsOf(context),
+              (Results{Color(0.75f), Color(0.25f), Color(0.75f), Color(0.25f)}));
 }
 
 }  // namespace
