@@ -2,8 +2,8 @@
 
 #include "pelk/program.h"
 
+using testing::AllOf;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 namespace {
@@ -15,16 +15,16 @@ struct Case {
 
 TEST(Command, HelpAndVersionAreAnswers) {
     const Case cases[] = {
-        {{"--help"}, "Exit codes"},      {{"--version"}, "pelk "},
-        {{"render", "--help"}, "--spp"}, {{"list", "--help"}, "--json"},
-        {{"info", "--help"}, "PLUGIN"},  {{"describe", "--help"}, "--section"},
+        {{"--help"}, "Exit codes"},
+        {{"--version"}, "pelk "},
+        {{"render", "--help"}, "--spp"},
     };
     for (const auto& c : cases) {
         Program pelk;
         const RunResult result = pelk.run(c.words);
         EXPECT_EQ(result.exitCode, 0) << c.says;
         EXPECT_THAT(result.out, HasSubstr(c.says));
-        EXPECT_THAT(result.err, IsEmpty());
+        EXPECT_EQ(result.err, "");
     }
 }
 
@@ -33,21 +33,16 @@ TEST(Command, BadUsageIsExplainedAndDoesNothing) {
         {{}, "subcommand"},
         {{"rendr", "s.json"}, "did you mean \"render\"?"},
         {{"render"}, "SCENE"},
-        {{"render", "s.json", "t.json"}, "t.json"},
-        {{"render", "s.json", "--size", "640"}, "expected WIDTHxHEIGHT"},
         {{"render", "s.json", "--size", "0x480"}, "expected WIDTHxHEIGHT"},
         {{"render", "s.json", "--size", "65536x65536"}, "expected WIDTHxHEIGHT"},
         {{"render", "s.json", "--spp", "0"}, "--spp"},
-        {{"render", "s.json", "--threads", "many"}, "--threads"},
         {{"render", "s.json", "--region", "3,3,3,9"}, "expected X0,Y0,X1,Y1"},
         {{"render", "s.json", "--region", "0,0,24,17"}, "24 x 16"},
         {{"render", "s.json", "--tile", "3/2"}, "expected I/N"},
         {{"render", "s.json", "--tile", "1/17"}, "24 x 16"},
-        {{"render", "s.json", "--tile", "1/2", "--region", "0,0,4,4"}, "--region"},
         {{"render", "s.json", "--set", "matte=1"}, "expected INSTANCE.PARAM=VALUE"},
-        {{"render", "s.json", "--progress", "xml"}, "--progress"},
-        {{"describe", "s.json"}, "INSTANCE"},
         {{"describe", "s.json", "matte", "--section", "Descriptor"}, "HierarchyDescriptor"},
+        {{"probe", "s.json", "--pixel", "24,0"}, "the picture has 24 x 16 pixels"},
     };
     for (const auto& c : cases) {
         Program pelk;
@@ -59,47 +54,15 @@ TEST(Command, BadUsageIsExplainedAndDoesNothing) {
     }
 }
 
-TEST(Command, MessagesAreColouredForPeopleAlone) {
-    const struct {
-        const char* what;
-        bool terminal;
-        const char* noColor;
-        const char* says;
-    } cases[] = {
-        {"on a terminal", true, "", "\x1b[0;31mpelk:\x1b[0m ?[2J.json: no such scene file"},
-        {"on a terminal whose user refuses", true, "1", "pelk: ?[2J.json: no such scene file"},
-        {"in a file", false, "", "pelk: ?[2J.json: no such scene file"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        if (c.terminal && !Program::canHaveTerminal())
-            continue;
-        Program pelk;
-        pelk.environment["NO_COLOR"] = c.noColor;
-        pelk.start({"render", "\x1b[2J.json"}, c.terminal);
-        const RunResult result = pelk.wait();
-        EXPECT_EQ(result.exitCode, 1);
-        EXPECT_THAT(result.out, IsEmpty());
-        EXPECT_THAT(result.err, StartsWith(c.says));
-    }
-}
-
 TEST(Command, TheDebugLogKeepsAllMessages) {
     Program pelk;
     pelk.directory.write("s.json", smallScene());
-    pelk.environment["TMPDIR"] = pelk.directory.path.string();
-    pelk.environment["PELK_NUM_THREADS"] = "3";
+    pelk.environment = {{"TMPDIR", pelk.directory.path.string()}, {"PELK_NUM_THREADS", "3"}};
     pelk.directory.write("pelk_dbg_log_7", "of an earlier run");
-    const std::vector<std::string> words{"describe", "s.json", "mate", "--debug-log", "7"};
-    const RunResult result = pelk.run(words);
+    const RunResult result = pelk.run({"describe", "s.json", "mate", "--debug-log", "7"});
     EXPECT_EQ(result.exitCode, 1);
-    const std::string log = pelk.directory.read("pelk_dbg_log_7");
-    EXPECT_THAT(log, StartsWith("pelk "));
-    for (const std::string& text : {std::string(" 3 threads\n"), result.err, std::string(" MB\n")})
-        EXPECT_THAT(log, HasSubstr(text));
-
-    pelk.environment["TMPDIR"] = pelk.directory.file("missing");
-    EXPECT_THAT(pelk.run(words).err, HasSubstr("cannot write the debug log"));
+    EXPECT_THAT(pelk.directory.read("pelk_dbg_log_7"),
+                AllOf(StartsWith("pelk "), HasSubstr(" 3 threads\n"), HasSubstr(result.err)));
 }
 
 }  // namespace

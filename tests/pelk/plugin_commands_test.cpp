@@ -7,19 +7,20 @@
 #include "pelk/program.h"
 
 using nlohmann::json;
+using nlohmann::ordered_json;
+using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 
-json entryNamed(const json& list, const std::string& name) {
+ordered_json entryNamed(const ordered_json& list, const std::string& name) {
     const auto at = std::find_if(list.begin(), list.end(),
-                                 [&name](const json& entry) { return entry["name"] == name; });
-    return at == list.end() ? json() : *at;
+                                 [&name](const auto& entry) { return entry["name"] == name; });
+    return at == list.end() ? ordered_json() : *at;
 }
 
-std::vector<std::string> keysOf(const nlohmann::ordered_json& object) {
+std::vector<std::string> keysOf(const ordered_json& object) {
     std::vector<std::string> keys;
     for (const auto& [key, value] : object.items())
         keys.push_back(key);
@@ -30,27 +31,21 @@ TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
     Program pelk;
     const RunResult result = pelk.run({"list", "--json"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.err, IsEmpty());
-    const json list = json::parse(result.out);
+    EXPECT_EQ(result.err, "");
+    const ordered_json list = ordered_json::parse(result.out);
     EXPECT_EQ(list["rejected"], json::array());
+    EXPECT_THAT(keysOf(list["plugins"][0]), ElementsAre("name", "id", "interfaces", "library"));
 
-    const json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
+    const ordered_json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
     EXPECT_EQ(diffuse["id"], 2004101502u);
     EXPECT_THAT(diffuse["library"].get<std::string>(), EndsWith("/pelk_materials.so"));
-    for (const char* name : {"EXT_MATERIAL", "EXT_BSDF", "EXT_OPAQUE_SHADEABLE", "EXT_RTMTL"})
-        EXPECT_THAT(diffuse["interfaces"], testing::Contains(name));
+    EXPECT_THAT(diffuse["interfaces"], testing::Contains("EXT_MATERIAL"));
     EXPECT_EQ(entryNamed(list["plugins"], "TexChecker")["library"], "");
 
     // The last library comes first, and in it the descriptor that was made last.
-    const auto place = [&list](const char* name) {
-        const json& plugins = list["plugins"];
-        return std::find(plugins.begin(), plugins.end(), entryNamed(plugins, name)) -
-               plugins.begin();
-    };
-    EXPECT_LT(place("MtlDiffuse"), place("MtlSingleBRDF"));
-    EXPECT_LT(place("MtlSingleBRDF"), place("TexChecker"));
-    EXPECT_THAT(keysOf(nlohmann::ordered_json::parse(result.out)["plugins"][0]),
-                testing::ElementsAre("name", "id", "interfaces", "library"));
+    const size_t first = result.out.find("\"MtlDiffuse"), second = result.out.find("\"MtlSingle");
+    EXPECT_LT(first, second);
+    EXPECT_LT(second, result.out.find("\"TexChecker"));
 }
 
 TEST(ListCommand, RefusedLibrariesHaveReasons) {
@@ -61,81 +56,49 @@ TEST(ListCommand, RefusedLibrariesHaveReasons) {
     ASSERT_EQ(list["rejected"].size(), 2u);
     EXPECT_EQ(list["rejected"][0]["path"], pelk.directory.file("text.so"));
     EXPECT_NE(list["rejected"][0]["reason"], "");
-    EXPECT_THAT(list["rejected"][1]["path"].get<std::string>(), HasSubstr("missing"));
-    EXPECT_TRUE(entryNamed(list["plugins"], "MtlDiffuse").is_object()) << "lost by a neighbour";
-    EXPECT_THAT(pelk.run({"list"}).out, HasSubstr("text.so: "));
+    EXPECT_EQ(list["rejected"][1]["path"], pelk.directory.file("missing"));
 }
 
-TEST(InfoCommand, GivesTheParametersInOrderOfRegistration) {
+TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
     Program pelk;
-    const RunResult result = pelk.run({"info", "MtlDiffuse", "--json"});
-    EXPECT_EQ(result.exitCode, 0);
-    const auto info = nlohmann::ordered_json::parse(result.out);
-    EXPECT_THAT(keysOf(info), testing::ElementsAre("name", "id", "interfaces", "parameters"));
-    EXPECT_THAT(keysOf(info["parameters"][0]),
-                testing::ElementsAre("name", "type", "list", "default", "interface", "description",
-                                     "guide"));
-    std::vector<std::string> names;
-    for (const auto& parameter : info["parameters"])
-        names.push_back(parameter["name"]);
-    EXPECT_THAT(names, testing::ElementsAre("diffuse", "diffuse_tex", "diffuse_tex_mult",
-                                            "reflection", "transparency", "render_channel_color",
-                                            "render_channel_alpha"));
-}
-
-TEST(InfoCommand, EachTypeHasItsFormOfDefault) {
+    const auto info = ordered_json::parse(pelk.run({"info", "MtlDiffuse", "--json"}).out);
+    EXPECT_THAT(keysOf(info), ElementsAre("name", "id", "interfaces", "parameters"));
+    EXPECT_THAT(keysOf(info["parameters"][0]), ElementsAre("name", "type", "list", "default",
+                                                           "interface", "description", "guide"));
+    EXPECT_EQ(info["parameters"][0]["name"], "diffuse");
+    EXPECT_EQ(info["parameters"].back()["name"], "render_channel_alpha");
     const struct {
         const char *plugin, *parameter;
-        json type, list, defaultValue, interface;
+        json type, defaultValue, interface;
     } cases[] = {
-        {"MtlDiffuse", "diffuse", "color", false, {0.5, 0.5, 0.5}, nullptr},
-        {"MtlDiffuse", "diffuse_tex", "texture", false, nullptr, nullptr},
-        {"MtlDiffuse", "diffuse_tex_mult", "float", false, 1.0, nullptr},
-        {"MtlDiffuse", "render_channel_color", "plugin", false, nullptr, "EXT_RENDER_CHANNEL"},
-        {"MtlSingleBRDF", "brdf", "plugin", false, nullptr, "EXT_BSDF"},
-        {"MtlSingleBRDF", "allow_negative_colors", "bool", false, false, nullptr},
-        {"TexChecker", "color1", "color", false, {0.8, 0.8, 0.8}, nullptr},
-        {"GeomSphere", "segments", "int", false, 128, nullptr},
-        {"GeomMesh", "file", "string", false, "", nullptr},
+        {"MtlDiffuse", "diffuse", "color", {0.5, 0.5, 0.5}, nullptr},
+        {"MtlDiffuse", "diffuse_tex", "texture", nullptr, nullptr},
+        {"MtlDiffuse", "diffuse_tex_mult", "float", 1.0, nullptr},
+        {"MtlSingleBRDF", "brdf", "plugin", nullptr, "EXT_BSDF"},
+        {"MtlSingleBRDF", "allow_negative_colors", "bool", false, nullptr},
+        {"GeomSphere", "segments", "int", 128, nullptr},
+        {"GeomMesh", "file", "string", "", nullptr},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.plugin) + "." + c.parameter);
-        Program pelk;
-        const json info = json::parse(pelk.run({"info", c.plugin, "--json"}).out);
-        const json parameter = entryNamed(info["parameters"], c.parameter);
+        const auto plugin = json::parse(pelk.run({"info", c.plugin, "--json"}).out);
+        const json parameter = entryNamed(plugin["parameters"], c.parameter);
         EXPECT_EQ(parameter["type"], c.type);
-        EXPECT_EQ(parameter["list"], c.list);
         EXPECT_EQ(parameter["default"], c.defaultValue);
         EXPECT_EQ(parameter["interface"], c.interface);
     }
-}
-
-TEST(InfoCommand, AnUnknownPluginBringsTheNearestName) {
-    Program pelk;
-    const RunResult result = pelk.run({"info", "MtlDifuse"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.err, HasSubstr("did you mean \"MtlDiffuse\"?"));
+    const RunResult unknown = pelk.run({"info", "MtlDifuse"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_THAT(unknown.err, HasSubstr("did you mean \"MtlDiffuse\"?"));
 }
 
 TEST(DescribeCommand, PrintsASectionAndKnowsWhoHasNone) {
     Program pelk;
-    pelk.directory.write(
-        "s.json",
-        smallScene(R"(, "shell": {"type": "MtlSingleBRDF", "brdf": "matte", "double_sided": 1})"));
-    const auto describe = [&pelk](std::vector<std::string> words) {
-        words.insert(words.begin(), {"describe", "s.json"});
-        return pelk.run(words);
-    };
-    const std::string matte = "diffuse\ncolor_value 0.500000 0.250000 0.125000\n";
-    EXPECT_EQ(describe({"matte"}).out, matte);
-    EXPECT_EQ(describe({"shell"}).out, "double_sided 1\n" + matte);
-    EXPECT_EQ(describe({"matte", "--set", "matte.diffuse=[1, 1, 1]"}).out,
-              "diffuse\ncolor_value 1.000000 1.000000 1.000000\n");
-    const RunResult empty = describe({"matte", "--section", "HierarchyDescriptor"});
-    EXPECT_EQ(empty.exitCode, 0);
-    EXPECT_EQ(empty.out, "");
-    EXPECT_THAT(describe({"mate"}).err, HasSubstr("did you mean \"matte\"?"));
-    const RunResult camera = describe({"camera"});
+    pelk.directory.write("s.json", smallScene(R"(,
+        "shell": {"type": "MtlSingleBRDF", "brdf": "matte", "double_sided": 1})"));
+    EXPECT_EQ(pelk.run({"describe", "s.json", "shell", "--set", "matte.diffuse=[1, 1, 1]"}).out,
+              "double_sided 1\ndiffuse\ncolor_value 1.000000 1.000000 1.000000\n");
+    const RunResult camera = pelk.run({"describe", "s.json", "camera"});
     EXPECT_EQ(camera.exitCode, 1);
     EXPECT_EQ(camera.out, "");
     EXPECT_THAT(camera.err, HasSubstr("EXT_RTMTL"));
@@ -152,13 +115,10 @@ TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) 
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const json probe = json::parse(result.out);
     EXPECT_EQ(probe["hit"]["object"], "ball");
-    EXPECT_EQ(probe["material"]["type"], "MtlDiffuse");
     const json texture = probe["material"]["references"][0];
     EXPECT_EQ(texture["parameter"], "diffuse_tex");
     EXPECT_EQ(texture["name"], "tiles");
-    EXPECT_EQ(probe["results"]["alpha"], json::array({1, 1, 1}));
     EXPECT_EQ(probe["channels"]["material_id"], 0);
-    EXPECT_GT(probe["channels"]["depth"], 0.1);
 
     // The same numbers as in a picture of that size and those samples.
     pelk.run({"render", "a.json", "-o", "a.exr", "--spp", "4", "--region", "12,8,13,9"});
@@ -171,9 +131,6 @@ TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) 
 
     const RunResult text = pelk.run({"probe", "a.json", "--pixel", "12,8"});
     EXPECT_THAT(text.out, HasSubstr("  tiled (MtlDiffuse)\n    diffuse_tex: tiles (TexChecker)"));
-    const RunResult outside = pelk.run({"probe", "a.json", "--pixel", "24,0"});
-    EXPECT_EQ(outside.exitCode, 2);
-    EXPECT_THAT(outside.err, HasSubstr("--pixel lies outside; the picture has 24 x 16 pixels"));
 }
 
 }  // namespace

@@ -17,17 +17,16 @@ Program::~Program() {
     }
 }
 
-void Program::becomeProgram(const std::vector<std::string>& words, const char* terminal) {
+void Program::becomeProgram(const std::vector<std::string>& words) {
     const auto redirect = [](const std::string& file, int stream) {
-        dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOCTTY, 0600), stream);
+        dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), stream);
     };
     redirect(streams.file("out"), STDOUT_FILENO);
-    redirect(terminal ? terminal : streams.file("err"), STDERR_FILENO);
+    redirect(streams.file("err"), STDERR_FILENO);
     pluginPath.empty() ? unsetenv("PELK_PLUGIN_PATH")
                        : setenv("PELK_PLUGIN_PATH", pluginPath.c_str(), 1);
     for (const char* ours : {"NO_COLOR", "PELK_NUM_THREADS", "PELK_USE_THREAD_AFFINITY"})
         unsetenv(ours);
-    setenv("TERM", "xterm", 1);
     for (const auto& [name, value] : environment)
         setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> arguments{const_cast<char*>("pelk")};
@@ -39,24 +38,10 @@ void Program::becomeProgram(const std::vector<std::string>& words, const char* t
     _exit(126);
 }
 
-bool Program::canHaveTerminal() {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    if (master >= 0)
-        close(master);
-    return master >= 0;
-}
-
-void Program::start(const std::vector<std::string>& words, bool terminal) {
-    const char* terminalName = nullptr;
-    if (terminal) {
-        terminalFile = posix_openpt(O_RDWR | O_NOCTTY);
-        if (grantpt(terminalFile) == 0 && unlockpt(terminalFile) == 0)
-            terminalName = ptsname(terminalFile);
-        ASSERT_TRUE(terminalName);
-    }
+void Program::start(const std::vector<std::string>& words) {
     process = fork();
     if (process == 0)
-        becomeProgram(words, terminalName);
+        becomeProgram(words);
     ASSERT_GT(process, 0);
 }
 
@@ -74,23 +59,11 @@ bool Program::waitForOutput(const std::string& text) const {
     return false;
 }
 
-void Program::readTerminal() {
-    char buffer[512];
-    // Ends with an error once the program has closed its side.
-    for (ssize_t got; (got = read(terminalFile, buffer, sizeof buffer)) > 0;)
-        terminalText.append(buffer, static_cast<size_t>(got));
-    close(terminalFile);
-    terminalFile = -1;
-}
-
 RunResult Program::wait() {
-    if (terminalFile >= 0)
-        readTerminal();
     int status = 0;
     waitpid(process, &status, 0);
     process = -1;
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"),
-            terminalText + streams.read("err")};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"), streams.read("err")};
 }
 
 std::string smallScene(const std::string& plugins) {

@@ -17,11 +17,7 @@ class Program {
 public:
     ~Program();
 
-    /// Whether this system gives out terminals; a bare one may not.
-    static bool canHaveTerminal();
-
-    /// Starts the program. With `terminal`, its standard error is one.
-    void start(const std::vector<std::string>& words, bool terminal = false);
+    void start(const std::vector<std::string>& words);
     /// Presses Ctrl-C.
     void interrupt() const;
     /// Waits until the text stands in what was printed on standard output; false if it never does.
@@ -38,13 +34,10 @@ public:
     TemporaryDirectory directory;
 
 private:
-    [[noreturn]] void becomeProgram(const std::vector<std::string>& words, const char* terminal);
-    void readTerminal();
+    [[noreturn]] void becomeProgram(const std::vector<std::string>& words);
 
     TemporaryDirectory streams;
     int process = -1;
-    int terminalFile = -1;
-    std::string terminalText;
 };
 
 /// A scene of 24 x 16 pixels that renders in no time: a square of the material "matte" fills the

@@ -8,17 +8,6 @@
 namespace Tarnkit {
 namespace {
 
-using testing::HasSubstr;
-
-/// A white quad at depth 5 that covers the left half of the picture, one at depth 6 that covers
-/// all, behind it, and a bright sky.
-constexpr const char* kQuads = R"(
-    "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
-    "near": {"type": "GeomQuad", "material": "white", "width": 50, "height": 50,
-             "translate": [-25, 0, 0]},
-    "far": {"type": "GeomQuad", "material": "white", "width": 50, "height": 50,
-            "translate": [0, 0, -1]})";
-
 class ChannelsTest : public RenderFixture {
 protected:
     RenderOptions optionsWith(std::vector<std::string> channels, int width = 16, int height = 16) {
@@ -47,67 +36,48 @@ TEST_F(ChannelsTest, BeautyHasTheSameBitsWhateverIsAskedFor) {
         "dome": {"type": "LightDome", "intensity": 0.3})",
                             "");
     ASSERT_TRUE(scene);
-    Picture plain;
+    Picture plain, full;
     render(*scene, plain, optionsWith({}, 45, 33));
-    Picture first;
-    render(*scene, first, optionsWith({"all"}, 45, 33));
+    render(*scene, full, optionsWith({"all"}, 45, 33));
+    for (const int channel : {0, 1})
+        EXPECT_EQ(pixelsOf<Color>(plain, channel), pixelsOf<Color>(full, channel));
     for (const auto& [threads, tileSize] : {std::pair{1, 1}, {5, 7}, {2, 4096}}) {
         RenderOptions options = optionsWith({"all"}, 45, 33);
         options.threads = threads;
         options.tileSize = tileSize;
-        Picture full;
-        render(*scene, full, options);
-        SCOPED_TRACE(tileSize);
-        for (const int channel : {0, 1})
-            EXPECT_EQ(pixelsOf<Color>(plain, channel), pixelsOf<Color>(full, channel));
-        for (int i = 2; i < full.getRegion().getNumChannels(); ++i) {
+        Picture again;
+        render(*scene, again, options);
+        for (int i = 0; i < full.getRegion().getNumChannels(); ++i) {
             ChannelInfo info;
             full.getRegion().getChannelInfo(i, info);
             if (info.type == kChannelColor) {
-                EXPECT_EQ(pixelsOf<Color>(first, i), pixelsOf<Color>(full, i)) << info.name;
+                EXPECT_EQ(pixelsOf<Color>(full, i), pixelsOf<Color>(again, i))
+                    << info.name << " in tiles of " << tileSize;
             }
         }
     }
 }
 
-TEST_F(ChannelsTest, MeasuresAreThoseOfTheFrontAndIdsAreNeverAveraged) {
-    const auto scene = read(kQuads, R"("background": [1, 1, 1])");
-    ASSERT_TRUE(scene);
-    Picture picture;
-    // An odd width: the edge of the near quad goes through the middle column.
-    render(*scene, picture,
-           optionsWith({"depth", "render_id", "normals", "uv", "front", "transparency"}, 17, 8));
-    const auto depth = pixelsOf<float>(picture, 2);
-    const auto ids = pixelsOf<int>(picture, 3);
-    const auto normals = pixelsOf<Vector>(picture, 4);
-    const auto uv = pixelsOf<UV>(picture, 5);
-    for (int x = 0; x < 17; ++x) {
-        SCOPED_TRACE(x);
-        const size_t at = size_t(17 * 3 + x);
-        if (x != 8)
-            EXPECT_NEAR(depth[at], x < 8 ? 5 : 6, 1e-4f);
-        else
-            EXPECT_TRUE(depth[at] == 5 || depth[at] == 6) << depth[at];
-        EXPECT_EQ(ids[at], depth[at] < 5.5f ? 0 : 1);
-        EXPECT_EQ(normals[at], Vector(0, 0, 1));
-        EXPECT_NEAR(uv[at].v, 0.5f, 0.1f);
-    }
-}
-
-TEST_F(ChannelsTest, WhereNothingIsHitIsFarAndHasNoId) {
-    const auto scene = read(R"("lamp": {"type": "LightSphere", "radius": 1, "intensity": 3})",
+TEST_F(ChannelsTest, MeasuresAreThoseOfTheFrontAndNeverAveraged) {
+    const auto scene = read(R"(
+        "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+        "quad": {"type": "GeomQuad", "material": "white", "width": 50, "height": 50,
+                 "translate": [-25, 0, 0]})",
                             R"("background": [0.25, 0.5, 1])");
     ASSERT_TRUE(scene);
     Picture picture;
-    render(*scene, picture,
-           optionsWith({"depth", "render_id", "background", "self_illumination"}, 33, 33));
-    const size_t corner = 0, middle = 33 * 16 + 16;
-    EXPECT_EQ(pixelsOf<float>(picture, 2)[corner], 1e18f);
-    EXPECT_NEAR(pixelsOf<float>(picture, 2)[middle], 4, 0.01f);
-    EXPECT_EQ(pixelsOf<int>(picture, 3)[corner], -1);
-    EXPECT_EQ(pixelsOf<Color>(picture, 4)[corner], Color(0.25f, 0.5f, 1));
-    EXPECT_EQ(pixelsOf<Color>(picture, 4)[middle], Color(0));
-    EXPECT_EQ(pixelsOf<Color>(picture, 5)[middle], pixelsOf<Color>(picture, 0)[middle]);
+    const Color sky(0.25f, 0.5f, 1);
+    // An odd width: the edge of the quad goes through the middle column.
+    render(*scene, picture, optionsWith({"depth", "render_id", "normals", "background"}, 17, 8));
+    const auto depth = pixelsOf<float>(picture, 2);
+    for (size_t x = 0; x < 17; ++x) {
+        SCOPED_TRACE(x);
+        const bool hit = x == 8 ? depth[x] < 1e18f : x < 8;
+        EXPECT_NEAR(depth[x], hit ? 5 : 1e18f, 1e-4f);
+        EXPECT_EQ(pixelsOf<int>(picture, 3)[x], hit ? 0 : -1);
+        EXPECT_EQ(pixelsOf<Vector>(picture, 4)[x], hit ? Vector(0, 0, 1) : Vector());
+        EXPECT_TRUE(x == 8 || pixelsOf<Color>(picture, 5)[x] == (hit ? Color(0) : sky));
+    }
 }
 
 TEST_F(ChannelsTest, WhatMaterialsWriteAddsUpAlongTheRay) {
@@ -129,41 +99,14 @@ TEST_F(ChannelsTest, WhatMaterialsWriteAddsUpAlongTheRay) {
     expectNear(meanOf(pixelsOf<Color>(picture, 2)), beauty, 1e-5f);
 }
 
-TEST_F(ChannelsTest, NamesAreCheckedBeforeAnythingIsRendered) {
-    const auto scene = read(kQuads, "");
+TEST_F(ChannelsTest, NamesAreCheckedAndEachChannelStandsOnce) {
+    const auto scene = read(R"("box": {"type": "GeomBox"})", "");
     ASSERT_TRUE(scene);
     EXPECT_THAT(errorOf(*scene, optionsWith({"dept"})),
-                testing::AllOf(HasSubstr("--channels: there is no channel \"dept\""),
-                               HasSubstr("did you mean \"depth\"?")));
+                testing::HasSubstr("no channel \"dept\", did you mean \"depth\"?"));
     Picture picture;
-    render(*scene, picture, optionsWith({"depth", "beauty", "depth", "all", "depth"}));
-    EXPECT_EQ(picture.getRegion().findChannelByName("depth"), 2);
-
-    std::string hundred;
-    for (int i = 0; i < 100; ++i)
-        hundred += R"("c)" + std::to_string(i) +
-                   R"(": {"type": "RenderChannel", "channel_name": "n)" + std::to_string(i) +
-                   "\"},";
-    const auto many = read(hundred + kQuads, R"("channels": ["n7"])");
-    ASSERT_TRUE(many);
-    render(*many, picture, optionsWith({}));
-    EXPECT_EQ(picture.getRegion().getNumChannels(), 102);
-
-    const struct {
-        const char *plugin, *error;
-    } bad[] = {
-        {R"("kind": "dept")", "/plugins/c/kind: there is no channel \"dept\""},
-        {R"("channel_name": "a.b")", "/plugins/c/channel_name: expected 1 to 63 letters"},
-        {R"("channel_name": "depth")", "/plugins/c/channel_name: the name \"depth\" has a meaning"},
-        {R"("channel_name": "n", "channel_type": "int")",
-         "/plugins/c/channel_type: expected color or float, not \"int\""},
-    };
-    for (const auto& c : bad) {
-        const auto wrong =
-            read(std::string(R"("c": {"type": "RenderChannel", )") + c.plugin + "}", "");
-        ASSERT_TRUE(wrong);
-        EXPECT_THAT(errorOf(*wrong, optionsWith({})), testing::StartsWith(c.error));
-    }
+    render(*scene, picture, optionsWith({"depth", "beauty", "depth", "normals", "depth"}));
+    EXPECT_EQ(picture.getRegion().getNumChannels(), 4);
 }
 
 }  // namespace

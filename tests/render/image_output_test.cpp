@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <vector>
@@ -17,16 +16,8 @@
 namespace Tarnkit {
 namespace {
 
-using testing::HasSubstr;
-
 class ImageOutputTest : public testing::Test {
 protected:
-    ImageOutputTest() {
-        begin(2, 2);
-        setPixel(0, 0, {{0.25f, 0.5f, 1e6f}, 1.0f});
-        setPixel(1, 0, {{-1.0f, 0.001f, 2.0f}, 1.0f});
-        setPixel(1, 1, {{0.125f, 0.0625f, 0.0f}, 0.25f});
-    }
     /// Gives the picture beauty, alpha, and channels of these names.
     void begin(int width, int height, std::initializer_list<const char*> more = {}) {
         std::vector<const char*> names{"beauty", "alpha"};
@@ -67,45 +58,12 @@ protected:
     TemporaryDirectory dir;
     Picture picture;
     OIIO::ImageSpec spec;
-    std::uint32_t readID = 0;
     std::string error;
 };
 
-TEST_F(ImageOutputTest, ExrKeepsEveryBitAndTellsHowItWasMade) {
-    ASSERT_TRUE(write("a.exr")) << error;
-    const std::vector<float> values = read<float>("a.exr");
-    const std::vector<float> expected = {0.25f, 0.5f, 1e6f, 1, -1.0f,  0.001f,  2.0f, 1,
-                                         0,     0,    0,    0, 0.125f, 0.0625f, 0.0f, 0.25f};
-    EXPECT_EQ(values, expected);
-    EXPECT_THAT(spec.channelnames, testing::ElementsAre("R", "G", "B", "A"));
-    EXPECT_EQ(spec.get_string_attribute("scene"), "box.json");
-    EXPECT_EQ(spec.get_string_attribute("samples"), "64");
-    EXPECT_EQ(spec.get_string_attribute("seconds").substr(0, 3), "1.5");
-    EXPECT_EQ(spec.get_string_attribute("Software"), "pelk 1.2.3");
-}
-
-TEST_F(ImageOutputTest, PngIsEncodedAndRounded) {
-    ASSERT_TRUE(write("a.png")) << error;
-    const auto encoded = [](double x) {
-        const double y = x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
-        return static_cast<unsigned char>(
-            std::min(std::floor(std::clamp(y, 0.0, 1.0) * 256), 255.0));
-    };
-    const std::vector<unsigned char> expected = {
-        encoded(0.25), encoded(0.5),  255, 255, 0, encoded(0.001), 255, 255, 0, 0, 0, 0,
-        encoded(0.5),  encoded(0.25), 0,   64};
-    EXPECT_EQ(read<unsigned char>("a.png"), expected);
-    EXPECT_EQ(spec.get_string_attribute("scene"), "box.json");
-
-    setPixel(0, 1, {{0.5f, 0, 0}, 0.0f});
-    ASSERT_TRUE(write("b.png")) << error;
-    EXPECT_EQ(read<unsigned char>("b.png")[6], encoded(0.5)) << "hidden by an alpha of 0";
-    EXPECT_EQ(spec.nchannels, 3);
-}
-
-TEST_F(ImageOutputTest, ExrHoldsEveryChannelInItsLayer) {
+TEST_F(ImageOutputTest, ExrHoldsEveryChannelAndTellsHowItWasMade) {
     begin(1, 1, {"depth", "render_id", "normals", "uv", "diffuse", "front"});
-    setPixel(0, 0, {{0.25f, 0.5f, 1e6f}, 1.0f});
+    setPixel(0, 0, {{-0.25f, 0.5f, 1e6f}, 1.0f});
     store(2, 0, 0, 7.5f);
     store(3, 0, 0, 16777217);  // no float holds it
     store(4, 0, 0, Vector(-1, 0.25f, 2));
@@ -122,34 +80,50 @@ TEST_F(ImageOutputTest, ExrHoldsEveryChannelInItsLayer) {
         EXPECT_EQ(spec.channelformat(0) == OIIO::TypeDesc::HALF, depth == PixelDepth::Half);
         const float bright = depth == PixelDepth::Half ? 65504.0f : 1e6f;
         const std::map<std::string, float> expected{
-            {"R", 0.25f},      {"G", 0.5f},       {"B", bright},         {"A", 1},
+            {"R", -0.25f},     {"G", 0.5f},       {"B", bright},         {"A", 1},
             {"depth.Z", 7.5f}, {"normals.X", -1}, {"normals.Y", 0.25f},  {"normals.Z", 2},
             {"uv.U", -0.5f},   {"uv.V", 3},       {"diffuse.R", bright}, {"diffuse.G", 2},
             {"diffuse.B", 3},  {"front.R", 4},    {"front.G", 5},        {"front.B", 6},
             {"front.A", 0.5f}};
         EXPECT_EQ(layers, expected);
         const int id = spec.channelindex("render_id.ID");
-        EXPECT_EQ(spec.channelformat(id), OIIO::TypeDesc::UINT);
+        std::uint32_t readID = 0;
         OIIO::ImageInput::open(dir.file("a.EXR"))
             ->read_image(0, 0, id, id + 1, OIIO::TypeDesc::UINT, &readID);
         EXPECT_EQ(readID, 16777217u);
     }
+    EXPECT_EQ(spec.get_string_attribute("scene"), "box.json");
+    EXPECT_EQ(spec.get_string_attribute("samples"), "64");
 }
 
-TEST_F(ImageOutputTest, AFailureNamesTheFileAndLeavesWhatWasThere) {
-    std::filesystem::create_directory(dir.file("folder.png"));
-    for (const char* name : {"a.jpg", "a", "folder.png", "missing/a.exr"}) {
-        SCOPED_TRACE(name);
-        error.clear();
-        EXPECT_FALSE(write(name));
-        EXPECT_THAT(error, HasSubstr(dir.file(name)));
-    }
+TEST_F(ImageOutputTest, PngIsEncodedAndRounded) {
+    begin(2, 2);
+    setPixel(0, 0, {{0.25f, 0.5f, 1e6f}, 1.0f});
+    setPixel(1, 0, {{-1.0f, 0.001f, 2.0f}, 1.0f});
+    setPixel(1, 1, {{0.125f, 0.0625f, 0.0f}, 0.25f});
+    ASSERT_TRUE(write("a.png")) << error;
+    const auto encoded = [](double x) {
+        const double y = x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
+        return static_cast<unsigned char>(std::min(std::clamp(y, 0.0, 1.0) * 256, 255.0));
+    };
+    const std::vector<unsigned char> expected = {
+        encoded(0.25), encoded(0.5),  255, 255, 0, encoded(0.001), 255, 255, 0, 0, 0, 0,
+        encoded(0.5),  encoded(0.25), 0,   64};
+    EXPECT_EQ(read<unsigned char>("a.png"), expected);
+
+    setPixel(0, 1, {{0.5f, 0, 0}, 0.0f});
+    ASSERT_TRUE(write("b.png")) << error;
+    EXPECT_EQ(read<unsigned char>("b.png")[6], encoded(0.5)) << "hidden by an alpha of 0";
+}
+
+TEST_F(ImageOutputTest, AFailureLeavesWhatWasThere) {
     dir.write("old.png", "an older picture");
     EXPECT_TRUE(canWritePicture(dir.file("old.png"), error));
     begin(0, 0);  // no format takes this
     EXPECT_FALSE(write("old.png"));
+    EXPECT_THAT(error, testing::HasSubstr(dir.file("old.png")));
     EXPECT_EQ(dir.read("old.png"), "an older picture");
-    EXPECT_EQ(dir.entryCount(), 2) << "a temporary file was left";
+    EXPECT_EQ(dir.entryCount(), 1) << "a temporary file was left";
 }
 
 }  // namespace

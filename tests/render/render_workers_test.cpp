@@ -13,7 +13,6 @@
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace Tarnkit {
 namespace {
@@ -66,8 +65,6 @@ TEST_F(RenderWorkers, StopEndsTheRunWheneverItComes) {
     EXPECT_THAT(indices, ElementsAre(0, 1, 2));
 
     runWorkers(group(1), [](Worker&) { FAIL() << "stopped before it began"; });
-    stop = false;
-    runWorkers(group(2), [](Worker& worker) { EXPECT_FALSE(worker.mustStop()) << "of last time"; });
 }
 
 TEST_F(RenderWorkers, AFailureEndsAllThreadsAndIsThrownAgain) {
@@ -77,11 +74,6 @@ TEST_F(RenderWorkers, AFailureEndsAllThreadsAndIsThrownAgain) {
         workUntilStopped(worker);
     };
     EXPECT_THROW(runWorkers(group(3), failing), std::runtime_error);
-
-    WorkerGroup followed = group(2);
-    followed.report = [](int) { throw std::logic_error("follower"); };
-    EXPECT_THROW(runWorkers(followed, [this](Worker& worker) { workUntilStopped(worker); }),
-                 std::logic_error);
 }
 
 TEST_F(RenderWorkers, RefusedThreadsAreAWarningAndNoneAtAllAnError) {
@@ -97,18 +89,6 @@ TEST_F(RenderWorkers, RefusedThreadsAreAWarningAndNoneAtAllAnError) {
     EXPECT_THAT(log.texts, Contains("w The system gave only 2 of 4 threads"));
     manager.reset(newThreadManager());
     EXPECT_THROW(runWorkers(group(4), [](Worker&) { FAIL(); }), ExceptionMsg);
-}
-
-TEST(DescribePlacement, NamesTheThreadsAndProcessorsOfEachNode) {
-    std::vector<ThreadPlacement> placement;
-    for (int i = 0; i < 9; ++i) {
-        const bool second = i % 8 >= 4;
-        placement.push_back({i, second ? 2 : 0, u16(second ? 1 : 0), second ? 0x85u : 0xFu});
-    }
-    EXPECT_THAT(describePlacement(placement),
-                ElementsAre("threads 0-3, 8 on node 0, processors 0-3",
-                            "threads 4-7 on node 2, processors 64, 66, 71"));
-    EXPECT_THAT(describePlacement({}), IsEmpty());
 }
 
 }  // namespace

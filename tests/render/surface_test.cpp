@@ -56,53 +56,33 @@ TEST(HitObject, PartsHaveMaterialIDsAndShaderSetsByHandle) {
     EXPECT_NE(names.intern("side").id, names.intern("top").id);
 }
 
-/// The frame must foretell how texture coordinates change along the surface.
-template <class GetUV>
-void expectLeadsTo(const Transform& frame, RenderContext& hit, GetUV getUV) {
-    const Vector n = hit.normal, way = normalizeGuarded(cross(n, {0.3f, 0.5f, -0.8f})) * 0.01f;
-    const auto before = getUV();
-    hit.hitPoint = hit.hitPoint + way;
-    const auto after = getUV();
-    const auto mapped = [&](Vector v) {
-        return frame.axisX * v.x + frame.axisY * v.y + frame.axisZ * v.z;
-    };
-    EXPECT_NEAR(mapped(way).x, after.x - before.x, 2e-5f);
-    EXPECT_NEAR(mapped(way).y, after.y - before.y, 2e-5f);
-    EXPECT_NEAR(mapped(way).z, 0.0f, 1e-6f);
-    EXPECT_NEAR(mapped(n).z, 1.0f, 1e-5f) << "out of the surface";
-}
-
 TEST(HitObject, FramesLeadFromTheWorldToTextureCoordinates) {
     ShapeHit<GeomQuad> quad;
     quad.set("scale", Color(2, 3, -1));
     quad.set("rotate", Color(20, 70, 5));
-    for (const bool flipped : {false, true}) {
-        RenderContext& hit = quad.at(1);
-        const auto plain = [&] { return Vector(surfaceUV(hit).u, surfaceUV(hit).v, 0); };
-        hit.flippedSide = flipped;
-        const Vector outward = hit.normal;
-        hit.normal = flipped ? -outward : outward;
-        const Transform frame = quad.plugin.getSurfaceFrame(hit, -1);
-        hit.normal = outward;
-        expectLeadsTo(frame, hit, plain);
-    }
+    RenderContext& hit = quad.at(1);
+    quad.object.mesh.furtherUVs = {{{9, 9}, {9, 8}, {7, 8}, {7, 9}}};
     PluginHolder<UVWGenMap> map;
     map.set("scale", Color(5, -2, 1));
     map.set("rotation", 30.0f);
     map.set("uv_set", 1);
     map.startFrame();
-    RenderContext& hit = quad.at(0);
-    quad.object.mesh.furtherUVs = {{{9, 9}, {9, 8}, {7, 8}, {7, 9}}};
     int valid = 0;
     const Transform frame = map.plugin.getTangentFrame(hit, valid);
     EXPECT_EQ(valid, 1);
-    expectLeadsTo(frame, hit, [&] { return map.plugin.getUVW(hit); });
+    const auto mapped = [&](Vector v) {
+        return frame.axisX * v.x + frame.axisY * v.y + frame.axisZ * v.z;
+    };
+    // It must foretell how texture coordinates change along the surface.
+    const Vector way = normalizeGuarded(cross(hit.normal, {0.3f, 0.5f, -0.8f})) * 0.01f;
+    const Vector before = map.plugin.getUVW(hit);
+    hit.hitPoint = hit.hitPoint + way;
+    EXPECT_NEAR(length(map.plugin.getUVW(hit) - before - mapped(way)), 0.0f, 2e-5f);
+    EXPECT_NEAR(mapped(hit.normal).z, 1.0f, 1e-5f) << "out of the surface";
+
     quad.object.mesh.uvs.clear();
     quad.object.mesh.furtherUVs.clear();
     EXPECT_NEAR(length(surfaceFrame(hit).axisX), 1.0f, 1e-5f) << "any directions, but whole ones";
-    // Directions of the object follow its scale and rotation, wherever it stands.
-    const Vector edge = quad.object.mesh.positions[1] - quad.object.mesh.positions[0];
-    EXPECT_NEAR(length(quad.plugin.objectToWorld(hit, {1, 0, 0}) - edge), 0.0f, 1e-5f);
 }
 
 }  // namespace

@@ -60,36 +60,5 @@ TEST_F(WrappingTest, AWrapperThatAddsNothingShowsItsBaseOnBothRoads) {
     }
 }
 
-TEST_F(WrappingTest, SidesAndLayersKeepTheirLightWhateverStandsBesideThem) {
-    const auto floorOf = [&](const std::string& surface, const char* around) {
-        return meanOf(R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
-                         "scaled": {"type": "MtlWrapper", "base_material": "white",
-                                    "receive_gi": 0.999},
-                         "gloss": {"type": "BRDFGlossy", "color": [0, 0, 0]},
-                         "mirror": {"type": "MtlSingleBRDF", "brdf": "gloss"},
-                         "leaf": {"type": "Mtl2Sided", "front": "mirror", "back": "white",
-                                  "translucency": [0.5, 0.5, 0.5]},
-                         "top": {)" +
-                          surface + R"(},
-                         "floor": {"type": "GeomQuad", "material": "top", "width": 50,
-                                   "height": 50})" +
-                          around,
-                      *around ? "" : R"("background": [1, 1, 1])", 64);
-    };
-    const char* const dome = R"(, "dome": {"type": "LightDome"})";
-    const struct {
-        const char *surface, *around;
-        float light;
-    } cases[] = {
-        {R"("type": "Mtl2Sided", "front": "white", "back": "scaled")", dome, 1},
-        {R"("type": "MtlLayeredBRDF", "brdfs": ["white", "scaled"])", dome, 1},
-        {R"("type": "MtlLayeredBRDF", "brdfs": ["leaf"])", "", 0.5f},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.surface);
-        expectNear(floorOf(c.surface, c.around), Color(c.light), 0.02f);
-    }
-}
-
 }  // namespace
 }  // namespace Tarnkit
