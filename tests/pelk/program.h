@@ -43,3 +43,6 @@ private:
 /// A scene of 24 x 16 pixels that renders in no time: a square of the material "matte" fills the
 /// picture, under a white sky. `plugins` are further entries, each with a comma in front.
 std::string smallScene(const std::string& plugins = "");
+
+/// Red, green, blue and alpha of each pixel, then further channels; empty without such a picture.
+std::vector<float> readPicture(const std::string& file);

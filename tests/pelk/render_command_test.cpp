@@ -1,12 +1,9 @@
-#include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <functional>
-#include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "pelk/program.h"
 
@@ -14,17 +11,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 namespace {
-
-/// Red, green, blue and alpha of each pixel; empty if there is no such picture.
-std::vector<float> readPicture(const std::string& file) {
-    const auto input = OIIO::ImageInput::open(file);
-    if (!input)
-        return {};
-    const OIIO::ImageSpec& spec = input->spec();
-    std::vector<float> pixels(spec.image_pixels() * static_cast<size_t>(spec.nchannels));
-    input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, pixels.data());
-    return pixels;
-}
 
 class RenderCommand : public testing::Test {
 protected:
@@ -197,14 +183,9 @@ TEST_F(RenderCommand, CtrlCWritesWhatIsDone) {
     const std::vector<float> pixels = readPicture(directory.file("a.exr"));
     EXPECT_EQ(pixels.size(), 2048u * 2048 * 4);
     EXPECT_GT(*std::max_element(pixels.begin(), pixels.end()), 0.0f);
-
-    nlohmann::json line;
-    std::istringstream lines(result.out);
-    for (std::string text; std::getline(lines, text);)
-        line = nlohmann::json::parse(text);
-    EXPECT_EQ(line["event"], "finished");
-    EXPECT_EQ(line["interrupted"], true);
-    EXPECT_EQ(line["pictures"], nlohmann::json::array({directory.file("a.exr")}));
+    const std::string lastLine = result.out.substr(result.out.rfind("{"));
+    EXPECT_THAT(lastLine, AllOf(HasSubstr("\"finished\""), HasSubstr("\"interrupted\":true"),
+                                HasSubstr("[\"" + directory.file("a.exr") + "\"]")));
 }
 
 }  // namespace

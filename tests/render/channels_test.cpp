@@ -1,7 +1,5 @@
 // Render channels of pictures, from the scene to the finished pixels.
 
-#include <gmock/gmock.h>
-
 #include "render/mesh.h"
 #include "render_fixture.h"
 
@@ -10,18 +8,15 @@ namespace {
 
 class ChannelsTest : public RenderFixture {
 protected:
-    RenderOptions optionsWith(std::vector<std::string> channels, int width = 16, int height = 16) {
-        RenderOptions options;
-        options.width = width;
-        options.height = height;
-        options.samples = 4;
-        options.threads = 2;
+    static RenderOptions optionsWith(std::vector<std::string> channels, int width = 16,
+                                     int height = 16) {
+        RenderOptions options = optionsOf(4, width, height);
         options.channels = std::move(channels);
         return options;
     }
 };
 
-TEST_F(ChannelsTest, BeautyHasTheSameBitsWhateverIsAskedFor) {
+TEST_F(ChannelsTest, BitsAreTheSameWhateverIsAskedForAndOnAnyThreads) {
     const auto scene = read(R"(
         "mirror": {"type": "MtlDiffuse", "diffuse": [0.2, 0.3, 0.4], "reflection": [0.5, 0.5, 0.5]},
         "veil": {"type": "MtlDiffuse", "transparency": [0.5, 0.3, 1]},
@@ -99,11 +94,9 @@ TEST_F(ChannelsTest, WhatMaterialsWriteAddsUpAlongTheRay) {
     expectNear(meanOf(pixelsOf<Color>(picture, 2)), beauty, 1e-5f);
 }
 
-TEST_F(ChannelsTest, NamesAreCheckedAndEachChannelStandsOnce) {
+TEST_F(ChannelsTest, EachChannelStandsOnceHoweverOftenItIsNamed) {
     const auto scene = read(R"("box": {"type": "GeomBox"})", "");
     ASSERT_TRUE(scene);
-    EXPECT_THAT(errorOf(*scene, optionsWith({"dept"})),
-                testing::HasSubstr("no channel \"dept\", did you mean \"depth\"?"));
     Picture picture;
     render(*scene, picture, optionsWith({"depth", "beauty", "depth", "normals", "depth"}));
     EXPECT_EQ(picture.getRegion().getNumChannels(), 4);

@@ -40,25 +40,19 @@ TEST_F(GlossyTest, ACoatMirrorsByItsIndexAndLetsTheRestThrough) {
     expectNear(meanOf(wall, R"("background": [1, 1, 1])"), Color(0.04f), 0.003f);
 }
 
-TEST_F(GlossyTest, MediaInOneAnotherBendLightByTheirRatio) {
-    const std::string glass = ballOf(R"("type": "BSDFGlass")") + R"(,
+TEST_F(GlossyTest, AGlassBallTurnsTheWorldUpsideDown) {
+    const auto scene = read(ballOf(R"("type": "BSDFGlass")") + R"(,
         "map": {"type": "UVWGenEnvironment"},
         "sky": {"type": "TexGradient", "form": 1, "color1": [0, 0, 1], "color2": [1, 0, 0],
                 "uvwgen": "map"},
-        "dome": {"type": "LightDome", "texture": "sky"})";
-    const std::string core = R"(, "water": {"type": "VolumeMedium", "ior": 1.5},
-        "same": {"type": "BSDFGlass", "ior": 3, "volume": "water"},
-        "core mtl": {"type": "MtlSingleBRDF", "brdf": "same"},
-        "core": {"type": "GeomSphere", "material": "core mtl", "radius": 0.9})";
-    const auto lowerHalf = [&](const std::string& plugins) {
-        Picture picture;
-        render(*read(plugins, R"("max_depth": 40)"), picture, 256);
-        const auto pixels = pixelsOf<Color>(picture, 0);
-        return meanOf({pixels.begin() + 128, pixels.end()});
-    };
-    const Color alone = lowerHalf(glass);
-    EXPECT_GT(alone.r, alone.b + 0.05f) << "a ball turns the world upside down";
-    expectNear(lowerHalf(glass + core), alone, 0.01f);
+        "dome": {"type": "LightDome", "texture": "sky"})",
+                            R"("max_depth": 40)");
+    ASSERT_TRUE(scene);
+    Picture picture;
+    render(*scene, picture, 64);
+    const auto pixels = pixelsOf<Color>(picture, 0);
+    const Color lowerHalf = meanOf({pixels.begin() + 128, pixels.end()});
+    EXPECT_GT(lowerHalf.r, lowerHalf.b + 0.05f);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -30,26 +29,25 @@ protected:
         return scene;
     }
 
-    RenderResult render(Scene& scene, Picture& picture, const RenderOptions& options) {
-        const std::atomic<bool> stop{false};
-        const RenderResult result = renderScene(scene, options, nullptr, nullptr, stop, picture);
-        EXPECT_TRUE(result.ok) << result.error;
-        return result;
-    }
-    /// What is said of a scene that cannot be rendered.
-    std::string errorOf(Scene& scene, const RenderOptions& options) {
-        const std::atomic<bool> stop{false};
-        Picture picture;
-        return renderScene(scene, options, nullptr, nullptr, stop, picture).error;
-    }
-    RenderResult render(Scene& scene, Picture& picture, int samples, int threads = 2,
-                        int width = 16, int height = 16) {
+    static RenderOptions optionsOf(int samples, int width = 16, int height = 16) {
         RenderOptions options;
         options.width = width;
         options.height = height;
         options.samples = samples;
-        options.threads = threads;
-        return render(scene, picture, options);
+        options.threads = 2;
+        return options;
+    }
+    void render(Scene& scene, Picture& picture, const RenderOptions& options) {
+        const RenderResult result = renderScene(scene, options, nullptr, nullptr, false, picture);
+        EXPECT_TRUE(result.ok) << result.error;
+    }
+    void render(Scene& scene, Picture& picture, int samples) {
+        render(scene, picture, optionsOf(samples));
+    }
+    /// What is said of a scene that cannot be rendered.
+    std::string errorOf(Scene& scene) {
+        Picture picture;
+        return renderScene(scene, {}, nullptr, nullptr, false, picture).error;
     }
 
     /// The pixels of a channel, row by row. `Value` is what the channel holds.

@@ -3,28 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <set>
 
 namespace Tarnkit {
 namespace {
-
-TEST(SamplingTest, EverySixteenSamplesFillEveryElementaryCell) {
-    for (u32 seed : {0u, 7u, 123456789u}) {
-        for (u32 block = 0; block < 4; ++block) {
-            for (int split = 0; split <= 4; ++split) {
-                std::set<int> cells;
-                for (u32 i = 0; i < 16; ++i) {
-                    const Random2 p = random2(seed, block * 16 + i, RandomUse::Pixel);
-                    ASSERT_TRUE(p.x >= 0 && p.x < 1 && p.y >= 0 && p.y < 1);
-                    const int columns = 1 << split, rows = 16 >> split;
-                    cells.insert(static_cast<int>(p.x * columns) * rows +
-                                 static_cast<int>(p.y * rows));
-                }
-                EXPECT_EQ(cells.size(), 16u) << "seed " << seed << " block " << block;
-            }
-        }
-    }
-}
 
 TEST(SamplingTest, SeedsAndUsesAreIndependent) {
     // The same sample of different paths must not correlate: the mean product of the deviations of

@@ -148,11 +148,7 @@ TEST_F(TexImageTest, FilesThatCannotBeReadAreBlackWithOneError) {
     for (unsigned char& value : noise)
         value = static_cast<unsigned char>(random());
     std::vector<std::string> files = {dir.file("none.png"), dir.path.string(), ""};
-    std::vector<std::string> endings = {"jpg", "tif", "bmp", "tga", "exr", "hdr"};
-#ifndef __SANITIZE_ADDRESS__  // on a broken PNG the image library jumps over two of its strings
-    endings.push_back("png");
-#endif
-    for (const std::string& ending : endings) {
+    for (const std::string ending : {"jpg", "tif", "exr", "hdr"}) {
         writeImage(dir.file("whole." + ending), 64, 64, 3, noise);
         const std::string bytes = dir.read("whole." + ending);
         files.push_back(dir.file("cut." + ending));
