@@ -1,6 +1,7 @@
 #include "frame/layered_bsdf.h"
 
 #include "frame/context.h"
+#include "host/noted_rays.h"
 
 namespace Tarnkit {
 
@@ -102,6 +103,7 @@ void LayeredBSDF::lightFinished(int light) {
 
 void LayeredBSDF::traceForward(PelkContext& context, int doDiffuse) {
     Color color, above(1);
+    NotedRays noted(context.resultFragment);
     for (const Layer& layer : layers) {
         // Rays cost most of all; none is spent where nothing of it would be seen.
         if (!layer.face || above == Color(0))
@@ -109,8 +111,10 @@ void LayeredBSDF::traceForward(PelkContext& context, int doDiffuse) {
         const ScopedValue weight(context.rayWeight, context.rayWeight * above);
         layer.bsdf->traceBSDFForward(context, doDiffuse);
         color += above * context.resultColor;
+        noted.take(above);
         above *= layer.leaves;
     }
+    noted.write();
     const Color through = getTransparency(context);
     setResults(context, color, through, complement(through), through);
 }

@@ -2,6 +2,7 @@
 
 #include "frame/context.h"
 #include "host/indirect_light.h"
+#include "host/noted_rays.h"
 
 namespace Tarnkit {
 
@@ -139,7 +140,10 @@ void TwoSidedBSDF::Face::traceForward(PelkContext& context, int doDiffuse) {
     if (owner->near.face && owner->nearShare != Color(0)) {
         const AsMade state(context, owner->near);
         const ScopedValue weight(context.rayWeight, context.rayWeight * owner->nearShare);
+        NotedRays noted(context.resultFragment);
         owner->near.bsdf->traceBSDFForward(context, doDiffuse);
+        noted.take(owner->nearShare);
+        noted.write();
         color = owner->nearShare * context.resultColor;
     }
     color += owner->farFilter * owner->lightFromBeyond(context, doDiffuse);

@@ -94,6 +94,27 @@ TEST_F(ChannelsTest, WhatMaterialsWriteAddsUpAlongTheRay) {
     expectNear(meanOf(pixelsOf<Color>(picture, 2)), beauty, 1e-5f);
 }
 
+TEST_F(ChannelsTest, RaysOfLayersAndSidesCountByWhatIsSeenOfThem) {
+    for (const char* surface : {R"("MtlLayeredBRDF", "brdfs": ["coat", "mirror"])",
+                                R"("Mtl2Sided", "front": "mirror", "back": "mirror",
+                                   "translucency": [0.25, 0.25, 0.25])"}) {
+        SCOPED_TRACE(surface);
+        const auto scene = read(R"(
+            "coat": {"type": "BRDFGlossy", "roughness": 0, "ior": 3},
+            "mirror": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [0.5, 0.4, 0.3]},
+            "wall": {"type": "GeomQuad", "material": "surface", "width": 50, "height": 50},
+            "surface": {"type": )" + std::string(surface) +
+                                    "}",
+                                R"("background": [1, 1, 1])");
+        ASSERT_TRUE(scene);
+        Picture picture;
+        render(*scene, picture, optionsWith({"reflection"}));
+        const Color beauty = meanOf(pixelsOf<Color>(picture, 0));
+        EXPECT_GT(beauty.r, 0.3f);
+        expectNear(meanOf(pixelsOf<Color>(picture, 2)), beauty, 1e-5f);
+    }
+}
+
 TEST_F(ChannelsTest, EachChannelStandsOnceHoweverOftenItIsNamed) {
     const auto scene = read(R"("box": {"type": "GeomBox"})", "");
     ASSERT_TRUE(scene);
