@@ -161,7 +161,7 @@ PelkVolume* GlassBSDF::getVolume(PelkContext&) {
 
 // ---- plug-in
 
-BSDFGlass::BSDFGlass(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+BSDFGlass::BSDFGlass(PelkPluginDesc* pluginDesc) : FacetBSDF(pluginDesc) {
     kGlassParams.bind(paramList, params);
 }
 
@@ -169,40 +169,11 @@ void BSDFGlass::addParameters(PelkParameterListDesc& list) {
     kGlassParams.addTo(list);
 }
 
-PluginInterface* BSDFGlass::getInterface(u64 id) {
-    if (id == EXT_BSDF)
-        return static_cast<BSDFInterface*>(this);
-    return PelkPlugin::getInterface(id);
-}
-
-void BSDFGlass::renderBegin(PelkRenderer& renderer) {
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void BSDFGlass::renderEnd(PelkRenderer&) {
-    pool.destroy();
-}
-
 void BSDFGlass::frameBegin(PelkRenderer& renderer) {
     PelkPlugin::frameBegin(renderer);
     PelkVolume* const given = findInterface<PelkVolume>(params.volume, EXT_VOLUME);
     look = {params.reflection, params.refraction, FacetShape::of(params.roughness, params.tail),
             given ? given : &ownVolume, params.pass_shadows != 0};
-}
-
-BSDFSampler* BSDFGlass::getBSDF(PelkContext& context, int flags) {
-    PoolEntry<GlassBSDF>* entry = pool.entry(context.threadData->threadIndex);
-    if (!entry)
-        return nullptr;
-    PoolElement<GlassBSDF>* bsdf = entry->take();
-    bsdf->set(look, context, flags & kSingleSided);
-    return bsdf;
-}
-
-void BSDFGlass::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
-    if (sampler)
-        pool.entry(context.threadData->threadIndex)
-            ->giveBack(static_cast<PoolElement<GlassBSDF>*>(sampler));
 }
 
 }  // namespace Tarnkit

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "frame/material.h"
+#include "render/facet_bsdf.h"
 #include "render/facet_lobe.h"
 
 namespace Tarnkit {
@@ -76,7 +77,7 @@ private:
 /// Glass, water or ice as a BSDF plug-in: reflects and refracts by the indices of refraction of the
 /// media on its sides. Objects that lie in one another need no gap: the medium outside is the one
 /// that the ray is in.
-class BSDFGlass final : public PelkPlugin, public BSDFInterface {
+class BSDFGlass final : public FacetBSDF<GlassBSDF, GlassLook> {
 public:
     struct Params {
         Color reflection, refraction;
@@ -89,19 +90,11 @@ public:
 
     static constexpr const char* kName = "BSDFGlass";
     static constexpr u32 kID = 0x7E100062;
-    static constexpr u64 kFaces[] = {EXT_BSDF};
 
     explicit BSDFGlass(PelkPluginDesc* pluginDesc);
     static void addParameters(PelkParameterListDesc& list);
 
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
-
-    void renderBegin(PelkRenderer& renderer) override;
-    void renderEnd(PelkRenderer& renderer) override;
     void frameBegin(PelkRenderer& renderer) override;
-    BSDFSampler* getBSDF(PelkContext& context, int flags) override;
-    void releaseBSDF(PelkContext& context, BSDFSampler* sampler) override;
 
 private:
     /// The medium of the plug-in's own index.
@@ -117,8 +110,6 @@ private:
 
     Params params;
     OwnVolume ownVolume{*this};
-    GlassLook look;               // set in frameBegin
-    ThreadPools<GlassBSDF> pool;  // lives from renderBegin to renderEnd
 };
 
 }  // namespace Tarnkit

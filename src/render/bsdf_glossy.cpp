@@ -117,26 +117,12 @@ BRDFSampler* GlossyBRDF::getBRDF(BSDFSide side) {
 
 // ---- plug-in
 
-BRDFGlossy::BRDFGlossy(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+BRDFGlossy::BRDFGlossy(PelkPluginDesc* pluginDesc) : FacetBSDF(pluginDesc) {
     kParams.bind(paramList, params);
 }
 
 void BRDFGlossy::addParameters(PelkParameterListDesc& list) {
     kParams.addTo(list);
-}
-
-PluginInterface* BRDFGlossy::getInterface(u64 id) {
-    if (id == EXT_BSDF)
-        return static_cast<BSDFInterface*>(this);
-    return PelkPlugin::getInterface(id);
-}
-
-void BRDFGlossy::renderBegin(PelkRenderer& renderer) {
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void BRDFGlossy::renderEnd(PelkRenderer&) {
-    pool.destroy();
 }
 
 void BRDFGlossy::frameBegin(PelkRenderer& renderer) {
@@ -148,21 +134,6 @@ void BRDFGlossy::frameBegin(PelkRenderer& renderer) {
     const float step = 1.0f / static_cast<float>(look.albedo.size() - 1);
     for (size_t i = 0; i < look.albedo.size(); ++i)
         look.albedo[i] = look.shape.albedo(std::max(static_cast<float>(i) * step, 0.01f));
-}
-
-BSDFSampler* BRDFGlossy::getBSDF(PelkContext& context, int flags) {
-    PoolEntry<GlossyBRDF>* entry = pool.entry(context.threadData->threadIndex);
-    if (!entry)
-        return nullptr;
-    PoolElement<GlossyBRDF>* brdf = entry->take();
-    brdf->set(look, context, flags & kSingleSided);
-    return brdf;
-}
-
-void BRDFGlossy::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
-    if (sampler)
-        pool.entry(context.threadData->threadIndex)
-            ->giveBack(static_cast<PoolElement<GlossyBRDF>*>(sampler));
 }
 
 }  // namespace Tarnkit

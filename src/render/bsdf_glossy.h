@@ -3,6 +3,7 @@
 #include <array>
 
 #include "frame/material.h"
+#include "render/facet_bsdf.h"
 #include "render/facet_lobe.h"
 
 namespace Tarnkit {
@@ -51,7 +52,7 @@ private:
 /// than one facet isn't lost: the lobe is scaled so that a white surface in white surroundings is
 /// white. Turquin, "Practical multiple scattering compensation for microfacet models", 2019,
 /// eq. 16.
-class BRDFGlossy final : public PelkPlugin, public BSDFInterface {
+class BRDFGlossy final : public FacetBSDF<GlossyBRDF, GlossyLook> {
 public:
     struct Params {
         Color color;
@@ -62,24 +63,14 @@ public:
 
     static constexpr const char* kName = "BRDFGlossy";
     static constexpr u32 kID = 0x7E100061;
-    static constexpr u64 kFaces[] = {EXT_BSDF};
 
     explicit BRDFGlossy(PelkPluginDesc* pluginDesc);
     static void addParameters(PelkParameterListDesc& list);
 
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
-
-    void renderBegin(PelkRenderer& renderer) override;
-    void renderEnd(PelkRenderer& renderer) override;
     void frameBegin(PelkRenderer& renderer) override;
-    BSDFSampler* getBSDF(PelkContext& context, int flags) override;
-    void releaseBSDF(PelkContext& context, BSDFSampler* sampler) override;
 
 private:
     Params params;
-    GlossyLook look;               // set in frameBegin
-    ThreadPools<GlossyBRDF> pool;  // lives from renderBegin to renderEnd
 };
 
 }  // namespace Tarnkit
