@@ -5,6 +5,8 @@
 #include <exception>
 #include <map>
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include "frame/exception_msg.h"
 #include "frame/renderer.h"
@@ -128,6 +130,24 @@ std::vector<int> processorsOf(const ThreadPlacement& thread) {
     return processors;
 }
 
+/// Lines that tell which threads share a node, and its processors; empty for no placement.
+std::vector<std::string> describePlacement(const std::vector<ThreadPlacement>& placement) {
+    struct Node {
+        std::vector<int> threads, processors;
+    };
+    std::map<int, Node> nodes;
+    for (const ThreadPlacement& thread : placement) {
+        Node& node = nodes[thread.node];
+        node.threads.push_back(thread.threadIndex);
+        node.processors = processorsOf(thread);
+    }
+    std::vector<std::string> lines;
+    for (const auto& [index, node] : nodes)
+        lines.push_back("threads " + asRanges(node.threads) + " on node " + std::to_string(index) +
+                        ", processors " + asRanges(node.processors));
+    return lines;
+}
+
 void logPlacement(ThreadManager& manager, int threads, MessageLog& log) {
     const std::vector<std::string> lines = describePlacement(getThreadPlacement(&manager, threads));
     if (lines.empty())
@@ -155,23 +175,6 @@ void runWorkers(const WorkerGroup& group, const std::function<void(Worker&)>& wo
         throw ExceptionMsg("The system gives no thread to work on");
     if (abort == 0 && job.begun < group.threads)
         log.warning("The system gave only %d of %d threads", job.begun.load(), group.threads);
-}
-
-std::vector<std::string> describePlacement(const std::vector<ThreadPlacement>& placement) {
-    struct Node {
-        std::vector<int> threads, processors;
-    };
-    std::map<int, Node> nodes;
-    for (const ThreadPlacement& thread : placement) {
-        Node& node = nodes[thread.node];
-        node.threads.push_back(thread.threadIndex);
-        node.processors = processorsOf(thread);
-    }
-    std::vector<std::string> lines;
-    for (const auto& [index, node] : nodes)
-        lines.push_back("threads " + asRanges(node.threads) + " on node " + std::to_string(index) +
-                        ", processors " + asRanges(node.processors));
-    return lines;
 }
 
 }  // namespace Tarnkit

@@ -3,8 +3,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "frame/shared_field.h"
 #include "support/thread_manager.h"
@@ -53,8 +51,5 @@ struct WorkerGroup {
 /// store. The first exception on any of the threads ends the run and is thrown again here; if
 /// there is no thread at all, that is an ExceptionMsg. Nothing runs if `stop` is set already.
 void runWorkers(const WorkerGroup& group, const std::function<void(Worker&)>& work);
-
-/// Lines that tell which threads share a node, and its processors; empty for no placement.
-std::vector<std::string> describePlacement(const std::vector<ThreadPlacement>& placement);
 
 }  // namespace Tarnkit

@@ -31,8 +31,9 @@ size_t editCost(std::string_view a, std::string_view b) {
     return above[b.size()];
 }
 
-}  // namespace
-
+/// The name that `text` was most likely meant to be: the one that the fewest single-character
+/// edits (insert, drop, change, swap of neighbours; case counts half) turn into it. Empty if all
+/// are too far off. The view is into `names`.
 std::string_view nearestName(std::string_view text, std::span<const std::string_view> names) {
     std::string_view best;
     // More than a third of the letters wrong is another word; one letter of a short one may be.
@@ -46,6 +47,8 @@ std::string_view nearestName(std::string_view text, std::span<const std::string_
     }
     return best;
 }
+
+}  // namespace
 
 std::string didYouMean(std::string_view text, std::span<const std::string_view> names) {
     const std::string_view name = nearestName(text, names);

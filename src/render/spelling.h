@@ -6,11 +6,6 @@
 
 namespace Tarnkit {
 
-/// The name that `text` was most likely meant to be: the one that the fewest single-character
-/// edits (insert, drop, change, swap of neighbours; case counts half) turn into it. Empty if all
-/// are too far off. The view is into `names`.
-std::string_view nearestName(std::string_view text, std::span<const std::string_view> names);
-
 /// ", did you mean \"X\"?" where some name is near, else an empty text.
 std::string didYouMean(std::string_view text, std::span<const std::string_view> names);
 

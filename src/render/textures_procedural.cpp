@@ -103,8 +103,8 @@ u32 cellOf(double floored) {
     return std::fabs(floored) < 0x1p62 ? static_cast<u32>(static_cast<std::int64_t>(floored)) : 0u;
 }
 
-}  // namespace
-
+/// Gradient noise, about -1 to 1 and 0 at whole numbers. Perlin, "Improving Noise", SIGGRAPH 2002,
+/// with hashed lattice points in the place of a table, so that it repeats after 2^32 units only.
 float gradientNoise(double x, double y, double z) {
     const double fx = std::floor(x), fy = std::floor(y), fz = std::floor(z);
     const u32 cx = cellOf(fx), cy = cellOf(fy), cz = cellOf(fz);
@@ -125,6 +125,8 @@ float gradientNoise(double x, double y, double z) {
     }
     return std::lerp(planes[0], planes[1], wz);
 }
+
+}  // namespace
 
 TexNoise::TexNoise(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
     kNoiseParams.bind(paramList, params);

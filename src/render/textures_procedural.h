@@ -81,8 +81,4 @@ private:
     Params params;
 };
 
-/// Gradient noise, about -1 to 1 and 0 at whole numbers. Perlin, "Improving Noise", SIGGRAPH 2002,
-/// with hashed lattice points in the place of a table, so that it repeats after 2^32 units only.
-float gradientNoise(double x, double y, double z);
-
 }  // namespace Tarnkit
