@@ -1,5 +1,5 @@
-// The module's entry and its list of plug-ins. All static objects of the library stand in this one
-// source, since the order of static objects is certain only within one.
+// The module's entry and its list of plug-ins. No other source of the library has static objects
+// that are constructed.
 
 #include "composite/mtl_2sided.h"
 #include "composite/mtl_double_sided.h"
@@ -8,6 +8,7 @@
 #include "composite/mtl_multi.h"
 #include "composite/mtl_override.h"
 #include "composite/mtl_render_stats.h"
+#include "frame/module_library.h"
 #include "frame/plugin_desc.h"
 #include "matte/mtl_wrapper.h"
 #include "matte/mtl_wrapper_maya.h"
@@ -21,10 +22,6 @@ struct DescNode {
     DescNode* next;
 };
 
-// Zero before any constructor runs, so that a descriptor may enter at any time of the load.
-constinit DescNode* descList = nullptr;
-constinit u32 descCount = 0;
-
 /// What the library says of itself. Constructed before all descriptors and destroyed after them.
 class LibDesc final : public PluginLibDesc {
 public:
@@ -33,6 +30,12 @@ public:
             descList = node->next;
             delete node;
         }
+    }
+
+    /// Enters a descriptor at the head of the list.
+    void enrol(PluginDesc* desc) {
+        descList = new DescNode{desc, descList};
+        ++descCount;
     }
 
     const char* getLibraryName() override { return "Materials"; }
@@ -49,36 +52,42 @@ public:
         }
         return visited;
     }
+
+private:
+    DescNode* descList = nullptr;
+    u32 descCount = 0;
 };
 
-/// A descriptor that enters the library's list, at its head, once its parameters are known.
+/// A descriptor that enters the library's list once its parameters are known.
 template <class Desc>
 class Enrolled final : public Desc {
 public:
-    Enrolled() {
-        ++descCount;
-        descList = new DescNode{this, descList};
-    }
+    explicit Enrolled(LibDesc& library) { library.enrol(this); }
 };
 
-// Constructed from top to bottom and enumerated from bottom to top: hosts see the plug-ins in an
-// order that is fixed for good.
-LibDesc libDesc;
-Enrolled<MtlWrapperDesc> wrapperDesc;
-Enrolled<MtlWrapperMayaDesc> wrapperMayaDesc;
-Enrolled<MtlSingleBRDFDesc> singleBRDFDesc;
-Enrolled<MtlRenderStatsDesc> renderStatsDesc;
-Enrolled<MtlOverrideDesc> overrideDesc;
-Enrolled<MtlMultiDesc> multiDesc;
-Enrolled<MtlMaterialIDDesc> materialIDDesc;
-Enrolled<MtlLayeredBRDFDesc> layeredBRDFDesc;
-Enrolled<MtlDoubleSidedDesc> doubleSidedDesc;
-Enrolled<MtlDiffuseDesc> diffuseDesc;
-Enrolled<Mtl2SidedDesc> twoSidedDesc;
+/// Constructed from top to bottom and enumerated from bottom to top: hosts see the plug-ins in an
+/// order that is fixed for good.
+struct Materials {
+    LibDesc libDesc;
+    Enrolled<MtlWrapperDesc> wrapper{libDesc};
+    Enrolled<MtlWrapperMayaDesc> wrapperMaya{libDesc};
+    Enrolled<MtlSingleBRDFDesc> singleBRDF{libDesc};
+    Enrolled<MtlRenderStatsDesc> renderStats{libDesc};
+    Enrolled<MtlOverrideDesc> overriding{libDesc};
+    Enrolled<MtlMultiDesc> multi{libDesc};
+    Enrolled<MtlMaterialIDDesc> materialID{libDesc};
+    Enrolled<MtlLayeredBRDFDesc> layeredBRDF{libDesc};
+    Enrolled<MtlDoubleSidedDesc> doubleSided{libDesc};
+    Enrolled<MtlDiffuseDesc> diffuse{libDesc};
+    Enrolled<Mtl2SidedDesc> twoSided{libDesc};
+};
+
+ModuleLibrary<Materials> materials;
 
 }  // namespace
 
-/// The one name that the library exports. Valid from the end of the load until the unload.
+/// The one name that the library exports. Valid from the end of the load until the unload. Throws
+/// only if the load has run out of memory.
 extern "C" PELK_API PluginLibDesc* getLibDesc() {
-    return &libDesc;
+    return &materials.get().libDesc;
 }

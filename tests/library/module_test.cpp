@@ -106,4 +106,31 @@ TEST(Module, MakesNoPluginWithoutMemory) {
     }
 }
 
+// An exception on its way through the system's loader would end the process or keep its lock.
+TEST(Module, LoadsWithoutMemoryNeitherHalfNorForGood) {
+    platform::setDebugSink([](const char*) {});
+    using GetLibDesc = PluginLibDesc* (*)();
+    int refusals = 0;
+    for (bool failed = true; failed; ++refusals) {
+        HeapProbe heap;
+        heap.refuseAfter(refusals);
+        platform::ModuleError error;
+        const platform::ModuleHandle module = platform::loadModule(MaterialsModule::path(), error);
+        ASSERT_TRUE(module) << error.message;
+        heap.refuseAfter(1000);
+        const auto entry = reinterpret_cast<GetLibDesc>(platform::findSymbol(module, "getLibDesc"));
+        failed = false;
+        try {
+            entry();
+        } catch (const ExceptionMsg&) {
+            failed = true;
+        }
+        EXPECT_EQ(entry()->enumPluginDescs(nullptr), kNumPlugins) << refusals;
+        platform::releaseModule(module);
+        EXPECT_FALSE(isLoaded());
+    }
+    EXPECT_GT(refusals, 2 * kNumPlugins) << "a list and a node each";
+    platform::setDebugSink(nullptr);
+}
+
 }  // namespace
