@@ -1,9 +1,11 @@
 #include "platform/fault.h"
 
 #include <gtest/gtest.h>
+#include <setjmp.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <string>
 #include <thread>
 
 namespace {
@@ -61,5 +63,51 @@ TEST(FaultTest, WhatIsNotTranslatedGoesToTheFormerAction) {
     const auto returning = [](unsigned, const Fault&) {};
     EXPECT_EXIT(faultBehind(returning), testing::ExitedWithCode(42), "");
 }
+
+TEST_F(FaultTest, OtherHandlersAndTheTranslatorEachKeepTheirFaults) {
+    static sigjmp_buf back;
+    static struct sigaction below;
+    const auto faultWithoutTranslator = [] {
+        std::thread([] {
+            if (sigsetjmp(back, 1) == 0)
+                touchNothing();
+        }).join();
+    };
+    signal(SIGSEGV, [](int) { siglongjmp(back, 1); });
+    setFaultTranslator(throwCode);
+    faultWithoutTranslator();
+    EXPECT_THROW(touchNothing(), Caught) << "taken away by the other thread";
+
+    // One that was put up later, and hands on what it gets: to us, who come first again.
+    struct sigaction later {};
+    later.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    later.sa_sigaction = [](int n, siginfo_t* record, void* c) {
+        below.sa_sigaction(n, record, c);
+    };
+    sigaction(SIGSEGV, &later, &below);
+    setFaultTranslator(throwCode);
+    faultWithoutTranslator();
+    EXPECT_THROW(touchNothing(), Caught) << "not put up anew";
+}
+
+TEST_F(FaultTest, ASmallAlternateStackIsNotUsed) {
+    const size_t size = sysconf(_SC_MINSIGSTKSZ);
+    std::string around(3 * size, 'x');
+    const stack_t small{.ss_sp = &around[size], .ss_flags = 0, .ss_size = size};
+    std::thread([&] {
+        ASSERT_EQ(sigaltstack(&small, nullptr), 0);
+        setFaultTranslator(throwCode);
+        EXPECT_THROW(touchNothing(), Caught);
+    }).join();
+    EXPECT_EQ(around, std::string(3 * size, 'x'));
+}
+
+#if defined(__x86_64__)
+TEST_F(FaultTest, ACallOfNoFunctionIsCaughtByItsCaller) {
+    setFaultTranslator(throwCode);
+    void (*volatile function)() = nullptr;
+    EXPECT_THROW(function(), Caught);
+}
+#endif
 
 }  // namespace
