@@ -13,12 +13,12 @@ namespace {
 constexpr std::size_t kMaxPath = 260;
 
 void writeCrashDump(unsigned code, const platform::Fault& fault) {
-    char directory[kMaxPath];
+    // A directory that leaves no room for the name falls back on the system's.
+    constexpr char kName[] = "Pelk.dmp";
+    char directory[kMaxPath - sizeof kName + 1];
     platform::temporaryDirectory(directory, sizeof directory);
     char fileName[kMaxPath];
-    const int length = std::snprintf(fileName, sizeof fileName, "%s%s.dmp", directory, "Pelk");
-    if (length < 0 || length >= static_cast<int>(sizeof fileName))
-        return;
+    std::snprintf(fileName, sizeof fileName, "%s%s", directory, kName);
     char message[kMaxPath + 32];
     std::snprintf(message, sizeof message, "Writing crash dump to \"%s\"\n", fileName);
     platform::writeOutput(message);

@@ -84,10 +84,11 @@ std::vector<std::string> listFiles(std::string_view mask) {
 void temporaryDirectory(char* buffer, std::size_t size) {
     const char* setting = std::getenv("TMPDIR");
     const std::size_t length = setting ? std::strlen(setting) : 0;
-    if (length == 0 || length + 2 > size)
+    const char* end = length > 0 && setting[length - 1] == '/' ? "" : "/";
+    if (length == 0 || length + std::strlen(end) >= size)
         std::snprintf(buffer, size, "/tmp/");
     else
-        std::snprintf(buffer, size, setting[length - 1] == '/' ? "%s" : "%s/", setting);
+        std::snprintf(buffer, size, "%s%s", setting, end);
 }
 
 }  // namespace Tarnkit::platform
