@@ -4,6 +4,7 @@
 #include <iterator>
 #include <type_traits>
 
+#include "frame/exception_msg.h"
 #include "frame/grow_table.h"
 #include "frame/hash_little.h"
 #include "frame/sequence.h"
@@ -32,7 +33,7 @@ struct HashKey<const char*> {
 /// A chained hash table that grows and shrinks along a list of primes. Keys are 32-bit numbers
 /// or names; of a name only the pointer is kept, so its text must live as long as its entry.
 /// Memory of removed entries is used again and goes back to the heap with the table. Memory
-/// failure is an ExceptionMsg; no entry is lost or half made then.
+/// failure of an insertion is an ExceptionMsg; no entry is lost or half made then.
 template <class K, class V>
 class HashTable {
     static_assert(std::is_trivially_destructible_v<V>, "values are forgotten, not destroyed");
@@ -53,7 +54,7 @@ public:
         if (findNode(key, hash))
             return false;
         if (loadPercent() >= 76 && prime + 1 < std::size(kPrimes))
-            rebuild(prime + 1);
+            grow();
         Node* node = newNode();
         node->key = key;
         node->value = value;
@@ -63,7 +64,7 @@ public:
         return true;
     }
 
-    /// False if the key isn't there.
+    /// False if the key isn't there. Can't fail.
     bool remove(K key) {
         const u32 hash = HashKey<K>::hash(key);
         Node** link = &buckets[bucketOf(hash)];
@@ -76,7 +77,7 @@ public:
         pushFront(freeNodes, node);
         --count;
         if (loadPercent() < 20 && prime > 0)
-            rebuild(prime - 1);
+            shrink();
         return true;
     }
 
@@ -97,7 +98,7 @@ public:
 private:
     struct Node {
         K key;
-        u32 hash;  // of the key: spares most comparisons of names, and all hashing in rebuild()
+        u32 hash;  // of the key: spares most comparisons of names, and all hashing in moveTo()
         V value;
         Node* next;
     };
@@ -135,10 +136,24 @@ private:
         return std::exchange(freeNodes, freeNodes->next);
     }
 
-    /// Moves all nodes to a table of another size.
-    void rebuild(std::size_t newPrime) {
+    void grow() {
         GrowTable<Node*> fresh(kGrowthStep);
-        fresh.resize(kPrimes[newPrime]);
+        fresh.resize(kPrimes[prime + 1]);
+        moveTo(fresh, prime + 1);
+    }
+
+    /// Without the memory for the smaller table the present one does as well.
+    void shrink() {
+        GrowTable<Node*> fresh(kGrowthStep);
+        try {
+            fresh.resize(kPrimes[prime - 1]);
+        } catch (const ExceptionMsg&) {
+            return;
+        }
+        moveTo(fresh, prime - 1);
+    }
+
+    void moveTo(GrowTable<Node*>& fresh, std::size_t newPrime) {
         for (Node* node : buckets)
             while (node) {
                 Node*& head = fresh[node->hash % static_cast<u32>(fresh.size())];

@@ -78,4 +78,19 @@ TEST(HashTableTest, BehavesAsAMapUnderRandomOperations) {
     EXPECT_EQ(TestHeap::state.live, 0);
 }
 
+TEST(HashTableTest, MemoryFailureLosesNoEntry) {
+    const TestHeap heap;
+    HashTable<u32, int> table;
+    for (u32 key = 0; key < 1000; ++key)
+        table.insert(key, static_cast<int>(key));
+    TestHeap::refuseAfter(0);
+    EXPECT_THROW(table.insert(1000, 0), ExceptionMsg) << "no node";
+    for (u32 key = 999; key >= 100; --key)
+        EXPECT_TRUE(table.remove(key)) << "even where the table can't shrink";
+    TestHeap::refuseNothing();
+    EXPECT_EQ(table.size(), 100);
+    for (u32 key = 0; key < 1001; ++key)
+        ASSERT_EQ(table.find(key) != nullptr, key < 100) << key;
+}
+
 }  // namespace
