@@ -55,11 +55,16 @@ inline float largestComponent(Vector v) {
     return std::fmax(std::fmax(std::fabs(v.x), std::fabs(v.y)), std::fabs(v.z));
 }
 
-/// `v` made unit by multiplying with 1 / length. A vector whose length has collapsed (its largest
-/// component is at least 1e18 times its length) stays unchanged.
-inline Vector normalizeGuarded(Vector v) {
+/// Whether a vector of this length has collapsed: its largest component is at least `limit` times
+/// its length. One with a component that is no number has not.
+inline bool isCollapsed(Vector v, float len, float limit = 1e18f) {
+    return largestComponent(v) >= len * limit;
+}
+
+/// `v` made unit by multiplying with 1 / length; it stays unchanged if it has collapsed.
+inline Vector normalizeGuarded(Vector v, float limit = 1e18f) {
     const float len = length(v);
-    return largestComponent(v) < len * 1e18f ? v * (1.0f / len) : v;
+    return isCollapsed(v, len, limit) ? v : v * (1.0f / len);
 }
 
 /// `v` mirrored at the plane through the origin with the unit normal `n`.

@@ -8,12 +8,6 @@ namespace {
 /// A surface whose mean transparency is below this lets no ray into its volume.
 constexpr float kOpaqueBelow = 1e-6f;
 
-/// The vector made unit, unless its length has collapsed against its components.
-Vector normalizeWithin(Vector v, float limit) {
-    const float len = length(v);
-    return largestComponent(v) < len * limit ? v * (1.0f / len) : v;
-}
-
 }  // namespace
 
 PelkContext::~PelkContext() = default;
@@ -60,13 +54,20 @@ void shadeBSDF(PelkContext& context, BSDFSampler* bsdf) {
     if (!bsdf)
         return setFullyTransparent(context);
     const bool ownVolume = context.surfaceVolume == nullptr;
-    if (ownVolume)
-        context.surfaceVolume = bsdf->getVolume(context);
-    if (context.rayType & kRayShadow) {
-        const Color transparency = bsdf->getBSDFTransparency(context);
-        setResults(context, Color(0), transparency, complement(transparency), transparency);
-    } else {
-        context.shadeWithBSDF(bsdf, 1);
+    try {
+        if (ownVolume)
+            context.surfaceVolume = bsdf->getVolume(context);
+        if (context.rayType & kRayShadow) {
+            const Color transparency = bsdf->getBSDFTransparency(context);
+            setResults(context, Color(0), transparency, complement(transparency), transparency);
+        } else {
+            context.shadeWithBSDF(bsdf, 1);
+        }
+    } catch (...) {
+        // Out of memory: the hit is left as it was.
+        if (ownVolume)
+            context.surfaceVolume = nullptr;
+        throw;
     }
     if (ownVolume && mean(context.resultTransparency) < kOpaqueBelow)
         context.surfaceVolume = nullptr;
@@ -74,7 +75,7 @@ void shadeBSDF(PelkContext& context, BSDFSampler* bsdf) {
 
 void setReflectDerivs(PelkContext& context, PelkContext& newContext, const Vector& direction, int,
                       float limit) {
-    const Vector axis = normalizeWithin(direction - context.rayDir, limit);
+    const Vector axis = normalizeGuarded(direction - context.rayDir, limit);
     newContext.rayDerivX = mirrored(context.rayDerivX, axis);
     newContext.rayDerivY = mirrored(context.rayDerivY, axis);
 }

@@ -205,7 +205,7 @@ float DiffuseBRDF::setupContext(PelkContext& context, PelkContext& newContext, f
     const Vector r = mirrorDirection(context);
     Vector h = r - context.rayDir;
     const float len = length(h);
-    if (largestComponent(h) < len * 1e18f)  // not where the length has collapsed
+    if (!isCollapsed(h, len))
         h = {h.x / len, h.y / len, h.z / len};
     setMirrorRay(context, newContext, r, h);
     return 1.0f;

@@ -3,6 +3,8 @@
 #include "fake_host/call_log.h"
 #include "fake_host/fake_renderer.h"
 #include "fake_host/recorders.h"
+#include "frame/exception_msg.h"
+#include "frame/samplers.h"
 
 namespace {
 
@@ -70,6 +72,14 @@ TEST_F(ContextTest, ReflectedDerivativesAreMirroredLikeTheRay) {
     // A ray that isn't turned leaves no axis; it must not become a NaN.
     setReflectDerivs(context, reflected, context.rayDir, 0, 1e18f);
     EXPECT_EQ(reflected.rayDerivY, context.rayDerivY);
+}
+
+TEST_F(ContextTest, VolumeOfTheSamplerGoesWhereShadingThrows) {
+    FakeVolume own;
+    sampler.volume = &own;
+    context.onLight = [](BSDFSampler*) { throw ExceptionMsg("no memory"); };
+    EXPECT_THROW(shadeBSDF(context, &sampler), ExceptionMsg);
+    EXPECT_EQ(context.surfaceVolume, nullptr);
 }
 
 }  // namespace
