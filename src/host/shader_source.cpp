@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string_view>
 
 #include "frame/memory.h"
@@ -46,10 +47,10 @@ void appendConverted(ShaderSource& out, const char* conversion, Value value) {
     if (size < static_cast<int>(sizeof(buffer)))
         return out.append(size < 0 ? "" : buffer);
     // Too long for the stack: a text, or a number with hundreds of digits.
-    char* whole = static_cast<char*>(allocate(size + 1));
-    std::snprintf(whole, size + 1, conversion, value);
-    out.append(whole);
-    freeMemory(whole);
+    const std::unique_ptr<char, decltype(&freeMemory)> whole(static_cast<char*>(allocate(size + 1)),
+                                                             freeMemory);
+    std::snprintf(whole.get(), size + 1, conversion, value);
+    out.append(whole.get());
 }
 
 void appendConversion(ShaderSource& out, const Conversion& conversion, Arguments& arguments) {
@@ -119,15 +120,20 @@ void ShaderSource::printf(const char* format, ...) {
     const platform::CLocaleScope cLocale;
     Arguments arguments;
     va_start(arguments.list, format);
-    std::string_view rest = format;
-    while (!rest.empty()) {
-        const size_t plain = std::min(rest.find('%'), rest.size());
-        append(rest.data(), plain);
-        rest.remove_prefix(plain);
-        Conversion conversion;
-        if (!takeConversion(rest, conversion))
-            break;
-        appendConversion(*this, conversion, arguments);
+    try {
+        std::string_view rest = format;
+        while (!rest.empty()) {
+            const size_t plain = std::min(rest.find('%'), rest.size());
+            append(rest.data(), plain);
+            rest.remove_prefix(plain);
+            Conversion conversion;
+            if (!takeConversion(rest, conversion))
+                break;
+            appendConversion(*this, conversion, arguments);
+        }
+    } catch (...) {
+        va_end(arguments.list);
+        throw;
     }
     va_end(arguments.list);
 }
