@@ -12,9 +12,11 @@ struct ParameterDesc;
 /// Receives descriptors one by one.
 class EnumPluginDescCallback {
 public:
-    virtual ~EnumPluginDescCallback() = default;
     /// Returns 0 to stop the enumeration, anything else to go on.
     virtual int process(PluginDesc* desc) = 0;
+
+protected:
+    ~EnumPluginDescCallback() = default;  // nobody deletes what he was only given to call
 };
 
 /// What a library of plug-ins says of itself.

@@ -13,17 +13,21 @@ class Plugin;
 /// Receives libraries one by one.
 class EnumPluginLibCallback {
 public:
-    virtual ~EnumPluginLibCallback() = default;
     /// Returns 0 to stop the enumeration, anything else to go on.
     virtual int process(PluginLibDesc* library) = 0;
+
+protected:
+    ~EnumPluginLibCallback() = default;
 };
 
 /// Receives plug-in instances one by one. It may delete the one that it was given.
 class EnumPluginCallback {
 public:
-    virtual ~EnumPluginCallback() = default;
     /// Returns 0 to stop the enumeration, anything else to go on.
     virtual int process(Plugin* plugin) = 0;
+
+protected:
+    ~EnumPluginCallback() = default;
 };
 
 /// The host's keeper of plug-ins: loads the libraries, finds what they offer by name and id, and

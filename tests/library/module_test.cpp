@@ -23,7 +23,7 @@ const struct {
 constexpr int kNumPlugins = std::size(kPlugins);
 
 /// Goes on until a number of descriptors has been seen.
-struct Collect : EnumPluginDescCallback {
+struct Collect final : EnumPluginDescCallback {
     explicit Collect(int most) : limit(most) {}
     int process(PluginDesc* desc) override {
         seen.push_back(desc);
