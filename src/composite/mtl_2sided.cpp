@@ -115,8 +115,11 @@ BSDFSampler* Mtl2Sided::getBSDF(PelkContext& context, int flags) {
             const ScopedFlip beyond(context);
             second = getSampler(context, 1 - side, flags);
         }
-        const Color translucency = textureBlend(context, params.translucency,
-                                                params.translucencyTex, params.translucencyTexMult);
+        // A weight that is no number shows no texture.
+        const float weight = params.translucencyTexMult;
+        const Color translucency =
+            textureBlend(context, params.translucency,
+                         weight >= 1e-12f ? params.translucencyTex : nullptr, weight);
         element->init(context, translucency, first, second, params.multByFrontDiffuse, Color(0));
     } catch (...) {
         // Out of memory: the samplers so far go back.

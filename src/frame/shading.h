@@ -17,7 +17,7 @@ namespace Tarnkit {
 /// its colour comes unscaled by it. It is read with rayWeight times the multiplier.
 inline Color textureBlend(PelkContext& context, Color color, TextureInterface* texture,
                           float multiplier) {
-    if (!texture || !(multiplier >= 1e-12f))
+    if (!texture || multiplier < 1e-12f)
         return color;
     const ScopedValue weight(context.rayWeight, context.rayWeight * multiplier);
     const AColor value = texture->getTexColor(context);
