@@ -17,7 +17,9 @@ using FaultTranslator = void (*)(unsigned code, const Fault& fault);
 /// Sets the function that hardware faults (bad addresses, bad instructions, bad arithmetic) of
 /// the calling thread end in, null for none. Returns the one before. Works on deep recursion
 /// too, for the translator runs on a stack of its own. Code that catches what a translator
-/// throws must be compiled to expect exceptions from plain instructions.
+/// throws must be compiled to expect exceptions from plain instructions. Faults of threads
+/// without a translator go to who handled them before. If the process has set another handler
+/// since, each call with a translator puts ours first again.
 PELK_API FaultTranslator setFaultTranslator(FaultTranslator translator);
 
 /// Writes a report of the fault on the calling thread into a file, in place of an older one:

@@ -17,12 +17,10 @@ namespace {
 
 constexpr int kSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 
-/// Who handled a signal before us.
-struct FormerActions {
-    struct sigaction first;   ///< when our handler was put up for the first time
-    struct sigaction latest;  ///< and for the last time; it may know of ours, and call it
-};
-FormerActions formerActions[std::size(kSignals)];
+/// Who handled each signal when our handler was put up, the latest first. The latest may know ours
+/// from an earlier time and call it; what it expects then is who comes next.
+constexpr int kKeptActions = 4;
+struct sigaction formerActions[std::size(kSignals)][kKeptActions];
 
 /// The stack that this thread's faults are handled on: its own may be what has run out.
 class AlternateStack {
@@ -65,10 +63,11 @@ private:
     stack_t former{.ss_sp = nullptr, .ss_flags = SS_DISABLE, .ss_size = 0};
 };
 
-/// A call of a former handler, by the signal's own record and our place on the stack.
+/// A call of a former handler.
 struct PassedOn {
-    const void* context;
-    const void* frame;
+    const void* context;  ///< of the signal
+    const void* frame;    ///< our place on the stack
+    int action;           ///< which of the former ones
 };
 
 // Bound when the library is loaded: the usual way may allocate at a thread's first look, and that
@@ -98,12 +97,14 @@ void callHandler(const struct sigaction& action, int number, siginfo_t* record, 
 /// the process ends.
 void passOn(int number, siginfo_t* record, void* context, bool sent) {
     const auto place = std::find(std::begin(kSignals), std::end(kSignals), number);
-    FormerActions& former = formerActions[place - std::begin(kSignals)];
-    // A handler that we pass on to, and that calls us in turn, has been put up over ours.
-    const PassedOn call{context, __builtin_frame_address(0)};
-    const bool inCircle = passedOn.context == call.context && passedOn.frame > call.frame;
-    struct sigaction& kept = inCircle ? former.first : former.latest;
-    const struct sigaction action = kept;
+    struct sigaction* former = formerActions[place - std::begin(kSignals)];
+    // The handler that we have passed this signal on to may have called us.
+    PassedOn call{context, __builtin_frame_address(0), 0};
+    if (passedOn.context == call.context && passedOn.frame > call.frame)
+        call.action = passedOn.action + 1;
+    struct sigaction action {};
+    if (call.action < kKeptActions)
+        action = former[call.action];
     if (action.sa_handler == SIG_IGN && sent)
         return;
     if (action.sa_handler == SIG_IGN || action.sa_handler == SIG_DFL) {
@@ -114,7 +115,7 @@ void passOn(int number, siginfo_t* record, void* context, bool sent) {
         return;
     }
     if (action.sa_flags & SA_RESETHAND)
-        kept = {};
+        former[call.action] = {};
     passedOn = call;
     callHandler(action, number, record, context);
 }
@@ -153,7 +154,6 @@ extern "C" void handleFault(int number, siginfo_t* record, void* context) {
 /// Puts our handler up where it doesn't stand, or no longer.
 void installHandlers() {
     static std::mutex mutex;
-    static bool installed = false;
     const std::lock_guard lock(mutex);
     // The first look at the call stack loads a library, which a fault handler must not.
     void* frame;
@@ -166,12 +166,10 @@ void installHandlers() {
         struct sigaction present;
         if (sigaction(kSignals[i], nullptr, &present) != 0 || present.sa_sigaction == handleFault)
             continue;
-        formerActions[i].latest = present;
-        if (!installed)
-            formerActions[i].first = present;
+        std::shift_right(std::begin(formerActions[i]), std::end(formerActions[i]), 1);
+        formerActions[i][0] = present;
         sigaction(kSignals[i], &ours, nullptr);
     }
-    installed = true;
 }
 
 }  // namespace
