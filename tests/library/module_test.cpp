@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 
 #include "fake_host/fake_host.h"
+#include "frame/crash_handler.h"
 #include "frame/exception_msg.h"
 #include "frame/plugin_desc.h"
 #include "frame/test_heap.h"
@@ -132,5 +133,18 @@ TEST(Module, LoadsWithoutMemoryNeitherHalfNorForGood) {
     EXPECT_GT(refusals, 2 * kNumPlugins) << "a list and a node each";
     platform::setDebugSink(nullptr);
 }
+
+#ifdef PELK_TEST_REAL_CRASHES
+TEST_F(ModuleInstances, TurnAFaultInTheirCodeIntoAnException) {
+    PelkMaterial& diffuse = make("MtlDiffuse");
+    startFrame(diffuse);
+    FakeContext context = hit();
+    context.threadData = nullptr;
+    crashDumpWritten = 1;  // nobody wants the dump
+    installCrashHandler();
+    EXPECT_THROW(diffuse.getBSDF(context, 0), ExceptionMsg);
+    platform::setFaultTranslator(nullptr);
+}
+#endif
 
 }  // namespace
