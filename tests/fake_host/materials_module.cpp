@@ -24,7 +24,7 @@ const char* MaterialsModule::path() {
 }
 
 PelkPluginDesc* MaterialsModule::find(const char* pluginName) const {
-    struct FindByName : EnumPluginDescCallback {
+    struct FindByName final : EnumPluginDescCallback {
         const char* name = nullptr;
         PelkPluginDesc* found = nullptr;
 
