@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "platform/file.h"
+#include "platform/posix/module_file.h"
 
 namespace Tarnkit::platform {
 
@@ -14,6 +15,10 @@ ModuleHandle loadModule(const char* path, ModuleError& error) {
     // Without a separator the loader would search the system's library directories.
     if (file.find('/') == std::string::npos)
         file.insert(0, "./");
+    if (!isWholeModule(file, error.message)) {
+        error.code = ENOEXEC;
+        return nullptr;
+    }
     errno = 0;
     if (const ModuleHandle module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL))
         return module;
