@@ -1,5 +1,7 @@
 #include "render/image_output.h"
 
+#include <OpenImageIO/filesystem.h>
+
 #include <algorithm>
 #include <memory>
 
@@ -26,6 +28,32 @@ bool fail(const std::string& path, const std::string& reason, std::string& error
     error = "picture \"" + path + "\": " + reason;
     return false;
 }
+
+/// Where the writers of the formats write. They pass over some failures of the disk, so they never
+/// hear of one: the file keeps it and refuses to be committed.
+class OutputProxy final : public OIIO::Filesystem::IOProxy {
+public:
+    explicit OutputProxy(platform::OutputFile& output)
+        : IOProxy(output.getTemporaryName(), Write), file(output) {}
+
+    const char* proxytype() const override { return "output file"; }
+    bool seek(int64_t place) override {
+        file.seek(place);
+        m_pos = place;
+        return true;
+    }
+    size_t write(const void* data, size_t bytes) override {
+        file.write(data, bytes);
+        m_pos += static_cast<int64_t>(bytes);
+        end = std::max(end, m_pos);
+        return bytes;
+    }
+    size_t size() const override { return static_cast<size_t>(end); }
+
+private:
+    platform::OutputFile& file;
+    int64_t end = 0;
+};
 
 bool checkFormat(const std::string& path, std::string& error) {
     return formatOf(path) != Format::None || fail(path, "the name must end in .exr or .png", error);
@@ -58,9 +86,10 @@ bool writePicture(Picture& picture, const std::string& path, const PictureInfo& 
     if (file.getTemporaryName().empty())
         return fail(path, file.getError(), error);
     const Format format = formatOf(path);
+    OutputProxy proxy(file);  // outlives `output`, which writes to the end
     const std::unique_ptr<OIIO::ImageOutput> output =
         OIIO::ImageOutput::create(format == Format::Png ? "png" : "openexr");
-    if (!output)
+    if (!output || !output->set_ioproxy(&proxy))
         return fail(path, OIIO::geterror(), error);
     const std::string name = platform::nativePath(file.getTemporaryName());
     if (!(format == Format::Png ? writePng(picture, info, name, *output)

@@ -8,8 +8,8 @@
 
 namespace Tarnkit {
 
-// One function for each format: they write the whole picture to `file`, and on failure leave the
-// reason with `output`.
+// One function for each format: they write the whole picture through `output`, which goes to
+// `file`, and on failure leave the reason with `output`. They see no failure of the disk.
 
 bool writeExr(Picture& picture, const PictureInfo& info, PixelDepth depth, const std::string& file,
               OIIO::ImageOutput& output);

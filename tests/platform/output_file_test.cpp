@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
+
 #include "temporary_directory.h"
 
 namespace {
@@ -36,6 +38,25 @@ TEST(OutputFileTest, FailureNamesTheFileAndLeavesNothing) {
     EXPECT_FALSE(stolen.commit());
     EXPECT_NE(stolen.getError(), "");
     EXPECT_EQ(directory.entryCount(), 1) << "more than the link";
+}
+
+TEST(OutputFileTest, ALinkStaysAndASignalHandlerCanDropWhatIsUnfinished) {
+    const TemporaryDirectory directory;
+    std::filesystem::create_symlink("shot.png", directory.file("link.png"));
+    for (const char* content : {"new", "newer"}) {
+        OutputFile file(directory.file("link.png"));
+        file.write(content, std::strlen(content));
+        EXPECT_TRUE(file.commit()) << file.getError();
+        EXPECT_EQ(directory.read("shot.png"), content);
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(directory.file("link.png")));
+    std::filesystem::create_symlink("ring.png", directory.file("ring.png"));
+    EXPECT_THAT(OutputFile(directory.file("ring.png")).getError(), HasSubstr("ring.png"));
+
+    const OutputFile unfinished(directory.file("shot.png"));
+    EXPECT_EQ(directory.entryCount(), 4);
+    Tarnkit::platform::dropUnfinishedOutput();
+    EXPECT_EQ(directory.entryCount(), 3);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "platform/file.h"
 
@@ -26,20 +27,33 @@ std::string nameBeside(const std::string& target) {
            std::to_string(number++) + (hasEnding ? target.substr(dot) : "");
 }
 
-bool syncFile(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        return false;
-    const bool synced = fsync(descriptor) == 0;
-    return close(descriptor) == 0 && synced;
+/// What a link leads to, whether that is there or not. A ring of links is left as it is.
+std::string followLinks(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::error_code none;
+    fs::path place = path;
+    for (int links = 0; fs::is_symlink(place, none); ++links) {
+        if (links == 40)
+            return path;
+        place = place.parent_path() / fs::read_symlink(place, none);
+    }
+    return place.string();
 }
+
+/// Name of the temporary file that was made last, while it is there.
+constinit std::atomic<const char*> unfinished{nullptr};
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : target(nativePath(path)) {
+OutputFile::OutputFile(const std::string& path) : target(followLinks(nativePath(path))) {
     struct stat status;
+    errno = 0;
     if (stat(target.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
         error = "cannot write \"" + target + "\": it is there and not a plain file";
+        return;
+    }
+    if (errno == ELOOP) {
+        fail("write", target);
         return;
     }
     const std::string name = nameBeside(target);
@@ -48,23 +62,49 @@ OutputFile::OutputFile(const std::string& path) : target(nativePath(path)) {
         fail("create", name);
         return;
     }
-    close(descriptor);
     temporaryName = name;
+    unfinished = temporaryName.c_str();
+    stream = fdopen(descriptor, "wb");
+    if (!stream) {
+        fail("write", name);
+        close(descriptor);
+    }
 }
 
 OutputFile::~OutputFile() {
-    if (!temporaryName.empty())
-        unlink(temporaryName.c_str());
+    drop();
+}
+
+void OutputFile::write(const void* data, std::size_t size) {
+    if (failure == 0 && stream && std::fwrite(data, 1, size, stream) != size)
+        failure = errno;
+}
+
+void OutputFile::seek(std::int64_t place) {
+    if (failure == 0 && stream && fseeko(stream, place, SEEK_SET) != 0)
+        failure = errno;
+}
+
+/// Closes the file. False, with the reason in `errno`, if some of it is not on the disk.
+bool OutputFile::finish() {
+    if (failure == 0 && (std::fflush(stream) != 0 || fsync(fileno(stream)) != 0))
+        failure = errno;
+    if (std::fclose(stream) != 0 && failure == 0)
+        failure = errno;
+    stream = nullptr;
+    errno = failure;
+    return failure == 0;
 }
 
 bool OutputFile::commit() {
     if (temporaryName.empty())
         return false;
     // Synced before it is renamed: after a power cut the name must not stand for an empty file.
-    if (!syncFile(temporaryName))
+    if (!finish())
         return fail("write", temporaryName);
     if (std::rename(temporaryName.c_str(), target.c_str()) != 0)
         return fail("replace", target);
+    unfinished = nullptr;
     temporaryName.clear();
     return true;
 }
@@ -73,10 +113,24 @@ bool OutputFile::commit() {
 bool OutputFile::fail(const char* what, const std::string& path) {
     const int reason = errno;
     error = std::string("cannot ") + what + " \"" + path + "\": " + std::strerror(reason);
-    if (!temporaryName.empty())
-        unlink(temporaryName.c_str());
-    temporaryName.clear();
+    drop();
     return false;
+}
+
+void OutputFile::drop() {
+    if (stream)
+        std::fclose(stream);
+    stream = nullptr;
+    if (temporaryName.empty())
+        return;
+    unlink(temporaryName.c_str());
+    unfinished = nullptr;
+    temporaryName.clear();
+}
+
+void dropUnfinishedOutput() {
+    if (const char* const name = unfinished)
+        unlink(name);
 }
 
 }  // namespace Tarnkit::platform
