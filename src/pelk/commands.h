@@ -11,7 +11,7 @@ enum class ExitCode {
     Done = 0,
     BadInput = 1,          ///< a scene, a plug-in or what they name is wrong
     BadUsage = 2,          ///< the command line is wrong
-    OutputFailed = 3,      ///< a picture could not be written
+    OutputFailed = 3,      ///< a picture or the results could not be written
     PictureHasErrors = 4,  ///< under --strict alone
     Interrupted = 130,
 };

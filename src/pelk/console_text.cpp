@@ -90,6 +90,12 @@ void print(Stream stream, const ConsoleText& text) {
         tarnkit_cprint(wantsConsoleColors(), text.getSequences().c_str());
 }
 
+void printResult(std::string_view text) {
+    const StreamInUse inUse(Stream::Output);
+    if (platform::console().isValid())
+        platform::console().write(text.data(), text.size());
+}
+
 int consoleWidth(Stream stream) {
     const StreamInUse inUse(stream);
     return getConsoleWidth();

@@ -38,6 +38,9 @@ enum class Stream { Output, Error };
 /// mix. What goes to a stream that is closed is lost.
 void print(Stream stream, const ConsoleText& text);
 
+/// Prints a result on standard output, byte by byte as it is.
+void printResult(std::string_view text);
+
 /// Columns of the terminal that shows the stream; a guess if there is none.
 int consoleWidth(Stream stream);
 

@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include "pelk/commands.h"
 #include "pelk/common_options.h"
 #include "pelk/console_log.h"
+#include "pelk/console_text.h"
 #include "pelk/plugin_options.h"
 #include "render/describe_job.h"
 #include "render/host_session.h"
@@ -70,7 +70,7 @@ ExitCode run(const DescribeOptions& options) {
         describeMaterial(*scene, *material, options.section.c_str(), &log);
     if (!result.ok)
         return fail(result.error);
-    std::fputs(result.text.c_str(), stdout);
+    printResult(result.text);
     if (!result.handled)
         log.info("\"%s\" has no %s", options.instance.c_str(), options.section.c_str());
     return ExitCode::Done;

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstdio>
-
+#include "pelk/console_text.h"
 #include "render/scene_json.h"
 
 namespace Tarnkit {
@@ -9,9 +8,7 @@ namespace Tarnkit {
 /// Prints a value on standard output, on many lines, or on one if `indent` is -1. File names are
 /// bytes: what is no valid text in them is replaced.
 inline void printJson(const Json& value, int indent = 2) {
-    const auto text = value.dump(indent, ' ', false, Json::error_handler_t::replace);
-    std::printf("%s\n", text.c_str());
-    std::fflush(stdout);
+    printResult(value.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
 }  // namespace Tarnkit

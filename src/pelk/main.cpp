@@ -8,6 +8,8 @@
 #include "frame/exception_msg.h"
 #include "pelk/commands.h"
 #include "pelk/console_text.h"
+#include "pelk/interrupt.h"
+#include "platform/console.h"
 #include "render/spelling.h"
 
 namespace {
@@ -63,15 +65,27 @@ ExitCode run(int argc, char** argv) {
     return exitCode;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+ExitCode runGuarded(int argc, char** argv) {
     try {
-        return static_cast<int>(run(argc, argv));
+        return run(argc, argv);
     } catch (const ExceptionMsg& failure) {
         print(Stream::Error, complaint(failure.text).add("\n"));
     } catch (const std::exception& failure) {
         print(Stream::Error, complaint(failure.what()).add("\n"));
     }
-    return static_cast<int>(ExitCode::BadInput);
+    return ExitCode::BadInput;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    ignoreFileSizeSignal();
+    ExitCode exitCode = runGuarded(argc, argv);
+    std::string error;
+    if (!platform::finishStandardOutput(error)) {
+        print(Stream::Error, complaint("cannot write the results: " + error + "\n"));
+        if (exitCode == ExitCode::Done)
+            exitCode = ExitCode::OutputFailed;
+    }
+    return static_cast<int>(exitCode);
 }

@@ -37,7 +37,8 @@ private:
     }
     ExitCode checkOutputs();
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
-    RenderResult render(Scene& scene, RenderOptions render, Picture& picture);
+    RenderResult render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
+                        Picture& picture);
     ExitCode write(const Scene& scene, const RenderOptions& render, const RenderResult& result,
                    Picture& picture);
     ExitCode report(const RenderResult& result, ExitCode code);
@@ -66,7 +67,8 @@ ExitCode RenderRun::run() {
         return code;
 
     Picture picture;
-    const RenderResult result = render(*scene, renderOptions, picture);
+    const InterruptGuard interrupt;  // until the pictures are written
+    const RenderResult result = render(*scene, renderOptions, interrupt.wasRequested(), picture);
     if (!result.ok)
         return fail(ExitCode::BadInput, options.scene + ": " + result.error);
     if (result.stopped && result.samples == 0)
@@ -101,7 +103,8 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     return ExitCode::Done;
 }
 
-RenderResult RenderRun::render(Scene& scene, RenderOptions render, Picture& picture) {
+RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
+                               Picture& picture) {
     TerminalProgress terminalProgress(status);
     JsonProgress jsonProgress;
     RenderProgress* progress = nullptr;
@@ -114,9 +117,7 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, Picture& pict
     if (options.nice)
         log.info("At a priority below normal");
     render.manager = manager.get();
-    const InterruptGuard interrupt;
-    const RenderResult result =
-        renderScene(scene, render, &log, progress, interrupt.wasRequested(), picture);
+    const RenderResult result = renderScene(scene, render, &log, progress, stop, picture);
     status.show({});
     return result;
 }

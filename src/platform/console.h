@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "platform/api.h"
 
@@ -43,6 +44,11 @@ PELK_API Console& errorConsole();
 
 /// Replaces the one in use, null puts the standard output back.
 PELK_API void setConsole(Console* replacement);
+
+/// Writes out what the standard output still holds back. False if any of what was printed there,
+/// by whatever road, did not arrive; `error` has the system's words then. A stream that was closed
+/// from the start was given up on purpose and counts as good.
+PELK_API bool finishStandardOutput(std::string& error);
 
 /// The sequence by which a terminal takes on these attributes, in `buffer` of at least 32 bytes.
 PELK_API void terminalSequence(unsigned attributes, char* buffer, std::size_t size);

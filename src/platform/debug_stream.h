@@ -18,4 +18,7 @@ PELK_API DebugSink setDebugSink(DebugSink sink);
 /// Writes a text to the standard output at once, past any buffer. Does not allocate.
 PELK_API void writeOutput(const char* text);
 
+/// The same for the standard error, whatever sink is set. A signal handler may call.
+PELK_API void writeErrorOutput(const char* text);
+
 }  // namespace Tarnkit::platform

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <cmath>
@@ -186,6 +187,26 @@ TEST_F(RenderCommand, CtrlCWritesWhatIsDone) {
     const std::string lastLine = result.out.substr(result.out.rfind("{"));
     EXPECT_THAT(lastLine, AllOf(HasSubstr("\"finished\""), HasSubstr("\"interrupted\":true"),
                                 HasSubstr("[\"" + directory.file("a.exr") + "\"]")));
+}
+
+TEST_F(RenderCommand, OutputThatDoesNotFitIsAnErrorAndTheOlderPictureStands) {
+    for (const char* name : {"a.png", "a.exr"})
+        directory.write(name, "older");
+    rlimit former;
+    getrlimit(RLIMIT_FSIZE, &former);
+    rlimit tight = former;
+    tight.rlim_cur = 250;  // the program inherits it
+    setrlimit(RLIMIT_FSIZE, &tight);
+    const RunResult result = render({"s.json", "-o", "a.png", "-o", "a.exr"});
+    const RunResult list = pelk.run({"list", "--json"});
+    setrlimit(RLIMIT_FSIZE, &former);
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.err, HasSubstr("File too large"));
+    for (const char* name : {"a.png", "a.exr"})
+        EXPECT_EQ(directory.read(name), "older");
+    EXPECT_EQ(directory.entryCount(), 3) << "a temporary file was left";
+    EXPECT_EQ(list.exitCode, 3);
+    EXPECT_THAT(list.err, HasSubstr("cannot write the results"));
 }
 
 }  // namespace

@@ -7,11 +7,25 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 namespace Tarnkit::platform {
 
 namespace {
+
+/// The system's number of the first failure to write to the standard output; 0 for none.
+constinit std::atomic<int> outputFailure{0};
+
+void noteOutputFailure() {
+    int none = 0;
+    outputFailure.compare_exchange_strong(none, errno);
+}
+
+void flushOutput() {
+    if (std::fflush(stdout) != 0)
+        noteOutputFailure();
+}
 
 /// A stream of the process. A terminal does not tell its attributes, so they are kept here.
 class StandardConsole final : public Console {
@@ -36,12 +50,12 @@ public:
             return;
         char sequence[32];
         terminalSequence(value, sequence, sizeof sequence);
-        std::fflush(stdout);  // what was printed before keeps its colour
+        flushOutput();  // what was printed before keeps its colour
         writeAll(sequence);
     }
 
     void write(const char* text, std::size_t length) override {
-        std::fflush(stdout);  // what was printed before comes before
+        flushOutput();  // what was printed before comes before
         writeAll({text, length});
     }
 
@@ -51,8 +65,11 @@ private:
             const ssize_t written = ::write(stream, text.data(), text.size());
             if (written < 0 && errno == EINTR)
                 continue;
-            if (written <= 0)
+            if (written <= 0) {
+                if (stream == STDOUT_FILENO)
+                    noteOutputFailure();
                 return;
+            }
             text.remove_prefix(written);
         }
     }
@@ -83,6 +100,15 @@ Console& errorConsole() {
 
 void setConsole(Console* replacement) {
     current = replacement ? replacement : &standardConsole;
+}
+
+bool finishStandardOutput(std::string& error) {
+    flushOutput();
+    const int failure = outputFailure;
+    if ((failure == 0 && !std::ferror(stdout)) || !standardConsole.isValid())
+        return true;
+    error = failure != 0 ? std::strerror(failure) : "a write failed";
+    return false;
 }
 
 void terminalSequence(unsigned attributes, char* buffer, std::size_t size) {

@@ -33,4 +33,8 @@ void writeOutput(const char* text) {
     writeOnce(STDOUT_FILENO, text);
 }
 
+void writeErrorOutput(const char* text) {
+    writeOnce(STDERR_FILENO, text);
+}
+
 }  // namespace Tarnkit::platform
