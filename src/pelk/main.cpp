@@ -1,16 +1,15 @@
 #include <CLI/CLI.hpp>
-#include <exception>
 #include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "frame/exception_msg.h"
 #include "pelk/commands.h"
 #include "pelk/console_text.h"
 #include "pelk/interrupt.h"
 #include "platform/console.h"
 #include "render/spelling.h"
+#include "render/thrown_text.h"
 
 namespace {
 
@@ -68,12 +67,10 @@ ExitCode run(int argc, char** argv) {
 ExitCode runGuarded(int argc, char** argv) {
     try {
         return run(argc, argv);
-    } catch (const ExceptionMsg& failure) {
-        print(Stream::Error, complaint(failure.text).add("\n"));
-    } catch (const std::exception& failure) {
-        print(Stream::Error, complaint(failure.what()).add("\n"));
+    } catch (...) {
+        print(Stream::Error, complaint(thrownText()).add("\n"));
+        return ExitCode::BadInput;
     }
-    return ExitCode::BadInput;
 }
 
 }  // namespace

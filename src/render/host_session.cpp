@@ -1,6 +1,8 @@
 #include "render/host_session.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
 #include <tuple>
 #include <unordered_map>
 
@@ -18,6 +20,7 @@
 #include "render/texture_image.h"
 #include "render/textures.h"
 #include "render/textures_procedural.h"
+#include "render/thrown_text.h"
 #include "support/plugin_manager_default.h"
 
 namespace Tarnkit {
@@ -33,21 +36,33 @@ const ParameterDesc* PluginKind::findParameter(std::string_view name) const {
 /// The host's side of registration, and what became of it.
 class HostSession::Registry final : public PelkPluginHost, public LibraryRefusedCallback {
 public:
-    void addPluginDesc(PluginDesc* desc) override { parameters[desc]; }
+    void addPluginDesc(PluginDesc* desc) override { parameters[desc].clear(); }
     void removePluginDesc(PluginDesc* desc) override { parameters.erase(desc); }
     void addParameter(PluginDesc* desc, const ParameterDesc& parameter) override {
-        parameters[desc].push_back(&parameter);
+        if (parameter.name)
+            parameters[desc].push_back(&parameter);
     }
     void refused(const char* path, const char* reason) override {
-        rejected.push_back({path, reason});
+        const auto isSame = [&](const RejectedLibrary& library) {
+            return library.path == path && library.reason == reason;
+        };
+        if (std::none_of(rejected.begin(), rejected.end(), isSame))
+            rejected.push_back({path, reason});
     }
 
-    void listKinds(PluginManager& plugins);
+    /// Runs what calls into a library; what is thrown there becomes a refusal, whose reason starts
+    /// with `what`.
+    template <class Function>
+    void guard(const std::string& path, const std::string& what, Function call);
+    void listKinds(DefaultPluginManager& plugins);
 
+    std::set<std::string> triedFiles;
     std::vector<RejectedLibrary> rejected;
     std::vector<std::unique_ptr<PluginKind>> kinds;
 
 private:
+    void addKind(PluginDesc* desc, const std::string& path, const std::string& libraryName);
+
     std::unordered_map<PluginDesc*, std::vector<const ParameterDesc*>> parameters;
 };
 
@@ -90,7 +105,10 @@ struct EachLibrary final : EnumPluginLibCallback {
 class Probe {
 public:
     Probe(PluginDesc& desc_, PelkPluginHost* host) : desc(desc_), plugin(desc.newPlugin(host)) {}
-    ~Probe() { desc.deletePlugin(plugin); }
+    ~Probe() {
+        if (plugin)
+            desc.deletePlugin(plugin);
+    }
     Probe(const Probe&) = delete;
     Probe& operator=(const Probe&) = delete;
 
@@ -103,29 +121,48 @@ private:
 
 }  // namespace
 
-void HostSession::Registry::listKinds(PluginManager& plugins) {
+template <class Function>
+void HostSession::Registry::guard(const std::string& path, const std::string& what, Function call) {
+    try {
+        call();
+    } catch (...) {
+        refused(path.c_str(), (what + thrownText()).c_str());
+    }
+}
+
+void HostSession::Registry::addKind(PluginDesc* desc, const std::string& path,
+                                    const std::string& libraryName) {
+    if (!desc->getName())
+        return refused(path.c_str(), "a plug-in without a name");
+    const auto known = parameters.find(desc);
+    const bool listed = std::any_of(kinds.begin(), kinds.end(),
+                                    [&](const auto& kind) { return kind->desc == desc; });
+    if (known == parameters.end() || listed)
+        return;  // refused by the manager, or of a file that has several names
+    kinds.push_back(
+        std::make_unique<PluginKind>(PluginKind{desc, path, libraryName, known->second}));
+}
+
+void HostSession::Registry::listKinds(DefaultPluginManager& plugins) {
     kinds.clear();
     EachLibrary eachLibrary([&](PluginLibDesc* library) {
-        EachDesc eachDesc([&](PluginDesc* desc) {
-            const auto known = parameters.find(desc);
-            if (known == parameters.end())
-                return;  // refused by the manager
-            char path[512] = "";
-            const Probe probe(*desc, this);
-            plugins.getPluginFileName(probe.get(), path, sizeof path);
-            kinds.push_back(std::make_unique<PluginKind>(
-                PluginKind{desc, path, library->getLibraryName(), known->second}));
+        const std::string path = plugins.getLibraryFileName(library);
+        guard(path, "", [&] {
+            const char* const name = library->getLibraryName();
+            EachDesc eachDesc([&](PluginDesc* desc) {
+                guard(path, "", [&] { addKind(desc, path, name ? name : ""); });
+            });
+            library->enumPluginDescs(&eachDesc);
         });
-        library->enumPluginDescs(&eachDesc);
     });
     plugins.enumLibraries(&eachLibrary);
 }
 
 HostSession::HostSession()
-    : registry(std::make_unique<Registry>()), own(std::make_unique<OwnPlugins>()) {
-    DefaultPluginManager* const newManager = newDefaultPluginManager();
-    newManager->setRefusedCallback(registry.get());
-    manager = newManager;
+    : registry(std::make_unique<Registry>()),
+      own(std::make_unique<OwnPlugins>()),
+      manager(newDefaultPluginManager()) {
+    manager->setRefusedCallback(registry.get());
     std::apply([&](auto&... desc) { (manager->registerPluginDesc(&desc, registry.get()), ...); },
                own->descs);
     registry->listKinds(*manager);
@@ -149,7 +186,15 @@ void HostSession::loadModules(const std::string& directories, MessageLog* log) {
         }
         if (directory.back() != '/' && directory.back() != '\\')
             directory += '/';
-        loadPlugins(*manager, directory.c_str(), "*.so", registry.get(), log);
+        // One by one: a library that throws ends the loading of its mask.
+        for (const std::string& name : platform::listFiles(directory + "*.so")) {
+            const std::string path = platform::nativePath(directory + name);
+            std::error_code error;
+            const auto file = std::filesystem::canonical(path, error);
+            const std::string key = error ? path : file.string();
+            if (registry->triedFiles.insert(key).second)
+                loadPlugins(*manager, directory.c_str(), name.c_str(), registry.get(), log);
+        }
     }
     registry->listKinds(*manager);
 }
@@ -175,11 +220,16 @@ const PluginKind* HostSession::findKind(std::string_view name) const {
 
 std::vector<const char*> HostSession::getInterfaceNames(const PluginKind& kind) const {
     std::vector<const char*> names;
-    const Probe probe(*kind.desc, registry.get());
-    for (const InterfaceName& known : knownInterfaces()) {
-        if (probe.get() && probe.get()->getInterface(known.id))
-            names.push_back(known.name);
-    }
+    const std::string what = std::string(kind.getName()) + " gives no instance";
+    registry->guard(kind.library, what + ": ", [&] {
+        const Probe probe(*kind.desc, registry.get());
+        if (!probe.get())
+            return registry->refused(kind.library.c_str(), what.c_str());
+        for (const InterfaceName& known : knownInterfaces()) {
+            if (probe.get()->getInterface(known.id))
+                names.push_back(known.name);
+        }
+    });
     return names;
 }
 

@@ -11,6 +11,7 @@
 namespace Tarnkit {
 
 class MessageLog;
+class DefaultPluginManager;
 class PluginManager;
 
 /// A kind of plug-in that scenes can use.
@@ -41,8 +42,9 @@ public:
     HostSession(const HostSession&) = delete;
     HostSession& operator=(const HostSession&) = delete;
 
-    /// Loads every library (`*.so`) in the directories, which are separated by `;`. `log` may be
-    /// null; libraries that were refused are listed all the same.
+    /// Loads every library (`*.so`) in the directories, which are separated by `;`; a file that was
+    /// loaded before is passed over. `log` may be null; libraries that were refused are listed all
+    /// the same.
     void loadModules(const std::string& directories, MessageLog* log);
     const std::vector<RejectedLibrary>& getRejected() const;
 
@@ -50,7 +52,8 @@ public:
     std::vector<const PluginKind*> getKinds() const;
     /// The kind of that name, or null.
     const PluginKind* findKind(std::string_view name) const;
-    /// The names of the interfaces that an instance answers, in order of their ids.
+    /// The names of the interfaces that an instance answers, in order of their ids. None, and a
+    /// refusal in the list, if the plug-in gives no instance.
     std::vector<const char*> getInterfaceNames(const PluginKind& kind) const;
 
     PluginManager& getManager() const;
@@ -62,7 +65,7 @@ private:
 
     std::unique_ptr<Registry> registry;
     std::unique_ptr<OwnPlugins> own;
-    PluginManager* manager = nullptr;
+    DefaultPluginManager* manager = nullptr;
 };
 
 }  // namespace Tarnkit

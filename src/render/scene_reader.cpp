@@ -15,6 +15,7 @@
 #include "render/scene_settings.h"
 #include "render/scene_values.h"
 #include "render/spelling.h"
+#include "render/thrown_text.h"
 
 namespace Tarnkit {
 
@@ -137,9 +138,15 @@ bool SceneReader::makeInstance(const std::string& name, Json& values) {
     const PluginKind* const kind = session.findKind(type);
     if (!kind)
         return failAtType(type, pointerTo(pointer, "type"));
-    Plugin* const plugin = scene.addPlugin(name, kind->getName());
+    Plugin* plugin = nullptr;
+    std::string reason = "it gave none";
+    try {
+        plugin = scene.addPlugin(name, kind->getName());
+    } catch (...) {
+        reason = thrownText();
+    }
     if (!plugin)
-        return fail(pointer, "the plug-in \"" + type + "\" gave no instance");
+        return fail(pointer, "no instance of the plug-in \"" + type + "\": " + reason);
     instances.push_back({plugin, kind, pointer, &values});
     return true;
 }

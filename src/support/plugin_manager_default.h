@@ -39,7 +39,7 @@ private:
 /// One library that the manager knows.
 struct LoadedLibrary {
     char fileName[512];             ///< full path, terminated; empty for the system library
-    PluginLibDesc* desc;            ///< null only if the library threw when asked for it
+    PluginLibDesc* desc;            ///< null only if the library threw while it was taken in
     platform::ModuleHandle module;  ///< null for the system library
 };
 
@@ -86,6 +86,9 @@ public:
     void* getLibraryProc(const char* libraryFileName, const char* symbol) override;
     void release() override { delete this; }
 
+    /// The full path of a loaded library; empty for the host's own, null if it isn't loaded.
+    const char* getLibraryFileName(const PluginLibDesc* library) const;
+
     /// Has `callback` told of every library that is refused from now on, next to what the log
     /// gets; null ends it. The callback stays the caller's.
     void setRefusedCallback(LibraryRefusedCallback* callback) { refusedCallback = callback; }
@@ -100,6 +103,7 @@ private:
 
     PluginLibDesc* loadFile(const char* path, PelkPluginHost* host, MessageLog& log);
     PluginLibDesc* loadFittingFile(const char* path, PelkPluginHost* host, MessageLog& log);
+    void attach(PluginLibDesc* library, PelkPluginHost* host, MessageLog& log);
     PluginLibDesc* addLibrary(const char* path, platform::ModuleHandle module, GetLibDesc getDesc);
     bool unloadAt(int index, PelkPluginHost* host);
     PluginLibDesc* refuse(const char* path, const char* reason);

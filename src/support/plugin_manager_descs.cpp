@@ -118,7 +118,7 @@ int DefaultPluginManager::unregisterAllPluginDescs(PelkPluginHost* host) {
 
 int DefaultPluginManager::enumLibraries(EnumPluginLibCallback* callback) {
     if (callback)
-        // The callback may unload libraries, so the table can be shorter at the next step.
+        // Here as below, the callback may unload libraries, so that the table gets shorter.
         for (int i = libraries.size() - 1; i >= 0; i = std::min(i, libraries.size()) - 1)
             if (libraries[i].desc && callback->process(libraries[i].desc) == 0)
                 break;
@@ -127,7 +127,7 @@ int DefaultPluginManager::enumLibraries(EnumPluginLibCallback* callback) {
 
 int DefaultPluginManager::enumPluginDescs(EnumPluginDescCallback* callback) {
     int count = 0;
-    for (int i = libraries.size() - 1; i >= 0; --i) {
+    for (int i = libraries.size() - 1; i >= 0; i = std::min(i, libraries.size()) - 1) {
         if (!libraries[i].desc)
             continue;
         EnumDescs counting(callback);

@@ -148,10 +148,23 @@ PluginLibDesc* DefaultPluginManager::loadFittingFile(const char* path, PelkPlugi
         return refuse(path, getDesc ? "getLibDesc gives no description"
                                     : "no function getLibDesc of its own");
     }
-    AttachDescCb attach(*this, log, host);
-    desc->enumPluginDescs(&attach);
+    attach(desc, host, log);
     log.debug("Plugin library \"%s\" loaded", path);
     return desc;
+}
+
+/// Takes in what the library offers. One that throws is not asked again, or it would spoil every
+/// later walk through the libraries.
+void DefaultPluginManager::attach(PluginLibDesc* library, PelkPluginHost* host, MessageLog& log) {
+    AttachDescCb attachDesc(*this, log, host);
+    try {
+        library->enumPluginDescs(&attachDesc);
+    } catch (...) {
+        for (LoadedLibrary& known : libraries)
+            if (known.desc == library)
+                known.desc = nullptr;
+        throw;
+    }
 }
 
 /// Enters a module in the table and asks it for its description. Without one, releases the
@@ -204,6 +217,13 @@ bool DefaultPluginManager::unloadAt(int index, PelkPluginHost* host) {
         return false;
     libraries.removeBySwap(index);
     return true;
+}
+
+const char* DefaultPluginManager::getLibraryFileName(const PluginLibDesc* library) const {
+    for (const LoadedLibrary& known : libraries)
+        if (library && known.desc == library)
+            return known.fileName;
+    return nullptr;
 }
 
 void* DefaultPluginManager::getLibraryProc(const char* libraryFileName, const char* symbol) {

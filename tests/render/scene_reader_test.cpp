@@ -4,6 +4,8 @@
 
 #include <climits>
 #include <memory>
+#include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -221,6 +223,35 @@ TEST_F(SceneReaderTest, TheCameraIsTheOnlyOneOrTheNamedOne) {
     EXPECT_EQ(scene->camera->getPlugin(), scene->findPlugin("r"));
     EXPECT_FALSE(read(two + "}"));
     EXPECT_THAT(error, HasSubstr("/settings/camera: there are 2 cameras"));
+}
+
+TEST_F(SceneReaderTest, PluginsThatFailSpoilNoOthers) {
+    struct OddDesc final : PelkPluginDesc {
+        explicit OddDesc(const char* n) : name(n) { paramDesc = &list; }
+        u32 getPluginID() override { return name ? 0x7E1F0002 : 0x7E1F0003; }
+        const char* getName() override { return name; }
+        Plugin* newPlugin(PelkPluginHost*) override { throw std::runtime_error("no licence"); }
+        void deletePlugin(Plugin*) override {}
+        int supportsInterface(u64) override { return 0; }
+        const char* const name;
+        PelkParameterListDesc list;
+    } odd("Odd"), nameless(nullptr);
+    for (OddDesc* desc : {&odd, &nameless})
+        session.getManager().registerPluginDesc(desc, session.getPluginHost());
+    const std::string modules = PELK_MODULE_DIR;
+    session.loadModules(modules + ";" + modules + "/", nullptr);
+    std::set<std::string> names;
+    for (const PluginKind* kind : session.getKinds())
+        EXPECT_TRUE(names.insert(kind->getName()).second) << kind->getName() << " twice";
+    EXPECT_TRUE(names.contains("MtlDiffuse"));
+    EXPECT_TRUE(session.getInterfaceNames(*session.findKind("Odd")).empty());
+    ASSERT_EQ(session.getRejected().size(), 2u);
+    EXPECT_EQ(session.getRejected()[0].reason, "a plug-in without a name");
+    EXPECT_EQ(session.getRejected()[1].reason, "Odd gives no instance: no licence");
+    EXPECT_FALSE(read(R"({"plugins": {"x": {"type": "Odd"}}})"));
+    EXPECT_THAT(error, HasSubstr("/plugins/x: no instance of the plug-in \"Odd\": no licence"));
+    for (OddDesc* desc : {&odd, &nameless})
+        session.getManager().unregisterPluginDesc(desc, session.getPluginHost());
 }
 
 }  // namespace

@@ -275,4 +275,34 @@ TEST_F(PluginManagerTest, StateIsALabelAndTheLastNumber) {
     EXPECT_EQ(newNumber(), 0x0102030405060709u);
 }
 
+TEST_F(PluginManagerTest, ALibraryThatFailsLeavesTheOthersUsable) {
+    std::filesystem::resize_file(install("two_plugins", "cut.so"), 4096);
+    EXPECT_FALSE(load("cut.so")) << "mapped, it would end the program";
+    EXPECT_THAT(refusals, ElementsAre(testing::HasSubstr("cut short")));
+    install("throwing_list", "thrower.so");
+    EXPECT_THROW(load("thrower.so"), int);
+    EXPECT_EQ(refusals.size(), 2u);
+    EXPECT_TRUE(manager->loadLibrary(install("two_plugins", "z.so").c_str(), nullptr, nullptr));
+    EXPECT_THAT(descs(), ElementsAre("TestTint", "TestGlow"));
+}
+
+TEST_F(PluginManagerTest, DescriptorsMayBeListedWhileOtherLibrariesGo) {
+    struct Unloader final : EnumPluginDescCallback {
+        DefaultPluginManager* manager = nullptr;
+        std::vector<PluginLibDesc*> others;
+        int process(PluginDesc*) override {
+            for (PluginLibDesc* library : others)
+                manager->unloadLibrary(library, nullptr);
+            return 1;
+        }
+    } unloader;
+    unloader.manager = manager;
+    for (const char* name : {"a.so", "b.so", "c.so"})
+        install("two_plugins", name);
+    unloader.others = {load("a.so"), load("b.so")};
+    load("c.so");
+    EXPECT_GE(manager->enumPluginDescs(&unloader), 2);
+    EXPECT_EQ(manager->enumLibraries(nullptr), 2);
+}
+
 }  // namespace
