@@ -52,6 +52,10 @@ PluginInterface* HostCamera::getInterface(u64 id) {
 bool HostCamera::place(int width, int height, std::string& error) {
     const Vector away = toVector(view.position - view.target);
     const Vector across = cross(toVector(view.up), away);
+    if (!std::isfinite(length(away)) || !std::isfinite(length(across))) {
+        error = "position and target lie too far apart, or up is too long";
+        return false;
+    }
     if (!(length(away) > 0.0f) || !(length(across) > 1e-6f * length(away))) {
         error = "position and target must differ, and up must not lie along the view";
         return false;

@@ -109,8 +109,10 @@ bool RenderSetup::prepareLights(std::string& error) {
 }
 
 bool RenderSetup::prepareCamera(std::string& error) {
-    if (!scene.camera->prepare(options.width, options.height, error))
+    if (!scene.camera->prepare(options.width, options.height, error)) {
+        error = placeOf(scene.camera) + ": " + error;
         return false;
+    }
     renderer.frameData.cameraPosition = scene.camera->getPosition() + -sceneOrigin.offset;
     scene.camera->getAxes(renderer.frameData.cameraMatrix);
     return true;
