@@ -8,9 +8,6 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr int kMaxSide = 65536;
-constexpr int kMaxSamples = 1 << 24;
-
 std::string checkOverride(const std::string& text) {
     const size_t equals = text.find('='), dot = text.find('.');
     const bool good =
@@ -27,7 +24,7 @@ void addSizeOption(CLI::App& command, int& width, int& height) {
             [&width, &height](const std::string& text) {
                 std::array<int, 2> size{};
                 if (!parseNumbers(text, 'x', size) || size[0] < 1 || size[1] < 1 ||
-                    size[0] > kMaxSide || size[1] > kMaxSide ||
+                    size[0] > kMaxPictureSide || size[1] > kMaxPictureSide ||
                     (long long)size[0] * size[1] > kMaxPicturePixels)
                     refuse("--size", text, "WIDTHxHEIGHT, such as 640x480, at most 65536 each way");
                 width = size[0];

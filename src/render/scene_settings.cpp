@@ -24,24 +24,24 @@ struct SettingRow {
 };
 
 using S = SceneSettings;
-constexpr int kLargestSide = 32768;
+static_assert(kMaxPictureSide == 65536 && kMaxSamples == 16777216, "the texts say so");
 
 constexpr SettingRow kSettings[] = {
     {.name = "width",
-     .expected = "a whole number from 1 to 32768",
+     .expected = "a whole number from 1 to 65536",
      .intField = &S::width,
      .least = 1,
-     .most = kLargestSide},
+     .most = kMaxPictureSide},
     {.name = "height",
-     .expected = "a whole number from 1 to 32768",
+     .expected = "a whole number from 1 to 65536",
      .intField = &S::height,
      .least = 1,
-     .most = kLargestSide},
+     .most = kMaxPictureSide},
     {.name = "samples",
-     .expected = "a whole number from 1 to 1048576",
+     .expected = "a whole number from 1 to 16777216",
      .intField = &S::samples,
      .least = 1,
-     .most = 1 << 20},
+     .most = kMaxSamples},
     {.name = "max_depth",
      .expected = "a whole number from 1 to 1000",
      .intField = &S::max_depth,
