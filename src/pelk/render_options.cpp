@@ -16,7 +16,7 @@ constexpr char kEnvironment[] =
     "  PELK_USE_THREAD_AFFINITY  0: do not bind threads to the nodes of a machine that has "
     "several\n"
     "  NO_COLOR                  Not empty: no colours on the terminal\n"
-    "Ctrl-C finishes the tiles in work and writes what there is.";
+    "Ctrl-C finishes the tiles in work and writes what there is; a second one gives up at once.";
 
 void parseRegion(const std::string& text, RenderCommandOptions& options) {
     std::array<int, 4> corners{};
@@ -32,6 +32,16 @@ void parseTile(const std::string& text, RenderCommandOptions& options) {
     if (!parseNumbers(text, '/', tile) || tile[0] < 1 || tile[0] > tile[1])
         refuse("--tile", text, "I/N, from 1/N to N/N");
     options.tile = {tile[0], tile[1]};
+}
+
+void parseProgress(const std::string& text, RenderCommandOptions& options) {
+    const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
+                                                      {"json", ProgressStyle::JsonLines},
+                                                      {"none", ProgressStyle::None}};
+    const auto style = styles.find(text);
+    if (style == styles.end())
+        refuse("--progress", text, "auto, json or none");
+    options.progress = style->second;
 }
 
 /// Lets whole numbers from 1 on pass, and leaves the help text alone.
@@ -91,16 +101,10 @@ void RenderCommandOptions::addTo(CLI::App& command) {
         ->capture_default_str();
     command.add_flag("--nice", nice, "Render at a priority below normal, behind other programs");
     addSetOption(command, overrides);
-    const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
-                                                      {"json", ProgressStyle::JsonLines},
-                                                      {"none", ProgressStyle::None}};
-    command
-        .add_option("--progress", progress,
-                    "auto: on standard error, if that is a terminal; json: lines of JSON on "
-                    "standard output; none")
-        ->type_name("auto|json|none")
-        ->transform(CLI::Transformer(styles).description(""))
-        ->check(CLI::CheckedTransformer(styles).description(""));
+    addParsed(command, "--progress", "auto|json|none",
+              "auto: on standard error, if that is a terminal; json: lines of JSON on standard "
+              "output; none",
+              *this, parseProgress);
     command.add_flag("--strict", strict,
                      "Exit with 4 if colours that are not finite had to be left out");
     log.addTo(command);

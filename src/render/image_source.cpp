@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "platform/file.h"
@@ -37,11 +40,39 @@ bool readRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int y0, int 
                             spec.nchannels, OIIO::TypeDesc::UNKNOWN, buffer);
 }
 
+/// Whether a PNG ends inside a chunk, or before the first one with pixels. Its reader finds out
+/// too, but prints a line of its own then.
+bool isCutPng(const std::string& path) {
+    constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    const std::streamoff size = file.tellg();
+    char head[8];
+    if (!file.seekg(0).read(head, 8) || std::string_view(head, 8) != kSignature)
+        return false;
+    bool pixels = false;
+    for (std::streamoff at = 8; at < size;) {
+        if (!file.seekg(at).read(head, 8))
+            return true;
+        std::uint32_t length = 0;
+        for (int i = 0; i < 4; ++i)
+            length = length << 8 | static_cast<unsigned char>(head[i]);
+        pixels |= std::string_view(head + 4, 4) == "IDAT";
+        at += 12 + std::streamoff{length};  // with its length, its type and a check sum behind it
+        if (at > size)
+            return true;
+    }
+    return !pixels;
+}
+
 /// Reads all pixels, a few rows at a time. The libraries behind some formats go on over missing
 /// data and leave no more than a message.
 bool readThrough(const std::string& path, OIIO::ImageSpec& spec, std::string& error) {
     if (!std::filesystem::is_regular_file(path)) {
-        error = "no such file";
+        error = std::filesystem::exists(path) ? "not a plain file" : "no such file";
+        return false;
+    }
+    if (isCutPng(path)) {
+        error = "the file is cut short";
         return false;
     }
     const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path);

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <vector>
 
 namespace Tarnkit {
@@ -205,11 +206,48 @@ bool checkPly(std::string_view text, std::string& error) {
     return true;
 }
 
+// ---- glTF: JSON, which in a GLB stands in the first of several chunks
+
+bool checkGltf(std::string_view json, std::string& error) {
+    if (nlohmann::json::accept(json))
+        return true;
+    error = "the JSON of the file is broken or cut short";
+    return false;
+}
+
+constexpr size_t kGlbHead = 12, kGlbChunkHead = 8;
+
+std::uint32_t readLittleEndian(std::string_view bytes, size_t at) {
+    std::uint32_t value = 0;
+    for (size_t i = 4; i-- > 0;)
+        value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+    return value;
+}
+
+bool checkGlb(std::string_view bytes, std::string& error) {
+    if (!bytes.starts_with("glTF")) {
+        error = "it does not begin like a GLB file";
+        return false;
+    }
+    const bool hasHead = bytes.size() >= kGlbHead + kGlbChunkHead;
+    const std::uint64_t length = hasHead ? readLittleEndian(bytes, 8) : 0;
+    const std::uint64_t jsonLength = hasHead ? readLittleEndian(bytes, kGlbHead) : 0;
+    if (!hasHead || length > bytes.size() || kGlbHead + kGlbChunkHead + jsonLength > length) {
+        error = "the file is cut short";
+        return false;
+    }
+    return checkGltf(bytes.substr(kGlbHead + kGlbChunkHead, jsonLength), error);
+}
+
 }  // namespace
 
 bool checkMeshText(std::string_view text, std::string_view ending, std::string& error) {
     if (ending == ".obj")
         return checkObj(text, error);
+    if (ending == ".gltf")
+        return checkGltf(text, error);
+    if (ending == ".glb")
+        return checkGlb(text, error);
     return ending == ".ply" ? checkPly(text, error) : true;
 }
 

@@ -5,9 +5,9 @@
 
 namespace Tarnkit {
 
-/// Looks for what the mesh reader overlooks: a file that was cut short. `text` is the whole file;
-/// `ending` its name's, in lower case, ".obj" or ".ply"; others pass. Returns false with the reason
-/// in `error`.
+/// Looks for what the mesh reader overlooks or has no good word for: a file that was cut short.
+/// `text` is the whole file; `ending` its name's, in lower case, ".obj", ".ply", ".gltf" or ".glb";
+/// others pass. Returns false with the reason in `error`.
 bool checkMeshText(std::string_view text, std::string_view ending, std::string& error);
 
 }  // namespace Tarnkit

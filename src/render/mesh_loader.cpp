@@ -32,8 +32,6 @@ bool checkFile(const std::string& path, const std::string& ending, std::string& 
         error = "no such file, or it can't be read";
         return false;
     }
-    if (ending != ".obj" && ending != ".ply")
-        return true;
     const std::string text{std::istreambuf_iterator<char>(stream), {}};
     return checkMeshText(text, ending, error);
 }

@@ -24,6 +24,7 @@ TEST(Command, HelpIsAnswerAndBadUsageIsExplained) {
         {{"render", "s.json", "--tile", "3/2"}, "expected I/N"},
         {{"render", "s.json", "--tile", "1/17"}, "24 x 16"},
         {{"render", "s.json", "--set", "matte=1"}, "expected INSTANCE.PARAM=VALUE"},
+        {{"render", "s.json", "--progress", "1"}, "expected auto, json or none, got \"1\""},
         {{"describe", "s.json", "matte", "--section", "Descriptor"}, "HierarchyDescriptor"},
         {{"probe", "s.json", "--pixel", "24,0"}, "the picture has 24 x 16 pixels"},
     };
