@@ -132,6 +132,8 @@ void HostSession::Registry::guard(const std::string& path, const std::string& wh
 
 void HostSession::Registry::addKind(PluginDesc* desc, const std::string& path,
                                     const std::string& libraryName) {
+    if (!desc)
+        return;
     if (!desc->getName())
         return refused(path.c_str(), "a plug-in without a name");
     const auto known = parameters.find(desc);

@@ -40,6 +40,11 @@ std::string followLinks(const std::string& path) {
     return place.string();
 }
 
+/// The number of what has just failed, never 0.
+int lastError() {
+    return errno != 0 ? errno : EIO;
+}
+
 /// Name of the temporary file that was made last, while it is there.
 constinit std::atomic<const char*> unfinished{nullptr};
 
@@ -77,20 +82,20 @@ OutputFile::~OutputFile() {
 
 void OutputFile::write(const void* data, std::size_t size) {
     if (failure == 0 && stream && std::fwrite(data, 1, size, stream) != size)
-        failure = errno;
+        failure = lastError();
 }
 
 void OutputFile::seek(std::int64_t place) {
     if (failure == 0 && stream && fseeko(stream, place, SEEK_SET) != 0)
-        failure = errno;
+        failure = lastError();
 }
 
 /// Closes the file. False, with the reason in `errno`, if some of it is not on the disk.
 bool OutputFile::finish() {
     if (failure == 0 && (std::fflush(stream) != 0 || fsync(fileno(stream)) != 0))
-        failure = errno;
+        failure = lastError();
     if (std::fclose(stream) != 0 && failure == 0)
-        failure = errno;
+        failure = lastError();
     stream = nullptr;
     errno = failure;
     return failure == 0;
