@@ -135,7 +135,7 @@ TEST(Module, LoadsWithoutMemoryNeitherHalfNorForGood) {
 }
 
 #ifdef PELK_TEST_REAL_CRASHES
-TEST_F(ModuleInstances, TurnAFaultInTheirCodeIntoAnException) {
+TEST_F(FakeHost, FaultsInAMaterialBecomeExceptions) {
     PelkMaterial& diffuse = make("MtlDiffuse");
     startFrame(diffuse);
     FakeContext context = hit();

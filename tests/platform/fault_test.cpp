@@ -64,7 +64,7 @@ TEST(FaultTest, WhatIsNotTranslatedGoesToTheFormerAction) {
     EXPECT_EXIT(faultBehind(returning), testing::ExitedWithCode(42), "");
 }
 
-TEST_F(FaultTest, OtherHandlersAndTheTranslatorEachKeepTheirFaults) {
+TEST(FaultTest, OtherHandlersAndTheTranslatorEachKeepTheirFaults) {
     static sigjmp_buf back;
     static struct sigaction below;
     const auto faultWithoutTranslator = [] {
@@ -90,7 +90,7 @@ TEST_F(FaultTest, OtherHandlersAndTheTranslatorEachKeepTheirFaults) {
     EXPECT_THROW(touchNothing(), Caught) << "not put up anew";
 }
 
-TEST_F(FaultTest, ASmallAlternateStackIsNotUsed) {
+TEST(FaultTest, ASmallAlternateStackIsNotUsed) {
     const size_t size = sysconf(_SC_MINSIGSTKSZ);
     std::string around(3 * size, 'x');
     const stack_t small{.ss_sp = &around[size], .ss_flags = 0, .ss_size = size};
@@ -103,7 +103,7 @@ TEST_F(FaultTest, ASmallAlternateStackIsNotUsed) {
 }
 
 #if defined(__x86_64__)
-TEST_F(FaultTest, ACallOfNoFunctionIsCaughtByItsCaller) {
+TEST(FaultTest, ACallOfNoFunctionIsCaughtByItsCaller) {
     setFaultTranslator(throwCode);
     void (*volatile function)() = nullptr;
     EXPECT_THROW(function(), Caught);

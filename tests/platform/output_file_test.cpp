@@ -1,6 +1,7 @@
 #include "platform/output_file.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <cstring>
 
@@ -27,17 +28,16 @@ TEST(OutputFileTest, EachWriterHasAFileOfItsOwnUntilItCommits) {
 
 TEST(OutputFileTest, FailureNamesTheFileAndLeavesNothing) {
     const TemporaryDirectory directory;
-    // A link of its own: where renaming puts a plain file, the system must not lose its device.
-    std::filesystem::create_symlink("/dev/null", directory.file("null"));
-    OutputFile device(directory.file("null"));
-    EXPECT_THAT(device.getError(), HasSubstr(directory.file("null")));
-    EXPECT_FALSE(device.commit());
+    mkfifo(directory.file("pipe").c_str(), 0600);
+    OutputFile pipe(directory.file("pipe"));
+    EXPECT_THAT(pipe.getError(), HasSubstr(directory.file("pipe")));
+    EXPECT_FALSE(pipe.commit());
 
     OutputFile stolen(directory.file("shot.png"));
     std::filesystem::remove(stolen.getTemporaryName());
     EXPECT_FALSE(stolen.commit());
     EXPECT_NE(stolen.getError(), "");
-    EXPECT_EQ(directory.entryCount(), 1) << "more than the link";
+    EXPECT_EQ(directory.entryCount(), 1) << "more than the pipe";
 }
 
 TEST(OutputFileTest, ALinkStaysAndASignalHandlerCanDropWhatIsUnfinished) {

@@ -99,9 +99,12 @@ TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
     const struct {
         const char *plugin, *error, *settings = "";
     } cases[] = {
-        {R"("CameraPerspective", "fov": 180)", "fov must lie between", R"("camera": "x")"},
-        {R"("CameraPerspective", "target": [0, 0, 5])", "position and", R"("camera": "x")"},
-        {R"("CameraOrthographic", "width": 0)", "width must be above 0", R"("camera": "x")"},
+        {R"("CameraPerspective", "fov": 180)", "/plugins/x: fov must lie between",
+         R"("camera": "x")"},
+        {R"("CameraPerspective", "target": [0, 0, 5])", "/plugins/x: position and",
+         R"("camera": "x")"},
+        {R"("CameraOrthographic", "width": 0)", "/plugins/x: width must be above 0",
+         R"("camera": "x")"},
         {R"("LightSphere", "radius": 0)", "/plugins/x: radius must be above 0"},
         {R"("LightArea", "direction": [0, 0, 0])", "/plugins/x: direction and up must not be 0"},
         {R"("LightSun", "angle": 180)", "/plugins/x: angle must be at least 0 and below 180"},
