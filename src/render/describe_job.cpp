@@ -18,7 +18,8 @@ DescribeResult describeMaterial(Scene& scene, RTMtlInterface& material, const ch
         renderer.sequenceData.numThreads = 1;
         renderer.frameData.frameTime = scene.settings.time;
         PluginLifeCycle plugins(scene, renderer);
-        plugins.begin();
+        plugins.beginRender();
+        plugins.beginFrame();
         ShaderSource source;
         OCLData data{&renderer};
         result.handled = material.getMaterialSource(nullptr, "", section, source, data) != 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "frame/pelk_plugin.h"
@@ -12,7 +13,12 @@ namespace Tarnkit {
 class PluginLifeCycle {
 public:
     PluginLifeCycle(Scene& scene, PelkRenderer& renderer_)
-        : plugins(scene.collect<PelkPluginInterface>(EXT_PLUGIN_BASE)), renderer(renderer_) {}
+        : plugins(scene.collect<PelkPluginInterface>(EXT_PLUGIN_BASE)), renderer(renderer_) {
+        // What the others find in the frame comes from the camera, so its frame begins first.
+        PluginBase* const camera = scene.camera ? scene.camera->getPlugin() : nullptr;
+        std::stable_partition(plugins.begin(), plugins.end(),
+                              [camera](auto* plugin) { return plugin->getPlugin() == camera; });
+    }
 
     ~PluginLifeCycle() {
         while (framesBegun > 0)
@@ -21,18 +27,25 @@ public:
             plugins[--rendersBegun]->renderEnd(renderer);
     }
 
-    void begin() {
+    void beginRender() {
         for (PelkPluginInterface* plugin : plugins) {
             plugin->renderBegin(renderer);
             ++rendersBegun;
         }
-        for (PelkPluginInterface* plugin : plugins) {
-            plugin->frameBegin(renderer);
-            ++framesBegun;
-        }
     }
 
+    /// For a scene with a camera.
+    void beginFrameOfCamera() { beginFrames(1); }
+
+    /// On all that have not begun it.
+    void beginFrame() { beginFrames(plugins.size()); }
+
 private:
+    void beginFrames(size_t count) {
+        for (; framesBegun < count; ++framesBegun)
+            plugins[framesBegun]->frameBegin(renderer);
+    }
+
     std::vector<PelkPluginInterface*> plugins;
     PelkRenderer& renderer;
     size_t rendersBegun = 0, framesBegun = 0;

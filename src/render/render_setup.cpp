@@ -74,8 +74,12 @@ bool RenderSetup::prepare(std::string& error) {
     int renderID = 0;
     for (GeometryInterface* geometry : scene.collect<GeometryInterface>(EXT_GEOMETRY))
         geometry->setRenderID(renderID++);
-    plugins.begin();
-    return buildObjects(error) && prepareLights(error) && prepareCamera(error);
+    plugins.beginRender();
+    plugins.beginFrameOfCamera();
+    if (!prepareCamera(error))
+        return false;
+    plugins.beginFrame();
+    return buildObjects(error) && prepareLights(error);
 }
 
 bool RenderSetup::buildObjects(std::string& error) {
