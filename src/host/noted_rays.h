@@ -10,6 +10,7 @@ namespace Tarnkit {
 
 /// What the samplers that make up one surface enter in the hit's channels of their own rays, each
 /// by its share in what is seen of the surface. A sampler's own entry replaces what stands there.
+/// The channels of these aliases are colours.
 class NotedRays {
 public:
     /// Empties the channels. `fragment` may be null.

@@ -76,6 +76,7 @@ ExitCode runGuarded(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    platform::fillClosedStreams();
     ignoreFileSizeSignal();
     ExitCode exitCode = runGuarded(argc, argv);
     std::string error;

@@ -74,7 +74,9 @@ ExitCode RenderRun::run() {
     if (result.stopped && result.samples == 0)
         return fail(ExitCode::Interrupted,
                     "interrupted before any pixel was done; nothing written");
-    return report(result, write(*scene, renderOptions, result, picture));
+    const ExitCode code = report(result, write(*scene, renderOptions, result, picture));
+    // Asked to stop during the writing, the run tells its caller so, though the pictures are whole.
+    return code == ExitCode::Done && interrupt.wasRequested() ? ExitCode::Interrupted : code;
 }
 
 /// Finds out before the render what could go wrong after it.

@@ -45,6 +45,10 @@ PELK_API Console& errorConsole();
 /// Replaces the one in use, null puts the standard output back.
 PELK_API void setConsole(Console* replacement);
 
+/// Gives standard streams that the caller of the program has closed a place where what is printed
+/// is lost; else the next file to be opened would get it. To be called first of all.
+PELK_API void fillClosedStreams();
+
 /// Writes out what the standard output still holds back. False if any of what was printed there,
 /// by whatever road, did not arrive; `error` has the system's words then. A stream that was closed
 /// from the start was given up on purpose and counts as good.

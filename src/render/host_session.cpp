@@ -195,7 +195,7 @@ void HostSession::loadModules(const std::string& directories, MessageLog* log) {
             const auto file = std::filesystem::canonical(path, error);
             const std::string key = error ? path : file.string();
             if (registry->triedFiles.insert(key).second)
-                loadPlugins(*manager, directory.c_str(), name.c_str(), registry.get(), log);
+                manager->loadLibraryFile(platform::fullPath(path).c_str(), registry.get(), log);
         }
     }
     registry->listKinds(*manager);

@@ -56,7 +56,10 @@ bool isCutPng(const std::string& path) {
         std::uint32_t length = 0;
         for (int i = 0; i < 4; ++i)
             length = length << 8 | static_cast<unsigned char>(head[i]);
-        pixels |= std::string_view(head + 4, 4) == "IDAT";
+        const std::string_view type(head + 4, 4);
+        pixels |= type == "IDAT";
+        if (type == "IEND")
+            return !pixels;                 // what follows is no concern of the picture's
         at += 12 + std::streamoff{length};  // with its length, its type and a check sum behind it
         if (at > size)
             return true;

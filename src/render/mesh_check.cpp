@@ -209,7 +209,11 @@ bool checkPly(std::string_view text, std::string& error) {
 // ---- glTF: JSON, which in a GLB stands in the first of several chunks
 
 bool checkGltf(std::string_view json, std::string& error) {
-    if (nlohmann::json::accept(json))
+    // Names in other encodings than UTF-8 are read all the same.
+    std::string plain(json);
+    std::replace_if(
+        plain.begin(), plain.end(), [](char c) { return static_cast<signed char>(c) < 0; }, ' ');
+    if (nlohmann::json::accept(plain))
         return true;
     error = "the JSON of the file is broken or cut short";
     return false;

@@ -16,8 +16,10 @@ public:
         : plugins(scene.collect<PelkPluginInterface>(EXT_PLUGIN_BASE)), renderer(renderer_) {
         // What the others find in the frame comes from the camera, so its frame begins first.
         PluginBase* const camera = scene.camera ? scene.camera->getPlugin() : nullptr;
-        std::stable_partition(plugins.begin(), plugins.end(),
-                              [camera](auto* plugin) { return plugin->getPlugin() == camera; });
+        const auto others =
+            std::stable_partition(plugins.begin(), plugins.end(),
+                                  [camera](auto* plugin) { return plugin->getPlugin() == camera; });
+        numCameras = static_cast<size_t>(others - plugins.begin());
     }
 
     ~PluginLifeCycle() {
@@ -34,8 +36,7 @@ public:
         }
     }
 
-    /// For a scene with a camera.
-    void beginFrameOfCamera() { beginFrames(1); }
+    void beginFrameOfCamera() { beginFrames(numCameras); }
 
     /// On all that have not begun it.
     void beginFrame() { beginFrames(plugins.size()); }
@@ -48,6 +49,7 @@ private:
 
     std::vector<PelkPluginInterface*> plugins;
     PelkRenderer& renderer;
+    size_t numCameras = 0;  ///< at the front of `plugins`: one or none
     size_t rendersBegun = 0, framesBegun = 0;
 };
 

@@ -108,7 +108,7 @@ bool RenderSetup::prepareLights(std::string& error) {
             return false;
         }
     }
-    renderer.lightLoop.setLights(std::move(lights));
+    renderer.lightLoop.setLights(lights);
     return true;
 }
 

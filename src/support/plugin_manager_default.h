@@ -89,6 +89,10 @@ public:
     /// The full path of a loaded library; empty for the host's own, null if it isn't loaded.
     const char* getLibraryFileName(const PluginLibDesc* library) const;
 
+    /// Loads the library of exactly this path, whatever its name looks like; null if it is refused.
+    /// What the library throws is reported and goes no further.
+    PluginLibDesc* loadLibraryFile(const char* path, PelkPluginHost* host, MessageLog* log);
+
     /// Has `callback` told of every library that is refused from now on, next to what the log
     /// gets; null ends it. The callback stays the caller's.
     void setRefusedCallback(LibraryRefusedCallback* callback) { refusedCallback = callback; }
@@ -103,12 +107,12 @@ private:
 
     PluginLibDesc* loadFile(const char* path, PelkPluginHost* host, MessageLog& log);
     PluginLibDesc* loadFittingFile(const char* path, PelkPluginHost* host, MessageLog& log);
-    void attach(PluginLibDesc* library, PelkPluginHost* host, MessageLog& log);
     PluginLibDesc* addLibrary(const char* path, platform::ModuleHandle module, GetLibDesc getDesc);
     bool unloadAt(int index, PelkPluginHost* host);
     PluginLibDesc* refuse(const char* path, const char* reason);
 
     PluginDesc* findDuplicate(PluginDesc* desc);
+    void searchLibrary(const LoadedLibrary& library, EnumPluginDescCallback& callback);
     void enterName(PluginDesc* desc) { descsByName.insert(desc->getName(), desc); }
     void dropName(PluginDesc* desc) { descsByName.remove(desc->getName()); }
 

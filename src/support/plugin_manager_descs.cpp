@@ -146,20 +146,27 @@ PluginDesc* DefaultPluginManager::getPluginDesc(const char* pluginName) {
 
 PluginDesc* DefaultPluginManager::getPluginDesc(u32 pluginID) {
     FindPluginDescCb find(nullptr, pluginID);
-    for (const LoadedLibrary& library : libraries) {
-        if (library.desc)
-            library.desc->enumPluginDescs(&find);
-        if (find.found)
-            break;
-    }
+    for (int i = 0; i < libraries.size() && !find.found; ++i)
+        searchLibrary(libraries[i], find);
     return find.found;
 }
 
 /// Another descriptor with the same id, attached or not, in any library.
 PluginDesc* DefaultPluginManager::findDuplicate(PluginDesc* desc) {
     FindPluginDescCb find(desc, desc->getPluginID());
-    enumPluginDescs(&find);
+    for (int i = libraries.size() - 1; i >= 0 && !find.found; --i)
+        searchLibrary(libraries[i], find);
     return find.found;
+}
+
+/// A library that throws has what it has shown by then: others must not pay for it.
+void DefaultPluginManager::searchLibrary(const LoadedLibrary& library,
+                                         EnumPluginDescCallback& callback) {
+    try {
+        if (library.desc)
+            library.desc->enumPluginDescs(&callback);
+    } catch (...) {
+    }
 }
 
 }  // namespace Tarnkit

@@ -114,6 +114,18 @@ PluginLibDesc* DefaultPluginManager::loadLibrary(const char* mask, PelkPluginHos
     return last;
 }
 
+PluginLibDesc* DefaultPluginManager::loadLibraryFile(const char* path, PelkPluginHost* host,
+                                                     MessageLog* log) {
+    SilentLog silent;
+    MessageLog& report = log ? *log : silent;
+    try {
+        return loadFile(path, host, report);
+    } catch (...) {
+        report.error("Fatal error loading plugins.");
+        return nullptr;
+    }
+}
+
 /// Loads one library. What is thrown on the way goes on to the caller.
 PluginLibDesc* DefaultPluginManager::loadFile(const char* path, PelkPluginHost* host,
                                               MessageLog& log) {
@@ -148,23 +160,10 @@ PluginLibDesc* DefaultPluginManager::loadFittingFile(const char* path, PelkPlugi
         return refuse(path, getDesc ? "getLibDesc gives no description"
                                     : "no function getLibDesc of its own");
     }
-    attach(desc, host, log);
+    AttachDescCb attach(*this, log, host);
+    desc->enumPluginDescs(&attach);
     log.debug("Plugin library \"%s\" loaded", path);
     return desc;
-}
-
-/// Takes in what the library offers. One that throws is not asked again, or it would spoil every
-/// later walk through the libraries.
-void DefaultPluginManager::attach(PluginLibDesc* library, PelkPluginHost* host, MessageLog& log) {
-    AttachDescCb attachDesc(*this, log, host);
-    try {
-        library->enumPluginDescs(&attachDesc);
-    } catch (...) {
-        for (LoadedLibrary& known : libraries)
-            if (known.desc == library)
-                known.desc = nullptr;
-        throw;
-    }
 }
 
 /// Enters a module in the table and asks it for its description. Without one, releases the
@@ -206,13 +205,18 @@ bool DefaultPluginManager::unloadAllLibraries(PelkPluginHost* host) {
     return all;
 }
 
-/// False, and the record stays, if it has no description or the system keeps the module.
+/// False, and the record stays, if it has no description, if not all of its descriptors could be
+/// taken out, or if the system keeps the module.
 bool DefaultPluginManager::unloadAt(int index, PelkPluginHost* host) {
     PluginLibDesc* desc = libraries[index].desc;
     if (!desc)
         return false;
     DetachDescCb detach(host, *this);
-    desc->enumPluginDescs(&detach);
+    try {
+        desc->enumPluginDescs(&detach);
+    } catch (...) {
+        return false;
+    }
     if (!platform::releaseModule(libraries[index].module))
         return false;
     libraries.removeBySwap(index);

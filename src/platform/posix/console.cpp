@@ -102,6 +102,14 @@ void setConsole(Console* replacement) {
     current = replacement ? replacement : &standardConsole;
 }
 
+void fillClosedStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free number is what is given out.
+        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF)
+            (void)!open("/dev/null", stream == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+    }
+}
+
 bool finishStandardOutput(std::string& error) {
     flushOutput();
     const int failure = outputFailure;
