@@ -1,11 +1,11 @@
 #include "render/describe_job.h"
 
-#include "frame/exception_msg.h"
 #include "frame/pelk_material.h"
 #include "frame/shader_source.h"
 #include "render/host_renderer.h"
 #include "render/plugin_life_cycle.h"
 #include "render/scene.h"
+#include "render/thrown_text.h"
 
 namespace Tarnkit {
 
@@ -25,8 +25,8 @@ DescribeResult describeMaterial(Scene& scene, RTMtlInterface& material, const ch
         result.handled = material.getMaterialSource(nullptr, "", section, source, data) != 0;
         result.text = source.c_str();
         result.ok = true;
-    } catch (const ExceptionMsg& failure) {
-        result.error = failure.text;
+    } catch (...) {
+        result.error = thrownText();
     }
     return result;
 }

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "frame/exception_msg.h"
 #include "render/render_setup.h"
 #include "render/scene.h"
 #include "render/surface_uv.h"
+#include "render/thrown_text.h"
 #include "render/tile_worker.h"
 
 namespace Tarnkit {
@@ -74,10 +74,8 @@ ProbeResult probePixel(Scene& scene, const RenderOptions& options, int x, int y,
         worker.render(pixel);
         result.channels = readChannels(worker.getRegion());
         result.ok = true;
-    } catch (const ExceptionMsg& failure) {
-        result.error = failure.text;
-    } catch (const std::exception& failure) {
-        result.error = failure.what();
+    } catch (...) {
+        result.error = thrownText();
     }
     return result;
 }

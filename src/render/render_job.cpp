@@ -4,10 +4,10 @@
 #include <chrono>
 #include <mutex>
 
-#include "frame/exception_msg.h"
 #include "render/render_setup.h"
 #include "render/render_workers.h"
 #include "render/scene.h"
+#include "render/thrown_text.h"
 #include "render/tile_worker.h"
 
 namespace Tarnkit {
@@ -113,10 +113,8 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
                     {.manager = manager, .threads = threads, .stop = stop, .log = log}, progress,
                     picture, result);
         result.ok = true;
-    } catch (const ExceptionMsg& failure) {
-        result.error = failure.text;
-    } catch (const std::exception& failure) {
-        result.error = failure.what();
+    } catch (...) {
+        result.error = thrownText();
     }
     return result;
 }
