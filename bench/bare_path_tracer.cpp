@@ -8,8 +8,8 @@
 
 #include <embree3/rtcore.h>
 
-#include "frame/color.h"
-#include "frame/vector.h"
+#include "pelk/base/color.h"
+#include "pelk/base/vector.h"
 
 namespace bench {
 

@@ -9,7 +9,7 @@
 #include <benchmark/benchmark.h>
 
 #include "comparison.h"
-#include "frame/hash_table.h"
+#include "pelk/base/hash_table.h"
 #include "pool_calls.h"
 
 using namespace Tarnkit;

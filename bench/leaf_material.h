@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/material.h"
+#include "pelk/contract/material.h"
 
 /// A material that hands out one sampler and knows nothing else. Its bodies stand in a source of
 /// their own, so that calls of them stay calls.

@@ -6,12 +6,12 @@
 #include <benchmark/benchmark.h>
 
 #include "comparison.h"
-#include "composite/mtl_multi.h"
-#include "composite/mtl_override.h"
-#include "composite/mtl_render_stats.h"
-#include "host/plugin_parameters.h"
 #include "leaf_material.h"
-#include "matte/mtl_wrapper.h"
+#include "pelk/contract/plugin_parameters.h"
+#include "pelk/materials/composite/mtl_multi.h"
+#include "pelk/materials/composite/mtl_override.h"
+#include "pelk/materials/composite/mtl_render_stats.h"
+#include "pelk/materials/matte/mtl_wrapper.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "frame/thread_pools.h"
+#include "pelk/base/thread_pools.h"
 
 // A pool and a bare thread-local free list as a host meets them in getBSDF and releaseBSDF: by two
 // calls into a library, between which nothing can be kept in a register.

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "comparison.h"
-#include "render/channel_kinds.h"
-#include "support/region_data.h"
+#include "pelk/support/regions/channel_kinds.h"
+#include "pelk/support/regions/region_data.h"
 
 using namespace Tarnkit;
 

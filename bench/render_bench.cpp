@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "bare_path_tracer.h"
-#include "platform/debug_stream.h"
-#include "render/channel_kinds.h"
-#include "render/host_session.h"
-#include "render/render_job.h"
-#include "render/scene.h"
-#include "render/scene_reader.h"
+#include "pelk/host/render/render_job.h"
+#include "pelk/host/scene/host_session.h"
+#include "pelk/host/scene/scene.h"
+#include "pelk/host/scene/scene_reader.h"
+#include "pelk/platform/debug_stream.h"
+#include "pelk/support/regions/channel_kinds.h"
 
 using namespace Tarnkit;
 

@@ -8,8 +8,8 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/debug_stream.h"
-#include "support/thread_manager.h"
+#include "pelk/platform/debug_stream.h"
+#include "pelk/support/thread_manager.h"
 
 using namespace Tarnkit;
 

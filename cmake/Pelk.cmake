@@ -21,7 +21,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
 add_library(pelk_flags INTERFACE)
-target_include_directories(pelk_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_include_directories(pelk_flags INTERFACE ${PROJECT_SOURCE_DIR})
 # Results must not depend on the compiler: no contraction, no fast-math. A unique symbol of g++
 # would keep a module from unloading.
 target_compile_options(pelk_flags INTERFACE
@@ -39,7 +39,6 @@ function(pelk_objects name)
   cmake_parse_arguments(ARG "" "" "SOURCES" ${ARGN})
   add_library(${name} OBJECT ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE pelk_flags)
-  target_compile_definitions(${name} PRIVATE PELK_BUILDING_CORE)
 endfunction()
 
 # pelk_module(NAME SOURCES ... [USES ...]): a folder of code that links libpelk.so. USES lists
@@ -47,7 +46,7 @@ endfunction()
 # tell the reader.
 function(pelk_module name)
   cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
-  list(REMOVE_ITEM ARG_USES platform frame host)
+  list(REMOVE_ITEM ARG_USES platform base contract)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE pelk_flags PUBLIC libpelk ${ARG_USES})
 endfunction()
@@ -56,7 +55,7 @@ endfunction()
 function(pelk_tests name)
   cmake_parse_arguments(ARG "" "" "USES" ${ARGN})
   add_executable(${name}_tests ${ARG_UNPARSED_ARGUMENTS})
-  target_include_directories(${name}_tests PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_include_directories(${name}_tests PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name}_tests PRIVATE pelk_flags libpelk ${ARG_USES} GTest::gmock_main)
   # The race checker knows nothing of the locks of the image library's own threads.
   if(PELK_SANITIZE STREQUAL "thread")

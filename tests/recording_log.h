@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/renderer.h"
+#include "pelk/contract/renderer.h"
 
 /// Keeps every message, the first letter of its level in front.
 class RecordingLog final : public Tarnkit::MessageLog {

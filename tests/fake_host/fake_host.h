@@ -14,8 +14,8 @@
 #include "fake_host/materials_module.h"
 #include "fake_host/print.h"
 #include "fake_host/recorders.h"
-#include "frame/material.h"
-#include "host/plugin_parameters.h"
+#include "pelk/contract/material.h"
+#include "pelk/contract/plugin_parameters.h"
 
 /// A parameter with its value or its list of values, in the forms of host/plugin_parameters.h.
 struct Param {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "fake_host/call_log.h"
-#include "frame/material.h"
+#include "pelk/contract/material.h"
 #include "recording_log.h"
 
 // A renderer without a scene: it answers what the test has set and remembers what it was asked.

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <climits>
 
-#include "platform/heap.h"
+#include "pelk/platform/heap.h"
 
 using namespace Tarnkit::platform;
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "frame/plugin_desc.h"
-#include "platform/module.h"
+#include "pelk/contract/plugin_desc.h"
+#include "pelk/platform/module.h"
 
 /// The built module, loaded as a host loads it, for as long as this lives.
 class MaterialsModule {

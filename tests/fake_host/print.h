@@ -5,7 +5,7 @@
 #include <array>
 #include <ostream>
 
-#include "frame/material.h"
+#include "pelk/contract/material.h"
 
 // How test failures show the contract's values.
 

@@ -10,8 +10,8 @@
 
 #include "fake_host/call_log.h"
 #include "fake_host/print.h"
-#include "frame/exception_msg.h"
-#include "frame/material.h"
+#include "pelk/base/exception_msg.h"
+#include "pelk/contract/material.h"
 
 // Made-up plug-ins that stand around the material under test.
 

@@ -1,4 +1,4 @@
-#include "platform/fault.h"
+#include "pelk/platform/fault.h"
 
 #include <gtest/gtest.h>
 #include <setjmp.h>

@@ -1,4 +1,4 @@
-#include "platform/file.h"
+#include "pelk/platform/file.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "platform/output_file.h"
+#include "pelk/platform/output_file.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

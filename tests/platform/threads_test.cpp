@@ -1,10 +1,10 @@
-#include "platform/threads.h"
+#include "pelk/platform/threads.h"
 
 #include <gmock/gmock.h>
 
-#include "platform/affinity.h"
-#include "platform/events.h"
-#include "platform/numa.h"
+#include "pelk/platform/affinity.h"
+#include "pelk/platform/events.h"
+#include "pelk/platform/numa.h"
 
 using namespace Tarnkit::platform;
 

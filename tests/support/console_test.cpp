@@ -1,12 +1,12 @@
-#include "support/console.h"
+#include "pelk/support/console.h"
 
 #include <gmock/gmock.h>
 
 #include <string>
 #include <vector>
 
-#include "platform/console.h"
-#include "support/bounded_format.h"
+#include "pelk/platform/console.h"
+#include "pelk/support/bounded_format.h"
 
 using namespace Tarnkit;
 using Pieces = std::vector<std::string>;

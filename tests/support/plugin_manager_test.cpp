@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
+#include "pelk/support/plugin_manager_default.h"
+#include "pelk/support/streams.h"
 #include "recording_log.h"
-#include "support/plugin_manager_default.h"
 #include "support/plugin_modules/listed_library.h"
-#include "support/streams.h"
 #include "temporary_directory.h"
 
 using namespace Tarnkit;

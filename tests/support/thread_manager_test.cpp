@@ -1,4 +1,4 @@
-#include "support/thread_manager.h"
+#include "pelk/support/thread_manager.h"
 
 #include <gmock/gmock.h>
 
@@ -9,9 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "frame/shared_field.h"
-#include "platform/debug_stream.h"
-#include "platform/numa.h"
+#include "pelk/base/shared_field.h"
+#include "pelk/platform/debug_stream.h"
+#include "pelk/platform/numa.h"
 #include "scoped_environment.h"
 
 using namespace Tarnkit;

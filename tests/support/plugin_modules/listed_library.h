@@ -3,8 +3,8 @@
 #include <initializer_list>
 #include <vector>
 
-#include "frame/plugin.h"
-#include "frame/plugin_desc.h"
+#include "pelk/contract/plugin.h"
+#include "pelk/contract/plugin_desc.h"
 
 /// A plug-in kind of which only name and id matter. Counts the instances that live.
 class ListedDesc : public Tarnkit::PelkPluginDesc {

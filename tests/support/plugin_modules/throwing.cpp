@@ -1,5 +1,5 @@
-#include "frame/exception_msg.h"
 #include "listed_library.h"
+#include "pelk/base/exception_msg.h"
 
 Tarnkit::PluginLibDesc* getLibDesc() {
     throw Tarnkit::ExceptionMsg("no licence");

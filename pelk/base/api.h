@@ -1,0 +1,3 @@
+#pragma once
+
+#include "pelk/platform/api.h"

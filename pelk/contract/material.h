@@ -1,0 +1,16 @@
+#pragma once
+
+// The one header that materials include: the contract, with the host's names brought to the global
+// scope, where materials and their descriptors live.
+
+#include "pelk/base/thread_pools.h"
+#include "pelk/contract/context.h"
+#include "pelk/contract/fragment.h"
+#include "pelk/contract/param_table.h"
+#include "pelk/contract/pelk_material.h"
+#include "pelk/contract/renderer.h"
+#include "pelk/contract/samplers.h"
+#include "pelk/contract/shader_source.h"
+#include "pelk/contract/texture.h"
+
+using namespace Tarnkit;  // NOLINT(google-build-using-namespace): once, here, on purpose

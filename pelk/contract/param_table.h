@@ -1,0 +1,230 @@
+#pragma once
+
+#include "pelk/contract/parameters.h"
+
+namespace Tarnkit {
+
+/// One row of a parameter table: what the host is told, and the field of `Params` that follows the
+/// value. A row without a field is read by name when it is needed.
+template <class Params>
+struct ParamRow {
+    ParameterDesc desc;
+    int Params::*intField = nullptr;
+    float Params::*floatField = nullptr;
+    Color Params::*colorField = nullptr;
+    PluginBase* Params::*pluginField = nullptr;
+    TextureInterface* Params::*textureField = nullptr;
+    TextureFloatInterface* Params::*textureFloatField = nullptr;
+    TextureIntInterface* Params::*textureIntField = nullptr;
+    PelkPluginList Params::*listField = nullptr;
+
+    constexpr ParamRow describe(const char* description, const char* guide = nullptr) const {
+        ParamRow row = *this;
+        row.desc.description = description;
+        row.desc.guide = guide;
+        return row;
+    }
+
+    void bind(PelkParameterList& list, Params& params) const {
+        const auto bindIf = [&](auto field) {
+            if (field)
+                list.setParamCache(desc.name, params.*field);
+        };
+        bindIf(intField);
+        bindIf(floatField);
+        bindIf(colorField);
+        bindIf(pluginField);
+        bindIf(textureField);
+        bindIf(textureFloatField);
+        bindIf(textureIntField);
+        bindIf(listField);
+    }
+};
+
+// Rows of single values. Texts are optional, and null where they are left out.
+
+template <class P>
+constexpr ParamRow<P> boolParam(const char* name, int P::*field, bool value,
+                                const char* description = nullptr, const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Bool,
+                     .hasDefault = true,
+                     .intDefault = value ? 1 : 0,
+                     .description = description,
+                     .guide = guide},
+            .intField = field};
+}
+
+template <class P>
+constexpr ParamRow<P> intParam(const char* name, int P::*field, int value,
+                               const char* description = nullptr, const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Int,
+                     .hasDefault = true,
+                     .intDefault = value,
+                     .description = description,
+                     .guide = guide},
+            .intField = field};
+}
+
+template <class P>
+constexpr ParamRow<P> floatParam(const char* name, float P::*field, float value,
+                                 const char* description = nullptr, const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Float,
+                     .hasDefault = true,
+                     .colorDefault = {Color(value), 1.0f},
+                     .description = description,
+                     .guide = guide},
+            .floatField = field};
+}
+
+template <class P>
+constexpr ParamRow<P> colorParam(const char* name, Color P::*field, Color value,
+                                 const char* description = nullptr, const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Color,
+                     .hasDefault = true,
+                     .colorDefault = {value, 1.0f},
+                     .description = description,
+                     .guide = guide},
+            .colorField = field};
+}
+
+template <class P>
+constexpr ParamRow<P> pluginParam(const char* name, PluginBase* P::*field, u64 interfaceID,
+                                  const char* description = nullptr, const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Plugin,
+                     .interfaceID = interfaceID,
+                     .description = description,
+                     .guide = guide},
+            .pluginField = field};
+}
+
+template <class P>
+constexpr ParamRow<P> textureParam(const char* name, TextureInterface* P::*field,
+                                   const char* description = nullptr, const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Texture,
+                     .description = description,
+                     .guide = guide},
+            .textureField = field};
+}
+
+template <class P>
+constexpr ParamRow<P> textureParam(const char* name, TextureInterface* P::*field, AColor value,
+                                   const char* description = nullptr, const char* guide = nullptr) {
+    ParamRow<P> row = textureParam(name, field, description, guide);
+    row.desc.hasDefault = true;
+    row.desc.colorDefault = value;
+    return row;
+}
+
+template <class P>
+constexpr ParamRow<P> textureFloatParam(const char* name, TextureFloatInterface* P::*field,
+                                        const char* description = nullptr,
+                                        const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::TextureFloat,
+                     .description = description,
+                     .guide = guide},
+            .textureFloatField = field};
+}
+
+template <class P>
+constexpr ParamRow<P> textureFloatParam(const char* name, TextureFloatInterface* P::*field,
+                                        float value, const char* description = nullptr,
+                                        const char* guide = nullptr) {
+    ParamRow<P> row = textureFloatParam(name, field, description, guide);
+    row.desc.hasDefault = true;
+    row.desc.colorDefault = {Color(value), 1.0f};
+    return row;
+}
+
+template <class P>
+constexpr ParamRow<P> textureIntParam(const char* name, TextureIntInterface* P::*field,
+                                      const char* description = nullptr,
+                                      const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::TextureInt,
+                     .description = description,
+                     .guide = guide},
+            .textureIntField = field};
+}
+
+// Lists. One without a field is read by name when it is needed.
+
+template <class P>
+constexpr ParamRow<P> pluginListParam(const char* name, PelkPluginList P::*field, u64 interfaceID,
+                                      const char* description = nullptr,
+                                      const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Plugin,
+                     .count = 0,
+                     .interfaceID = interfaceID,
+                     .description = description,
+                     .guide = guide},
+            .listField = field};
+}
+
+/// A list whose items are lists themselves, of a number and a plug-in.
+template <class P>
+constexpr ParamRow<P> pairListParam(const char* name, u64 interfaceID,
+                                    const char* description = nullptr,
+                                    const char* guide = nullptr) {
+    ParamRow<P> row = pluginListParam<P>(name, nullptr, interfaceID, description, guide);
+    row.desc.ofPairs = true;
+    return row;
+}
+
+template <class P>
+constexpr ParamRow<P> intListParam(const char* name, int value, const char* description = nullptr,
+                                   const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::Int,
+                     .count = 0,
+                     .hasDefault = true,
+                     .intDefault = value,
+                     .description = description,
+                     .guide = guide}};
+}
+
+template <class P>
+constexpr ParamRow<P> stringListParam(const char* name, const char* description = nullptr,
+                                      const char* guide = nullptr) {
+    return {.desc = {.name = name,
+                     .type = ParameterType::String,
+                     .count = 0,
+                     .description = description,
+                     .guide = guide}};
+}
+
+/// The parameters of a plug-in's kind, in the order in which hosts show them: the descriptor
+/// registers from it and the constructor binds from it. constexpr, as descriptors are built before
+/// main.
+template <class Params, int N>
+class ParamTable {
+public:
+    template <class... Rows>
+    constexpr explicit ParamTable(const ParamRow<Params>& first, const Rows&... others)
+        : rows{first, others...} {}
+
+    void addTo(PelkParameterListDesc& list) const {
+        for (const ParamRow<Params>& row : rows)
+            list.addParam(row.desc);
+    }
+
+    void bind(PelkParameterList& list, Params& params) const {
+        for (const ParamRow<Params>& row : rows)
+            row.bind(list, params);
+    }
+
+private:
+    ParamRow<Params> rows[N];
+};
+
+template <class Params, class... Rows>
+ParamTable(const ParamRow<Params>&, const Rows&...) -> ParamTable<Params, 1 + sizeof...(Rows)>;
+
+}  // namespace Tarnkit

@@ -1,0 +1,136 @@
+#include "pelk/host/cli/render_options.h"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <map>
+
+#include "pelk/host/cli/common_options.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr char kEnvironment[] =
+    "\nEnvironment:\n"
+    "  PELK_NUM_THREADS          Threads to render on, if --threads does not say\n"
+    "  PELK_USE_THREAD_AFFINITY  0: do not bind threads to the nodes of a machine that has "
+    "several\n"
+    "  NO_COLOR                  Not empty: no colours on the terminal\n"
+    "Ctrl-C finishes the tiles in work and writes what there is; a second one gives up at once.";
+
+void parseRegion(const std::string& text, RenderCommandOptions& options) {
+    std::array<int, 4> corners{};
+    if (parseNumbers(text, ',', corners))
+        options.region = {corners[0], corners[1], corners[2], corners[3]};
+    if (options.region.isEmpty())
+        refuse("--region", text,
+               "X0,Y0,X1,Y1 in pixels from the upper left corner, X1 and Y1 outside");
+}
+
+void parseTile(const std::string& text, RenderCommandOptions& options) {
+    std::array<int, 2> tile{};
+    if (!parseNumbers(text, '/', tile) || tile[0] < 1 || tile[0] > tile[1])
+        refuse("--tile", text, "I/N, from 1/N to N/N");
+    options.tile = {tile[0], tile[1]};
+}
+
+void parseProgress(const std::string& text, RenderCommandOptions& options) {
+    const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
+                                                      {"json", ProgressStyle::JsonLines},
+                                                      {"none", ProgressStyle::None}};
+    const auto style = styles.find(text);
+    if (style == styles.end())
+        refuse("--progress", text, "auto, json or none");
+    options.progress = style->second;
+}
+
+/// Lets whole numbers from 1 on pass, and leaves the help text alone.
+CLI::Validator numbersTo(int largest) {
+    return CLI::Range(1, largest).description("");
+}
+
+/// An option whose text goes through a function of the form of parseRegion.
+template <class Parse>
+CLI::Option* addParsed(CLI::App& command, const char* name, const char* form, const char* help,
+                       RenderCommandOptions& options, Parse parse) {
+    return command
+        .add_option_function<std::string>(
+            name, [parse, &options](const std::string& text) { parse(text, options); }, help)
+        ->type_name(form);
+}
+
+void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
+    command
+        .add_option("-o,--output", options.outputs,
+                    "Picture to write, .exr or .png; repeatable. Without it, the scene's name "
+                    "with .png, in the working directory")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    addSizeOption(command, options.width, options.height);
+    addSamplesOption(command, options.samples);
+    CLI::Option* const region =
+        addParsed(command, "--region", "X0,Y0,X1,Y1",
+                  "Render these pixels alone; X1 and Y1 lie outside", options, parseRegion);
+    addParsed(command, "--tile", "I/N", "Render the band I of N, from 1/N at the top to N/N",
+              options, parseTile)
+        ->excludes(region);
+    command
+        .add_option("--channels", options.channels,
+                    "Render channels for EXR files, beside those that the scene asks for; \"all\" "
+                    "stands for every one that is known")
+        ->type_name("A,B")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+}
+
+}  // namespace
+
+void RenderCommandOptions::addTo(CLI::App& command) {
+    command.add_option("SCENE", scene, "Scene file")->required()->type_name("");
+    addPictureOptions(command, *this);
+    command
+        .add_option("--threads", threads,
+                    "Threads to render on; otherwise PELK_NUM_THREADS, or one for each processor")
+        ->type_name("N")
+        ->check(numbersTo(kMaxThreads));
+    command
+        .add_option("--tile-size", tileSize,
+                    "Pixels on a side of what a thread renders at a time; the picture is the same")
+        ->type_name("N")
+        ->check(numbersTo(kMaxTileSize))
+        ->capture_default_str();
+    command.add_flag("--nice", nice, "Render at a priority below normal, behind other programs");
+    addSetOption(command, overrides);
+    addParsed(command, "--progress", "auto|json|none",
+              "auto: on standard error, if that is a terminal; json: lines of JSON on standard "
+              "output; none",
+              *this, parseProgress);
+    command.add_flag("--strict", strict,
+                     "Exit with 4 if colours that are not finite had to be left out");
+    log.addTo(command);
+    plugins.addTo(command);
+    command.footer(kEnvironment);
+}
+
+bool choosePixels(const RenderCommandOptions& options, int width, int height, PictureRect& pixels,
+                  std::string& error) {
+    const auto [index, count] = options.tile;
+    const std::string size =
+        "; the picture has " + std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    if (count > height) {
+        error = "--tile: there are fewer than " + std::to_string(count) + " rows" + size;
+        return false;
+    }
+    const auto edge = [height, n = count](int i) { return int((long long)height * i / n); };
+    pixels = {0, edge(index - 1), width, edge(index)};
+    if (options.region.isEmpty())
+        return true;
+    pixels = options.region;
+    if (pixels.x1 > width || pixels.y1 > height) {
+        error = "--region lies outside" + size;
+        return false;
+    }
+    return true;
+}
+
+}  // namespace Tarnkit

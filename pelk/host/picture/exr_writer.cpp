@@ -1,0 +1,153 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <vector>
+
+#include "pelk/host/picture/image_writers.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr float kLargestHalf = 65504.0f;
+
+/// How a channel of the picture is read, and what it is called in a file.
+struct Layer {
+    int channel = 0;
+    int alphaChannel = -1;
+    int format = kPixelRGBFloat;
+    const char* suffixes = "RGB";  ///< a letter for each value of a pixel, "#" for "ID"
+    OIIO::TypeDesc type = OIIO::TypeDesc::FLOAT;
+
+    int values() const { return static_cast<int>(std::strlen(suffixes)); }
+};
+
+/// The layer of a channel beyond beauty and alpha.
+Layer layerOf(const ChannelInfo& info, int channel, OIIO::TypeDesc colorType) {
+    switch (info.type) {
+        case kChannelFloat:
+            return {channel, -1, kPixelGrayFloat, info.alias == kAliasZDepth ? "Z" : "Y"};
+        case kChannelFloat2:
+            return {channel, -1, kPixelRGBFloat, "UV"};
+        case kChannelInt:
+            return {channel, -1, kPixelGray32, "#", OIIO::TypeDesc::UINT};
+        case kChannelVector:
+            return {channel, -1, kPixelRGBFloat, "XYZ"};
+        case kChannelAColor:
+            return {channel, -1, kPixelRGBAFloat, "RGBA", colorType};
+        default:
+            return {channel, -1, kPixelRGBFloat, "RGB", colorType};
+    }
+}
+
+/// All layers of an EXR, the first of which has no name.
+std::vector<Layer> layersOf(PixelBufferInterface& pixels, OIIO::TypeDesc colorType) {
+    std::vector<Layer> layers{{kBeautyChannel, kAlphaChannel, kPixelRGBAFloat, "RGBA", colorType}};
+    for (int i = kAlphaChannel + 1; i < pixels.getNumChannels(); ++i) {
+        ChannelInfo info;
+        pixels.getChannelInfo(i, info);
+        layers.push_back(layerOf(info, i, colorType));
+    }
+    return layers;
+}
+
+/// Reads rows of a layer from the picture, as they stand in memory.
+class LayerReader {
+public:
+    LayerReader(Picture& picture, const Layer& layer_)
+        : region(picture.getRegion()),
+          width(picture.getWidth()),
+          layer(layer_),
+          row(static_cast<size_t>(width) * pixelFormatSize(layer.format)) {}
+
+    /// Writes `layer.values()` values of `layer.type` into each pixel of a row in a file, of
+    /// `stride` bytes each. False if the picture doesn't have them.
+    bool read(int y, std::uint8_t* out, size_t stride) {
+        const PixelRect rect{0, y, width, y + 1, width, 1};
+        if (!region.getPixels(layer.channel, layer.alphaChannel, rect, layer.format,
+                              static_cast<std::int64_t>(row.size()), row.data(), 0, 0, nullptr,
+                              kVectorsRaw))
+            return false;
+        const size_t step = static_cast<size_t>(pixelFormatSize(layer.format));
+        const size_t bytes = static_cast<size_t>(layer.values()) * sizeof(float);
+        for (int x = 0; x < width; ++x, out += stride) {
+            const std::uint8_t* const pixel = row.data() + static_cast<size_t>(x) * step;
+            if (layer.type == OIIO::TypeDesc::HALF)
+                storeHalf(pixel, out);
+            else
+                std::memcpy(out, pixel, bytes);
+        }
+        return true;
+    }
+
+private:
+    /// Limits what 16-bit fractions would turn into infinity.
+    void storeHalf(const std::uint8_t* pixel, std::uint8_t* out) const {
+        float values[4];
+        const int count = layer.values();
+        std::memcpy(values, pixel, static_cast<size_t>(count) * sizeof(float));
+        for (float& value : values)
+            value = std::clamp(value, -kLargestHalf, kLargestHalf);
+        OIIO::convert_pixel_values(OIIO::TypeDesc::FLOAT, values, OIIO::TypeDesc::HALF, out, count);
+    }
+
+    PKRegionData& region;
+    const int width;
+    const Layer layer;
+    std::vector<std::uint8_t> row;
+};
+
+void addChannels(const Layer& layer, const std::string& prefix, OIIO::ImageSpec& spec) {
+    for (const char* suffix = layer.suffixes; *suffix; ++suffix) {
+        spec.channelnames.push_back(prefix + (*suffix == '#' ? "ID" : std::string(1, *suffix)));
+        spec.channelformats.push_back(layer.type);
+    }
+}
+
+/// An EXR with these layers. The order of its channels is theirs.
+OIIO::ImageSpec exrSpec(Picture& picture, std::span<const Layer> layers, const PictureInfo& info) {
+    OIIO::ImageSpec spec(picture.getWidth(), picture.getHeight(), 0, layers.front().type);
+    spec.channelnames.clear();
+    for (const Layer& layer : layers) {
+        ChannelInfo channel;
+        picture.getRegion().getChannelInfo(layer.channel, channel);
+        addChannels(layer, &layer == layers.data() ? "" : std::string(channel.name) + ".", spec);
+    }
+    spec.nchannels = static_cast<int>(spec.channelnames.size());
+    spec.alpha_channel = 3;
+    describeOrigin(info, spec);
+    return spec;
+}
+
+bool writeExrRows(Picture& picture, std::span<const Layer> layers, OIIO::ImageOutput& output) {
+    const size_t stride = output.spec().pixel_bytes(true);
+    std::vector<LayerReader> readers;
+    for (const Layer& layer : layers)
+        readers.emplace_back(picture, layer);
+    std::vector<std::uint8_t> row(static_cast<size_t>(picture.getWidth()) * stride);
+    for (int y = 0; y < picture.getHeight(); ++y) {
+        std::uint8_t* at = row.data();
+        for (size_t i = 0; i < layers.size(); ++i) {
+            if (!readers[i].read(y, at, stride))
+                return false;
+            at += static_cast<size_t>(layers[i].values()) * layers[i].type.size();
+        }
+        if (!output.write_scanline(y, 0, OIIO::TypeDesc::UNKNOWN, row.data()))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool writeExr(Picture& picture, const PictureInfo& info, PixelDepth depth, const std::string& file,
+              OIIO::ImageOutput& output) {
+    const OIIO::TypeDesc type =
+        depth == PixelDepth::Half ? OIIO::TypeDesc::HALF : OIIO::TypeDesc::FLOAT;
+    const std::vector<Layer> layers = layersOf(picture.getRegion(), type);
+    return output.open(file, exrSpec(picture, layers, info)) &&
+           writeExrRows(picture, layers, output) && output.close();
+}
+
+}  // namespace Tarnkit

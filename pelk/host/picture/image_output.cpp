@@ -1,0 +1,101 @@
+#include "pelk/host/picture/image_output.h"
+
+#include <OpenImageIO/filesystem.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "pelk/host/picture/image_writers.h"
+#include "pelk/platform/file.h"
+#include "pelk/platform/output_file.h"
+
+namespace Tarnkit {
+
+namespace {
+
+enum class Format { None, Exr, Png };
+
+Format formatOf(const std::string& path) {
+    std::string ending = path.substr(std::min(path.rfind('.'), path.size()));
+    for (char& c : ending)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+    if (ending == ".exr")
+        return Format::Exr;
+    return ending == ".png" ? Format::Png : Format::None;
+}
+
+bool fail(const std::string& path, const std::string& reason, std::string& error) {
+    error = "picture \"" + path + "\": " + reason;
+    return false;
+}
+
+/// Where the writers of the formats write. They pass over some failures of the disk, so they never
+/// hear of one: the file keeps it and refuses to be committed.
+class OutputProxy final : public OIIO::Filesystem::IOProxy {
+public:
+    explicit OutputProxy(platform::OutputFile& output)
+        : IOProxy(output.getTemporaryName(), Write), file(output) {}
+
+    const char* proxytype() const override { return "output file"; }
+    bool seek(int64_t place) override {
+        file.seek(place);
+        m_pos = place;
+        return true;
+    }
+    size_t write(const void* data, size_t bytes) override {
+        file.write(data, bytes);
+        m_pos += static_cast<int64_t>(bytes);
+        end = std::max(end, m_pos);
+        return bytes;
+    }
+    size_t size() const override { return static_cast<size_t>(end); }
+
+private:
+    platform::OutputFile& file;
+    int64_t end = 0;
+};
+
+bool checkFormat(const std::string& path, std::string& error) {
+    return formatOf(path) != Format::None || fail(path, "the name must end in .exr or .png", error);
+}
+
+}  // namespace
+
+void describeOrigin(const PictureInfo& info, OIIO::ImageSpec& spec) {
+    // All as texts, since PNG keeps no numbers.
+    spec.attribute("Software", info.host + " " + info.version);
+    spec.attribute("scene", info.scene);
+    spec.attribute("samples", std::to_string(info.samples));
+    spec.attribute("seconds", std::to_string(info.seconds));
+    spec.attribute("host", info.host);
+    spec.attribute("version", info.version);
+}
+
+bool canWritePicture(const std::string& path, std::string& error) {
+    if (!checkFormat(path, error))
+        return false;
+    const platform::OutputFile file(path);
+    return !file.getTemporaryName().empty() || fail(path, file.getError(), error);
+}
+
+bool writePicture(Picture& picture, const std::string& path, const PictureInfo& info,
+                  PixelDepth depth, std::string& error) {
+    if (!checkFormat(path, error))
+        return false;
+    platform::OutputFile file(path);
+    if (file.getTemporaryName().empty())
+        return fail(path, file.getError(), error);
+    const Format format = formatOf(path);
+    OutputProxy proxy(file);  // outlives `output`, which writes to the end
+    const std::unique_ptr<OIIO::ImageOutput> output =
+        OIIO::ImageOutput::create(format == Format::Png ? "png" : "openexr");
+    if (!output || !output->set_ioproxy(&proxy))
+        return fail(path, OIIO::geterror(), error);
+    const std::string name = platform::nativePath(file.getTemporaryName());
+    if (!(format == Format::Png ? writePng(picture, info, name, *output)
+                                : writeExr(picture, info, depth, name, *output)))
+        return fail(path, output->geterror(), error);
+    return file.commit() || fail(path, file.getError(), error);
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,179 @@
+#include "pelk/host/plugins/bsdf_glass.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "pelk/contract/param_table.h"
+#include "pelk/contract/shading.h"
+#include "pelk/host/trace/render_context.h"
+#include "pelk/shading_math/refraction.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr ParamTable kMediumParams{
+    floatParam("ior", &VolumeMedium::Params::ior, 1.33f, "Index of refraction"),
+};
+
+constexpr ParamTable kGlassParams{
+    colorParam("reflection", &BSDFGlass::Params::reflection, Color(1),
+               "Colour of what is mirrored"),
+    colorParam("refraction", &BSDFGlass::Params::refraction, Color(1),
+               "Colour of what passes, taken at each surface"),
+    floatParam("ior", &BSDFGlass::Params::ior, 1.5f, "Index of refraction, without a volume"),
+    floatParam("roughness", &BSDFGlass::Params::roughness, 0.0f,
+               "0 - clear, 1 - frosted; its square is the width of highlights"),
+    floatParam("tail", &BSDFGlass::Params::tail, 2.0f, "How steeply highlights fall off, 0 to 10"),
+    pluginParam("volume", &BSDFGlass::Params::volume, EXT_VOLUME, "Medium behind the surface"),
+    boolParam("pass_shadows", &BSDFGlass::Params::pass_shadows, false,
+              "Light passes straight through, in the place of real caustics"),
+};
+
+}  // namespace
+
+VolumeMedium::VolumeMedium(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+    kMediumParams.bind(paramList, params);
+}
+
+void VolumeMedium::addParameters(PelkParameterListDesc& list) {
+    kMediumParams.addTo(list);
+}
+
+PluginInterface* VolumeMedium::getInterface(u64 id) {
+    if (id == EXT_VOLUME)
+        return static_cast<PelkVolume*>(this);
+    return PelkPlugin::getInterface(id);
+}
+
+// ---- sampler
+
+void GlassBSDF::set(const GlassLook& newLook, PelkContext& context, bool singleSided_) {
+    look = &newLook;
+    singleSided = singleSided_;
+    lobe.place(look->shape, context);
+    // By the true side, as media are kept, whichever side the hit was turned to.
+    const bool leaves = hostContext(context).isInside();
+    PelkVolume* const outside = context.currentVolume(leaves ? look->volume : nullptr);
+    const float outer = outside ? outside->getIOR(context) : 1.0f;
+    const float inner = look->volume->getIOR(context);
+    n = leaves ? outer / inner : inner / outer;
+    lights = lightSearchAt(context, tracesMirrorRays(context));
+}
+
+Color GlassBSDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
+                      Color& origLightColor, float probLight, int flags) {
+    Color light;
+    const bool wanted = (flags & kEvalSpecular) && !(context.rayType & kRayNoSpecular);
+    if (wanted && lights != LightSearch::OwnRays) {
+        float pdf;
+        float value = lobe.eval(direction, pdf);
+        if (value > 0.0f) {
+            const float cosine = -dot(lobe.view, lobe.facetFor(direction));
+            const float share = fresnelShare(std::clamp(cosine, 0.0f, 1.0f), n);
+            value *= share;
+            if (lights == LightSearch::Both)
+                value *= powerShare(probLight, pdf * share);
+            light = lightColor * look->reflection * value;
+        }
+    }
+    lightColor = origLightColor = Color(0);
+    return light;
+}
+
+int GlassBSDF::getNumSamples(PelkContext&, int) {
+    return 1;
+}
+
+Color GlassBSDF::getTransparency(PelkContext& context) {
+    const bool passes = look->passesShadows && (context.rayType & kRayShadow);
+    return passes ? look->refraction * (1.0f - fresnelShare(std::max(0.0f, lobe.viewCosine()), n))
+                  : Color(0);
+}
+
+void GlassBSDF::chooseReflection(const PelkContext& context, const FacetSample& sample,
+                                 float share) {
+    chosen.refracts = false;
+    chosen.direction = sample.direction;
+    chosen.weight = leavesOnViewerSide(context, sample.direction) ? sample.weight : 0.0f;
+    chosen.density = densityOfOwnRay(lights, lobe.shape,
+                                     sample.pdf * share * (0.5f * std::numbers::inv_pi_v<float>));
+}
+
+bool GlassBSDF::chooseRefraction(const PelkContext& context, const Vector& facet) {
+    // The facet looks at the viewer: seen so, the ray always enters.
+    const Refraction ray = refract(lobe.view, facet, n, context.rayDerivX, context.rayDerivY);
+    if (ray.total)
+        return false;
+    chosen.refracts = true;
+    chosen.direction = ray.direction;
+    chosen.derivX = ray.derivX;
+    chosen.derivY = ray.derivY;
+    chosen.weight = leavesOnViewerSide(context, ray.direction)
+                        ? 0.0f
+                        : lobe.refractedWeight(facet, ray.direction);
+    chosen.density = -1.0f;
+    return true;
+}
+
+void GlassBSDF::choose(PelkContext& context) {
+    const RenderContext& hit = hostContext(context);
+    const FacetSample sample = lobe.sample(hit.random(RandomUse::Facet));
+    const float cosine = std::clamp(-dot(lobe.view, sample.facet), 0.0f, 1.0f);
+    const float share = fresnelShare(cosine, n);
+    const float fork = hit.random(RandomUse::Fork).x;
+    if (fork < share || !chooseRefraction(context, sample.facet))
+        chooseReflection(context, sample, share);
+}
+
+PelkContext* GlassBSDF::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
+    if (doDiffuse == 2)
+        return nullptr;
+    choose(context);
+    sampler = chosen.refracts;
+    if (chosen.refracts)
+        return context.newSpawnedContext(2, look->refraction, kRayRefract, chosen.direction);
+    if (lights == LightSearch::LightLoop)
+        return nullptr;
+    return context.newSpawnedContext(
+        1, look->reflection, lobe.shape.isSmooth() ? kSpawnMirror : kRayReflect, chosen.direction);
+}
+
+float GlassBSDF::setupContext(PelkContext& context, PelkContext& newContext, float, int) {
+    setMirrorRay(context, newContext, chosen.direction);
+    if (chosen.refracts) {
+        newContext.rayOrigin = context.refractionOrigin;
+        newContext.rayDerivX = chosen.derivX;
+        newContext.rayDerivY = chosen.derivY;
+    }
+    hostContext(newContext).bsdfDensity = chosen.density;
+    return chosen.weight;
+}
+
+BRDFSampler* GlassBSDF::getBRDF(BSDFSide side) {
+    return singleSided && side == kBackSide ? nullptr : this;
+}
+
+PelkVolume* GlassBSDF::getVolume(PelkContext&) {
+    return look->volume;
+}
+
+// ---- plug-in
+
+BSDFGlass::BSDFGlass(PelkPluginDesc* pluginDesc) : FacetBSDF(pluginDesc) {
+    kGlassParams.bind(paramList, params);
+}
+
+void BSDFGlass::addParameters(PelkParameterListDesc& list) {
+    kGlassParams.addTo(list);
+}
+
+void BSDFGlass::frameBegin(PelkRenderer& renderer) {
+    PelkPlugin::frameBegin(renderer);
+    PelkVolume* const given = findInterface<PelkVolume>(params.volume, EXT_VOLUME);
+    look = {params.reflection, params.refraction, FacetShape::of(params.roughness, params.tail),
+            given ? given : &ownVolume, params.pass_shadows != 0};
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "pelk/contract/material.h"
+#include "pelk/host/plugins/facet_bsdf.h"
+#include "pelk/host/plugins/facet_lobe.h"
+
+namespace Tarnkit {
+
+/// A clear medium.
+class VolumeMedium final : public PelkPlugin, public PelkVolume {
+public:
+    struct Params {
+        float ior = 1.33f;
+    };
+
+    static constexpr const char* kName = "VolumeMedium";
+    static constexpr u32 kID = 0x7E100063;
+    static constexpr u64 kFaces[] = {EXT_VOLUME};
+
+    explicit VolumeMedium(PelkPluginDesc* pluginDesc);
+    static void addParameters(PelkParameterListDesc& list);
+
+    PluginInterface* getInterface(u64 id) override;
+    PluginBase* getPlugin() override { return this; }
+    float getIOR(PelkContext&) override { return params.ior; }
+
+private:
+    Params params;
+};
+
+/// What the samplers of glass know of their plug-in; it doesn't change within a frame.
+struct GlassLook {
+    Color reflection, refraction;
+    FacetShape shape;
+    PelkVolume* volume = nullptr;  ///< what lies behind the surface; never null
+    bool passesShadows = false;
+};
+
+/// Reflection and refraction at one hit. Pooled and not constructed anew: `set` writes every field
+/// but those of `chosen`, which getNewContext writes.
+class GlassBSDF : public BRDFSampler, public BSDFSampler {
+public:
+    void set(const GlassLook& look, PelkContext& context, bool singleSided);
+
+    Color eval(PelkContext& context, const Vector& direction, Color& lightColor,
+               Color& origLightColor, float probLight, int flags) override;
+    int getNumSamples(PelkContext& context, int doDiffuse) override;
+    Color getTransparency(PelkContext& context) override;
+    /// Chooses between the two by how much each carries.
+    PelkContext* getNewContext(PelkContext& context, int& sampler, int doDiffuse) override;
+    float setupContext(PelkContext& context, PelkContext& newContext, float random,
+                       int sample) override;
+
+    BRDFSampler* getBRDF(BSDFSide side) override;
+    PelkVolume* getVolume(PelkContext& context) override;
+
+private:
+    struct Chosen {
+        bool refracts = false;
+        Vector direction;
+        Vector derivX, derivY;  ///< of a refracted ray
+        float weight = 0.0f;
+        float density = 0.0f;  ///< per solid angle; below 0 if lights aren't looked for otherwise
+    };
+    void choose(PelkContext& context);
+    void chooseReflection(const PelkContext& context, const FacetSample& sample, float share);
+    bool chooseRefraction(const PelkContext& context, const Vector& facet);
+
+    const GlassLook* look = nullptr;
+    FacetLobe lobe;
+    float n = 1.0f;  ///< index of the medium beyond over that of the viewer's
+    LightSearch lights = LightSearch::LightLoop;  ///< mirrored ones
+    bool singleSided = false;
+    Chosen chosen;
+};
+
+/// Glass, water or ice as a BSDF plug-in: reflects and refracts by the indices of refraction of the
+/// media on its sides. Objects that lie in one another need no gap: the medium outside is the one
+/// that the ray is in.
+class BSDFGlass final : public FacetBSDF<GlassBSDF, GlassLook> {
+public:
+    struct Params {
+        Color reflection, refraction;
+        float ior = 1.5f;
+        float roughness = 0.0f;
+        float tail = 2.0f;
+        PluginBase* volume = nullptr;
+        int pass_shadows = 0;
+    };
+
+    static constexpr const char* kName = "BSDFGlass";
+    static constexpr u32 kID = 0x7E100062;
+
+    explicit BSDFGlass(PelkPluginDesc* pluginDesc);
+    static void addParameters(PelkParameterListDesc& list);
+
+    void frameBegin(PelkRenderer& renderer) override;
+
+private:
+    /// The medium of the plug-in's own index.
+    class OwnVolume final : public PelkVolume {
+    public:
+        explicit OwnVolume(BSDFGlass& glass_) : glass(glass_) {}
+        PluginBase* getPlugin() override { return &glass; }
+        float getIOR(PelkContext&) override { return glass.params.ior; }
+
+    private:
+        BSDFGlass& glass;
+    };
+
+    Params params;
+    OwnVolume ownVolume{*this};
+};
+
+}  // namespace Tarnkit

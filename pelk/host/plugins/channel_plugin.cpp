@@ -1,0 +1,76 @@
+#include "pelk/host/plugins/channel_plugin.h"
+
+#include <algorithm>
+
+#include "pelk/support/regions/channel_kinds.h"
+#include "pelk/support/spelling.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr const char* kCustom = "custom";
+constexpr size_t kLongestName = 63;  // what a region keeps of it
+
+/// What is wrong with the name of a scene's own channel; empty if nothing is.
+std::string checkCustomName(const std::string& name) {
+    const auto isGood = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '_' || c == '-';
+    };
+    if (name.empty() || name.size() > kLongestName ||
+        !std::all_of(name.begin(), name.end(), isGood))
+        return "expected 1 to 63 letters, digits, '_' or '-', not \"" + name + "\"";
+    if (findChannelKind(name) || name == "all")
+        return "the name \"" + name + "\" has a meaning of its own; expected another one";
+    return {};
+}
+
+}  // namespace
+
+void ChannelPlugin::addParameters(PelkParameterListDesc& list) {
+    list.addParamString("kind", kCustom, -1,
+                        "Name of a channel that the host knows, such as depth or reflection; or "
+                        "custom, for a channel of the scene's own");
+    list.addParamString("channel_name", "", -1, "Name of a custom channel");
+    list.addParamString("channel_type", "color", -1, "Values of a custom channel: color or float");
+}
+
+PluginInterface* ChannelPlugin::getInterface(u64 id) {
+    if (id == EXT_RENDER_CHANNEL)
+        return static_cast<RenderChannelInterface*>(this);
+    if (id == EXT_CHANNEL_SOURCE)
+        return static_cast<ChannelSourceInterface*>(this);
+    return PelkPlugin::getInterface(id);
+}
+
+std::unique_ptr<RenderChannel> ChannelPlugin::newChannel(std::string& error) {
+    const std::string kindName = text("kind", kCustom);
+    if (kindName != kCustom) {
+        if (const ChannelKind* kind = findChannelKind(kindName))
+            return Tarnkit::newChannel(*kind);
+        std::vector<std::string_view> names = channelKindNames();
+        names.push_back(kCustom);
+        error = "kind: there is no channel \"" + kindName + "\"" + knownNames(kindName, names);
+        return nullptr;
+    }
+    const std::string custom = text("channel_name", "");
+    const std::string fault = checkCustomName(custom);
+    const std::string type = text("channel_type", "color");
+    if (!fault.empty())
+        error = "channel_name: " + fault;
+    else if (type != "color" && type != "float")
+        error = "channel_type: expected color or float, not \"" + type + "\"";
+    else
+        return newCustomChannel(custom, type == "color" ? kChannelColor : kChannelFloat);
+    return nullptr;
+}
+
+/// The value of a text parameter, or `standard` if the scene doesn't give one.
+std::string ChannelPlugin::text(const char* parameter, const char* standard) const {
+    PelkPluginParameter* const given = paramList.getParam(parameter);
+    const char* const value = given ? given->getString(0, 0.0) : nullptr;
+    return value ? value : standard;
+}
+
+}  // namespace Tarnkit

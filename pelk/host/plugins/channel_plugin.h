@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "pelk/contract/fragment.h"
+#include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/scene_interfaces.h"
+#include "pelk/host/trace/interfaces.h"
+
+namespace Tarnkit {
+
+/// A plug-in by which a scene asks for a channel.
+class ChannelSourceInterface : public PluginInterface {
+public:
+    u64 getInterfaceID() const override { return EXT_CHANNEL_SOURCE; }
+    const char* getInterfaceName() const override { return "EXT_CHANNEL_SOURCE"; }
+    /// A new object for the channel; null with a text that starts with the parameter at fault.
+    virtual std::unique_ptr<RenderChannel> newChannel(std::string& error) = 0;
+    /// Tells the place of the channel in the render to come.
+    virtual void setChannelIndex(int index) = 0;
+};
+
+/// A channel as an instance of the scene, to be referred to by what writes to channels. Either one
+/// of the kinds that are known by name, or a channel of the scene's own, which shows what plug-ins
+/// write to it.
+class ChannelPlugin final : public PelkPlugin,
+                            public RenderChannelInterface,
+                            public ChannelSourceInterface {
+public:
+    static constexpr const char* kName = "RenderChannel";
+    static constexpr u32 kID = 0x7E100051;
+    static constexpr u64 kFaces[] = {EXT_RENDER_CHANNEL, EXT_CHANNEL_SOURCE};
+
+    explicit ChannelPlugin(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {}
+    static void addParameters(PelkParameterListDesc& list);
+
+    PluginInterface* getInterface(u64 id) override;
+    PluginBase* getPlugin() override { return this; }
+
+    int getChannelIndex() override { return index; }
+    std::unique_ptr<RenderChannel> newChannel(std::string& error) override;
+    void setChannelIndex(int newIndex) override { index = newIndex; }
+
+private:
+    std::string text(const char* parameter, const char* standard) const;
+
+    int index = -1;
+};
+
+}  // namespace Tarnkit

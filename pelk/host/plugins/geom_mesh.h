@@ -1,0 +1,20 @@
+#pragma once
+
+#include "pelk/host/plugins/geometry.h"
+
+namespace Tarnkit {
+
+/// A mesh from a file. Each of the file's materials is a part.
+class GeomMesh final : public HostGeometry {
+public:
+    static constexpr const char* kName = "GeomMesh";
+    static constexpr u32 kID = 0x7E100045;
+
+    explicit GeomMesh(PelkPluginDesc* pluginDesc);
+    static void addParameters(PelkParameterListDesc& list);
+
+private:
+    bool buildShape(Mesh& mesh, std::string& error) override;
+};
+
+}  // namespace Tarnkit

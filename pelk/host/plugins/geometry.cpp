@@ -1,0 +1,136 @@
+#include "pelk/host/plugins/geometry.h"
+
+#include <cmath>
+
+#include "pelk/contract/param_table.h"
+#include "pelk/host/trace/render_context.h"
+#include "pelk/host/trace/scene_object.h"
+#include "pelk/host/trace/surface_uv.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr ParamTable kGeometryParams{
+    pluginParam("material", &GeometryParams::material, EXT_MATERIAL,
+                "Material of the surface; without one it is black"),
+    colorParam("translate", &GeometryParams::translate, Color(0), "Where the object stands"),
+    colorParam("rotate", &GeometryParams::rotate, Color(0),
+               "Degrees about X, then Y, then Z, before the object is moved"),
+    colorParam("scale", &GeometryParams::scale, Color(1),
+               "Factors along the object's own axes, before it is turned"),
+    boolParam("smooth", &GeometryParams::smooth, true, "Normals run smoothly over the surface"),
+    ParamRow<GeometryParams>{
+        .desc = {.name = "material_ids",
+                 .type = ParameterType::Int,
+                 .count = 0,
+                 .description = "Material id of each part: of a box's sides in the order +X, -X, "
+                                "+Y, -Y, +Z, -Z, of a mesh's materials in the order of its file; "
+                                "without the list a part has its number"}},
+    ParamRow<GeometryParams>{.desc = {.name = "shader_sets",
+                                      .type = ParameterType::String,
+                                      .count = 0,
+                                      .description = "Name of the shader set of each part; an "
+                                                     "empty one for a part that has none"}},
+};
+
+bool isFinite3(Color c) {
+    return std::isfinite(c.r) && std::isfinite(c.g) && std::isfinite(c.b);
+}
+
+}  // namespace
+
+HostGeometry::HostGeometry(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+    kGeometryParams.bind(paramList, geometry);
+}
+
+void HostGeometry::addParameters(PelkParameterListDesc& list) {
+    kGeometryParams.addTo(list);
+}
+
+PluginInterface* HostGeometry::getInterface(u64 id) {
+    if (id == EXT_GEOMETRY)
+        return static_cast<GeometryInterface*>(this);
+    if (id == EXT_SURFACE_MTLID)
+        return static_cast<SurfaceMtlIDInterface*>(this);
+    if (id == EXT_SHADER_SET)
+        return static_cast<ShaderSetInterface*>(this);
+    if (id == EXT_GEOM_OBJECT)
+        return static_cast<GeomObjectInterface*>(this);
+    if (id == EXT_SURFACE_FRAME)
+        return static_cast<SurfaceFrameInterface*>(this);
+    if (id == EXT_OBJECT_MAPPING)
+        return static_cast<ObjectMappingInterface*>(this);
+    return PelkPlugin::getInterface(id);
+}
+
+void HostGeometry::frameBegin(PelkRenderer& renderer) {
+    PelkPlugin::frameBegin(renderer);
+    place = placement();
+    shaderSets.clear();
+    PelkPluginParameter* const names = paramList.getParam("shader_sets");
+    const int count = names ? names->getCount(renderer.frameData.frameTime) : 0;
+    for (int i = 0; i < count; ++i) {
+        // A hit compares numbers: names are turned into them here.
+        const char* const set = names->getString(i, renderer.frameData.frameTime);
+        const bool isNamed = set && *set;
+        shaderSets.push_back(isNamed ? renderer.getStringTable()->intern(set) : StringHandle());
+    }
+}
+
+bool HostGeometry::buildMesh(Mesh& mesh, std::string& error) {
+    const Color scale = geometry.scale;
+    if (!isFinite3(scale) || scale.r == 0.0f || scale.g == 0.0f || scale.b == 0.0f) {
+        error = "\"scale\" must have three numbers that are not 0";
+        return false;
+    }
+    mesh = Mesh();
+    if (!buildShape(mesh, error))
+        return false;
+    if (!geometry.smooth)
+        mesh.normals.clear();
+    mapMaterialIDs(mesh);
+    placement().apply(mesh);
+    return true;
+}
+
+void HostGeometry::mapMaterialIDs(Mesh& mesh) const {
+    mesh.parts = mesh.materialIDs;
+    PelkPluginParameter* const parameter = paramList.getParam("material_ids");
+    if (!parameter)
+        return;
+    const PelkIntList list = parameter->getIntList(0.0);
+    if (list.count == 0)
+        return;
+    mesh.materialIDs.resize(mesh.triangles.size());
+    for (int& id : mesh.materialIDs)
+        id = id < list.count ? list.items[id] : 0;
+}
+
+int HostGeometry::getSurfaceMtlID(PelkContext& context) {
+    const RenderContext& hit = hostContext(context);
+    if (!hit.object || hit.object->mesh.materialIDs.empty())
+        return 0;
+    return hit.object->mesh.materialIDs[hit.triangle];
+}
+
+void HostGeometry::getShaderSetName(StringHandle& out, PelkContext& context, int) {
+    out = StringHandle();
+    const RenderContext& hit = hostContext(context);
+    if (!hit.object)
+        return;
+    const std::vector<int>& parts = hit.object->mesh.parts;
+    const size_t part = parts.empty() ? 0 : static_cast<size_t>(parts[hit.triangle]);
+    if (part < shaderSets.size())
+        out = shaderSets[part];
+}
+
+Transform HostGeometry::getSurfaceFrame(PelkContext& context, int channel) {
+    return surfaceFrame(context, channel);
+}
+
+Vector HostGeometry::objectToWorld(PelkContext&, Vector vector) {
+    return place.direction(vector);
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <vector>
+
+#include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/scene_interfaces.h"
+#include "pelk/host/plugins/placement.h"
+#include "pelk/host/trace/interfaces.h"
+
+namespace Tarnkit {
+
+/// What all geometry has: its material and its place in the scene.
+struct GeometryParams {
+    PluginBase* material = nullptr;
+    Color translate;    ///< applied last
+    Color rotate;       ///< degrees about X, then Y, then Z
+    Color scale{1.0f};  ///< applied first; a negative factor mirrors, and fronts stay fronts
+    int smooth = 1;     ///< 0: every triangle is flat
+};
+
+/// Base of the geometry of this host. A class that derives from it makes its triangles in its own
+/// space, with the number of the part that each belongs to as material id; the base brings them to
+/// the scene. It registers and binds the parameters of GeometryParams in front of its own.
+class HostGeometry : public PelkPlugin,
+                     public GeometryInterface,
+                     public SurfaceMtlIDInterface,
+                     public ShaderSetInterface,
+                     public GeomObjectInterface,
+                     public SurfaceFrameInterface,
+                     public ObjectMappingInterface {
+public:
+    explicit HostGeometry(PelkPluginDesc* pluginDesc);
+
+    static constexpr u64 kFaces[] = {EXT_GEOMETRY,    EXT_SURFACE_MTLID, EXT_SHADER_SET,
+                                     EXT_GEOM_OBJECT, EXT_SURFACE_FRAME, EXT_OBJECT_MAPPING};
+    static void addParameters(PelkParameterListDesc& list);
+
+    PluginInterface* getInterface(u64 id) override;
+    PluginBase* getPlugin() override { return this; }
+
+    void frameBegin(PelkRenderer& renderer) override;
+
+    bool buildMesh(Mesh& mesh, std::string& error) final;
+    PluginBase* getMaterial() override { return geometry.material; }
+    void setRenderID(int id) override { renderID = id; }
+
+    int getSurfaceMtlID(PelkContext& context) override;
+    void getShaderSetName(StringHandle& out, PelkContext& context, int channel) override;
+    int getRenderID(PelkContext&) override { return renderID; }
+    Transform getSurfaceFrame(PelkContext& context, int channel) override;
+    Vector objectToWorld(PelkContext& context, Vector vector) override;
+
+protected:
+    /// Makes the triangles in the plug-in's own space.
+    virtual bool buildShape(Mesh& mesh, std::string& error) = 0;
+
+    GeometryParams geometry;
+
+private:
+    void mapMaterialIDs(Mesh& mesh) const;
+    Placement placement() const { return {geometry.scale, geometry.rotate, geometry.translate}; }
+
+    int renderID = 0;
+    std::vector<StringHandle> shaderSets;  // of each part; this and `place`: set in frameBegin
+    Placement place{Color(1), Color(0), Color(0)};
+};
+
+}  // namespace Tarnkit

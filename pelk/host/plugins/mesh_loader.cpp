@@ -1,0 +1,157 @@
+#include "pelk/host/plugins/mesh_loader.h"
+
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "pelk/host/plugins/mesh_check.h"
+#include "pelk/platform/file.h"
+
+namespace Tarnkit {
+
+namespace {
+
+std::string lowerEnding(const std::string& file) {
+    std::string ending = std::filesystem::path(file).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
+    return ending;
+}
+
+/// The reader aborts the process on some of what is refused here, so it sees the file after this.
+bool checkFile(const std::string& path, const std::string& ending, std::string& error) {
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream || !std::filesystem::is_regular_file(path)) {
+        error = "no such file, or it can't be read";
+        return false;
+    }
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    return checkMeshText(text, ending, error);
+}
+
+bool hasWholeFaces(const aiMesh& mesh) {
+    return std::all_of(mesh.mFaces, mesh.mFaces + mesh.mNumFaces, [&](const aiFace& face) {
+        return face.mNumIndices > 0 &&
+               std::all_of(face.mIndices, face.mIndices + face.mNumIndices,
+                           [&](unsigned index) { return index < mesh.mNumVertices; });
+    });
+}
+
+/// Reads the file as it stands, then cuts it into triangles if its indices can be trusted.
+const aiScene* import(Assimp::Importer& importer, const std::string& path, bool smooth,
+                      std::string& error) {
+    const aiScene* scene = importer.ReadFile(path, 0);
+    if (!scene) {
+        error = importer.GetErrorString();
+        return nullptr;
+    }
+    for (unsigned i = 0; i < scene->mNumMeshes; ++i) {
+        if (!hasWholeFaces(*scene->mMeshes[i])) {
+            error = "a face names a vertex that isn't there, or none";
+            return nullptr;
+        }
+    }
+    // Points and lines would only be in the way.
+    importer.SetPropertyInteger(AI_CONFIG_PP_SBP_REMOVE,
+                                aiPrimitiveType_POINT | aiPrimitiveType_LINE);
+    scene = importer.ApplyPostProcessing(
+        aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_PreTransformVertices |
+        aiProcess_JoinIdenticalVertices | (smooth ? unsigned{aiProcess_GenSmoothNormals} : 0u));
+    if (!scene)
+        error = "the file has no triangles that can be used";
+    return scene;
+}
+
+bool isFinite3(const aiVector3D& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+/// Appends one part. `withUVs`: whether any part has texture coordinates; one without gets zeros.
+/// Normals are there for every part if any is wanted, but a collapsed triangle has none.
+bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withUVs, Mesh& mesh) {
+    const u32 first = static_cast<u32>(mesh.positions.size());
+    for (unsigned i = 0; i < part.mNumVertices; ++i) {
+        const aiVector3D& p = part.mVertices[i];
+        if (!isFinite3(p))
+            return false;
+        mesh.positions.push_back({p.x, p.y, p.z});
+        if (withNormals) {
+            const aiVector3D n = part.HasNormals() ? part.mNormals[i] : aiVector3D();
+            mesh.normals.push_back(isFinite3(n) ? Vector{n.x, n.y, n.z} : Vector());
+        }
+        if (withUVs) {
+            const aiVector3D t =
+                part.HasTextureCoords(0) ? part.mTextureCoords[0][i] : aiVector3D();
+            mesh.uvs.push_back({t.x, t.y});
+        }
+    }
+    for (size_t set = 0; set < mesh.furtherUVs.size(); ++set) {
+        const aiVector3D* const from = part.mTextureCoords[set + 1];
+        for (unsigned i = 0; i < part.mNumVertices; ++i)
+            mesh.furtherUVs[set].push_back(from ? UV{from[i].x, from[i].y} : UV());
+    }
+    for (unsigned i = 0; i < part.mNumFaces; ++i) {
+        const aiFace& face = part.mFaces[i];
+        if (face.mNumIndices != 3)
+            continue;
+        mesh.triangles.push_back(
+            {first + face.mIndices[0], first + face.mIndices[1], first + face.mIndices[2]});
+        mesh.materialIDs.push_back(materialID);
+    }
+    return true;
+}
+
+bool collect(const aiScene& scene, bool smooth, Mesh& mesh, std::string& error) {
+    bool withUVs = false;
+    unsigned uvSets = 1;
+    std::vector<unsigned> materials;  // those in use, so that ids run from 0 without gaps
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        withUVs |= scene.mMeshes[i]->HasTextureCoords(0);
+        uvSets = std::max(uvSets, scene.mMeshes[i]->GetNumUVChannels());
+        materials.push_back(scene.mMeshes[i]->mMaterialIndex);
+    }
+    mesh.furtherUVs.resize(withUVs ? uvSets - 1 : 0);
+    std::sort(materials.begin(), materials.end());
+    materials.erase(std::unique(materials.begin(), materials.end()), materials.end());
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        const aiMesh& part = *scene.mMeshes[i];
+        const auto place =
+            std::lower_bound(materials.begin(), materials.end(), part.mMaterialIndex);
+        const int id = static_cast<int>(place - materials.begin());
+        if (!appendPart(part, id, smooth, withUVs, mesh)) {
+            error = "a vertex has a coordinate that is no finite number";
+            return false;
+        }
+    }
+    if (mesh.isEmpty())
+        error = "the file has no triangles";
+    return !mesh.isEmpty();
+}
+
+}  // namespace
+
+bool loadMesh(const std::string& file, bool smooth, Mesh& mesh, std::string& error) {
+    const std::string path = platform::nativePath(file);
+    const std::string ending = lowerEnding(file);
+    std::string reason;
+    Assimp::Importer importer;
+    const aiScene* scene = nullptr;
+    if (ending != ".obj" && ending != ".ply" && ending != ".gltf" && ending != ".glb")
+        reason = "a mesh file ends in .obj, .ply, .gltf or .glb";
+    else if (checkFile(path, ending, reason))
+        scene = import(importer, path, smooth, reason);
+    mesh = Mesh();
+    if (scene && collect(*scene, smooth, mesh, reason))
+        return true;
+    error = "mesh \"" + file + "\": " + reason;
+    return false;
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "pelk/base/color.h"
+#include "pelk/host/trace/mesh.h"
+
+namespace Tarnkit {
+
+/// The place of an object in the scene: scaled, turned about X, then Y, then Z, and moved. Turning
+/// by t about Y maps (x, z) to (x cos t + z sin t, -x sin t + z cos t); the other axes follow in
+/// their cyclic order. A right angle is exact.
+class Placement {
+public:
+    /// `rotate` in degrees. No component of `scale` is 0, and all numbers are finite.
+    Placement(Color scale, Color rotate, Color translate);
+
+    /// Brings positions and normals to the scene. A mirroring scale turns the triangles, so that
+    /// fronts stay fronts.
+    void apply(Mesh& mesh) const;
+    /// A direction of the object's own space in the scene; its length follows the scale.
+    Vector direction(Vector v) const;
+
+private:
+    double scale[3];
+    double rotation[3][3];  // rows
+    double offset[3];
+};
+
+}  // namespace Tarnkit

@@ -1,0 +1,110 @@
+#include "pelk/host/plugins/texture_image.h"
+
+#include <cmath>
+
+#include "pelk/contract/param_table.h"
+#include "pelk/contract/renderer.h"
+#include "pelk/contract/shader_source.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr ParamTable kImageParams{
+    ParamRow<TexImage::Params>{.desc = {.name = "file",
+                                        .type = ParameterType::String,
+                                        .hasDefault = true,
+                                        .stringDefault = "",
+                                        .description = "Image file: PNG, JPEG, EXR, TIFF and more",
+                                        .guide = kFileGuide}},
+    ParamRow<TexImage::Params>{
+        .desc = {.name = "color_space",
+                 .type = ParameterType::String,
+                 .hasDefault = true,
+                 .stringDefault = "auto",
+                 .description = "How the file's numbers stand for light: srgb, linear, or auto, "
+                                "which takes whole numbers for sRGB and fractions for linear"}},
+    boolParam("repeat", &TexImage::Params::repeat, true,
+              "The picture repeats; else its border goes on"),
+    pluginParam("uvwgen", &TexImage::Params::uvwgen, EXT_UVWGEN,
+                "Texture coordinates; those of the surface without one"),
+};
+
+bool parseColorSpace(const std::string& text, ColorSpace& space) {
+    static constexpr struct {
+        const char* name;
+        ColorSpace space;
+    } kSpaces[] = {
+        {"auto", ColorSpace::Auto}, {"srgb", ColorSpace::SRGB}, {"linear", ColorSpace::Linear}};
+    for (const auto& known : kSpaces) {
+        if (text == known.name) {
+            space = known.space;
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+TexImage::TexImage(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
+    kImageParams.bind(paramList, params);
+}
+
+void TexImage::addParameters(PelkParameterListDesc& list) {
+    kImageParams.addTo(list);
+}
+
+PluginInterface* TexImage::getInterface(u64 id) {
+    if (id == EXT_FILE_USER)
+        return static_cast<FileUserInterface*>(this);
+    return HostTexture::getInterface(id);
+}
+
+/// What a text parameter is set to, else its default.
+std::string TexImage::text(const char* parameterName) {
+    if (PelkPluginParameter* const parameter = paramList.getParam(parameterName)) {
+        const char* const value = parameter->getString(0, 0.0);
+        return value ? value : "";
+    }
+    return desc->getParameterListDesc()->findParameter(parameterName)->stringDefault;
+}
+
+bool TexImage::openFile(std::string& error) {
+    openedFile = text("file");
+    openedSpace = text("color_space");
+    ColorSpace space = ColorSpace::Auto;
+    if (openedFile.empty())
+        error = "\"file\" must name an image file";
+    else if (!parseColorSpace(openedSpace, space))
+        error = "\"color_space\" must be \"auto\", \"srgb\" or \"linear\"";
+    else
+        return image.open(openedFile, space, error);
+    return false;
+}
+
+void TexImage::frameBegin(PelkRenderer& renderer) {
+    HostTexture::frameBegin(renderer);
+    uvwgen = findInterface<UVWGenInterface>(params.uvwgen, EXT_UVWGEN);
+    if (image.isOpen() && openedFile == text("file") && openedSpace == text("color_space"))
+        return;
+    std::string error;
+    if (!openFile(error) && renderer.sequenceData.log)
+        renderer.sequenceData.log->error("[TexImage] %s\n", error.c_str());
+}
+
+AColor TexImage::getTexColor(PelkContext& context) {
+    const Vector uvw = textureCoordinates(context, uvwgen);
+    return image.sample(uvw.x, uvw.y, params.repeat != 0);
+}
+
+int TexImage::getTexInt(PelkContext& context) {
+    const Vector uvw = textureCoordinates(context, uvwgen);
+    return nearestInt(image.nearest(uvw.x, uvw.y, params.repeat != 0));
+}
+
+void TexImage::describe(ShaderSource& source) {
+    source.printf("bitmap \"%s\"\n", openedFile.c_str());
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,185 @@
+#include "pelk/host/plugins/textures_procedural.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "pelk/contract/param_table.h"
+#include "pelk/contract/shader_source.h"
+#include "pelk/host/trace/render_context.h"
+#include "pelk/host/trace/sampling.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr ParamTable kGradientParams{
+    colorParam("color1", &TexGradient::Params::color1, Color(0), "Colour at the start, linear"),
+    colorParam("color2", &TexGradient::Params::color2, Color(1), "Colour at the end, linear"),
+    intParam("form", &TexGradient::Params::form, TexGradient::kAlongU,
+             "0 - along u, 1 - along v, 2 - from the middle outwards"),
+    pluginParam("uvwgen", &TexGradient::Params::uvwgen, EXT_UVWGEN,
+                "Texture coordinates; those of the surface without one"),
+};
+
+constexpr ParamTable kNoiseParams{
+    colorParam("color1", &TexNoise::Params::color1, Color(0), "First colour, linear"),
+    colorParam("color2", &TexNoise::Params::color2, Color(1), "Second colour, linear"),
+    floatParam("size", &TexNoise::Params::size, 1.0f, "Size of the largest clouds"),
+    intParam("octaves", &TexNoise::Params::octaves, 4, "Layers of ever finer clouds, 1 to 16"),
+    pluginParam("uvwgen", &TexNoise::Params::uvwgen, EXT_UVWGEN,
+                "Texture coordinates; the place in the scene without one"),
+};
+
+constexpr ParamTable kFacingParams{
+    colorParam("color1", &TexFacing::Params::color1, Color(0),
+               "Colour where the surface faces the ray, linear"),
+    colorParam("color2", &TexFacing::Params::color2, Color(1),
+               "Colour where it is seen edge-on, linear"),
+    floatParam("power", &TexFacing::Params::power, 1.0f,
+               "The higher, the more keeps the first colour"),
+};
+
+Color blend(Color a, Color b, float share) {
+    return a * (1.0f - share) + b * share;
+}
+
+void describeBlend(ShaderSource& source, const char* word, Color a, Color b) {
+    source.printf("%s %f %f %f %f %f %f", word, a.r, a.g, a.b, b.r, b.g, b.b);
+}
+
+}  // namespace
+
+// ---- gradient
+
+TexGradient::TexGradient(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
+    kGradientParams.bind(paramList, params);
+}
+
+void TexGradient::addParameters(PelkParameterListDesc& list) {
+    kGradientParams.addTo(list);
+}
+
+void TexGradient::frameBegin(PelkRenderer& renderer) {
+    HostTexture::frameBegin(renderer);
+    uvwgen = findInterface<UVWGenInterface>(params.uvwgen, EXT_UVWGEN);
+}
+
+AColor TexGradient::getTexColor(PelkContext& context) {
+    const Vector uvw = textureCoordinates(context, uvwgen);
+    float place = params.form == kAlongV ? uvw.y : uvw.x;
+    if (params.form == kRadial)
+        place = 2.0f * std::hypot(uvw.x - 0.5f, uvw.y - 0.5f);
+    return {blend(params.color1, params.color2, std::clamp(place, 0.0f, 1.0f)), 1.0f};
+}
+
+void TexGradient::describe(ShaderSource& source) {
+    describeBlend(source, "gradient", params.color1, params.color2);
+    source.printf(" %i\n", params.form);
+}
+
+// ---- noise
+
+namespace {
+
+/// The product of a corner's gradient, one of twelve, with the way from the corner.
+float cornerValue(u32 hash, float x, float y, float z) {
+    const u32 h = hash & 15u;
+    const float u = h < 8 ? x : y;
+    const float v = h < 4 ? y : (h == 12 || h == 14 ? x : z);
+    return (h & 1u ? -u : u) + (h & 2u ? -v : v);
+}
+
+u32 latticeHash(u32 x, u32 y, u32 z) {
+    return hash32(x + hash32(y + hash32(z + 0x9e3779b9u)));
+}
+
+float fade(float t) {
+    return t * t * t * (t * (t * 6.0f - 15.0f) + 10.0f);
+}
+
+/// The cell of a coordinate, taken around where it leaves the range of numbers.
+u32 cellOf(double floored) {
+    return std::fabs(floored) < 0x1p62 ? static_cast<u32>(static_cast<std::int64_t>(floored)) : 0u;
+}
+
+/// Gradient noise, about -1 to 1 and 0 at whole numbers. Perlin, "Improving Noise", SIGGRAPH 2002,
+/// with hashed lattice points in the place of a table, so that it repeats after 2^32 units only.
+float gradientNoise(double x, double y, double z) {
+    const double fx = std::floor(x), fy = std::floor(y), fz = std::floor(z);
+    const u32 cx = cellOf(fx), cy = cellOf(fy), cz = cellOf(fz);
+    const float px = static_cast<float>(x - fx), py = static_cast<float>(y - fy),
+                pz = static_cast<float>(z - fz);
+    const float wx = fade(px), wy = fade(py), wz = fade(pz);
+    float planes[2];
+    for (u32 k = 0; k < 2; ++k) {
+        float lines[2];
+        for (u32 j = 0; j < 2; ++j) {
+            const auto corner = [&](u32 i) {
+                return cornerValue(latticeHash(cx + i, cy + j, cz + k), px - static_cast<float>(i),
+                                   py - static_cast<float>(j), pz - static_cast<float>(k));
+            };
+            lines[j] = std::lerp(corner(0), corner(1), wx);
+        }
+        planes[k] = std::lerp(lines[0], lines[1], wy);
+    }
+    return std::lerp(planes[0], planes[1], wz);
+}
+
+}  // namespace
+
+TexNoise::TexNoise(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
+    kNoiseParams.bind(paramList, params);
+}
+
+void TexNoise::addParameters(PelkParameterListDesc& list) {
+    kNoiseParams.addTo(list);
+}
+
+void TexNoise::frameBegin(PelkRenderer& renderer) {
+    HostTexture::frameBegin(renderer);
+    uvwgen = findInterface<UVWGenInterface>(params.uvwgen, EXT_UVWGEN);
+    frequency = params.size > 0.0f ? 1.0 / double{params.size} : 0.0;
+    octaves = std::clamp(params.octaves, 1, 16);
+}
+
+AColor TexNoise::getTexColor(PelkContext& context) {
+    Point place = context.hitPoint;
+    if (uvwgen)
+        place = Point() + uvwgen->getUVW(context);
+    double scale = frequency;
+    float sum = 0.0f, strength = 0.5f;
+    for (int i = 0; i < octaves; ++i) {
+        sum += strength * gradientNoise(place.x * scale, place.y * scale, place.z * scale);
+        strength *= 0.5f;
+        scale *= 2.0;
+    }
+    return {blend(params.color1, params.color2, std::clamp(0.5f + sum, 0.0f, 1.0f)), 1.0f};
+}
+
+void TexNoise::describe(ShaderSource& source) {
+    describeBlend(source, "noise", params.color1, params.color2);
+    source.printf(" %f %i\n", params.size, params.octaves);
+}
+
+// ---- facing
+
+TexFacing::TexFacing(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
+    kFacingParams.bind(paramList, params);
+}
+
+void TexFacing::addParameters(PelkParameterListDesc& list) {
+    kFacingParams.addTo(list);
+}
+
+AColor TexFacing::getTexColor(PelkContext& context) {
+    const float cosine = std::fmin(std::fabs(dot(context.normal, context.rayDir)), 1.0f);
+    return {blend(params.color1, params.color2, std::pow(1.0f - cosine, params.power)), 1.0f};
+}
+
+void TexFacing::describe(ShaderSource& source) {
+    describeBlend(source, "facing", params.color1, params.color2);
+    source.printf(" %f\n", params.power);
+}
+
+}  // namespace Tarnkit

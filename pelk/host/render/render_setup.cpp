@@ -1,0 +1,125 @@
+#include "pelk/host/render/render_setup.h"
+
+#include "pelk/host/scene/scene.h"
+#include "pelk/host/scene/scene_json.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// Where the plug-in of a face stands in the scene.
+std::string placeOf(PluginInterface* face) {
+    auto* plugin = static_cast<Plugin*>(face->getPlugin());
+    return pointerTo("/plugins", plugin->getPluginName() ? plugin->getPluginName() : "");
+}
+
+std::vector<Vector> faceNormalsOf(const Mesh& mesh) {
+    std::vector<Vector> normals;
+    normals.reserve(mesh.triangles.size());
+    for (const auto& t : mesh.triangles) {
+        const Vector &a = mesh.positions[t[0]], &b = mesh.positions[t[1]],
+                     &c = mesh.positions[t[2]];
+        normals.push_back(normalizeGuarded(cross(b - a, c - a)));
+    }
+    return normals;
+}
+
+void applySettings(const SceneSettings& settings, const RenderOptions& options, int threads,
+                   MessageLog* log, HostRenderer& renderer) {
+    SequenceData& sequence = renderer.sequenceData;
+    sequence.log = log;
+    sequence.numThreads = threads;
+    sequence.maxRayDepth = settings.max_depth;
+    sequence.reflectiveGi = settings.reflective_gi;
+    sequence.reflectionsEnabled = settings.reflections;
+    sequence.depthOverride = settings.depth_override;
+    renderer.gi.enabled = settings.gi;
+    renderer.gi.bumpInGi = settings.gi_bump;
+    renderer.background = settings.background;
+    renderer.frameData.frameTime = settings.time;
+    renderer.frameData.imageWidth = options.width;
+    renderer.frameData.imageHeight = options.height;
+}
+
+}  // namespace
+
+int RenderSetup::MaterialCamera::mapToScreen(PelkContext& context, ScreenPoint& point,
+                                             float* distance) {
+    return scene.camera->project(context.hitPoint, point, distance);
+}
+
+RenderSetup::RenderSetup(Scene& scene_, const RenderOptions& options_, int threads, MessageLog* log)
+    : scene(scene_),
+      options(options_),
+      materialCamera(scene_),
+      sceneOrigin(scene_.settings.origin),
+      plugins(scene_, renderer) {
+    applySettings(scene.settings, options, threads, log, renderer);
+    renderer.backplate = scene.backplate;
+    renderer.sequenceData.camera = &materialCamera;
+    renderer.sequenceData.worldTransform = &sceneOrigin;
+    renderer.sequenceData.useWorldTransform = sceneOrigin.offset != Vector();
+    channels.setPlugin(&renderer.sequenceData);
+    renderer.sequenceData.addInterface(&channels, 0);
+}
+
+bool RenderSetup::prepare(std::string& error) {
+    if (!scene.camera) {
+        error = "the scene has no camera";
+        return false;
+    }
+    if (!channels.collect(scene, options.channels, error))
+        return false;
+    // Materials ask for the numbers while their frame begins.
+    int renderID = 0;
+    for (GeometryInterface* geometry : scene.collect<GeometryInterface>(EXT_GEOMETRY))
+        geometry->setRenderID(renderID++);
+    plugins.beginRender();
+    plugins.beginFrameOfCamera();
+    if (!prepareCamera(error))
+        return false;
+    plugins.beginFrame();
+    return buildObjects(error) && prepareLights(error);
+}
+
+bool RenderSetup::buildObjects(std::string& error) {
+    for (GeometryInterface* geometry : scene.collect<GeometryInterface>(EXT_GEOMETRY)) {
+        auto object = std::make_unique<SceneObject>();
+        if (!geometry->buildMesh(object->mesh, error)) {
+            error = placeOf(geometry) + ": " + error;
+            return false;
+        }
+        object->faceNormals = faceNormalsOf(object->mesh);
+        object->plugin = geometry->getPlugin();
+        object->material = findInterface<MaterialInterface>(geometry->getMaterial(), EXT_MATERIAL);
+        object->renderIDs = findInterface<GeomObjectInterface>(object->plugin, EXT_GEOM_OBJECT);
+        object->index = static_cast<u32>(renderer.objects.size());
+        renderer.objects.push_back(std::move(object));
+    }
+    return renderer.intersector.build(renderer.objects, error);
+}
+
+bool RenderSetup::prepareLights(std::string& error) {
+    std::vector<LightInterface*> lights = scene.collect<LightInterface>(EXT_LIGHT);
+    const SceneBounds bounds = renderer.intersector.bounds();
+    for (LightInterface* light : lights) {
+        if (!light->prepare(bounds, error)) {
+            error = placeOf(light) + ": " + error;
+            return false;
+        }
+    }
+    renderer.lightLoop.setLights(lights);
+    return true;
+}
+
+bool RenderSetup::prepareCamera(std::string& error) {
+    if (!scene.camera->prepare(options.width, options.height, error)) {
+        error = placeOf(scene.camera) + ": " + error;
+        return false;
+    }
+    renderer.frameData.cameraPosition = scene.camera->getPosition() + -sceneOrigin.offset;
+    scene.camera->getAxes(renderer.frameData.cameraMatrix);
+    return true;
+}
+
+}  // namespace Tarnkit

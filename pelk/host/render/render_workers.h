@@ -1,0 +1,55 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+#include "pelk/base/shared_field.h"
+#include "pelk/support/thread_manager.h"
+
+namespace Tarnkit {
+
+class MessageLog;
+
+struct ThreadManagerDeleter {
+    void operator()(ThreadManager* manager) const { deleteThreadManager(manager); }
+};
+using OwnedThreadManager = std::unique_ptr<ThreadManager, ThreadManagerDeleter>;
+
+/// One thread of a run, as its work sees it.
+class Worker {
+public:
+    Worker(int index, int& abort, int& counter)
+        : threadIndex(index), abortFlag(abort), progress(counter) {}
+
+    int getThreadIndex() const { return threadIndex; }
+    /// True once the run is to end early. Work that is in hand may be finished.
+    bool mustStop() const { return readShared(abortFlag) != 0; }
+    /// Adds to what is reported; for this thread alone.
+    void count(int finished) { writeShared(progress, progress + finished); }
+    int getCounted() const { return progress; }
+
+private:
+    const int threadIndex;
+    int& abortFlag;
+    int& progress;
+};
+
+/// A group of threads, and who follows what they do. `stop` may be set at any moment, and ends the
+/// run early. `report` may be empty; it gets the sum of all that was counted, about every 200 ms,
+/// on the caller's thread.
+struct WorkerGroup {
+    ThreadManager& manager;
+    int threads;
+    const std::atomic<bool>& stop;
+    std::function<void(int done)> report = {};
+    MessageLog* log = nullptr;
+};
+
+/// Runs `work` on the threads of a group, 0 to `threads` - 1, and returns when all have ended. As
+/// the system may refuse some of them, which is a warning, they draw their work from a common
+/// store. The first exception on any of the threads ends the run and is thrown again here; if
+/// there is no thread at all, that is an ExceptionMsg. Nothing runs if `stop` is set already.
+void runWorkers(const WorkerGroup& group, const std::function<void(Worker&)>& work);
+
+}  // namespace Tarnkit

@@ -1,0 +1,246 @@
+#include "pelk/host/scene/host_session.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <tuple>
+#include <unordered_map>
+
+#include "pelk/base/thrown_text.h"
+#include "pelk/contract/plugin.h"
+#include "pelk/host/plugins/bsdf_glass.h"
+#include "pelk/host/plugins/bsdf_glossy.h"
+#include "pelk/host/plugins/camera.h"
+#include "pelk/host/plugins/channel_plugin.h"
+#include "pelk/host/plugins/geom_mesh.h"
+#include "pelk/host/plugins/geom_shapes.h"
+#include "pelk/host/plugins/host_plugin.h"
+#include "pelk/host/plugins/lights.h"
+#include "pelk/host/plugins/texture_image.h"
+#include "pelk/host/plugins/textures.h"
+#include "pelk/host/plugins/textures_procedural.h"
+#include "pelk/host/scene/interface_names.h"
+#include "pelk/platform/file.h"
+#include "pelk/support/plugin_manager_default.h"
+
+namespace Tarnkit {
+
+const ParameterDesc* PluginKind::findParameter(std::string_view name) const {
+    for (const ParameterDesc* parameter : parameters) {
+        if (name == parameter->name)
+            return parameter;
+    }
+    return nullptr;
+}
+
+/// The host's side of registration, and what became of it.
+class HostSession::Registry final : public PelkPluginHost, public LibraryRefusedCallback {
+public:
+    void addPluginDesc(PluginDesc* desc) override { parameters[desc].clear(); }
+    void removePluginDesc(PluginDesc* desc) override { parameters.erase(desc); }
+    void addParameter(PluginDesc* desc, const ParameterDesc& parameter) override {
+        if (parameter.name)
+            parameters[desc].push_back(&parameter);
+    }
+    void refused(const char* path, const char* reason) override {
+        const auto isSame = [&](const RejectedLibrary& library) {
+            return library.path == path && library.reason == reason;
+        };
+        if (std::none_of(rejected.begin(), rejected.end(), isSame))
+            rejected.push_back({path, reason});
+    }
+
+    /// Runs what calls into a library; what is thrown there becomes a refusal, whose reason starts
+    /// with `what`.
+    template <class Function>
+    void guard(const std::string& path, const std::string& what, Function call);
+    void listKinds(DefaultPluginManager& plugins);
+
+    std::set<std::string> triedFiles;
+    std::vector<RejectedLibrary> rejected;
+    std::vector<std::unique_ptr<PluginKind>> kinds;
+
+private:
+    void addKind(PluginDesc* desc, const std::string& path, const std::string& libraryName);
+
+    std::unordered_map<PluginDesc*, std::vector<const ParameterDesc*>> parameters;
+};
+
+/// The kinds that this host comes with, in the order in which they are listed.
+struct HostSession::OwnPlugins {
+    template <class... T>
+    using Descs = std::tuple<HostPluginDesc<T>...>;
+
+    Descs<BRDFGlossy, BSDFGlass, CameraOrthographic, CameraPerspective, ChannelPlugin, GeomBox,
+          GeomMesh, GeomQuad, GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun,
+          TexChecker, TexConstant, TexFacing, TexGradient, TexImage, TexNoise, UVWGenEnvironment,
+          UVWGenMap, VolumeMedium>
+        descs;
+};
+
+namespace {
+
+/// Calls a function with each descriptor of a library.
+template <class Function>
+struct EachDesc final : EnumPluginDescCallback {
+    explicit EachDesc(Function f) : function(f) {}
+    int process(PluginDesc* desc) override {
+        function(desc);
+        return 1;
+    }
+    Function function;
+};
+
+template <class Function>
+struct EachLibrary final : EnumPluginLibCallback {
+    explicit EachLibrary(Function f) : function(f) {}
+    int process(PluginLibDesc* library) override {
+        function(library);
+        return 1;
+    }
+    Function function;
+};
+
+/// An instance that is made to be asked something, and gone with the scope.
+class Probe {
+public:
+    Probe(PluginDesc& desc_, PelkPluginHost* host) : desc(desc_), plugin(desc.newPlugin(host)) {}
+    ~Probe() {
+        if (plugin)
+            desc.deletePlugin(plugin);
+    }
+    Probe(const Probe&) = delete;
+    Probe& operator=(const Probe&) = delete;
+
+    Plugin* get() const { return plugin; }
+
+private:
+    PluginDesc& desc;
+    Plugin* plugin;
+};
+
+}  // namespace
+
+template <class Function>
+void HostSession::Registry::guard(const std::string& path, const std::string& what, Function call) {
+    try {
+        call();
+    } catch (...) {
+        refused(path.c_str(), (what + thrownText()).c_str());
+    }
+}
+
+void HostSession::Registry::addKind(PluginDesc* desc, const std::string& path,
+                                    const std::string& libraryName) {
+    if (!desc)
+        return;
+    if (!desc->getName())
+        return refused(path.c_str(), "a plug-in without a name");
+    const auto known = parameters.find(desc);
+    const bool listed = std::any_of(kinds.begin(), kinds.end(),
+                                    [&](const auto& kind) { return kind->desc == desc; });
+    if (known == parameters.end() || listed)
+        return;  // refused by the manager, or of a file that has several names
+    kinds.push_back(
+        std::make_unique<PluginKind>(PluginKind{desc, path, libraryName, known->second}));
+}
+
+void HostSession::Registry::listKinds(DefaultPluginManager& plugins) {
+    kinds.clear();
+    EachLibrary eachLibrary([&](PluginLibDesc* library) {
+        const std::string path = plugins.getLibraryFileName(library);
+        guard(path, "", [&] {
+            const char* const name = library->getLibraryName();
+            EachDesc eachDesc([&](PluginDesc* desc) {
+                guard(path, "", [&] { addKind(desc, path, name ? name : ""); });
+            });
+            library->enumPluginDescs(&eachDesc);
+        });
+    });
+    plugins.enumLibraries(&eachLibrary);
+}
+
+HostSession::HostSession()
+    : registry(std::make_unique<Registry>()),
+      own(std::make_unique<OwnPlugins>()),
+      manager(newDefaultPluginManager()) {
+    manager->setRefusedCallback(registry.get());
+    std::apply([&](auto&... desc) { (manager->registerPluginDesc(&desc, registry.get()), ...); },
+               own->descs);
+    registry->listKinds(*manager);
+}
+
+HostSession::~HostSession() {
+    manager->release();
+}
+
+void HostSession::loadModules(const std::string& directories, MessageLog* log) {
+    size_t begin = 0;
+    while (begin <= directories.size()) {
+        const size_t end = std::min(directories.find(';', begin), directories.size());
+        std::string directory = directories.substr(begin, end - begin);
+        begin = end + 1;
+        if (directory.empty())
+            continue;
+        if (!std::filesystem::is_directory(platform::nativePath(directory))) {
+            registry->refused(directory.c_str(), "no such directory");
+            continue;
+        }
+        if (directory.back() != '/' && directory.back() != '\\')
+            directory += '/';
+        // One by one: a library that throws ends the loading of its mask.
+        for (const std::string& name : platform::listFiles(directory + "*.so")) {
+            const std::string path = platform::nativePath(directory + name);
+            std::error_code error;
+            const auto file = std::filesystem::canonical(path, error);
+            const std::string key = error ? path : file.string();
+            if (registry->triedFiles.insert(key).second)
+                manager->loadLibraryFile(platform::fullPath(path).c_str(), registry.get(), log);
+        }
+    }
+    registry->listKinds(*manager);
+}
+
+const std::vector<RejectedLibrary>& HostSession::getRejected() const {
+    return registry->rejected;
+}
+
+std::vector<const PluginKind*> HostSession::getKinds() const {
+    std::vector<const PluginKind*> kinds;
+    for (const auto& kind : registry->kinds)
+        kinds.push_back(kind.get());
+    return kinds;
+}
+
+const PluginKind* HostSession::findKind(std::string_view name) const {
+    for (const auto& kind : registry->kinds) {
+        if (name == kind->getName())
+            return kind.get();
+    }
+    return nullptr;
+}
+
+std::vector<const char*> HostSession::getInterfaceNames(const PluginKind& kind) const {
+    std::vector<const char*> names;
+    const std::string what = std::string(kind.getName()) + " gives no instance";
+    registry->guard(kind.library, what + ": ", [&] {
+        const Probe probe(*kind.desc, registry.get());
+        if (!probe.get())
+            return registry->refused(kind.library.c_str(), what.c_str());
+        for (const InterfaceName& known : knownInterfaces()) {
+            if (probe.get()->getInterface(known.id))
+                names.push_back(known.name);
+        }
+    });
+    return names;
+}
+
+PluginManager& HostSession::getManager() const {
+    return *manager;
+}
+
+PelkPluginHost* HostSession::getPluginHost() const {
+    return registry.get();
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <span>
+
+#include "pelk/base/types.h"
+
+namespace Tarnkit {
+
+/// An interface that plug-ins can offer.
+struct InterfaceName {
+    u64 id;
+    const char* name;
+};
+
+/// All interfaces that this host knows, its own at the end.
+std::span<const InterfaceName> knownInterfaces();
+
+/// The name of an interface, such as "EXT_MATERIAL"; null for an unknown id.
+const char* interfaceName(u64 id);
+
+}  // namespace Tarnkit

@@ -1,0 +1,37 @@
+#include "pelk/host/scene/scene.h"
+
+#include "pelk/host/scene/host_session.h"
+#include "pelk/support/plugin_manager.h"
+
+namespace Tarnkit {
+
+Scene::~Scene() {
+    // Instances go first, as they hold on to their parameters.
+    for (auto plugin = plugins.rbegin(); plugin != plugins.rend(); ++plugin)
+        session.getManager().deletePlugin(*plugin);
+}
+
+Plugin* Scene::addPlugin(const std::string& name, const char* type) {
+    Plugin* const plugin = session.getManager().newPlugin(type, session.getPluginHost(), 0);
+    if (plugin) {
+        plugins.push_back(plugin);
+        byName[name] = plugin;
+        plugin->setPluginName(name.c_str());
+    }
+    return plugin;
+}
+
+void Scene::setParameter(Plugin* plugin, std::unique_ptr<PelkPluginParameter> parameter) {
+    auto* const face = findInterface<PelkPluginInterface>(plugin, EXT_PLUGIN_BASE);
+    if (!face)
+        return;
+    face->setParameter(parameter.get());
+    parameters[{plugin, parameter->getName()}] = std::move(parameter);
+}
+
+Plugin* Scene::findPlugin(std::string_view name) const {
+    const auto found = byName.find(name);
+    return found == byName.end() ? nullptr : found->second;
+}
+
+}  // namespace Tarnkit

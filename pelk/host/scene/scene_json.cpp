@@ -1,0 +1,148 @@
+#include "pelk/host/scene/scene_json.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr size_t kMaxNesting = 64;
+
+/// Builds the document from the parser's events, since the ready-made builder lets a key that
+/// stands twice pass.
+class DocumentBuilder final : public nlohmann::json_sax<Json> {
+public:
+    DocumentBuilder(std::string_view text_, Json& root_, std::string& error_)
+        : text(text_), root(root_), error(error_) {}
+
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(number_integer_t value) override { return add(value); }
+    bool number_unsigned(number_unsigned_t value) override { return add(value); }
+    bool number_float(number_float_t value, const string_t&) override { return add(value); }
+    bool string(string_t& value) override { return add(std::move(value)); }
+    bool binary(binary_t&) override { return false; }
+
+    bool start_object(std::size_t) override { return enter(Json::object()); }
+    bool start_array(std::size_t) override { return enter(Json::array()); }
+    bool end_object() override { return leave(); }
+    bool end_array() override { return leave(); }
+
+    bool key(string_t& name) override {
+        Level& level = levels.back();
+        level.key = name;
+        if (level.keys.insert(name).second)
+            return true;
+        error = place() + ": the key stands here twice";
+        return false;
+    }
+
+    bool parse_error(std::size_t position, const std::string&,
+                     const nlohmann::detail::exception& exception) override {
+        // What the library says comes with its own idea of the place; only the reason is wanted.
+        std::string_view reason = exception.what();
+        for (const std::string_view mark : {"] ", ", column "}) {
+            const size_t at = reason.find(mark);
+            if (at != std::string_view::npos)
+                reason.remove_prefix(at + mark.size());
+        }
+        if (const size_t colon = reason.find(": "); colon != std::string_view::npos)
+            reason.remove_prefix(colon + 2);
+        const std::string_view read = text.substr(0, position == 0 ? 0 : position - 1);
+        const size_t line = static_cast<size_t>(std::count(read.begin(), read.end(), '\n')) + 1;
+        const size_t column = read.size() - (read.rfind('\n') + 1) + 1;
+        error = std::to_string(line) + ":" + std::to_string(column) + ": " + std::string(reason);
+        return false;
+    }
+
+private:
+    struct Level {
+        Json* value;
+        std::string key;
+        std::unordered_set<std::string> keys;
+    };
+
+    Json& insert(Json value) {
+        if (levels.empty())
+            return root = std::move(value);
+        Level& level = levels.back();
+        if (level.value->is_object()) {
+            // At the end without a search, which is linear here: the key is known to be new.
+            auto& members = level.value->get_ref<Json::object_t&>();
+            members.emplace_back(level.key, std::move(value));
+            return members.back().second;
+        }
+        level.value->push_back(std::move(value));
+        return level.value->back();
+    }
+
+    bool add(Json value) {
+        insert(std::move(value));
+        return true;
+    }
+
+    bool enter(Json value) {
+        if (levels.size() >= kMaxNesting) {
+            error = place() + ": nested too deeply";
+            return false;
+        }
+        levels.push_back({&insert(std::move(value)), {}, {}});
+        return true;
+    }
+
+    bool leave() {
+        levels.pop_back();
+        return true;
+    }
+
+    std::string place() const {
+        std::string pointer;
+        for (const Level& level : levels)
+            pointer = level.value->is_object()
+                          ? pointerTo(pointer, level.key)
+                          : pointerTo(pointer, level.value->empty() ? 0 : level.value->size() - 1);
+        return pointer;
+    }
+
+    std::string_view text;
+    Json& root;
+    std::string& error;
+    std::vector<Level> levels;
+};
+
+}  // namespace
+
+bool parseSceneJson(std::string_view text, Json& out, std::string& error) {
+    DocumentBuilder builder(text, out, error);
+    return Json::sax_parse(text, &builder, nlohmann::detail::input_format_t::json, true, true);
+}
+
+std::string pointerTo(const std::string& parent, std::string_view key) {
+    std::string pointer = parent + "/";
+    for (const char c : key) {
+        if (c == '~')
+            pointer += "~0";
+        else if (c == '/')
+            pointer += "~1";
+        else
+            pointer += c;
+    }
+    return pointer;
+}
+
+std::string pointerTo(const std::string& parent, size_t index) {
+    return parent + "/" + std::to_string(index);
+}
+
+std::string shortText(const Json& value) {
+    constexpr size_t kLongest = 40;
+    std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    if (text.size() > kLongest)
+        text = text.substr(0, kLongest) + "...";
+    return text;
+}
+
+}  // namespace Tarnkit

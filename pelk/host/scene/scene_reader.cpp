@@ -1,0 +1,301 @@
+#include "pelk/host/scene/scene_reader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+
+#include "pelk/base/thrown_text.h"
+#include "pelk/contract/texture.h"
+#include "pelk/host/plugins/file_guide.h"
+#include "pelk/host/scene/host_session.h"
+#include "pelk/host/scene/scene_loops.h"
+#include "pelk/host/scene/scene_settings.h"
+#include "pelk/host/scene/scene_values.h"
+#include "pelk/host/trace/interfaces.h"
+#include "pelk/platform/file.h"
+#include "pelk/support/spelling.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// One reading of one file. Every step returns false after a failure, with `error` filled.
+class SceneReader {
+public:
+    SceneReader(HostSession& session_, const std::string& file_, Scene& scene_)
+        : session(session_),
+          file(file_),
+          directory(std::filesystem::path(platform::nativePath(file_)).parent_path().string()),
+          scene(scene_) {}
+
+    bool read(std::span<const std::string> overrides) {
+        return parseFile() && checkTop() && makeInstances() && applyOverrides(overrides) &&
+               setParameters() && checkLoops() && findCamera() && findBackplate() && openFiles();
+    }
+
+    std::string error;
+
+private:
+    /// What the file asks of one instance.
+    struct Instance {
+        Plugin* plugin;
+        const PluginKind* kind;
+        std::string pointer;
+        Json* values;
+    };
+
+    bool fail(const std::string& place, const std::string& text) {
+        error = file + ": " + (place.empty() ? "" : place + ": ") + text;
+        return false;
+    }
+
+    /// A failure at a pointer, or at the override that put the value there.
+    bool fail(const SceneError& sceneError) {
+        for (const auto& [pointer, text] : overridden) {
+            if (sceneError.pointer == pointer || sceneError.pointer.starts_with(pointer + "/"))
+                return fail("--set " + text, sceneError.text);
+        }
+        return fail(sceneError.pointer, sceneError.text);
+    }
+
+    bool parseFile();
+    bool checkTop();
+    bool makeInstances();
+    bool makeInstance(const std::string& name, Json& values);
+    bool failAtType(const std::string& type, const std::string& pointer);
+    bool applyOverrides(std::span<const std::string> overrides);
+    bool applyOverride(const std::string& text);
+    bool setParameters();
+    bool setParameter(const Instance& instance, const std::string& name, const Json& value);
+    std::string unknownParameter(const PluginKind& kind, std::string_view name) const;
+    bool checkLoops();
+    bool findCamera();
+    bool findBackplate();
+    bool openFiles();
+
+    HostSession& session;
+    const std::string& file;
+    const std::string directory;
+    Scene& scene;
+    Json document;
+    std::vector<Instance> instances;
+    std::map<std::string, std::string> overridden;  // pointer to the text of the override
+    SceneReferences references;
+};
+
+bool SceneReader::parseFile() {
+    const std::string path = platform::nativePath(file);
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream || !std::filesystem::is_regular_file(path))
+        return fail("", "no such scene file, or it can't be read");
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    std::string reason;
+    if (parseSceneJson(text, document, reason))
+        return true;
+    error = file + ":" + (reason.starts_with('/') ? " " : "") + reason;
+    return false;
+}
+
+bool SceneReader::checkTop() {
+    static constexpr std::string_view kKeys[] = {"settings", "plugins", "$schema"};
+    if (!document.is_object())
+        return fail("", "expected an object with \"plugins\" and \"settings\" at the top");
+    for (const auto& [key, value] : document.items()) {
+        if (std::find(std::begin(kKeys), std::end(kKeys), key) == std::end(kKeys))
+            return fail(pointerTo("", key), "there is no such entry" + knownNames(key, kKeys));
+    }
+    if (!document.contains("plugins") || !document["plugins"].is_object())
+        return fail("/plugins", "expected an object of plug-ins by instance name");
+    SceneError sceneError;
+    if (document.contains("settings") &&
+        !readSceneSettings(document["settings"], "/settings", scene.settings, sceneError))
+        return fail(sceneError);
+    return true;
+}
+
+// ---- instances
+
+bool SceneReader::makeInstances() {
+    for (auto& [name, values] : document["plugins"].items()) {
+        if (!makeInstance(name, values))
+            return false;
+    }
+    return true;
+}
+
+bool SceneReader::makeInstance(const std::string& name, Json& values) {
+    const std::string pointer = pointerTo("/plugins", name);
+    if (name.empty())
+        return fail(pointer, "expected a name for the instance");
+    if (!values.is_object())
+        return fail(pointer,
+                    "expected an object with \"type\" and parameters, not " + shortText(values));
+    if (!values.contains("type") || !values["type"].is_string())
+        return fail(pointerTo(pointer, "type"), "expected the name of a plug-in");
+    const std::string type = values["type"].get<std::string>();
+    const PluginKind* const kind = session.findKind(type);
+    if (!kind)
+        return failAtType(type, pointerTo(pointer, "type"));
+    Plugin* plugin = nullptr;
+    std::string reason = "it gave none";
+    try {
+        plugin = scene.addPlugin(name, kind->getName());
+    } catch (...) {
+        reason = thrownText();
+    }
+    if (!plugin)
+        return fail(pointer, "no instance of the plug-in \"" + type + "\": " + reason);
+    instances.push_back({plugin, kind, pointer, &values});
+    return true;
+}
+
+bool SceneReader::failAtType(const std::string& type, const std::string& pointer) {
+    std::vector<std::string_view> names;
+    for (const PluginKind* kind : session.getKinds())
+        names.push_back(kind->getName());
+    std::string text = "there is no plug-in \"" + type + "\"" + knownNames(type, names);
+    for (const RejectedLibrary& library : session.getRejected())
+        text += "; refused: " + library.path + " (" + library.reason + ")";
+    return fail(pointer, text);
+}
+
+// ---- overrides
+
+bool SceneReader::applyOverrides(std::span<const std::string> overrides) {
+    return std::all_of(overrides.begin(), overrides.end(),
+                       [&](const std::string& text) { return applyOverride(text); });
+}
+
+bool SceneReader::applyOverride(const std::string& text) {
+    const std::string place = "--set " + text;
+    const size_t equals = text.find('=');
+    // Names of instances may hold dots, those of parameters don't.
+    const size_t dot = equals == std::string::npos ? equals : text.rfind('.', equals);
+    if (dot == std::string::npos)
+        return fail(place, "expected INSTANCE.PARAMETER=VALUE");
+    const std::string name = text.substr(0, dot);
+    const std::string parameter = text.substr(dot + 1, equals - dot - 1);
+    const std::string valueText = text.substr(equals + 1);
+
+    std::vector<std::string_view> names;
+    for (const Instance& instance : instances)
+        names.push_back(instance.plugin->getPluginName());
+    const auto found = std::find(names.begin(), names.end(), name);
+    if (found == names.end())
+        return fail(place, "there is no instance \"" + name + "\"" + knownNames(name, names));
+    const Instance& instance = instances[static_cast<size_t>(found - names.begin())];
+    const ParameterDesc* const desc = instance.kind->findParameter(parameter);
+    if (!desc)
+        return fail(place, unknownParameter(*instance.kind, parameter));
+
+    Json value;
+    std::string reason;
+    const bool parsed = parseSceneJson(valueText, value, reason);
+    // A text parameter takes what looks like a number too.
+    const bool wantsText = desc->type == ParameterType::String && !desc->isList();
+    if (!parsed || (wantsText && !value.is_string()))
+        value = valueText;
+    (*instance.values)[parameter] = std::move(value);
+    overridden[pointerTo(instance.pointer, parameter)] = text;
+    return true;
+}
+
+// ---- parameters
+
+bool SceneReader::setParameters() {
+    for (const Instance& instance : instances) {
+        for (const auto& [name, value] : instance.values->items()) {
+            if (name != "type" && !setParameter(instance, name, value))
+                return false;
+        }
+    }
+    return true;
+}
+
+bool SceneReader::setParameter(const Instance& instance, const std::string& name,
+                               const Json& value) {
+    const std::string pointer = pointerTo(instance.pointer, name);
+    const ParameterDesc* const desc = instance.kind->findParameter(name);
+    if (!desc)
+        return fail(pointer, unknownParameter(*instance.kind, name));
+    SceneValue read;
+    SceneError sceneError;
+    if (!readSceneValue(scene, directory, *desc, value, pointer, read, sceneError))
+        return fail(sceneError);
+    for (Plugin* const target : read.references)
+        references.add(instance.plugin, name, target);
+    scene.setParameter(instance.plugin, std::move(read.parameter));
+    return true;
+}
+
+std::string SceneReader::unknownParameter(const PluginKind& kind, std::string_view name) const {
+    std::vector<std::string_view> names;
+    for (const ParameterDesc* parameter : kind.parameters)
+        names.push_back(parameter->name);
+    return std::string(kind.getName()) + " has no parameter \"" + std::string(name) + "\"" +
+           knownNames(name, names);
+}
+
+// ---- what holds of the scene as a whole
+
+bool SceneReader::checkLoops() {
+    Plugin* culprit = nullptr;
+    std::string text;
+    return references.check(culprit, text) ||
+           fail(pointerTo("/plugins", culprit->getPluginName()), text);
+}
+
+bool SceneReader::findCamera() {
+    const std::string& name = scene.settings.camera;
+    const std::vector<CameraInterface*> cameras = scene.collect<CameraInterface>(EXT_CAMERA);
+    if (name.empty() && cameras.size() > 1)
+        return fail("/settings/camera", "there are " + std::to_string(cameras.size()) +
+                                            " cameras; expected the name of the one to use");
+    if (name.empty()) {
+        scene.camera = cameras.empty() ? nullptr : cameras.front();
+        return true;
+    }
+    SceneError sceneError;
+    Plugin* const plugin =
+        readSceneReference(scene, EXT_CAMERA, name, "/settings/camera", sceneError);
+    scene.camera = findInterface<CameraInterface>(plugin, EXT_CAMERA);
+    return plugin ? true : fail(sceneError);
+}
+
+bool SceneReader::findBackplate() {
+    const std::string& name = scene.settings.backplate;
+    if (name.empty())
+        return true;
+    SceneError sceneError;
+    Plugin* const plugin =
+        readSceneReference(scene, EXT_TEXTURE, name, "/settings/backplate", sceneError);
+    scene.backplate = findInterface<TextureInterface>(plugin, EXT_TEXTURE);
+    return plugin ? true : fail(sceneError);
+}
+
+bool SceneReader::openFiles() {
+    for (const Instance& instance : instances) {
+        auto* const user = findInterface<FileUserInterface>(instance.plugin, EXT_FILE_USER);
+        std::string reason;
+        if (user && !user->openFile(reason))
+            return fail(SceneError{instance.pointer, reason});
+    }
+    return true;
+}
+
+}  // namespace
+
+std::unique_ptr<Scene> readScene(HostSession& session, const std::string& file,
+                                 std::span<const std::string> overrides, std::string& error) {
+    auto scene = std::make_unique<Scene>(session);
+    scene->file = file;
+    SceneReader reader(session, file, *scene);
+    if (reader.read(overrides))
+        return scene;
+    error = reader.error;
+    return nullptr;
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,302 @@
+#include "pelk/host/trace/host_renderer.h"
+
+#include <algorithm>
+
+#include "pelk/contract/samplers.h"
+#include "pelk/contract/texture.h"
+#include "pelk/host/trace/sample_recorder.h"
+#include "pelk/host/trace/sampling.h"
+#include "pelk/support/regions/fragments.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// A ray ends after this many surfaces that let it through.
+constexpr int kMaxSurfacesAlongRay = 256;
+
+bool isBlack(Color c) {
+    return c == Color(0);
+}
+
+}  // namespace
+
+StringHandle HostStringTable::intern(const char* text) {
+    if (!text)
+        return {};
+    // The number that comes next, from 1, stays if the text is new.
+    return {ids.try_emplace(text, static_cast<u32>(ids.size()) + 1).first->second};
+}
+
+HostRenderer::HostRenderer() {
+    sequenceData.lightManager = &lightLoop;
+    sequenceData.giEngine = &gi;
+}
+
+RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
+    RenderContext* c = parent.thread().takeContext();
+    c->threadData = parent.threadData;
+    c->renderer = this;
+    c->parentContext = &parent;
+    c->fragmentList = nullptr;
+    c->shadeFlags = 0;
+    c->rayOrigin = c->spawnOrigin = parent.hitPoint;
+    c->rayMinT = 0.0;
+    c->rayMaxT = kRayFar;
+    c->time = parent.time;
+    c->parentHitLink = parent.hitLink;
+    c->screenX = parent.screenX;
+    c->screenY = parent.screenY;
+    c->originDerivX = parent.originDerivX + parent.rayDerivX * parent.hitDistance;
+    c->originDerivY = parent.originDerivY + parent.rayDerivY * parent.hitDistance;
+    c->rayDerivX = parent.rayDerivX;
+    c->rayDerivY = parent.rayDerivY;
+    c->rayClipDistance = parent.rayClipDistance;
+    c->rayContribution = parent.rayContribution;
+    c->environment = parent.environment;
+    c->environmentPriority = parent.environmentPriority;
+    c->skipObject = parent.object->index;
+    c->skipTriangle = parent.triangle;
+    c->bsdfDensity = -1.0f;
+    c->gathers = false;
+    c->resultScale = 1.0f;
+    c->hidden = {};
+    c->pathSeed = hash32(parent.pathSeed ^ (branch * 0x85ebca6bu + 0x68e31da4u));
+    c->sampleIndex = parent.sampleIndex;
+    c->numVolumes = parent.numVolumes;
+    std::copy_n(parent.volumes, parent.storedVolumes(), c->volumes);
+    c->resultFragment = nullptr;
+    return c;
+}
+
+void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
+    const SceneObject& object = *objects[objectIndex];
+    const Mesh& mesh = object.mesh;
+    c.object = &object;
+    c.hitDistance = distance;
+    c.hitMapping = c.hitObject = object.plugin;
+    c.surfaceVolume = nullptr;
+    c.surfaceProperties = nullptr;
+    c.hitLink = (u64{objectIndex} << 32) | c.triangle;
+    c.hitPoint = c.refractionOrigin = {c.rayOrigin.x + double(c.rayDir.x) * distance,
+                                       c.rayOrigin.y + double(c.rayDir.y) * distance,
+                                       c.rayOrigin.z + double(c.rayDir.z) * distance};
+    c.faceNormal = c.geomNormal = c.normal = object.faceNormals[c.triangle];
+    if (!mesh.normals.empty()) {
+        const auto& corners = mesh.triangles[c.triangle];
+        c.normal = normalizeGuarded(mesh.normals[corners[0]] * (1.0f - c.baryU - c.baryV) +
+                                    mesh.normals[corners[1]] * c.baryU +
+                                    mesh.normals[corners[2]] * c.baryV);
+    }
+    c.backSide = dot(c.rayDir, c.geomNormal) > 0.0f;
+    c.flippedSide = 0;
+    c.hitID = c.thread().nextHitID();
+    c.shadeFlags = kShadeAlphaCounts;
+    c.shadedFlags = 0;
+    c.lightMis = -1;
+    c.gathersBeyond = 0;
+    c.diffuseIsBlack = false;
+    setNothing(c);
+}
+
+/// A ray whose direction is weighted against the lights must meet all that were sampled with a
+/// weight; light that nothing stops has none, nor has one without highlights for a reflected ray.
+/// Other rays meet what they may see.
+static bool meets(const RenderContext& c, const SceneLight& light) {
+    if (c.bsdfDensity < 0.0f)
+        return light.plugin->isVisibleTo(c.rayType, c.traceDepth);
+    return light.castsShadows && (c.gathers || light.affectsSpecular);
+}
+
+bool HostRenderer::meetLight(const RenderContext& c, double limit, LightHit& nearest) const {
+    bool met = false;
+    for (const SceneLight& light : lightLoop.getFiniteLights()) {
+        if (!meets(c, light))
+            continue;
+        LightHit hit;
+        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
+            nearest = hit;
+            limit = hit.distance;
+            met = true;
+        }
+    }
+    return met;
+}
+
+Color HostRenderer::shareOfLight(const RenderContext& c, const LightHit& hit) const {
+    if (c.bsdfDensity < 0.0f)
+        return hit.radiance;
+    return hit.radiance * powerShare(c.bsdfDensity, hit.density * lightLoop.choiceDensity());
+}
+
+Color HostRenderer::plainSurroundings(RenderContext& c, const Vector& direction) const {
+    if (!c.environment)
+        return background;
+    const ScopedValue looked(c.rayDir, direction);
+    return c.environment->getTexColor(c).color;
+}
+
+bool HostRenderer::seesBackplate(const RenderContext& c) const {
+    if (!backplate)
+        return false;
+    const bool isCameraRay = c.traceDepth == 0 && (c.rayType & kRayCamera);
+    return isCameraRay || (c.shadeFlags & kShadeBackgroundLookup);
+}
+
+Color HostRenderer::environmentAlong(RenderContext& c) const {
+    if (seesBackplate(c)) {
+        const ScopedValue flags(c.shadeFlags, c.shadeFlags | u32{kShadeBackgroundLookup});
+        return backplate->getTexColor(c).color;
+    }
+    Color sum = plainSurroundings(c, c.rayDir);
+    for (const SceneLight& light : lightLoop.getInfiniteLights()) {
+        if (c.environment && light.isDome)
+            continue;
+        if (!meets(c, light))
+            continue;
+        LightHit hit;
+        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
+            sum += shareOfLight(c, hit);
+    }
+    return sum;
+}
+
+void HostRenderer::evalEnvironment(PelkContext& context) {
+    RenderContext& c = hostContext(context);
+    const ScopedValue seenInFull(c.bsdfDensity, -1.0f);
+    c.resultColor = environmentAlong(c);
+}
+
+void HostRenderer::traceRay(PelkContext& context) {
+    trace(hostContext(context));
+}
+
+void HostRenderer::trace(RenderContext& c) {
+    Color color, alpha, through(1), alphaThrough(1);
+    SampleRecorder* const recorder = c.resultFragment ? c.thread().recorder : nullptr;
+    for (int surfaces = 0; surfaces < kMaxSurfacesAlongRay; ++surfaces) {
+        u32 object;
+        const float distance = intersector.closest(c, object, c);
+        const bool hitSurface = distance >= 0.0f;
+        LightHit light;
+        if (meetLight(c, hitSurface ? distance : c.rayMaxT, light)) {
+            const Color shown = shareOfLight(c, light);
+            color += through * shown;
+            alpha += alphaThrough;
+            if (recorder)
+                recorder->addLight(c, shown, light.distance);
+            break;
+        }
+        if (!hitSurface) {
+            c.object = nullptr;
+            c.hitObject = c.hitMapping = nullptr;
+            const Color shown = environmentAlong(c);
+            color += through * shown;
+            if (recorder)
+                recorder->addSurroundings(shown);
+            break;
+        }
+        if (c.traceDepth >= sequenceData.maxRayDepth) {
+            alpha += alphaThrough;
+            break;
+        }
+        fillHit(c, object, distance);
+        if (recorder)
+            c.resultFragment = recorder->nextLayer();
+        else if (c.resultFragment)
+            static_cast<PKFragment*>(c.resultFragment)->PKFragment::clear(0);
+        shadeHit(c);
+        if (recorder)
+            recorder->addSurface(c);
+        color += through * c.resultColor;
+        alpha += alphaThrough * c.resultAlpha;
+        through *= c.resultTransparency;
+        alphaThrough *= c.resultAlphaTransparency;
+        if (isBlack(through) && isBlack(alphaThrough))
+            break;
+        c.rayMinT = distance;
+        c.skipObject = object;
+        c.skipTriangle = c.triangle;
+    }
+    c.traceResult = color * c.resultScale;
+    c.traceAlpha = alpha;
+}
+
+void HostRenderer::shadeHit(RenderContext& c) {
+    MaterialInterface* const material = c.object->material;
+    if (!material) [[unlikely]]
+        return setOpaqueBlack(c);
+    material->shade(c);
+    // With a fragment, a matte leaves its background there and not in the colour.
+    if (c.resultFragment) [[unlikely]]
+        c.resultColor += static_cast<PKFragment*>(c.resultFragment)->background;
+    const Color sum = c.resultColor + c.resultTransparency;
+    if (!isFinite(sum)) [[unlikely]] {
+        c.thread().noteBadColor(*c.object);
+        setOpaqueBlack(c);
+    }
+}
+
+namespace {
+
+/// A shadow ray on its way: each surface takes its share of the light.
+class ShadowRay final : public ShadowVisitor {
+public:
+    ShadowRay(HostRenderer& renderer_, RenderContext& from_, const Vector& direction_,
+              double distance_, Color light_)
+        : light(light_),
+          renderer(renderer_),
+          from(from_),
+          direction(direction_),
+          distance(distance_) {}
+
+    ~ShadowRay() {
+        if (context)
+            context->releaseContext();
+    }
+
+    bool visit(u32 object, u32 triangle, float u, float v, float at) override {
+        if (!context)
+            makeContext();
+        context->triangle = triangle;
+        context->baryU = u;
+        context->baryV = v;
+        renderer.fillHit(*context, object, at);
+        renderer.shadeHit(*context);
+        light *= context->resultTransparency;
+        return !isBlack(light);
+    }
+
+    Color light;
+
+private:
+    void makeContext() {
+        context = renderer.spawn(from, kRayShadow);
+        context->rayType = kRayShadow;
+        context->traceDepth = from.traceDepth + 1;
+        context->giDepth = from.giDepth;
+        context->rayDir = context->rayDir2 = direction;
+        context->rayMaxT = distance;
+        context->spawnWeight = Color(1);
+        context->rayWeight = from.rayWeight;
+        context->rayWeight2 = from.rayWeight2;
+    }
+
+    HostRenderer& renderer;
+    RenderContext& from;
+    Vector direction;
+    double distance;
+    RenderContext* context = nullptr;
+};
+
+}  // namespace
+
+Color HostRenderer::shadowed(RenderContext& c, const Vector& direction, double distance,
+                             Color light) {
+    ShadowRay ray(*this, c, direction, distance, light);
+    const bool reached =
+        intersector.walkShadow(c.hitPoint, direction, distance, c.object->index, c.triangle, ray);
+    return reached ? ray.light : Color(0);
+}
+
+}  // namespace Tarnkit

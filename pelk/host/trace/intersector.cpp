@@ -1,0 +1,193 @@
+#include "pelk/host/trace/intersector.h"
+
+#include <cmath>
+#include <limits>
+
+#include <embree3/rtcore.h>
+
+#include "pelk/host/trace/render_context.h"
+
+namespace Tarnkit {
+
+namespace {
+
+// The race checker knows nothing of the locks of Embree's own threads.
+#ifdef __SANITIZE_THREAD__
+constexpr const char* kDeviceSettings = "threads=1";
+#else
+constexpr const char* kDeviceSettings = nullptr;
+#endif
+
+/// The query that a filter belongs to. Embree hands filters the address of `context`.
+struct Query {
+    RTCIntersectContext context;
+    u32 skipObject, skipTriangle;
+    ShadowVisitor* visitor;
+    HiddenObjects hidden;
+};
+
+/// Rays are traced one by one, so a filter sees one ray and one hit.
+void dropOwnTriangle(const RTCFilterFunctionNArguments* args) {
+    const Query& query = *reinterpret_cast<const Query*>(args->context);
+    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
+    if (hit.primID == query.skipTriangle && hit.geomID == query.skipObject)
+        args->valid[0] = 0;
+}
+
+/// The filter of a ray to which objects are hidden.
+void dropHidden(const RTCFilterFunctionNArguments* args) {
+    const Query& query = *reinterpret_cast<const Query*>(args->context);
+    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
+    if (query.hidden.contains(static_cast<int>(hit.geomID)))
+        args->valid[0] = 0;
+}
+
+void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* visitor,
+               HiddenObjects hidden) {
+    rtcInitIntersectContext(&query.context);
+    query.skipObject = skipObject;
+    query.skipTriangle = skipTriangle;
+    query.visitor = visitor;
+    query.hidden = hidden;
+    if (hidden.table)
+        query.context.filter = dropHidden;
+}
+
+void visitShadowHit(const RTCFilterFunctionNArguments* args) {
+    const Query& query = *reinterpret_cast<const Query*>(args->context);
+    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
+    const RTCRay& ray = *reinterpret_cast<const RTCRay*>(args->ray);
+    const bool own = hit.primID == query.skipTriangle && hit.geomID == query.skipObject;
+    if (own || query.visitor->visit(hit.geomID, hit.primID, hit.u, hit.v, ray.tfar))
+        args->valid[0] = 0;
+}
+
+/// The smallest distance that counts for a ray from `origin`: within the rounding of its start a
+/// ray can't tell the surface it leaves from another.
+float nearBound(const Point& origin, double minT) {
+    const float size =
+        static_cast<float>(std::fabs(origin.x) + std::fabs(origin.y) + std::fabs(origin.z));
+    return static_cast<float>(minT) + 4e-7f * size;
+}
+
+void fillRay(RTCRay& ray, const Point& origin, const Vector& direction, double minT, double maxT) {
+    ray.org_x = static_cast<float>(origin.x);
+    ray.org_y = static_cast<float>(origin.y);
+    ray.org_z = static_cast<float>(origin.z);
+    ray.tnear = nearBound(origin, minT);
+    ray.dir_x = direction.x;
+    ray.dir_y = direction.y;
+    ray.dir_z = direction.z;
+    ray.time = 0.0f;
+    ray.tfar = maxT < kRayFar ? static_cast<float>(maxT) : std::numeric_limits<float>::infinity();
+    ray.mask = ~0u;
+    ray.id = 0;
+    ray.flags = 0;
+}
+
+}  // namespace
+
+Intersector::Intersector() : device(rtcNewDevice(kDeviceSettings)) {}
+
+Intersector::~Intersector() {
+    if (scene)
+        rtcReleaseScene(scene);
+    if (device)
+        rtcReleaseDevice(device);
+}
+
+bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects,
+                        std::string& error) {
+    if (!device) {
+        error = "the ray library can't be started";
+        return false;
+    }
+    if (scene)
+        rtcReleaseScene(scene);
+    std::string failure;
+    rtcSetDeviceErrorFunction(
+        device,
+        [](void* text, RTCError, const char* message) {
+            *static_cast<std::string*>(text) = message ? message : "unknown error";
+        },
+        &failure);
+    scene = rtcNewScene(device);
+    rtcSetSceneFlags(scene, RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION);
+    // Spatial splits would show a triangle to a shadow ray twice.
+    rtcSetSceneBuildQuality(scene, RTC_BUILD_QUALITY_MEDIUM);
+    for (const auto& object : objects) {
+        const Mesh& mesh = object->mesh;
+        RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
+        // Embree reads 16 bytes at each vertex, so it gets a padded copy of its own.
+        auto* positions = static_cast<float*>(
+            rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
+                                    3 * sizeof(float), mesh.positions.size()));
+        auto* triangles = static_cast<u32*>(
+            rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
+                                    3 * sizeof(u32), mesh.triangles.size()));
+        if (positions && triangles) {
+            for (const Vector& p : mesh.positions) {
+                *positions++ = p.x;
+                *positions++ = p.y;
+                *positions++ = p.z;
+            }
+            for (const auto& triangle : mesh.triangles) {
+                for (u32 corner : triangle)
+                    *triangles++ = corner;
+            }
+        }
+        rtcSetGeometryIntersectFilterFunction(geometry, dropOwnTriangle);
+        rtcSetGeometryOccludedFilterFunction(geometry, visitShadowHit);
+        rtcCommitGeometry(geometry);
+        rtcAttachGeometryByID(scene, geometry, object->index);
+        rtcReleaseGeometry(geometry);
+    }
+    rtcCommitScene(scene);
+    rtcSetDeviceErrorFunction(device, nullptr, nullptr);
+    error = failure;
+    return failure.empty();
+}
+
+SceneBounds Intersector::bounds() const {
+    RTCBounds box;
+    rtcGetSceneBounds(scene, &box);
+    SceneBounds out;
+    if (!(box.lower_x <= box.upper_x))
+        return out;  // no geometry
+    out.centre = {(box.lower_x + box.upper_x) * 0.5, (box.lower_y + box.upper_y) * 0.5,
+                  (box.lower_z + box.upper_z) * 0.5};
+    out.radius =
+        0.5 * std::hypot(double(box.upper_x) - box.lower_x, double(box.upper_y) - box.lower_y,
+                         double(box.upper_z) - box.lower_z);
+    return out;
+}
+
+float Intersector::closest(const RenderContext& ray, u32& object, RenderContext& hit) const {
+    Query query;
+    initQuery(query, ray.skipObject, ray.skipTriangle, nullptr, ray.hidden);
+    alignas(16) RTCRayHit rayHit;
+    fillRay(rayHit.ray, ray.rayOrigin, ray.rayDir, ray.rayMinT, ray.rayMaxT);
+    rayHit.hit.geomID = rayHit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+    rtcIntersect1(scene, &query.context, &rayHit);
+    if (rayHit.hit.geomID == RTC_INVALID_GEOMETRY_ID)
+        return -1.0f;
+    object = rayHit.hit.geomID;
+    hit.triangle = rayHit.hit.primID;
+    hit.baryU = rayHit.hit.u;
+    hit.baryV = rayHit.hit.v;
+    return rayHit.ray.tfar;
+}
+
+bool Intersector::walkShadow(const Point& origin, const Vector& direction, double distance,
+                             u32 skipObject, u32 skipTriangle, ShadowVisitor& visitor) const {
+    Query query;
+    initQuery(query, skipObject, skipTriangle, &visitor, {});
+    alignas(16) RTCRay ray;
+    // The light's own place doesn't stand in its way.
+    const double end = distance < kRayFar ? distance * 0.9999 : distance;
+    fillRay(ray, origin, direction, 0.0, end);
+    rtcOccluded1(scene, &query.context, &ray);
+    return ray.tfar >= 0.0f;
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,173 @@
+#include "pelk/host/trace/sample_recorder.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "pelk/contract/renderer.h"
+#include "pelk/host/trace/render_context.h"
+#include "pelk/host/trace/scene_object.h"
+#include "pelk/host/trace/surface_uv.h"
+#include "pelk/support/regions/channel_kinds.h"
+#include "pelk/support/regions/region_data.h"
+
+namespace Tarnkit {
+
+namespace {
+
+// Objects are tagged by their numbers in the scene.
+constexpr int kTagSurroundings = -1;
+constexpr int kTagLight = INT_MAX;
+
+constexpr float kFar = -1e18f;  // depth of what has hit nothing
+
+/// The place of a point along the camera's axis, which points backwards.
+float alongAxis(const FrameData& frame, const Point& point) {
+    const Vector& axis = frame.cameraMatrix[2];
+    const Point& eye = frame.cameraPosition;
+    return static_cast<float>((point.x - eye.x) * axis.x + (point.y - eye.y) * axis.y +
+                              (point.z - eye.z) * axis.z);
+}
+
+int renderIDOf(RenderContext& c) {
+    GeomObjectInterface* const ids = c.object->renderIDs;
+    return ids ? ids->getRenderID(c) : static_cast<int>(c.object->index);
+}
+
+/// A surface that the ray goes through as if it weren't there. A matte looks like one, but is.
+bool isInvisible(const RenderContext& c) {
+    return c.resultTransparency == Color(1) && c.resultAlphaTransparency == Color(1) &&
+           c.resultColor == Color(0) && !(c.shadedFlags & kShadedMatte);
+}
+
+/// Whether `count` floats are finite. By their bits, which makes it a loop over integers.
+bool areFinite(const u8* data, int count) {
+    constexpr u32 kAbsolute = 0x7fffffff, kInfinity = 0x7f800000;
+    u32 largest = 0;
+    for (int i = 0; i < count; ++i) {
+        u32 bits;
+        std::memcpy(&bits, data + i * sizeof bits, sizeof bits);
+        largest = std::max(largest, bits & kAbsolute);
+    }
+    return largest < kInfinity;
+}
+
+}  // namespace
+
+SampleRecorder::SampleRecorder(PKRegionData& region_)
+    : region(region_), uvChannel(region_.findChannelByAlias(kAliasUV)) {
+    for (const ChannelRecord& channel : region.getChannels()) {
+        if (channel.type == kChannelInt || channel.fragmentSize == 0)
+            continue;
+        const int count = channel.fragmentSize / static_cast<int>(sizeof(float));
+        floatRuns.push_back({channel.fragmentOffset, count});
+    }
+}
+
+void SampleRecorder::beginPixel() {
+    for (PKFragment*& fragment : fragments)
+        fragment = static_cast<PKFragment*>(region.newFragment());
+    layer = fragments[0];
+}
+
+void SampleRecorder::endSample(const RenderContext& c, float share, FragmentList& pixel) {
+    if (!sample)
+        addSurroundings(Color(0));  // the ray was not allowed to meet anything
+    sample->color = c.traceResult;
+    sample->background = Color(0);  // is in the colour
+    sample->alpha = c.traceAlpha;
+    dropBadValues(c);
+    pixel.getFragment(sampleTag)->addFragment(sample, Color(share), 0);
+}
+
+void SampleRecorder::endPixel(FragmentList& pixel) const {
+    Fragment* const total = pixel.getFragment(kTagTotal);
+    for (Fragment* part = pixel.head(); part; part = part->nextFragment) {
+        if (part != total)
+            total->addFragment(part, Color(1), 0);
+    }
+}
+
+void SampleRecorder::beginSample() {
+    sample = nullptr;
+    sampleTag = kTagSurroundings;
+}
+
+Fragment* SampleRecorder::nextLayer() {
+    layer->PKFragment::clear(0);
+    return layer;
+}
+
+void SampleRecorder::addSurface(RenderContext& c) {
+    layer->alpha = c.resultAlpha;
+    layer->transparency = c.resultTransparency;
+    layer->alphaTransparency = c.resultAlphaTransparency;
+    const bool visible = !isInvisible(c);
+    if (visible) {
+        layer->renderID = renderIDOf(c);
+        layer->normal = c.normal;
+        layer->zDepth = alongAxis(c.renderer->frameData, c.hitPoint);
+        layer->weight = 1.0f;
+        if (uvChannel >= 0) {
+            const UV uv = surfaceUV(c);
+            layer->setChannel(uvChannel, &uv);
+        }
+    }
+    putBehind(visible, static_cast<int>(c.object->index));
+}
+
+void SampleRecorder::addLight(const RenderContext& c, const Color& shown, double distance) {
+    nextLayer();
+    const float t = static_cast<float>(distance);
+    const Point place = c.rayOrigin + c.rayDir * t;
+    layer->alpha = Color(1);
+    layer->zDepth = alongAxis(c.renderer->frameData, place);
+    layer->weight = 1.0f;
+    layer->addAlias(kAliasSelfIllumination, &shown);
+    putBehind(true, kTagLight);
+}
+
+void SampleRecorder::addSurroundings(const Color& shown) {
+    nextLayer();
+    layer->transparency = layer->alphaTransparency = Color(1);
+    layer->weight = 1.0f;
+    layer->addAlias(kAliasBackground, &shown);
+    layer->addAlias(kAliasImageBackground, &shown);
+    layer->zDepth = kFar;
+    putBehind(true, kTagSurroundings);
+}
+
+/// Puts the layer behind the sample; the first one simply becomes it. `visible`: if nothing visible
+/// came before, this is what the sample hits first.
+void SampleRecorder::putBehind(bool visible, int tag) {
+    if (visible && !(sample && sample->state & kFragmentHasData))
+        sampleTag = tag;
+    if (sample) {
+        // Modes but 1 leave open what is hit first.
+        sample->addFragment(layer, sample->transparency, visible ? 1 : 2);
+        return;
+    }
+    sample = layer;
+    layer = fragments[sample == fragments[0] ? 1 : 0];
+    if (visible)
+        sample->state |= kFragmentHasData;
+}
+
+/// Channels whose value isn't finite are cleared, so that they cost one sample and not the pixel.
+void SampleRecorder::dropBadValues(const RenderContext& c) {
+    bool isWhole = true;
+    for (const FloatRun& run : floatRuns) {
+        u8* const data = sample->channelData + run.offset;
+        if (areFinite(data, run.count)) [[likely]]
+            continue;
+        std::memset(data, 0, run.count * sizeof(float));
+        isWhole = false;
+    }
+    if (isWhole) [[likely]]
+        return;
+    ++dropped;
+    if (c.object)
+        badObject = c.object;
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,82 @@
+#include "pelk/host/trace/surface_uv.h"
+
+#include "pelk/host/trace/render_context.h"
+#include "pelk/host/trace/sampling.h"
+#include "pelk/host/trace/scene_object.h"
+#include "pelk/shading_math/matrix.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// Twice the vector area of a triangle's part, seen along the triangle's normal.
+double partArea(const Point& p, const Vector& a, const Vector& b, const Vector& normal) {
+    const double ax = a.x - p.x, ay = a.y - p.y, az = a.z - p.z;
+    const double bx = b.x - p.x, by = b.y - p.y, bz = b.z - p.z;
+    return (ay * bz - az * by) * normal.x + (az * bx - ax * bz) * normal.y +
+           (ax * by - ay * bx) * normal.z;
+}
+
+const std::vector<UV>& uvSet(const Mesh& mesh, int set) {
+    const bool further = set > 0 && set <= static_cast<int>(mesh.furtherUVs.size());
+    return further ? mesh.furtherUVs[set - 1] : mesh.uvs;
+}
+
+/// The ways along a triangle by one unit of u and of v. Returns false if they can't be told.
+bool uvAxes(const Mesh& mesh, const std::vector<UV>& uvs, u32 triangle, Vector& alongU,
+            Vector& alongV) {
+    if (uvs.empty())
+        return false;
+    const auto& corners = mesh.triangles[triangle];
+    const UV &a = uvs[corners[0]], &b = uvs[corners[1]], &c = uvs[corners[2]];
+    const float u1 = b.u - a.u, v1 = b.v - a.v, u2 = c.u - a.u, v2 = c.v - a.v;
+    const float area = u1 * v2 - u2 * v1;
+    if (!(area != 0.0f))
+        return false;
+    const Vector e1 = mesh.positions[corners[1]] - mesh.positions[corners[0]];
+    const Vector e2 = mesh.positions[corners[2]] - mesh.positions[corners[0]];
+    alongU = (e1 * v2 - e2 * v1) * (1.0f / area);
+    alongV = (e2 * u1 - e1 * u2) * (1.0f / area);
+    return true;
+}
+
+}  // namespace
+
+UV surfaceUV(const PelkContext& context, int set) {
+    const RenderContext& hit = hostContext(context);
+    if (!hit.object || hit.object->mesh.uvs.empty())
+        return {};
+    const Mesh& mesh = hit.object->mesh;
+    const std::vector<UV>& uvs = uvSet(mesh, set);
+    const auto& corners = mesh.triangles[hit.triangle];
+    const Vector& n = hit.object->faceNormals[hit.triangle];
+    const Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]],
+                 &c = mesh.positions[corners[2]];
+    // By areas and not by the stored weights: the point may have been moved along the surface.
+    const double wa = partArea(hit.hitPoint, b, c, n), wb = partArea(hit.hitPoint, c, a, n),
+                 wc = partArea(hit.hitPoint, a, b, n), sum = wa + wb + wc;
+    if (!(sum > 0.0))
+        return uvs[corners[0]];
+    const UV &ua = uvs[corners[0]], &ub = uvs[corners[1]], &uc = uvs[corners[2]];
+    return {static_cast<float>((wa * ua.u + wb * ub.u + wc * uc.u) / sum),
+            static_cast<float>((wa * ua.v + wb * ub.v + wc * uc.v) / sum)};
+}
+
+Transform surfaceFrame(const PelkContext& context, int set) {
+    const RenderContext& hit = hostContext(context);
+    // A side that was turned over is still the same surface.
+    const Vector n = hit.flippedSide ? -hit.normal : hit.normal;
+    Vector u, v;
+    if (!hit.object || !uvAxes(hit.object->mesh, uvSet(hit.object->mesh, set), hit.triangle, u, v))
+        makeBasis(n, u, v);
+    const float volume = dot(cross(u, v), n);
+    if (!(volume != 0.0f))
+        return {};
+    const float inverse = 1.0f / volume;
+    // The rows of the map are the gradients of the coordinates.
+    const Matrix m =
+        transposed({{cross(v, n) * inverse, cross(n, u) * inverse, cross(u, v) * inverse}});
+    return {m.columns[0], m.columns[1], m.columns[2], {}};
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,175 @@
+#include "pelk/materials/composite/mtl_2sided.h"
+
+#include "pelk/contract/shading.h"
+#include "pelk/materials/descriptor/nesting.h"
+
+namespace {
+
+using P = TwoSidedParams;
+
+constexpr ParamTable kParams{
+    pluginParam("front", &P::front, EXT_MATERIAL,
+                "The material for the surface on the same side as the normal.",
+                "startTab=(Pelk 2-Sided Material), startRollout=(Parameters)"),
+    pluginParam("back", &P::back, EXT_MATERIAL,
+                "The material for the side that is opposite the surface normal."),
+    colorParam("translucency", &P::translucency, Color(0), "Translucency between front and back."),
+    textureParam("translucency_tex", &P::translucencyTex, "Translucency texture.",
+                 "displayName=(Translucency texture)"),
+    floatParam("translucency_tex_mult", &P::translucencyTexMult, 1.0f,
+               "Multiplier for the translucency texture.",
+               "displayName=(Translucency texture multiplier), minValue=(0.0), maxValue=(1.0)"),
+    boolParam("force_1sided", &P::force1Sided, true, "True to make the sub-materials one-sided.",
+              "displayName=(Force single-sided sub-materials)"),
+    boolParam("mult_by_front_diffuse", &P::multByFrontDiffuse, false,
+              "True to multiply the back side color by the cached diffuse color of the front "
+              "BRDF.",
+              "displayName=(Multiply by front diffuse)"),
+    pluginListParam("channels", &P::channels, EXT_RENDER_CHANNEL,
+                    "Render channels the result of this BRDF will be written to."),
+};
+
+void writeTranslucency(const TwoSidedParams& params, const SourceArgs& args) {
+    TextureInterface* texture = params.translucencyTex;
+    if (texture && findInterface<RTTexInterface>(texture->getPlugin(), EXT_RTTEX)) {
+        args.source.append("weight_map\n");
+        RTTexInterface::getRTTexSource(texture, "color", "", args.kind, args.source, args.data);
+        return;
+    }
+    const Color t = params.translucency;
+    args.source.printf("weight_map\ncolor %f %f %f\n", t.r, t.g, t.b);
+}
+
+void writeLayers(const TwoSidedParams& params, const SourceArgs& args) {
+    if (RTMtlInterface* front = findRTMtl(params.front))
+        writeFrame(args.source, [&] {
+            writeTranslucency(params, args);
+            passThrough(front, args);
+        });
+    if (RTMtlInterface* back = findRTMtl(params.back))
+        writeFrame(args.source, [&] {
+            args.source.append("weight_map\ncolor 1.0 1.0 1.0\n");
+            passThrough(back, args);
+        });
+}
+
+}  // namespace
+
+Mtl2SidedDesc::Mtl2SidedDesc() {
+    kParams.addTo(list);
+    paramDesc = &list;
+}
+
+Mtl2Sided::Mtl2Sided(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
+    kParams.bind(paramList, params);
+}
+
+void Mtl2Sided::renderBegin(PelkRenderer&) {
+    paramList.cacheParams(0.0, TracePoint());  // the channels are wanted before the first frame
+    channelIndices.clear();
+    for (int i = 0; i < params.channels.count; ++i) {
+        Plugin* plugin = params.channels.items[i];
+        if (auto* channel = findInterface<RenderChannelInterface>(plugin, EXT_RENDER_CHANNEL))
+            channelIndices.append(channel->getChannelIndex());
+    }
+}
+
+void Mtl2Sided::renderEnd(PelkRenderer&) {
+    channelIndices.free();
+    params.channels.count = 0;
+}
+
+void Mtl2Sided::frameBegin(PelkRenderer& renderer) {
+    PelkRTMaterial::frameBegin(renderer);
+    if (!params.back)
+        params.back = params.front;
+    bsdfInterfaces[0] = findInterface<BSDFInterface>(params.front, EXT_BSDF);
+    bsdfInterfaces[1] = findInterface<BSDFInterface>(params.back, EXT_BSDF);
+    pool.resize(renderer.sequenceData.numThreads);
+}
+
+void Mtl2Sided::frameEnd(PelkRenderer&) {
+    pool.destroy();
+}
+
+void Mtl2Sided::shade(PelkContext& context) {
+    const ScopedSampler sampler(context, *this, params.force1Sided ? kSingleSided : 0);
+    if (!sampler.get())
+        return setFullyTransparent(context);
+    shadeBSDF(context, sampler.get());
+}
+
+BSDFSampler* Mtl2Sided::getBSDF(PelkContext& context, int flags) {
+    PoolEntry<Mtl2SidedBSDF>* entry = pool.entry(context.threadData->threadIndex);
+    if (!entry)
+        return nullptr;
+    PoolLoan element(*entry);
+    const int side = element->side = context.backSide ? 1 : 0;
+    if (params.force1Sided)
+        flags |= kSingleSided;
+    BSDFSampler *first = nullptr, *second = nullptr;
+    try {
+        {
+            const ScopedFlip toViewer(context, context.backSide && !context.flippedSide);
+            first = getSampler(context, side, flags);
+            const ScopedFlip beyond(context);
+            second = getSampler(context, 1 - side, flags);
+        }
+        // A weight that is no number shows no texture.
+        const float weight = params.translucencyTexMult;
+        const Color translucency =
+            textureBlend(context, params.translucency,
+                         weight >= 1e-12f ? params.translucencyTex : nullptr, weight);
+        element->init(context, translucency, first, second, params.multByFrontDiffuse, Color(0));
+    } catch (...) {
+        // Out of memory: the samplers so far go back.
+        if (first)
+            releaseSampler(context, side, first);
+        if (second)
+            releaseSampler(context, 1 - side, second);
+        throw;
+    }
+    return element.handOut();
+}
+
+BSDFSampler* Mtl2Sided::getSampler(PelkContext& context, int side, int flags) const {
+    // The materials shall not know that the context was turned.
+    const ScopedValue flippedSide(context.flippedSide, 0);
+    BSDFInterface* bsdf = bsdfInterfaces[side];
+    return bsdf ? bsdf->getBSDF(context, flags) : nullptr;
+}
+
+void Mtl2Sided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
+    if (!sampler)
+        return;
+    auto* element = static_cast<PoolElement<Mtl2SidedBSDF>*>(sampler);
+    releaseSampler(context, element->side, element->getFirst());
+    releaseSampler(context, 1 - element->side, element->getSecond());
+    pool.entry(context.threadData->threadIndex)->giveBack(element);
+}
+
+// A material that gave no sampler gets the null back.
+void Mtl2Sided::releaseSampler(PelkContext& context, int side, BSDFSampler* sampler) const {
+    if (BSDFInterface* bsdf = bsdfInterfaces[side])
+        bsdf->releaseBSDF(context, sampler);
+}
+
+int Mtl2Sided::getOpaqueFlags() {
+    return 2 | (opaqueFlagsOf(params.front) & opaqueFlagsOf(params.back) & 1);
+}
+
+int Mtl2Sided::getMaterialSource(void* owner, const char* sourceName, const char* kind,
+                                 ShaderSource& source, OCLData& data) {
+    const SourceArgs args{owner, sourceName, kind, source, data};
+    if (isSection(kind, kHierarchySection)) {
+        RTMtlInterface* const children[] = {findRTMtl(params.front), findRTMtl(params.back)};
+        writeChildren(children, args);
+        return 1;
+    }
+    if (!isSection(kind, kMaterialSection))
+        return 0;
+    source.printf("dbgmtlname \"%s\"\n", messageName(*this));
+    source.append("two_sided\n");
+    writeLayers(params, args);
+    return 1;
+}

@@ -1,0 +1,111 @@
+#include "pelk/materials/composite/mtl_double_sided.h"
+
+namespace {
+
+constexpr ParamTable kParams{
+    pluginParam("base_mtl", &DoubleSidedParams::baseMtl, EXT_MATERIAL, "Base material"),
+};
+
+}  // namespace
+
+MtlDoubleSidedDesc::MtlDoubleSidedDesc() {
+    kParams.addTo(list);
+    paramDesc = &list;
+}
+
+MtlDoubleSided::MtlDoubleSided(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {
+    kParams.bind(paramList, params);
+}
+
+void MtlDoubleSided::frameBegin(PelkRenderer& renderer) {
+    PelkMaterial::frameBegin(renderer);
+    baseMaterial = findInterface<MaterialInterface>(params.baseMtl, EXT_MATERIAL);
+    baseBSDF = findInterface<BSDFInterface>(params.baseMtl, EXT_BSDF);
+    pool.resize(renderer.sequenceData.numThreads);
+}
+
+void MtlDoubleSided::frameEnd(PelkRenderer&) {
+    pool.destroy();
+}
+
+void MtlDoubleSided::shade(PelkContext& context) {
+    if (!baseMaterial)
+        return setOpaqueBlack(context);
+    const ScopedFlip front(context, context.backSide != 0);
+    baseMaterial->shade(context);
+}
+
+BSDFSampler* MtlDoubleSided::getBSDF(PelkContext& context, int flags) {
+    PoolEntry<BackSideBSDF>* entry =
+        baseBSDF ? pool.entry(context.threadData->threadIndex) : nullptr;
+    if (!entry)
+        return nullptr;
+    // Taken before the base is asked: if there is no memory, no sampler of its own is lost.
+    PoolLoan element(*entry);
+    element->flipped = context.backSide;
+    element->brdf = nullptr;
+    const ScopedFlip front(context, context.backSide != 0);
+    element->bsdf = baseBSDF->getBSDF(context, flags);
+    return element->bsdf ? element.handOut() : nullptr;
+}
+
+void MtlDoubleSided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
+    if (!sampler || !baseBSDF)
+        return;
+    auto* element = static_cast<PoolElement<BackSideBSDF>*>(sampler);
+    baseBSDF->releaseBSDF(context, element->bsdf);
+    pool.entry(context.threadData->threadIndex)->giveBack(element);
+}
+
+BRDFSampler* BackSideBSDF::getBRDF(BSDFSide side) {
+    brdf = bsdf->getBRDF(side);
+    return brdf ? this : nullptr;
+}
+
+Color BackSideBSDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
+                         Color& origLightColor, float probLight, int flags) {
+    const ScopedFlip asMade(context, flipped != 0);
+    return brdf->eval(context, direction, lightColor, origLightColor, probLight, flags);
+}
+
+void BackSideBSDF::traceForward(PelkContext& context, int doDiffuse) {
+    const ScopedFlip turned(context);
+    brdf->traceForward(context, doDiffuse);
+}
+
+Color BackSideBSDF::getDiffuseColor(Color& lightColor) {
+    return brdf->getDiffuseColor(lightColor);
+}
+
+Color BackSideBSDF::getLightMult(Color& lightColor) {
+    return brdf->getLightMult(lightColor);
+}
+
+void BackSideBSDF::multiplyLight(float factor) {
+    brdf->multiplyLight(factor);
+}
+
+void BackSideBSDF::lightFinished(int light) {
+    brdf->lightFinished(light);
+}
+
+int BackSideBSDF::getUseIrradianceMap() {
+    return brdf->getUseIrradianceMap();
+}
+
+int BackSideBSDF::getNumSamples(PelkContext& context, int doDiffuse) {
+    return brdf->getNumSamples(context, doDiffuse);
+}
+
+Color BackSideBSDF::getTransparency(PelkContext& context) {
+    return brdf->getTransparency(context);
+}
+
+PelkContext* BackSideBSDF::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
+    return brdf->getNewContext(context, sampler, doDiffuse);
+}
+
+float BackSideBSDF::setupContext(PelkContext& context, PelkContext& newContext, float random,
+                                 int sample) {
+    return brdf->setupContext(context, newContext, random, sample);
+}

@@ -1,0 +1,102 @@
+#include "pelk/materials/composite/mtl_layered_brdf.h"
+
+#include "pelk/contract/shading.h"
+
+namespace {
+
+constexpr ParamTable kParams{
+    pluginListParam("brdfs", &LayeredBRDFParams::brdfs, EXT_BSDF),
+    boolParam("double_sided", &LayeredBRDFParams::doubleSided, true,
+              "1 to make the material double-sided"),
+};
+
+}  // namespace
+
+MtlLayeredBRDFDesc::MtlLayeredBRDFDesc() {
+    kParams.addTo(list);
+    paramDesc = &list;
+}
+
+MtlLayeredBRDF::MtlLayeredBRDF(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {
+    kParams.bind(paramList, params);
+}
+
+void MtlLayeredBRDF::frameBegin(PelkRenderer& renderer) {
+    PelkMaterial::frameBegin(renderer);
+    bsdfInterfaces.resize(params.brdfs.count);
+    for (int i = 0; i < params.brdfs.count; ++i)
+        bsdfInterfaces[i] = findInterface<BSDFInterface>(params.brdfs.items[i], EXT_BSDF);
+    pool.resize(renderer.sequenceData.numThreads);
+    warned = 0;
+}
+
+void MtlLayeredBRDF::frameEnd(PelkRenderer&) {
+    pool.destroy();
+    bsdfInterfaces.free();
+}
+
+void MtlLayeredBRDF::shade(PelkContext& context) {
+    if (params.brdfs.count == 0) {
+        if (Fragment* fragment = context.resultFragment)
+            fragment->clear(1);
+        return setOpaqueBlack(context);
+    }
+    {
+        const ScopedSampler sampler(context, *this, params.doubleSided ? 0 : kSingleSided);
+        if (!sampler.get())
+            return setFullyTransparent(context);
+        shadeLayers(context, sampler.get());
+    }
+    repairResultColor(context, *this, false, warned);
+}
+
+void MtlLayeredBRDF::shadeLayers(PelkContext& context, BSDFSampler* sampler) const {
+    if (context.rayType & kRayShadow) {
+        const Color through = sampler->getBSDFTransparency(context);
+        return setResults(context, Color(0), through, complement(through), through);
+    }
+    Color direct;
+    context.computeDirectLighting(direct, sampler);
+    sampler->traceBSDFForward(context, 1);
+    context.resultColor += direct;
+}
+
+BSDFSampler* MtlLayeredBRDF::getBSDF(PelkContext& context, int flags) {
+    PoolEntry<LayeredBSDF>* entry = pool.entry(context.threadData->threadIndex);
+    if (!entry)
+        return nullptr;
+    PoolElement<LayeredBSDF>* element = entry->take();
+    try {
+        fillLayers(context, params.doubleSided ? flags : flags | kSingleSided, *element);
+    } catch (...) {
+        // Out of memory: the samplers of the layers so far go back.
+        releaseBSDF(context, element);
+        throw;
+    }
+    return element;
+}
+
+void MtlLayeredBRDF::fillLayers(PelkContext& context, int flags, LayeredBSDF& layers) {
+    // A layer is made with the weight that those above it leave.
+    const ScopedValue weight(context.rayWeight, context.rayWeight);
+    layers.setNumBSDFs(context, bsdfInterfaces.size(), 0);
+    layers.setTransparency(Color(0));
+    for (int i = 0; i < bsdfInterfaces.size(); ++i) {
+        if (BSDFInterface* bsdf = bsdfInterfaces[i])
+            layers.setBSDF(i, bsdf->getBSDF(context, flags), Color(0), 0);
+        else
+            layers.setBSDF(i, nullptr, Color(1), 0);
+    }
+}
+
+void MtlLayeredBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
+    if (!sampler)
+        return;
+    auto* element = static_cast<PoolElement<LayeredBSDF>*>(sampler);
+    for (int i = 0; i < element->getNumBSDFs(); ++i) {
+        BSDFSampler* layer = element->getBSDF(i);
+        if (layer && bsdfInterfaces[i])
+            bsdfInterfaces[i]->releaseBSDF(context, layer);
+    }
+    pool.entry(context.threadData->threadIndex)->giveBack(element);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "pelk/contract/forwarding_sampler.h"
+#include "pelk/contract/material.h"
+#include "pelk/contract/material_desc.h"
+
+/// Parameters of MtlMaterialID, as the host refreshes them at each frameBegin.
+struct MaterialIDParams {
+    PluginBase* baseMtl = nullptr;        ///< what shades
+    TextureInterface* idColor = nullptr;  ///< colour of the id channel; its alpha is not used
+    int idNumber = 0;                     ///< number of the id channel
+};
+
+/// The base's sampler, which enters the ids once it has traced. Pooled and not constructed anew:
+/// MtlMaterialID::getBSDF writes every field.
+class MaterialIDBSDF : public ForwardingSampler {
+public:
+    TextureInterface* idColor = nullptr;
+    int idNumber = 0;
+
+    void traceForward(PelkContext& context, int doDiffuse) override;
+};
+
+/// Stamps a colour and a number into the id channels of all hits of the base.
+///
+/// The shading is the base's; without a base the results stay as they are, and the channels are
+/// written all the same. Shadow rays write none.
+class MtlMaterialID final : public PelkRTMaterial {
+public:
+    explicit MtlMaterialID(PelkPluginDesc* pluginDesc);
+
+    void renderBegin(PelkRenderer& renderer) override;
+    void renderEnd(PelkRenderer& renderer) override;
+    void frameBegin(PelkRenderer& renderer) override;
+    void frameEnd(PelkRenderer& renderer) override;
+
+    void shade(PelkContext& context) override;
+    BSDFSampler* getBSDF(PelkContext& context, int flags) override;
+    void releaseBSDF(PelkContext& context, BSDFSampler* sampler) override;
+    /// The number, whatever the base would answer.
+    int getMaterialID(PelkContext& context) override;
+    int getOpaqueFlags() override;
+
+    int getMaterialSource(void* owner, const char* sourceName, const char* kind,
+                          ShaderSource& source, OCLData& data) override;
+    RTMtlInterface* getMultiMtl() override;
+
+private:
+    MaterialIDParams params;
+    MaterialInterface* baseMaterial = nullptr;  // these two: set in frameBegin
+    BSDFInterface* baseBSDF = nullptr;
+    ThreadPools<MaterialIDBSDF> pool;  // lives from renderBegin to renderEnd, reset in frameEnd
+};
+
+class MtlMaterialIDDesc : public MaterialDesc<MtlMaterialID> {
+public:
+    MtlMaterialIDDesc();
+    u32 getPluginID() override { return 0x77B41398; }
+    const char* getName() override { return "MtlMaterialID"; }
+};

@@ -1,0 +1,12 @@
+#include "pelk/materials/matte/mtl_wrapper_maya.h"
+
+MtlWrapperMayaDesc::MtlWrapperMayaDesc() {
+    addWrapperParams(list);
+    paramDesc = &list;
+}
+
+void MtlWrapperMaya::shade(PelkContext& context) {
+    if (context.rayType & (kRayReflect | kRayRefract))
+        return setOpaqueBlack(context);
+    MtlWrapper::shade(context);
+}

@@ -1,0 +1,194 @@
+#include "pelk/materials/surface/mtl_single_brdf.h"
+
+#include "pelk/base/shared_field.h"
+#include "pelk/contract/shading.h"
+#include "pelk/materials/descriptor/nesting.h"
+
+namespace {
+
+constexpr ParamTable kParams{
+    colorParam("filter", &SingleBRDFParams::filter, Color(1)),
+    pluginParam("brdf", &SingleBRDFParams::brdf, EXT_BSDF),
+    intParam("double_sided", &SingleBRDFParams::doubleSided, kBackShaded,
+             "0 - single sided, 1 - to make the material double-sided, 2 - make back faces "
+             "pointing at camera transparent for camera rays, 3 - make back faces transparent for "
+             "all ray types except shadow rays, 4 - same as 3 but back faces are also visible to "
+             "rays that have been refracted(and are not GI or reflection rays"),
+    boolParam("allow_negative_colors", &SingleBRDFParams::allowNegativeColors, false,
+              "true to allow negative color components; otherwise they will be clamped to 0"),
+};
+
+// Whether the ray goes through the hit as if nothing were there.
+bool isSeeThrough(const PelkContext& context, int doubleSided) {
+    if (!context.backSide)
+        return false;
+    const u32 type = context.rayType;
+    const bool isShadow = type & kRayShadow;
+    const bool isRefracted = (type & kRayRefract) && !(type & (kRayReflect | kRayGi));
+    switch (doubleSided) {
+        case kBackHidesCamera:
+            return context.traceDepth == 0 && (type & kRayCamera);
+        case kBackHidesAll:
+            return !isShadow;
+        case kBackKeepsRefracted:
+            return !isShadow && !isRefracted;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+MtlSingleBRDFDesc::MtlSingleBRDFDesc() {
+    kParams.addTo(list);
+    paramDesc = &list;
+}
+
+MtlSingleBRDF::MtlSingleBRDF(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
+    kParams.bind(paramList, params);
+}
+
+void MtlSingleBRDF::renderBegin(PelkRenderer& renderer) {
+    pool.resize(renderer.sequenceData.numThreads);
+}
+
+void MtlSingleBRDF::renderEnd(PelkRenderer&) {
+    pool.destroy();
+}
+
+void MtlSingleBRDF::frameBegin(PelkRenderer& renderer) {
+    PelkRTMaterial::frameBegin(renderer);
+    bsdfInterface = findInterface<BSDFInterface>(params.brdf, EXT_BSDF);
+    MessageLog* log = renderer.sequenceData.log;
+    if (!bsdfInterface && log)
+        log->warning("[MtlSingleBRDF] No BSDF parameter specified to material \"%s\"\n",
+                     messageName(*this));
+    warned = opaqueKnown = opaqueFlags = 0;
+    filterActive = params.filter != Color(1) ? 1 : 0;
+}
+
+void MtlSingleBRDF::shade(PelkContext& context) {
+    if (!params.brdf || !bsdfInterface)
+        return setOpaqueBlack(context);
+    if (isSeeThrough(context, params.doubleSided))
+        return setFullyTransparent(context);
+    const ScopedValue weight(context.rayWeight, context.rayWeight * params.filter);
+    const ScopedValue weight2(context.rayWeight2, context.rayWeight2 * params.filter);
+    shadeFiltered(context);
+}
+
+void MtlSingleBRDF::shadeFiltered(PelkContext& context) {
+    const int flags = params.doubleSided == kBackSingle ? kSingleSided : 0;
+    const bool setsVolume = !context.surfaceVolume;
+    try {
+        const ScopedSampler sampler(context, *bsdfInterface, flags);
+        if (!sampler.get())
+            return setFullyTransparent(context);
+        if (setsVolume)
+            context.surfaceVolume = sampler.get()->getVolume(context);
+        if (context.rayType & kRayShadow)
+            shadeShadowRay(context, sampler.get());
+        else
+            shadeLit(context, sampler.get());
+    } catch (...) {
+        // Out of memory: the hit is left as it was.
+        if (setsVolume)
+            context.surfaceVolume = nullptr;
+        throw;
+    }
+    // What lets nothing through has no inside that a ray could enter.
+    if (setsVolume && mean(context.resultTransparency) < 1e-6f)
+        context.surfaceVolume = nullptr;
+}
+
+void MtlSingleBRDF::shadeShadowRay(PelkContext& context, BSDFSampler* sampler) const {
+    const Color transparency = sampler->getBSDFTransparency(context);
+    setResults(context, Color(0), transparency, complement(transparency), transparency);
+}
+
+void MtlSingleBRDF::shadeLit(PelkContext& context, BSDFSampler* sampler) {
+    context.shadeWithBSDF(sampler, 1);
+    if (filterActive)
+        context.resultColor *= params.filter;
+    repairResultColor(context, *this, params.allowNegativeColors != 0, warned);
+}
+
+BSDFSampler* MtlSingleBRDF::getBSDF(PelkContext& context, int flags) {
+    if (!bsdfInterface)
+        return nullptr;
+    if (params.doubleSided < kBackHidesCamera) {
+        if (params.doubleSided == kBackSingle)
+            flags |= kSingleSided;
+        return bsdfInterface->getBSDF(context, flags);
+    }
+    PoolEntry<BSDFBackFace>* entry = pool.entry(context.threadData->threadIndex);
+    if (!entry)
+        return nullptr;
+    // Taken before the plug-in is asked: if there is no memory, no sampler of its own is lost.
+    PoolLoan element(*entry);
+    element->bsdf = bsdfInterface->getBSDF(context, flags);
+    element->brdf = nullptr;
+    element->doubleSided = params.doubleSided;
+    return element.handOut();
+}
+
+void MtlSingleBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
+    if (!sampler)
+        return;
+    if (params.doubleSided < kBackHidesCamera) {
+        if (bsdfInterface)
+            bsdfInterface->releaseBSDF(context, sampler);
+        return;
+    }
+    auto* element = static_cast<PoolElement<BSDFBackFace>*>(sampler);
+    if (bsdfInterface && element->bsdf)
+        bsdfInterface->releaseBSDF(context, element->bsdf);
+    pool.entry(context.threadData->threadIndex)->giveBack(element);
+}
+
+int MtlSingleBRDF::getOpaqueFlags() {
+    if (!readShared(opaqueKnown)) {
+        writeShared(opaqueFlags, opaqueFlagsOf(params.brdf));
+        writeShared(opaqueKnown, 1);
+    }
+    return readShared(opaqueFlags);
+}
+
+int MtlSingleBRDF::getMaterialSource(void* owner, const char* sourceName, const char* kind,
+                                     ShaderSource& source, OCLData& data) {
+    RTMtlInterface* child = findRTMtl(params.brdf);
+    const bool isMaterial = isSection(kind, kMaterialSection);
+    if (!child && !isMaterial)
+        return 0;
+    source.printf("double_sided %i\n", params.doubleSided);
+    if (!child)
+        source.append("diffuse\ncolor 0.5 0.5 0.5\n");
+    const int answer = passThrough(child, {owner, sourceName, kind, source, data});
+    return isMaterial ? 1 : answer;
+}
+
+BRDFSampler* BSDFBackFace::getBRDF(BSDFSide side) {
+    brdf = bsdf ? bsdf->getBRDF(side) : nullptr;
+    return brdf ? this : nullptr;
+}
+
+Color BSDFBackFace::getDiffuseColor(Color& lightColor) {
+    return brdf->getDiffuseColor(lightColor);
+}
+
+Vector BSDFBackFace::getDiffuseNormal(PelkContext& context) {
+    return brdf->getDiffuseNormal(context);
+}
+
+Color BSDFBackFace::getLightMult(Color& lightColor) {
+    return brdf->getLightMult(lightColor);
+}
+
+Color BSDFBackFace::eval(PelkContext& context, const Vector& direction, Color& lightColor,
+                         Color& origLightColor, float probLight, int flags) {
+    return brdf->eval(context, direction, lightColor, origLightColor, probLight, flags);
+}
+
+Color BSDFBackFace::getTransparency(PelkContext& context) {
+    return isSeeThrough(context, doubleSided) ? Color(1) : brdf->getTransparency(context);
+}

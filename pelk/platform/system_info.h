@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "pelk/platform/api.h"
+
+namespace Tarnkit::platform {
+
+struct OsVersion {
+    int major;
+    int minor;
+    char servicePack[128];
+};
+
+/// The version as the system states it. False if it has none in this form.
+PELK_API bool osVersion(OsVersion& version);
+
+/// The path of the running program. False, with an empty text, if it is unknown or does not fit.
+PELK_API bool executablePath(char* buffer, std::size_t size);
+
+/// The name of this computer, as above.
+PELK_API bool computerName(char* buffer, std::size_t size);
+
+/// All in bytes.
+struct MemoryStatus {
+    std::uint64_t totalPhysical;
+    std::uint64_t freePhysical;  ///< what can be had without pushing other programs out
+    std::uint64_t totalVirtual;  ///< the address space of this process
+    std::uint64_t freeVirtual;
+};
+
+PELK_API bool memoryStatus(MemoryStatus& status);
+
+/// Bytes of this process that stand in physical memory; -1 if unknown.
+PELK_API std::int64_t workingSet();
+
+}  // namespace Tarnkit::platform

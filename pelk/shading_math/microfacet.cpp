@@ -1,0 +1,250 @@
+#include "pelk/shading_math/microfacet.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Tarnkit {
+namespace {
+
+constexpr float kPi = 3.14159265f;
+constexpr float kTwoPi = 6.2831855f;
+/// Stands for a density that can't be told.
+constexpr float kCertain = 1e18f;
+/// A facet or a direction that leans further than this isn't seen.
+constexpr float kLeastCosine = 0.001f;
+/// A tail within this of one with a closed form takes the form.
+constexpr float kTailTolerance = 0.01f;
+
+/// The squared polar cosine of a facet, by a number below 1.
+float sampleCosine2(float u, float a2, int type, float gamma) {
+    switch (type) {
+        case kGtrTailOne:
+            return (1.0f - std::pow(a2, 1.0f - u)) / (1.0f - a2);
+        case kGtrFreeTail: {
+            const float power = std::pow(a2, 1.0f - gamma) * (1.0f - u) + u;
+            return (1.0f - std::pow(power, 1.0f / (1.0f - gamma))) / (1.0f - a2);
+        }
+        default:
+            return (1.0f - u) / ((a2 - 1.0f) * u + 1.0f);
+    }
+}
+
+/// The density of facets by the polar cosine of their normals.
+float distribution(float c, float a2, int type, float gamma) {
+    if (!(c > kLeastCosine))
+        return 0.0f;
+    const float c2 = c * c;
+    const float p = c2 * (1.0f / c2 - 1.0f + a2);
+    switch (type) {
+        case kGtrTailOne: {
+            const float below = std::log(a2) * kPi * p;
+            return below < (a2 - 1.0f) * 1e-6f ? (a2 - 1.0f) / below : 0.0f;
+        }
+        case kGtrFreeTail: {
+            const float above = (gamma - 1.0f) * (a2 - 1.0f);
+            const float below = (1.0f - std::pow(a2, 1.0f - gamma)) * kPi * std::pow(p, gamma);
+            return std::fabs(below) > 1e-6f * std::fabs(above) ? above / below : 0.0f;
+        }
+        default: {
+            const float below = kPi * (p * p);
+            return below > a2 * 1e-6f ? a2 / below : 0.0f;
+        }
+    }
+}
+
+// ---- masking, by the cotangent `a` of the direction's angle to the normal
+
+float maskTailZero(float a) {
+    return 2.0f / (std::sqrt(1.0f / (a * a) + 1.0f) + 1.0f);
+}
+
+float maskTailOne(float a, float a2) {
+    // Facets of the roughness 1 lie alike whatever the tail; the form would divide 0 by 0.
+    if (a2 == 1.0f)
+        return maskTailZero(a);
+    const float squares = a * a + a2, root = std::sqrt(squares), one = std::sqrt(a * a + 1.0f);
+    const float g = a * std::log(a2) / (root - one + a * std::log((a + one) * a2 / (a + root)));
+    return std::isnan(g) ? 1.0f : g;  // of a mirror
+}
+
+float maskTailTwo(float a, float alpha) {
+    const float ratio = alpha / a;
+    return 2.0f / (std::sqrt(ratio * ratio + 1.0f) + 1.0f);
+}
+
+float maskTailThree(float a, float a2) {
+    const float root = std::sqrt(a * a + a2);
+    return 4.0f * a * (a2 + 1.0f) * root /
+           (a2 * (3.0f * a2 + 1.0f) + 2.0f * a * (a2 + 1.0f) * (a + root));
+}
+
+float maskTailFour(float a, float a2) {
+    const float a4 = a2 * a2, s = a2 + 1.0f + a4;
+    const float squares = a2 + a * a, q = squares * std::sqrt(squares);
+    return 2.0f * a * (8.0f * s) * q /
+           (3.0f * a2 * (4.0f * (a * a) * (s + a4) + a2 * (2.0f * a2 + 1.0f + 5.0f * a4)) +
+            8.0f * s * a * (a * (a * a) + q));
+}
+
+constexpr int kKnots = 5;
+
+/// The natural cubic spline through y at the places 0, 1, 2, 3, 4; the ends hold beyond them.
+float readSpline(const float (&y)[kKnots], float x) {
+    x = std::clamp(x, 0.0f, static_cast<float>(kKnots - 1));
+    // Second derivatives, 0 at both ends, by the elimination of a band matrix.
+    float second[kKnots] = {}, right[kKnots] = {};
+    for (int i = 1; i < kKnots - 1; ++i) {
+        const float below = 0.5f * second[i - 1] + 2.0f;
+        second[i] = -0.5f / below;
+        right[i] = (3.0f * (y[i + 1] - 2.0f * y[i] + y[i - 1]) - 0.5f * right[i - 1]) / below;
+    }
+    second[kKnots - 1] = 0.0f;
+    for (int i = kKnots - 2; i >= 0; --i)
+        second[i] = second[i] * second[i + 1] + right[i];
+    int low = 0, high = kKnots - 1;
+    while (high - low > 1) {
+        const int middle = (low + high) / 2;
+        (static_cast<float>(middle) > x ? high : low) = middle;
+    }
+    const float b = x - static_cast<float>(low), a = 1.0f - b;
+    return a * y[low] + b * y[high] +
+           ((a * a * a - a) * second[low] + (b * b * b - b) * second[high]) / 6.0f;
+}
+
+float maskAnyTail(float a, float alpha, float gamma) {
+    const float a2 = alpha * alpha;
+    if (gamma <= kTailTolerance)
+        return maskTailZero(a);
+    if (std::fabs(gamma - 1.0f) <= kTailTolerance)
+        return maskTailOne(a, a2);
+    if (std::fabs(gamma - 3.0f) <= kTailTolerance)
+        return maskTailThree(a, a2);
+    if (gamma >= 3.99f)
+        return maskTailFour(a, a2);
+    const float knots[kKnots] = {maskTailZero(a), maskTailOne(a, a2), maskTailTwo(a, alpha),
+                                 maskTailThree(a, a2), maskTailFour(a, a2)};
+    return readSpline(knots, gamma);
+}
+
+/// What both directions see, in the scale of the lobe's value times cosine.
+float maskBoth(const Vector& d, const Vector& r, const Vector& h, const Vector& n, float alpha,
+               float gamma, int maskMode, float nv) {
+    return gtrMasking(-d, h, n, alpha, gamma, maskMode) *
+           gtrMasking(r, h, n, alpha, gamma, maskMode) * 0.25f / nv;
+}
+
+/// The cosine that a direction has against the normal or the view is too small to divide by.
+bool grazes(float cosine) {
+    return !(std::fabs(cosine) > 1e-6f);
+}
+
+}  // namespace
+
+float gtrMasking(const Vector& w, const Vector& h, const Vector& n, float alpha, float gamma,
+                 int maskMode) {
+    const float c = dot(n, w);
+    if (!(c > kLeastCosine) || !(dot(h, w) * c > 0.0f))
+        return 0.0f;
+    if (c >= 0.999999f)
+        return 1.0f;
+    const float a = c / std::sqrt(1.0f - c * c);
+    const float g = maskMode || std::fabs(gamma - 2.0f) <= kTailTolerance
+                        ? maskTailTwo(a, alpha)
+                        : maskAnyTail(a, alpha, gamma);
+    return g > 0.0f ? std::min(g, 1.0f) : 0.0f;
+}
+
+Vector sampleGTR(float u, float v, float alpha, int type, float gamma, const Vector& d,
+                 const Matrix& frame, float& pdf, float& weight, int maskMode) {
+    const float a2 = alpha * alpha, phi = v * kTwoPi;
+    const Vector n = frame.columns[2];
+    const float c2 = sampleCosine2(u, a2, type, gamma), c = std::sqrt(c2);
+    pdf = weight = 0.0f;
+    if (!(c > 0.0f))
+        return n;
+    const float s = std::sqrt(std::max(0.0f, 1.0f - c2));
+    const Vector facet = frame * Vector(std::cos(phi) * s, std::sin(phi) * s, c);
+    const float f = length(facet);
+    const Vector h = {facet.x / f, facet.y / f, facet.z / f};
+    const Vector r = mirrored(d, h);
+    const float nv = std::fabs(dot(n, -d));
+    if (grazes(nv) || grazes(dot(n, r))) {
+        pdf = kCertain;
+        return r;
+    }
+    const float density = distribution(c, a2, type, gamma);
+    const float both = maskBoth(d, r, h, n, alpha, gamma, maskMode, nv);
+    const float hr = dot(h, r);
+    const float j = (hr > 0.0f ? 0.25f / hr * c : 0.0f) * f * (f * f);
+    pdf = density >= 1e-6f ? density * j * kTwoPi : kCertain;
+    weight = j >= 1e-6f ? both / j : 0.0f;
+    return r;
+}
+
+float gtrPdf(const Vector& direction, float alpha, int type, float gamma, const Vector& n,
+             const Vector& d) {
+    const Vector sum = direction - d;
+    const Vector h = sum * (1.0f / length(sum));
+    const float c = dot(n, h), b = dot(h, direction);
+    if (!(c > 0.0f && b > 0.0f))
+        return 0.0f;
+    return 0.25f / b * distribution(c, alpha * alpha, type, gamma) * c * kTwoPi;
+}
+
+float evalGTR(const Vector& d, const Vector& direction, float alpha, int type, float gamma,
+              const Vector& n, const Matrix& toWorld, const Matrix& toLocal, float& pdf,
+              int maskMode) {
+    pdf = 0.0f;
+    const float nv = std::fabs(dot(n, -d));
+    if (grazes(nv) || grazes(dot(n, direction)))
+        return 0.0f;
+    const Vector h = normalizeGuarded(direction - d);
+    const Vector local = normalizeGuarded(toLocal * h);
+    const float c = local.z;
+    const float density = distribution(c, alpha * alpha, type, gamma);
+    const float both = maskBoth(d, direction, h, n, alpha, gamma, maskMode, nv);
+    const float hr = dot(h, direction);
+    const float j = hr > 0.0f && c > 0.0f ? 0.25f / hr * c : 0.0f;
+    const Vector world = toWorld * local;
+    const float q = dot(world, world);
+    pdf = j * density * kTwoPi * q * std::sqrt(q);
+    return density * both * kTwoPi;
+}
+
+float evalGTRMixed(const Vector& d, const Vector& direction, float alpha, int type, float gamma,
+                   const Vector& n, const Matrix& toWorld, const Matrix& toLocal, float& pdf,
+                   int maskMode) {
+    const float value =
+        evalGTR(d, direction, alpha, type, gamma, n, toWorld, toLocal, pdf, maskMode);
+    pdf = alpha + (1.0f - alpha) * pdf;
+    return value;
+}
+
+float gtrPdfMixed(const Vector& direction, float alpha, int type, float gamma, const Vector& n,
+                  const Vector& d) {
+    return gtrPdf(direction, alpha, type, gamma, n, d) * (1.0f - alpha) + alpha;
+}
+
+Vector sampleGTRMixed(float u, float v, float alpha, int type, float gamma, const Vector& d,
+                      const Matrix& frame, float& pdf, float& weight, int maskMode,
+                      const Matrix& toLocal) {
+    Vector direction;
+    float value, old;
+    if (u < alpha) {
+        const float w = u / alpha, s = std::sqrt(1.0f - w * w), phi = v * kTwoPi;
+        const Vector* c = frame.columns;
+        direction = c[0] * (1.0f / length(c[0])) * (std::cos(phi) * s) +
+                    c[1] * (1.0f / length(c[1])) * (std::sin(phi) * s) + c[2] * w;
+        value = evalGTR(d, direction, alpha, type, gamma, c[2], frame, toLocal, pdf, maskMode);
+        old = 1.0f;
+    } else {
+        direction = sampleGTR((u - alpha) / (1.0f - alpha), v, alpha, type, gamma, d, frame, pdf,
+                              value, maskMode);
+        old = pdf;
+    }
+    pdf = alpha + (1.0f - alpha) * pdf;
+    weight = pdf > 1e-6f ? value * old / pdf : 0.0f;
+    return direction;
+}
+
+}  // namespace Tarnkit

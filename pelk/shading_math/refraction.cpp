@@ -1,0 +1,24 @@
+#include "pelk/shading_math/refraction.h"
+
+#include <cmath>
+
+namespace Tarnkit {
+
+Refraction refract(const Vector& d, const Vector& m, float n, const Vector& dx, const Vector& dy) {
+    const bool leaves = dot(m, d) >= 0.0f;
+    const Vector normal = leaves ? -m : m;
+    const float eta = leaves ? n : 1.0f / n;
+    const float c = -dot(d, normal), cx = -dot(dx, normal), cy = -dot(dy, normal);
+    const float q = 1.0f - (1.0f - c * c) * (eta * eta);
+    if (q > 1e-6f) {
+        const float s = std::sqrt(q);
+        return {d * eta + normal * (eta * c - s),
+                dx * eta + normal * (eta * cx - cx * c * (eta * eta) / s),
+                dy * eta + normal * (eta * cy - cy * c * (eta * eta) / s), false};
+    }
+    const Vector r = mirrored(d, normal);
+    const Vector h = normalizeGuarded(r - d);
+    return {r, mirrored(dx, h), mirrored(dy, h), true};
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,293 @@
+#include "pelk/support/regions/channel_kinds.h"
+
+#include <cstring>
+#include <type_traits>
+
+#include "pelk/base/vector.h"
+#include "pelk/support/regions/fragments.h"
+#include "pelk/support/regions/region_data.h"
+
+namespace Tarnkit {
+
+namespace {
+
+/// The depth of a pixel in which nothing was hit.
+constexpr float kNoDepth = 1e18f;
+
+/// A value without alignment, as slots and pixels lie one behind the other by their bytes.
+template <class Value>
+Value load(const void* data) {
+    Value value;
+    std::memcpy(&value, data, sizeof value);
+    return value;
+}
+
+template <class Value>
+void store(void* data, const Value& value) {
+    std::memcpy(data, &value, sizeof value);
+}
+
+// ---- pixels from main values
+
+void storeBeauty(void* pixel, const PKFragment*, const PKFragment& total) {
+    store(pixel, total.color + total.background);
+}
+
+void storeAlpha(void* pixel, const PKFragment*, const PKFragment& total) {
+    store(pixel, total.alpha);
+}
+
+void storeTransparency(void* pixel, const PKFragment*, const PKFragment& total) {
+    store(pixel, total.transparency);
+}
+
+/// Fragments hold the place along the camera's axis, which points backwards.
+void storeDepth(void* pixel, const PKFragment* front, const PKFragment&) {
+    store(pixel, front && front->weight > 0.0f ? -front->zDepth / front->weight : kNoDepth);
+}
+
+void storeRenderID(void* pixel, const PKFragment* front, const PKFragment&) {
+    store(pixel, front ? front->renderID : -1);
+}
+
+void storeNormal(void* pixel, const PKFragment* front, const PKFragment&) {
+    store(pixel, front ? normalizeGuarded(front->normal) : Vector());
+}
+
+void storeFront(void* pixel, const PKFragment* front, const PKFragment&) {
+    store(pixel, front ? AColor{front->color, mean(front->alpha)} : AColor());
+}
+
+constexpr ChannelKind kKinds[] = {
+    {"beauty", kAliasImageColor, kChannelColor, storeBeauty},
+    {"alpha", kAliasImageAlpha, kChannelColor, storeAlpha},
+    {"diffuse", kAliasDiffuse, kChannelColor},
+    {"specular", 106, kChannelColor},
+    {"reflection", kAliasReflection, kChannelColor},
+    {"reflection_filter", kAliasReflectionFilter, kChannelColor},
+    {"reflectivity", 118, kChannelColor},
+    {"raw_reflection", 119, kChannelColor},
+    {"refraction", kAliasRefraction, kChannelColor},
+    {"refraction_weight", 120, kChannelColor},
+    {"raw_refraction", 121, kChannelColor},
+    {"self_illumination", kAliasSelfIllumination, kChannelColor},
+    {"background", kAliasImageBackground, kChannelColor},
+    {"main_background", kAliasBackground, kChannelColor},
+    {"background_loss", 105, kChannelColor},
+    {"matte_light", 111, kChannelColor},
+    {"matte_light_loss", 112, kChannelColor},
+    {"matte_shadow", 128, kChannelColor},
+    {"material_id_color", 115, kChannelColor},
+    {"material_id", 141, kChannelInt},
+    {"render_id", kAliasRenderID, kChannelInt, storeRenderID},
+    {"depth", kAliasZDepth, kChannelFloat, storeDepth},
+    {"normals", kAliasNormal, kChannelVector, storeNormal},
+    {"bump_screen_normals", 131, kChannelVector},
+    {"bump_offset", 145, kChannelVector},
+    {"uv", kAliasUV, kChannelFloat2},
+    {"transparency", kAliasTransparency, kChannelColor, storeTransparency},
+    {"front", kAliasFront, kChannelAColor, storeFront},
+};
+
+// ---- objects
+
+/// What all channels have. A cleared slot is 0, and so are pixels at the start.
+class HostChannel : public RenderChannel {
+public:
+    HostChannel(const std::string& channelName, int channelAlias, ChannelType channelType,
+                int channelFlags)
+        : name(channelName),
+          alias(channelAlias),
+          type(channelType),
+          flags(channelFlags),
+          size(static_cast<std::size_t>(channelTypeSize(channelType))) {}
+
+    int getType() final { return type; }
+    int getAlias() final { return alias; }
+    const char* getName() final { return name.c_str(); }
+    int getFlags() final { return flags; }
+
+    void fillPixels(void* pixels, int count) override {
+        std::memset(pixels, 0, static_cast<std::size_t>(count) * size);
+    }
+    void clearData(void* data, int) override { std::memset(data, 0, size); }
+    void setValue(void* data, const void* value) override { std::memcpy(data, value, size); }
+    void addData(void*, const void*, const Color&, int, int) override {}
+    void multiplyData(void*, const Color&, int) override {}
+    void setColorData(void* data, const Color&) override { std::memset(data, 0, size); }
+    void mapData(void*, Fragment*, ColorMapper*, int) override {}
+    Color getColorValue(const void*) override { return {}; }
+
+private:
+    const std::string name;
+    const int alias;
+    const ChannelType type;
+    const int flags;
+
+protected:
+    const std::size_t size;  ///< of a slot and of a pixel, in bytes
+};
+
+/// A channel that shows main values of the fragments.
+class FieldChannel final : public HostChannel {
+public:
+    explicit FieldChannel(const ChannelKind& kind)
+        : HostChannel(kind.name, kind.alias, kind.type, kChannelNoFragmentData),
+          storeFields(kind.store) {}
+
+    /// A pixel starts as one would be in which nothing was hit.
+    void fillPixels(void* pixels, int count) override {
+        const PKFragment nothing;
+        for (int i = 0; i < count; ++i)
+            storeFields(static_cast<u8*>(pixels) + static_cast<std::size_t>(i) * size, nullptr,
+                        nothing);
+    }
+
+    void storePixel(int, int, void* pixel, Fragment* front, Fragment* total, float, int) override {
+        storeFields(pixel, static_cast<const PKFragment*>(front),
+                    static_cast<const PKFragment&>(*total));
+    }
+
+private:
+    const StoreFields storeFields;
+};
+
+/// Light, or a share of it: what samples and surfaces contribute adds up. `Value` is a Color, or a
+/// float, which takes the mean of what belongs to a colour.
+template <class Value>
+class LightChannel final : public HostChannel {
+public:
+    using HostChannel::HostChannel;
+
+    // Along a ray the weights are what the surfaces in front let through.
+    void addData(void* dst, const void* src, const Color& weights, int, int) override {
+        store(dst, load<Value>(dst) + load<Value>(src) * factor(weights));
+    }
+    void multiplyData(void* data, const Color& weights, int) override {
+        store(data, load<Value>(data) * factor(weights));
+    }
+    void mapData(void* data, Fragment* fragment, ColorMapper* mapper, int) override {
+        if constexpr (std::is_same_v<Value, Color>) {
+            const Color opacity = complement(static_cast<PKFragment*>(fragment)->transparency);
+            Color mapped = load<Color>(data);
+            if (mapper)
+                mapPremultiplied(mapped, mapped, opacity, *mapper);
+            store(data, mapped);
+        }
+    }
+    void storePixel(int, int, void* pixel, Fragment*, Fragment* total, float, int index) override {
+        if (const void* data = total->getChannelPtr(index))
+            store(pixel, load<Value>(data));
+    }
+    Color getColorValue(const void* data) override { return Color(load<Value>(data)); }
+
+private:
+    static Value factor(const Color& weights) {
+        if constexpr (std::is_same_v<Value, Color>)
+            return weights;
+        else
+            return mean(weights);
+    }
+};
+
+/// Two floats.
+struct Pair {
+    float x = 0.0f, y = 0.0f;
+};
+
+Pair operator+(Pair a, Pair b) {
+    return {a.x + b.x, a.y + b.y};
+}
+
+Pair operator*(Pair p, float s) {
+    return {p.x * s, p.y * s};
+}
+
+/// Something measured on a surface, of which only the front's makes sense: other surfaces along a
+/// ray add nothing. Shows the mean over the samples of the front object.
+template <class Value>
+class MeasureChannel final : public HostChannel {
+public:
+    using HostChannel::HostChannel;
+
+    void addData(void* dst, const void* src, const Color& weights, int hasData, int mode) override {
+        if (mode == 0)
+            store(dst, load<Value>(dst) + load<Value>(src) * mean(weights));
+        else if (!hasData)
+            store(dst, load<Value>(src));
+    }
+    // Together with the weight by which the sum is divided in the end.
+    void multiplyData(void* data, const Color& weights, int) override {
+        store(data, load<Value>(data) * mean(weights));
+    }
+    void storePixel(int, int, void* pixel, Fragment* front, Fragment*, float weight,
+                    int index) override {
+        const void* const data = front ? front->getChannelPtr(index) : nullptr;
+        store(pixel, data && weight > 0.0f ? load<Value>(data) * (1.0f / weight) : Value());
+    }
+};
+
+/// An id: the first that was found on the front object.
+class IdChannel final : public HostChannel {
+public:
+    using HostChannel::HostChannel;
+
+    void addData(void* dst, const void* src, const Color&, int hasData, int) override {
+        if (!hasData)
+            store(dst, load<int>(src));
+    }
+    void storePixel(int, int, void* pixel, Fragment* front, Fragment*, float, int index) override {
+        const void* const data = front ? front->getChannelPtr(index) : nullptr;
+        store(pixel, data ? load<int>(data) : 0);
+    }
+};
+
+std::unique_ptr<RenderChannel> newSlotChannel(const std::string& name, int alias,
+                                              ChannelType type) {
+    switch (type) {
+        case kChannelFloat:
+            return std::make_unique<LightChannel<float>>(name, alias, type, 0);
+        case kChannelFloat2:
+            return std::make_unique<MeasureChannel<Pair>>(name, alias, type, 0);
+        case kChannelVector:
+            return std::make_unique<MeasureChannel<Vector>>(name, alias, type, 0);
+        case kChannelInt:
+            return std::make_unique<IdChannel>(name, alias, type, 0);
+        default:
+            return std::make_unique<LightChannel<Color>>(name, alias, kChannelColor, 0);
+    }
+}
+
+}  // namespace
+
+std::span<const ChannelKind> channelKinds() {
+    return kKinds;
+}
+
+const ChannelKind* findChannelKind(std::string_view name) {
+    for (const ChannelKind& kind : kKinds) {
+        if (name == kind.name)
+            return &kind;
+    }
+    return nullptr;
+}
+
+std::vector<std::string_view> channelKindNames() {
+    std::vector<std::string_view> names;
+    for (const ChannelKind& kind : kKinds)
+        names.push_back(kind.name);
+    return names;
+}
+
+std::unique_ptr<RenderChannel> newChannel(const ChannelKind& kind) {
+    if (kind.store)
+        return std::make_unique<FieldChannel>(kind);
+    return newSlotChannel(kind.name, kind.alias, kind.type);
+}
+
+std::unique_ptr<RenderChannel> newCustomChannel(const std::string& name, ChannelType type) {
+    constexpr int kNoAlias = -1;
+    return newSlotChannel(name, kNoAlias, type);
+}
+
+}  // namespace Tarnkit

@@ -1,0 +1,69 @@
+#include "pelk/support/spelling.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace Tarnkit {
+
+namespace {
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+/// Twice the number of edits that turn `a` into `b`, whatever the case of letters. Optimal string
+/// alignment by dynamic programming over three rows.
+size_t editCost(std::string_view a, std::string_view b) {
+    std::vector<size_t> before(b.size() + 1), above(b.size() + 1), row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j)
+        above[j] = 2 * j;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        row[0] = 2 * i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t change = lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 2;
+            row[j] = std::min({above[j] + 2, row[j - 1] + 2, above[j - 1] + change});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                row[j] = std::min(row[j], before[j - 2] + 2);
+        }
+        before.swap(above);
+        above.swap(row);
+    }
+    return above[b.size()];
+}
+
+/// The name that `text` was most likely meant to be: the one that the fewest single-character
+/// edits (insert, drop, change, swap of neighbours; case counts half) turn into it. Empty if all
+/// are too far off. The view is into `names`.
+std::string_view nearestName(std::string_view text, std::span<const std::string_view> names) {
+    std::string_view best;
+    // More than a third of the letters wrong is another word; one letter of a short one may be.
+    size_t bestCost = std::max<size_t>(2, text.size() * 2 / 3) + 1;
+    for (const std::string_view name : names) {
+        const size_t cost = editCost(text, name);
+        if (cost < bestCost) {
+            bestCost = cost;
+            best = name;
+        }
+    }
+    return best;
+}
+
+}  // namespace
+
+std::string didYouMean(std::string_view text, std::span<const std::string_view> names) {
+    const std::string_view name = nearestName(text, names);
+    return name.empty() ? std::string() : ", did you mean \"" + std::string(name) + "\"?";
+}
+
+std::string knownNames(std::string_view text, std::span<const std::string_view> names) {
+    constexpr size_t kMostNames = 60;
+    std::string result = didYouMean(text, names);
+    if (names.empty())
+        return result;
+    result += result.empty() ? "; known: " : " Known: ";
+    for (size_t i = 0; i < std::min(names.size(), kMostNames); ++i)
+        result += (i > 0 ? ", " : "") + std::string(names[i]);
+    return names.size() > kMostNames ? result + ", ..." : result;
+}
+
+}  // namespace Tarnkit

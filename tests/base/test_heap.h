@@ -1,0 +1,70 @@
+#pragma once
+
+#include <string>
+
+#include "pelk/platform/debug_stream.h"
+#include "pelk/platform/heap.h"
+
+/// What a TestHeap has seen, and what it shall do.
+struct TestHeapState {
+    int live = 0;       ///< blocks out
+    int taken = 0;      ///< blocks given in all
+    int refuseAt = -1;  ///< no block is given once so many were
+    bool intact = true;
+    Tarnkit::platform::HeapReport report{.freeBytes = 0, .usedBytes = 0, .blocks = 1, .status = 0};
+};
+
+/// Stands in place of the system's heap while it lives: counts, refuses, and reports what a test
+/// says. One at a time, with no other thread at work.
+class TestHeap {
+    static constexpr auto& system = Tarnkit::platform::systemHeap;
+
+public:
+    TestHeap() {
+        state = {};
+        Tarnkit::platform::setHeap(kHeap);
+    }
+    ~TestHeap() { Tarnkit::platform::setHeap(system()); }
+
+    static void refuseAfter(int blocks) { state.refuseAt = state.taken + blocks; }
+    static void refuseNothing() { state.refuseAt = -1; }
+
+    static inline TestHeapState state;
+
+private:
+    template <class Take>
+    static void* take(Take from) {
+        void* block = state.taken == state.refuseAt ? nullptr : from();
+        state.live += block != nullptr;
+        state.taken += block != nullptr;
+        return block;
+    }
+    static constexpr Tarnkit::platform::Heap kHeap{
+        [](std::size_t size) { return take([=] { return system().allocate(size); }); },
+        [](std::size_t size, std::size_t alignment) {
+            return take([=] { return system().allocateAligned(size, alignment); });
+        },
+        [](void* old, std::size_t size) {
+            void* block = take([=] { return system().reallocate(old, size); });
+            state.live -= block && old;
+            return block;
+        },
+        [](void* block) {
+            state.live -= block != nullptr;
+            system().release(block);
+        },
+        [] { return state.report; },
+        [] { return state.intact; }};
+};
+
+/// Collects what goes to the debug stream while it lives.
+class DebugRecorder {
+public:
+    DebugRecorder() {
+        text.clear();
+        Tarnkit::platform::setDebugSink([](const char* line) { text += line; });
+    }
+    ~DebugRecorder() { Tarnkit::platform::setDebugSink(nullptr); }
+
+    static inline std::string text;
+};

@@ -1,0 +1,85 @@
+#include "pelk/contract/context.h"
+
+#include "fake_host/call_log.h"
+#include "fake_host/fake_renderer.h"
+#include "fake_host/recorders.h"
+#include "pelk/base/exception_msg.h"
+#include "pelk/contract/samplers.h"
+
+namespace {
+
+class ContextTest : public testing::Test {
+protected:
+    FakeRenderer renderer;
+    ThreadData thread;
+    FakeContext context{renderer, thread};
+    RecordingSampler sampler;
+};
+
+TEST_F(ContextTest, FlipTurnsAllNormalsAndTogglesBetween0And1) {
+    context.faceNormal = {0, 0.6f, 0.8f};
+    context.backSide = 5;  // any value but 0 is the back
+    context.flipSide();
+    EXPECT_EQ(sideOf(context), (SeenSide{0, 1, -1}));
+    EXPECT_EQ(context.faceNormal, Vector(0, -0.6f, -0.8f));
+    EXPECT_EQ(context.geomNormal, Vector(0, 0, -1));
+}
+
+TEST_F(ContextTest, EnvironmentOfTheHighestPriorityHolds) {
+    FakeTexture first, second;
+    using Held = std::pair<TextureInterface*, int>;
+    const auto set = [&](TextureInterface* texture, int priority) {
+        context.setEnvironment(texture, priority, 1);
+        return Held(context.environment, context.environmentPriority);
+    };
+    EXPECT_EQ(set(&second, 3), Held(&second, 3)) << "higher";
+    EXPECT_EQ(set(&first, 3), Held(&first, 3)) << "equal, the later one";
+    EXPECT_EQ(set(&second, 2), Held(&first, 3)) << "lower";
+    EXPECT_EQ(set(nullptr, 9), Held(&first, 3)) << "no texture overrides nothing";
+}
+
+TEST_F(ContextTest, ShadedResultIsDirectLightAndTracedLight) {
+    FakeVolume volume;
+    sampler.volume = &volume;
+    context.directLight = {1, 0, 0.5f};
+    context.onLight = [&](BSDFSampler*) { EXPECT_EQ(context.surfaceVolume, &volume); };
+    sampler.color = {0.25f, 0.5f, 0};
+    shadeBSDF(context, &sampler);
+    EXPECT_EQ(resultsOf(context), (Results{{1.25f, 0.5f, 0.5f}, Color(0), Color(1), Color(0)}));
+    EXPECT_EQ(context.surfaceVolume, nullptr) << "no ray goes in";
+
+    // A shadow ray asks for the transparency alone.
+    sampler.transparency = {0, 1.5f, 0.75f};
+    context.rayType = kRayShadow;
+    callLog().clear();
+    shadeBSDF(context, &sampler);
+    EXPECT_EQ(resultsOf(context),
+              (Results{{}, sampler.transparency, {1, 0, 0.25f}, sampler.transparency}));
+    EXPECT_EQ(context.surfaceVolume, &volume);
+    EXPECT_FALSE(callLog().has("computeDirectLighting") || callLog().has("traceForward"));
+
+    shadeBSDF(context, nullptr);
+    EXPECT_EQ(resultsOf(context), kFullyTransparent);
+}
+
+TEST_F(ContextTest, ReflectedDerivativesAreMirroredLikeTheRay) {
+    // A mirror that turns x into z.
+    context.rayDir = {1, 0, 0};
+    context.rayDerivY = {0.25f, 0, 1};
+    PelkContext reflected;
+    setReflectDerivs(context, reflected, {0, 0, 1}, 0, 1e18f);
+    EXPECT_THAT(reflected.rayDerivY, VectorNear(Vector(1, 0, 0.25f), 1e-6f));
+    // A ray that isn't turned leaves no axis; it must not become a NaN.
+    setReflectDerivs(context, reflected, context.rayDir, 0, 1e18f);
+    EXPECT_EQ(reflected.rayDerivY, context.rayDerivY);
+}
+
+TEST_F(ContextTest, VolumeOfTheSamplerGoesWhereShadingThrows) {
+    FakeVolume own;
+    sampler.volume = &own;
+    context.onLight = [](BSDFSampler*) { throw ExceptionMsg("no memory"); };
+    EXPECT_THROW(shadeBSDF(context, &sampler), ExceptionMsg);
+    EXPECT_EQ(context.surfaceVolume, nullptr);
+}
+
+}  // namespace

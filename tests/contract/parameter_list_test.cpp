@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+
+#include "fake_host/heap_probe.h"
+#include "fake_host/recorders.h"
+#include "pelk/base/exception_msg.h"
+#include "pelk/contract/material.h"
+#include "pelk/contract/plugin_parameters.h"
+
+namespace {
+
+struct Fields {
+    int whole = -1;
+    float number = -1;
+    Color color{-1, -1, -1};
+    PluginBase* plugin = nullptr;
+    TextureInterface* texture = nullptr;
+    TextureFloatInterface* textureFloat = nullptr;
+    TextureIntInterface* textureInt = nullptr;
+    PelkPluginList plugins;
+};
+
+constexpr ParamTable kTable{
+    intParam("whole", &Fields::whole, 3),
+    floatParam("number", &Fields::number, 0.5f),
+    colorParam("color", &Fields::color, Color(0.25f, 0.5f, 1)),
+    pluginParam("plugin", &Fields::plugin, EXT_MATERIAL),
+    textureParam("texture", &Fields::texture, AColor{Color(1), 1}),
+    textureFloatParam("texture_float", &Fields::textureFloat, 1.0f),
+    textureIntParam("texture_int", &Fields::textureInt),
+    pluginListParam("plugins", &Fields::plugins, EXT_RENDER_CHANNEL),
+};
+
+class TestDesc : public PelkPluginDesc {
+public:
+    TestDesc() {
+        kTable.addTo(list);
+        paramDesc = &list;
+    }
+    u32 getPluginID() override { return 1; }
+    Plugin* newPlugin(PelkPluginHost*) override { return nullptr; }
+    void deletePlugin(Plugin*) override {}
+    int supportsInterface(u64) override { return 0; }
+    const char* getName() override { return "Test"; }
+
+private:
+    PelkParameterListDesc list;
+};
+
+class ParameterListTest : public testing::Test, protected Fields {
+protected:
+    ParameterListTest() { kTable.bind(list, *this); }
+
+    void cache(std::initializer_list<PelkPluginParameter*> parameters = {}) {
+        for (PelkPluginParameter* parameter : parameters)
+            list.setParam(parameter);
+        list.cacheParams(0.5, {});
+    }
+
+    TestDesc desc;
+    PelkParameterList list{&desc};
+};
+
+TEST_F(ParameterListTest, FieldsHoldDefaultsFromBindingOnAndWhateverOverwritesThem) {
+    EXPECT_EQ(number, 0.5f);
+    FakeTexture stray;
+    Plugin* strays[] = {&stray};
+    static_cast<Fields&>(*this) = {7, 7, Color(7), &stray, &stray, &stray, &stray, {1, strays}};
+    cache();
+    EXPECT_EQ(whole, 3);
+    EXPECT_EQ(number, 0.5f);
+    EXPECT_EQ(color, Color(0.25f, 0.5f, 1));
+    EXPECT_TRUE(!plugin && !texture && !textureFloat && !textureInt);
+    EXPECT_EQ(plugins.count, 0);
+}
+
+TEST_F(ParameterListTest, FieldsFollowWhatIsSetUnderTheirNameLast) {
+    Plugin faceless;
+    IntParameter eight("whole", 8), nine("whole", 9);
+    PluginParameter anyPlugin("plugin", &faceless);
+    FloatKeyframes keyframes("number", {{0.0, 0.0f}, {2.0, 8.0f}});
+    cache({&eight, &anyPlugin, &keyframes, nullptr});
+    EXPECT_EQ(whole, 8);
+    EXPECT_EQ(plugin, &faceless) << "bound whatever faces it has";
+    EXPECT_EQ(number, 2) << "at its time";
+    cache({&nine});
+    EXPECT_EQ(whole, 9);
+    EXPECT_EQ(list.getParam("whole"), &nine);
+    EXPECT_EQ(list.getParam("color"), nullptr) << "set is not the same as registered";
+
+    // Bound after a value was set, and of a name that the plug-in's kind does not have.
+    int late = 0;
+    float unknown = 5;
+    list.setParamCache("whole", late);
+    list.setParamCache("unknown", unknown);
+    cache();
+    EXPECT_EQ(late, 9);
+    EXPECT_EQ(unknown, 5);
+}
+
+TEST_F(ParameterListTest, TexturesAreTheFaceAskedForOrNull) {
+    Plugin faceless;
+    FakeTexture other;
+    FloatParameter half("texture", 0.5f);
+    PluginParameter wrong("texture_float", &faceless), right("texture_int", &other);
+    cache({&half, &wrong, &right});
+    EXPECT_EQ(textureFloat, nullptr);
+    EXPECT_EQ(textureInt, &other);
+
+    // Plain values stand for textures, whatever their type.
+    IntParameter two("texture_float", 2);
+    ColorParameter three("texture_int", Color(3));
+    cache({&two, &three});
+    PelkContext context;
+    ASSERT_TRUE(texture && textureFloat && textureInt);
+    EXPECT_EQ(texture->getTexColor(context), (AColor{Color(0.5f), 1}));
+    EXPECT_EQ(textureFloat->getTexFloat(context), 2);
+    EXPECT_EQ(textureInt->getTexInt(context), 3);
+    FloatListParameter numbers("texture", {1.0f});
+    cache({&numbers});
+    EXPECT_EQ(texture, nullptr);
+}
+
+TEST_F(ParameterListTest, PluginListsFollowInLengthAndKeepTheirArray) {
+    Plugin a, b;
+    PluginListParameter two("plugins", {&a, nullptr}), four("plugins", {&a, &a, &a, &a});
+    PluginParameter single("plugins", &b);
+    const auto expectTwo = [&] {
+        ASSERT_EQ(plugins.count, 2);
+        EXPECT_EQ(plugins.items[0], &a);
+        EXPECT_EQ(plugins.items[1], nullptr);
+    };
+    cache({&two});
+    expectTwo();
+    HeapProbe heap;
+    heap.refuseAfter(0);
+    plugins = {};  // as plug-ins do that have used up their list
+    cache();
+    expectTwo();
+    EXPECT_THROW(cache({&four}), ExceptionMsg);
+    expectTwo();
+    cache({&single});
+    ASSERT_EQ(plugins.count, 1) << "a single plug-in is a list of one";
+    EXPECT_EQ(plugins.items[0], &b);
+}
+
+}  // namespace

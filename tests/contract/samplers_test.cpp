@@ -1,0 +1,196 @@
+#include "pelk/contract/samplers.h"
+
+#include "fake_host/fake_renderer.h"
+#include "fake_host/recorders.h"
+#include "pelk/contract/layered_bsdf.h"
+#include "pelk/contract/two_sided_bsdf.h"
+
+namespace {
+
+/// A sampler that takes its share of light and passes the rest on, and traces as the base classes
+/// do.
+class Film : public BSDFSampler, public BRDFSampler {
+public:
+    Film(float reflected, float passed) : diffuse(reflected), passes(passed) {}
+
+    bool hasFace[2] = {true, true};
+    Color diffuse, passes, transparency, glow;
+    Vector bump;
+    u32 ownRay = 0;  ///< ray flags of its own ray; 0: it has none
+
+    Color light, unshadowed, through, tracedWeight;
+    Vector normal;
+    SeenSide seenSide;
+    int flags = -1;
+    int askedSide = -1;
+
+    BRDFSampler* getBRDF(BSDFSide side) override {
+        askedSide = side;
+        return hasFace[side] ? this : nullptr;
+    }
+    Color getDiffuseColor(Color& lightColor) override {
+        const Color reflected = lightColor * diffuse;
+        lightColor *= passes;
+        return reflected;
+    }
+    Color getLightMult(Color& lightColor) override { return getDiffuseColor(lightColor); }
+    Vector getDiffuseNormal(PelkContext& context) override { return context.normal + bump; }
+    Color getTransparency(PelkContext&) override { return transparency; }
+    Color eval(PelkContext& context, const Vector&, Color& lightColor, Color& origLightColor, float,
+               int evalFlags) override {
+        light = lightColor;
+        unshadowed = origLightColor;
+        through = context.resultTransparency;
+        normal = context.normal;
+        seenSide = sideOf(context);
+        flags = evalFlags;
+        origLightColor *= passes;
+        return getDiffuseColor(lightColor);
+    }
+    Color getSelfIllumination(PelkContext& context) override {
+        tracedWeight = context.rayWeight;
+        return glow;
+    }
+    PelkContext* getNewContext(PelkContext& context, int&, int) override {
+        const Color weight(0.5f, 1, 2);
+        return ownRay ? context.newSpawnedContext(0, weight, ownRay, {1, 0, 0}) : nullptr;
+    }
+    float setupContext(PelkContext&, PelkContext&, float, int) override { return 2.0f; }
+};
+
+class SamplersTest : public testing::Test {
+protected:
+    SamplersTest() { renderer.gi.light = Color(1); }
+
+    void stack(std::vector<Film*> films, Color clear = Color(0)) {
+        layers.setNumBSDFs(context, static_cast<int>(films.size()), 0);
+        layers.setTransparency(Color(0));
+        for (size_t i = 0; i < films.size(); ++i)
+            layers.setBSDF(static_cast<int>(i), films[i], films[i] ? clear : Color(1), 0);
+    }
+
+    FakeRenderer renderer;
+    ThreadData thread;
+    FakeContext context{renderer, thread};
+    Color light{4}, unshadowed{8};
+    LayeredBSDF layers;
+};
+
+TEST_F(SamplersTest, OwnRayIsWeightedAndNoted) {
+    Film film(0, 0);
+    renderer.tracedColor = {1, 4, 16};
+    const Color weight(1, 2, 4), traced(1, 8, 64);
+    RecordingFragment fragment;
+    context.resultFragment = &fragment;
+    for (const u32 ray : {u32{kSpawnMirror}, u32{kRayRefract}}) {
+        film.ownRay = ray;
+        film.traceBSDFForward(context, 1);
+        EXPECT_EQ(context.resultColor, traced);
+    }
+    using Noted = std::vector<std::pair<int, Color>>;
+    EXPECT_EQ(fragment.aliases, (Noted{{102, traced}, {139, weight}, {103, traced}}));
+}
+
+TEST_F(SamplersTest, LayersTakeLightFromTheTopAndPassItOn) {
+    Film coat(0.25f, 0.5f), base(0.5f, 0);
+    coat.transparency = base.transparency = Color(0.5f);
+    coat.bump = {1, 0, 0};
+    stack({&coat, nullptr, &base});
+    EXPECT_EQ(context.rayWeight, Color(0)) << "what is left for samplers below the last";
+    context.rayWeight = Color(1);
+    BRDFSampler* face = layers.getBRDF(kFrontSide);
+    EXPECT_EQ(face->eval(context, {0, 0, 1}, light, unshadowed, 1, 3), Color(1 + 0.5f * 2));
+    EXPECT_EQ(light, Color(0));
+    EXPECT_EQ(base.light, Color(2));
+    EXPECT_EQ(base.unshadowed, Color(4));
+    EXPECT_EQ(coat.normal, Vector(1, 0, 1));
+    EXPECT_EQ(base.normal, Vector(0, 0, 1)) << "the bump of the layer above";
+    EXPECT_EQ(base.through, Color(0.5f));
+
+    coat.glow = base.glow = Color(8);
+    layers.traceBSDFForward(context, 1);
+    // Each layer: indirect light by its opacity, and glow.
+    EXPECT_EQ(context.resultColor, Color((0.125f + 8) + 0.5f * (0.25f + 8)));
+    EXPECT_EQ(context.resultTransparency, Color(0.25f));
+    EXPECT_EQ(base.tracedWeight, Color(0.5f));
+    EXPECT_EQ(context.rayWeight, Color(1));
+}
+
+TEST_F(SamplersTest, ClearLayersHideNothing) {
+    Film opaque(0.5f, 0), amplifier(0, 2), base(1, 0), oneSided(1, 0.5f);
+    oneSided.hasFace[kBackSide] = false;
+    const struct {
+        const char* what;
+        Color clear;
+        std::vector<Film*> films;
+        Color seen, transparency;
+    } cases[] = {
+        {"half clear", Color(0.5f), {&opaque, &base}, Color(4), Color(0.25f)},
+        {"passes no more than came", Color(0), {&amplifier, &base}, Color(4), Color(0)},
+        {"made for the other side", Color(0), {&oneSided, &base}, Color(6), Color(0)},
+        {"other layers than before", Color(0), {nullptr, &base}, Color(4), Color(0)},
+        {"nothing there", Color(0), {nullptr, nullptr}, Color(0), Color(1)},
+        {"no layer", Color(0), {}, Color(0), Color(1)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        stack(c.films, c.clear);
+        light = Color(4);
+        BRDFSampler* face = layers.getBRDF(kBackSide);
+        EXPECT_EQ(face ? face->getDiffuseColor(light) : Color(0), c.seen);
+        EXPECT_EQ(layers.getBSDFTransparency(context), c.transparency);
+    }
+}
+
+TEST_F(SamplersTest, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
+    Film first(1, 0), second(0.5f, 0);
+    const struct {
+        const char* what;
+        int backSide, flippedSide;
+        bool turnedSince;  // by a sampler around this one
+        SeenSide first, second;
+    } cases[] = {
+        {"front", 0, 0, false, {0, 0, 1}, {1, 0, -1}},
+        {"back", 1, 0, false, {0, 0, -1}, {1, 0, 1}},
+        {"back, turned already", 1, 1, false, {1, 0, 1}, {0, 0, -1}},
+        {"front, turned since", 0, 0, true, {0, 0, 1}, {1, 0, -1}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        context.backSide = c.backSide;
+        context.flippedSide = c.flippedSide;
+        TwoSidedBSDF bsdf;
+        bsdf.init(context, Color(0.25f), &first, &second, 0, Color(0));
+        BRDFSampler* viewer = bsdf.getBRDF(c.backSide ? kBackSide : kFrontSide);
+        EXPECT_NE(viewer, bsdf.getBRDF(c.backSide ? kFrontSide : kBackSide))
+            << "hosts light a side beyond by its own face";
+        const ScopedFlip turned(context, c.turnedSince);
+        const PelkContext before = context;
+
+        const float viewerSide = c.backSide ? -1.0f : 1.0f;
+        light = Color(4);
+        EXPECT_EQ(viewer->eval(context, {0, 0, viewerSide}, light, unshadowed, 1, 3), Color(3));
+        EXPECT_EQ(first.seenSide, c.first);
+        EXPECT_EQ(first.flags, 3);
+        light = Color(4);
+        EXPECT_EQ(viewer->eval(context, {0, 0, -viewerSide}, light, unshadowed, 1, 3), Color(0.5f));
+        EXPECT_EQ(second.seenSide, c.second);
+        EXPECT_EQ(second.askedSide, 1 - c.second.backSide) << "the side that light falls on";
+        EXPECT_EQ(second.flags, kEvalDiffuse);
+
+        viewer->traceForward(context, 1);
+        EXPECT_EQ(context.resultColor, Color(0.75f + 0.25f * 0.5f));
+        expectRayAndHitAsBefore(before, context);
+    }
+}
+
+TEST_F(SamplersTest, AMissingSideIsClear) {
+    Film white(1, 0);
+    TwoSidedBSDF bsdf;
+    bsdf.init(context, Color(0.25f), &white, nullptr, 0, Color(0));
+    bsdf.traceBSDFForward(context, 1);
+    EXPECT_EQ(resultsOf(context),
+              (Results{Color(0.75f), Color(0.25f), Color(0.75f), Color(0.25f)}));
+}
+
+}  // namespace

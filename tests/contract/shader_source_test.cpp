@@ -1,0 +1,55 @@
+#include "pelk/contract/shader_source.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdio>
+#include <string>
+
+#include "scoped_environment.h"
+
+using Tarnkit::ShaderSource;
+
+namespace {
+
+TEST(ShaderSourceTest, WritesEveryConversionAsPrintf) {
+    const char* volatile null = nullptr;  // so that the compiler does not see it
+    ShaderSource source;
+    source.printf("%d,%u,%x,%lld,%zu;", -5, 3000000000u, 0xBEEFu, 5000000000LL, size_t(9));
+    source.printf("%f %.2f %g %8.3f|%-8.3f|;", 0.1, 2.0 / 3, 1e-7, 1.0, 1.0);
+    source.printf("%s%c%5s|%%[%s|%4s]", "text", '!', "ab", null, null);
+    EXPECT_STREQ(source.c_str(),
+                 "-5,3000000000,beef,5000000000,9;"
+                 "0.100000 0.67 1e-07    1.000|1.000   |;"
+                 "text!   ab|%[|    ]");
+}
+
+TEST(ShaderSourceTest, WritesAPointInALocaleWithCommas) {
+    const std::string former = std::setlocale(LC_NUMERIC, nullptr);
+    const ScopedEnvironment locales("LOCPATH", PELK_TEST_LOCALES);
+    ASSERT_TRUE(std::setlocale(LC_NUMERIC, "comma")) << "the test's locale was not built";
+    ShaderSource source;
+    source.printf("%f %g", 1234.5, 0.5);
+    EXPECT_STREQ(source.c_str(), "1234.500000 0.5");
+    char own[16];
+    std::snprintf(own, sizeof(own), "%.1f", 1.5);
+    EXPECT_STREQ(own, "1,5") << "the program's locale was not put back";
+    std::setlocale(LC_NUMERIC, former.c_str());
+}
+
+TEST(ShaderSourceTest, KeepsLongTextsWhole) {
+    const std::string text(3000, 'x');
+    ShaderSource source;
+    std::string expected;
+    for (int i = 0; i < 20; ++i) {
+        source.printf("<%s>%.600f", text.c_str(), 1.0);
+        expected += "<" + text + ">1." + std::string(600, '0');
+    }
+    // Its own text, which moves while it is appended, and a null one.
+    source.append(source);
+    source.append(static_cast<const char*>(nullptr));
+    EXPECT_EQ(source.c_str(), expected + expected);
+    EXPECT_EQ(source.length(), static_cast<int>(2 * expected.size()));
+}
+
+}  // namespace

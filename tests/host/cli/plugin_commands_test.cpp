@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "host/cli/program.h"
+
+using nlohmann::json;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+namespace {
+
+json entryNamed(const json& list, const std::string& name) {
+    const auto at = std::find_if(list.begin(), list.end(),
+                                 [&name](const auto& entry) { return entry["name"] == name; });
+    return at == list.end() ? json() : *at;
+}
+
+TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
+    Program pelk;
+    const RunResult result = pelk.run({"list", "--json"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    const json list = json::parse(result.out);
+    EXPECT_EQ(list["rejected"], json::array());
+
+    const json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
+    EXPECT_EQ(diffuse["id"], 2004101502u);
+    EXPECT_THAT(diffuse["library"].get<std::string>(), EndsWith("/pelk_materials.so"));
+    EXPECT_THAT(diffuse["interfaces"], testing::Contains("EXT_MATERIAL"));
+    EXPECT_EQ(entryNamed(list["plugins"], "TexChecker")["library"], "");
+
+    // The last library comes first, and in it the descriptor that was made last.
+    const size_t first = result.out.find("\"MtlDiffuse"), second = result.out.find("\"MtlSingle");
+    EXPECT_LT(first, second);
+    EXPECT_LT(second, result.out.find("\"TexChecker"));
+}
+
+TEST(ListCommand, RefusedLibrariesHaveReasons) {
+    Program pelk;
+    pelk.directory.write("text.so", "no library");
+    pelk.pluginPath = pelk.directory.path.string() + ";" + pelk.directory.file("missing");
+    const json list = json::parse(pelk.run({"list", "--json"}).out);
+    ASSERT_EQ(list["rejected"].size(), 2u);
+    EXPECT_EQ(list["rejected"][0]["path"], pelk.directory.file("text.so"));
+    EXPECT_NE(list["rejected"][0]["reason"], "");
+    EXPECT_EQ(list["rejected"][1]["path"], pelk.directory.file("missing"));
+}
+
+TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
+    Program pelk;
+    const json info = json::parse(pelk.run({"info", "MtlDiffuse", "--json"}).out);
+    EXPECT_EQ(info["parameters"][0]["name"], "diffuse");
+    EXPECT_EQ(info["parameters"].back()["name"], "render_channel_alpha");
+    const struct {
+        const char *plugin, *parameter;
+        json type, defaultValue, interface;
+    } cases[] = {
+        {"MtlDiffuse", "diffuse", "color", {0.5, 0.5, 0.5}, nullptr},
+        {"MtlDiffuse", "diffuse_tex", "texture", nullptr, nullptr},
+        {"MtlDiffuse", "diffuse_tex_mult", "float", 1.0, nullptr},
+        {"MtlSingleBRDF", "brdf", "plugin", nullptr, "EXT_BSDF"},
+        {"MtlSingleBRDF", "allow_negative_colors", "bool", false, nullptr},
+        {"GeomSphere", "segments", "int", 128, nullptr},
+        {"GeomMesh", "file", "string", "", nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.plugin) + "." + c.parameter);
+        const json plugin = json::parse(pelk.run({"info", c.plugin, "--json"}).out);
+        const json parameter = entryNamed(plugin["parameters"], c.parameter);
+        EXPECT_EQ(parameter["type"], c.type);
+        EXPECT_EQ(parameter["default"], c.defaultValue);
+        EXPECT_EQ(parameter["interface"], c.interface);
+    }
+    const RunResult unknown = pelk.run({"info", "MtlDifuse"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_THAT(unknown.err, HasSubstr("did you mean \"MtlDiffuse\"?"));
+}
+
+TEST(DescribeCommand, PrintsASectionAndKnowsWhoHasNone) {
+    Program pelk;
+    pelk.directory.write("s.json", smallScene(R"(,
+        "shell": {"type": "MtlSingleBRDF", "brdf": "matte", "double_sided": 1})"));
+    EXPECT_EQ(pelk.run({"describe", "s.json", "shell", "--set", "matte.diffuse=[1, 1, 1]"}).out,
+              "double_sided 1\ndiffuse\ncolor_value 1.000000 1.000000 1.000000\n");
+    const RunResult camera = pelk.run({"describe", "s.json", "camera"});
+    EXPECT_EQ(camera.exitCode, 1);
+    EXPECT_EQ(camera.out, "");
+    EXPECT_THAT(camera.err, HasSubstr("EXT_RTMTL"));
+}
+
+TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) {
+    Program pelk;
+    pelk.directory.write("a.json", smallScene(R"(,
+        "tiles": {"type": "TexChecker"},
+        "tiled": {"type": "MtlDiffuse", "diffuse_tex": "tiles"},
+        "ball": {"type": "GeomSphere", "radius": 0.1, "material": "tiled"})"));
+    const RunResult result =
+        pelk.run({"probe", "a.json", "--pixel", "12,8", "--spp", "4", "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const json probe = json::parse(result.out);
+    EXPECT_EQ(probe["hit"]["object"], "ball");
+    const json texture = probe["material"]["references"][0];
+    EXPECT_EQ(texture["parameter"], "diffuse_tex");
+    EXPECT_EQ(texture["name"], "tiles");
+    EXPECT_EQ(probe["channels"]["material_id"], 0);
+
+    // The same numbers as in a picture of that size and those samples.
+    pelk.run({"render", "a.json", "-o", "a.exr", "--spp", "4", "--region", "12,8,13,9"});
+    const std::vector<float> pixels = readPicture(pelk.directory.file("a.exr"));
+    for (size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(probe["channels"]["beauty"][i], pixels.at((24 * 8 + 12) * 4 + i));
+}
+
+}  // namespace

@@ -1,0 +1,88 @@
+#include "host/cli/program.h"
+
+#include <OpenImageIO/imageio.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+Program::~Program() {
+    if (process > 0) {
+        kill(process, SIGKILL);
+        wait();
+    }
+}
+
+void Program::becomeProgram(const std::vector<std::string>& words) {
+    const auto redirect = [](const std::string& file, int stream) {
+        dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), stream);
+    };
+    redirect(streams.file("out"), STDOUT_FILENO);
+    redirect(streams.file("err"), STDERR_FILENO);
+    pluginPath.empty() ? unsetenv("PELK_PLUGIN_PATH")
+                       : setenv("PELK_PLUGIN_PATH", pluginPath.c_str(), 1);
+    for (const char* ours : {"NO_COLOR", "PELK_NUM_THREADS", "PELK_USE_THREAD_AFFINITY"})
+        unsetenv(ours);
+    for (const auto& [name, value] : environment)
+        setenv(name.c_str(), value.c_str(), 1);
+    std::vector<char*> arguments{const_cast<char*>("pelk")};
+    for (const std::string& word : words)
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    if (chdir(directory.path.c_str()) == 0)
+        execv(PELK_PROGRAM, arguments.data());
+    _exit(126);
+}
+
+void Program::start(const std::vector<std::string>& words) {
+    process = fork();
+    if (process == 0)
+        becomeProgram(words);
+    ASSERT_GT(process, 0);
+}
+
+void Program::interrupt() const {
+    kill(process, SIGINT);
+}
+
+bool Program::waitForOutput(const std::string& text) const {
+    using namespace std::chrono;
+    for (const auto end = steady_clock::now() + minutes(2); steady_clock::now() < end;) {
+        if (streams.read("out").find(text) != std::string::npos)
+            return true;
+        std::this_thread::sleep_for(milliseconds(5));
+    }
+    return false;
+}
+
+RunResult Program::wait() {
+    int status = 0;
+    waitpid(process, &status, 0);
+    process = -1;
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"), streams.read("err")};
+}
+
+std::string smallScene(const std::string& plugins) {
+    return R"({
+  "settings": {"width": 24, "height": 16, "samples": 2, "background": [1, 1, 1]},
+  "plugins": {
+    "camera": {"type": "CameraPerspective", "position": [0, 0, 1], "target": [0, 0, 0]},
+    "matte": {"type": "MtlDiffuse", "diffuse": [0.5, 0.25, 0.125]},
+    "square": {"type": "GeomQuad", "width": 9, "height": 9, "material": "matte"})" +
+           plugins + "}}";
+}
+
+std::vector<float> readPicture(const std::string& file) {
+    const auto input = OIIO::ImageInput::open(file);
+    if (!input)
+        return {};
+    const OIIO::ImageSpec& spec = input->spec();
+    std::vector<float> pixels(spec.image_pixels() * static_cast<size_t>(spec.nchannels));
+    input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, pixels.data());
+    return pixels;
+}

@@ -1,0 +1,112 @@
+#include "pelk/host/plugins/lights.h"
+
+#include <gtest/gtest.h>
+
+#include <numbers>
+#include <random>
+
+#include "host/plugins/plugin_holder.h"
+#include "pelk/host/plugins/textures_procedural.h"
+#include "pelk/host/trace/render_context.h"
+
+namespace Tarnkit {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+
+/// Both ways of finding a light must see the same light: the integral of its radiance by its own
+/// samples and by directions spread evenly over the sphere, and the same densities.
+template <class Light>
+void expectBothWaysAgree(PluginHolder<Light>& holder, const Point& from, double expected) {
+    Light& light = holder.plugin;
+    std::string error;
+    holder.startFrame();
+    ASSERT_TRUE(light.prepare({}, error)) << error;
+    RenderContext context;
+    context.hitPoint = from;
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    constexpr int kCount = 200000;
+    double bySamples = 0, byDirections = 0;
+    for (int i = 0; i < kCount; ++i) {
+        LightSample sample;
+        if (light.sample(context, unit(random), unit(random), sample)) {
+            ASSERT_NEAR(length(sample.direction), 1.0f, 1e-4f);
+            bySamples += sample.radiance.g / sample.density;
+            LightHit hit;
+            // At the very rim rounding may miss.
+            if (i < 1000 && light.intersect(from, sample.direction, 0.0, kRayFar, hit)) {
+                EXPECT_NEAR(hit.density / sample.density, 1.0f, 2e-3f);
+                EXPECT_EQ(hit.radiance, sample.radiance);
+                EXPECT_NEAR(hit.distance / sample.distance, 1.0, 1e-3);
+            }
+        }
+        const float y = 1 - 2 * unit(random), r = std::sqrt(std::max(0.0f, 1 - y * y));
+        const float phi = unit(random) * 2 * static_cast<float>(kPi);
+        LightHit hit;
+        if (light.intersect(from, {r * std::cos(phi), y, r * std::sin(phi)}, 0.0, kRayFar, hit))
+            byDirections += hit.radiance.g * 4 * kPi;
+    }
+    EXPECT_NEAR(bySamples / kCount / expected, 1.0, 0.01);
+    EXPECT_NEAR(byDirections / kCount / expected, 1.0, 0.03);
+}
+
+TEST(LightTest, AreaShinesFromItsFrontAlone) {
+    PluginHolder<LightArea> area;
+    area.set("position", Color(1, 3, 0));
+    area.set("direction", Color(0, -2, 0));
+    area.set("width", 2.0f);
+    area.set("height", 1.0f);
+    area.set("intensity", 5.0f);
+    // The solid angle of a rectangle a x b seen from below its centre at distance d:
+    // 4 asin(ab / sqrt((a2 + 4 d2)(b2 + 4 d2))).
+    const double solid = 4 * std::asin(2.0 * 1.0 / std::sqrt((4.0 + 36.0) * (1.0 + 36.0)));
+    expectBothWaysAgree(area, {1, 0, 0}, 5.0 * solid);
+
+    RenderContext above;
+    above.hitPoint = {1, 5, 0};
+    LightSample sample;
+    LightHit hit;
+    EXPECT_FALSE(area.plugin.sample(above, 0.5f, 0.5f, sample));
+    EXPECT_FALSE(area.plugin.intersect({1, 5, 0}, {0, -1, 0}, 0, kRayFar, hit));
+}
+
+TEST(LightTest, SphereIsSeenAsItsCone) {
+    PluginHolder<LightSphere> sphere;
+    sphere.set("position", Color(0, 4, 0));
+    sphere.set("radius", 1.5f);
+    const double cosine = std::sqrt(1 - 1.5 * 1.5 / 16);
+    expectBothWaysAgree(sphere, {0, 0, 0}, 2 * kPi * (1 - cosine));
+}
+
+TEST(LightTest, SunGivesAFacingSurfaceItsIntensity) {
+    PluginHolder<LightSun> sun;
+    sun.set("direction", Color(1, -1, 0));
+    sun.set("angle", 20.0f);
+    sun.set("intensity", 3.0f);
+    const double r = 10 * kPi / 180;
+    // Radiance 3 / sin2 over the cap.
+    expectBothWaysAgree(sun, {0, 0, 0},
+                        3.0 / (std::sin(r) * std::sin(r)) * 2 * kPi * (1 - std::cos(r)));
+}
+
+TEST(LightTest, DomeSamplesWhatItShows) {
+    PluginHolder<UVWGenEnvironment> mapping;
+    PluginHolder<TexGradient> sky;
+    sky.set("form", 1);  // dark below, bright above
+    sky.set("uvwgen", &mapping.plugin);
+    sky.startFrame();
+    PluginHolder<LightDome> dome;
+    dome.set("intensity", 0.5f);
+    expectBothWaysAgree(dome, {1, 2, 3}, 0.5 * 4 * kPi);
+    dome.set("texture", &sky.plugin);
+    expectBothWaysAgree(dome, {0, 0, 0}, 0.5 * 2 * kPi);
+
+    // The sky goes once around from its middle at -Z.
+    RenderContext context;
+    context.rayDir = normalizeGuarded({1, 0, -1});
+    EXPECT_NEAR(length(mapping.plugin.getUVW(context) - Vector(0.625f, 0.5f, 0)), 0.0f, 1e-5f);
+}
+
+}  // namespace
+}  // namespace Tarnkit

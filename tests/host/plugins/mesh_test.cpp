@@ -1,0 +1,187 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <numbers>
+#include <vector>
+
+#include "host/plugins/plugin_holder.h"
+#include "pelk/host/plugins/geom_shapes.h"
+#include "pelk/host/plugins/mesh_loader.h"
+#include "pelk/host/plugins/placement.h"
+#include "temporary_directory.h"
+
+namespace Tarnkit {
+namespace {
+
+template <class Geometry>
+Mesh meshOf(PluginHolder<Geometry>& shape) {
+    Mesh mesh;
+    std::string error;
+    shape.startFrame();
+    EXPECT_TRUE(shape.plugin.buildMesh(mesh, error)) << error;
+    return mesh;
+}
+
+Vector areaVector(const Mesh& mesh, size_t triangle) {
+    const auto& t = mesh.triangles[triangle];
+    const Vector& a = mesh.positions[t[0]];
+    return cross(mesh.positions[t[1]] - a, mesh.positions[t[2]] - a) * 0.5f;
+}
+
+/// The volume inside a closed mesh; negative if its fronts look inward.
+double volume(const Mesh& mesh) {
+    double sum = 0;
+    for (size_t i = 0; i < mesh.triangles.size(); ++i)
+        sum += dotDouble(areaVector(mesh, i), mesh.positions[mesh.triangles[i][0]]) / 3.0;
+    return sum;
+}
+
+/// Every vertex normal lies on the front side of the triangles around it, and is unit.
+void expectNormalsInFront(const Mesh& mesh) {
+    ASSERT_EQ(mesh.normals.size(), mesh.positions.size());
+    for (size_t i = 0; i < mesh.triangles.size(); ++i) {
+        const Vector front = areaVector(mesh, i);
+        EXPECT_GT(length(front), 0.0f) << "collapsed triangle " << i;
+        for (const u32 corner : mesh.triangles[i]) {
+            EXPECT_GT(dot(mesh.normals[corner], front), 0.0f) << "triangle " << i;
+            EXPECT_NEAR(length(mesh.normals[corner]), 1.0f, 1e-5f);
+        }
+    }
+}
+
+TEST(GeomSphere, IsABallThatKeepsItsFrontsWhenStretchedAndMirrored) {
+    PluginHolder<GeomSphere> ball;
+    ball.set("radius", 2.0f);
+    ball.set("scale", Color(-4, 1, 0.25f));
+    const Mesh mesh = meshOf(ball);
+    const double expected = 4 * std::numbers::pi * 8 / 3;
+    EXPECT_NEAR(volume(mesh), expected, expected * 2e-3);
+    expectNormalsInFront(mesh);
+    for (size_t i = 0; i < mesh.positions.size(); ++i) {
+        // The gradient of (x/4)^2 + y^2 + (4z)^2 is the true normal.
+        const Vector p = mesh.positions[i];
+        const Vector gradient = normalizeGuarded({p.x / 16, p.y, p.z * 16});
+        EXPECT_NEAR(dot(gradient, mesh.normals[i]), 1.0f, 1e-4f);
+    }
+    for (const auto& t : mesh.triangles) {
+        const float u[] = {mesh.uvs[t[0]].u, mesh.uvs[t[1]].u, mesh.uvs[t[2]].u};
+        EXPECT_LT(*std::max_element(u, u + 3) - *std::min_element(u, u + 3), 0.1f) << "seam";
+    }
+}
+
+TEST(Geometry, TurnsAsAsked) {
+    const Color one(1), none(0);
+    const struct {
+        Color scale, rotate, translate;
+        Vector from, to;
+    } cases[] = {
+        {one, {90, 0, 0}, none, {0, 1, 0}, {0, 0, 1}},
+        {one, {0, 0, -270}, none, {1, 0, 0}, {0, 1, 0}},
+        {one, {90, 90, 90}, none, {0, 1, 0}, {0, 1, 0}},        // X before Y before Z
+        {one, {0, 450, 0}, none, {3e7f, 1, 0}, {0, 1, -3e7f}},  // right angles are exact
+        {{2, 1, 1}, {0, 90, 0}, {1, 2, 3}, {1, 0, 0}, {1, 2, 1}},
+    };
+    for (const auto& c : cases) {
+        Mesh mesh;
+        mesh.positions = {c.from};
+        Placement(c.scale, c.rotate, c.translate).apply(mesh);
+        EXPECT_LE(length(mesh.positions[0] - c.to), 1e-6f) << c.rotate.g;
+    }
+}
+
+// ---- files
+
+constexpr const char* kObj =
+    "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
+    "usemtl a\nf 1/1 2/2 3/3 4/4\nusemtl b\nf 1/1 2/2 3/3\n";
+
+std::string ply(const std::string& format, const std::string& body) {
+    return "ply\nformat " + format +
+           " 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+           "element face 1\nproperty list uchar int vertex_indices\nend_header\n" +
+           body;
+}
+
+std::string plyBytes() {
+    const float positions[9] = {0, 0, 0, 2, 0, 0, 0, 2, 0};
+    const int indices[3] = {0, 1, 2};
+    return std::string(reinterpret_cast<const char*>(positions), sizeof positions) + "\3" +
+           std::string(reinterpret_cast<const char*>(indices), sizeof indices);
+}
+
+TEST(MeshLoader, ReadsEachFormat) {
+    TemporaryDirectory dir;
+    dir.write("q.obj", kObj);
+    dir.write("text.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n3 0 1 2"));
+    dir.write("bytes.PLY", ply("binary_little_endian", plyBytes()));
+    const std::pair<const char*, double> areas[] = {
+        {"q.obj", 0.5}, {"text.ply", 2.0}, {"bytes.PLY", 2.0}};
+    for (const auto& [name, expected] : areas) {
+        SCOPED_TRACE(name);
+        Mesh mesh;
+        std::string error;
+        ASSERT_TRUE(loadMesh(dir.file(name), true, mesh, error)) << error;
+        EXPECT_NEAR(length(areaVector(mesh, 0)), expected, 1e-6);
+        expectNormalsInFront(mesh);
+    }
+    Mesh mesh;
+    std::string error;
+    ASSERT_TRUE(loadMesh(dir.file("q.obj"), false, mesh, error));
+    EXPECT_THAT(mesh.materialIDs, testing::ElementsAre(0, 0, 1));
+    EXPECT_EQ(mesh.uvs.size(), mesh.positions.size());
+    EXPECT_TRUE(mesh.normals.empty());
+}
+
+TEST(MeshLoader, FilesThatAreMissingOrBrokenAreRefused) {
+    TemporaryDirectory dir;
+    const std::string points = "v 0 0 0\nv 1 0 0\nv 0 1 0\n", plyPoints = "0 0 0\n2 0 0\n0 2 0\n";
+    const std::string bytes = ply("binary_little_endian", plyBytes());
+    const struct {
+        const char *what, *name;
+        std::string content;
+    } cases[] = {
+        {"ending", "m.stl", "solid"},
+        {"cut among vertices", "m.obj", points},
+        {"cut inside a face", "m.obj", points + "f 1 2 3\nf 1 2"},
+        {"cut before the last vertex is used", "m.obj", points + "v 1 1 0\nf 1 2 3"},
+        {"index too large", "m.obj", points + "f 1 2 4\n"},
+        {"not finite", "m.obj", "v 0 0 0\nv 1 0 0\nv 0 nan 0\nf 1 2 3\n"},
+        {"head cut", "m.ply", bytes.substr(0, 50)},
+        {"rows of text missing", "m.ply", ply("ascii", plyPoints + "3 0 1")},
+        {"bytes missing", "m.ply", bytes.substr(0, bytes.size() - 1)},
+        {"face without corners", "m.ply", ply("ascii", plyPoints + "0\n")},
+        {"index below 0", "m.ply", ply("ascii", plyPoints + "3 0 1 -2\n")},
+        {"huge count", "m.ply", ply("binary_big_endian", plyBytes().substr(0, 36) + "\xff")},
+        {"bytes that are no glTF", "m.glb", "glTF\2"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        dir.write(c.name, c.content);
+        Mesh mesh;
+        std::string error;
+        EXPECT_FALSE(loadMesh(dir.file(c.name), true, mesh, error));
+        EXPECT_THAT(error, testing::HasSubstr(dir.file(c.name)));
+        EXPECT_GT(error.size(), dir.file(c.name).size() + 15) << "no reason: " << error;
+    }
+}
+
+TEST(MeshLoader, AGltfOrGlbThatWasCutIsCalledSo) {
+    TemporaryDirectory dir;
+    const std::string head{"glTF\2\0\0\0", 8};
+    const struct {
+        const char* name;
+        std::string content;
+    } cases[] = {{"m.gltf", R"({"asset": {"version": "2.0")"},
+                 {"m.glb", head + std::string("\xff\0\0\0", 4)},
+                 {"m.glb", head + std::string("\x18\0\0\0\x05\0\0\0JSON{}  ", 16)}};
+    for (const auto& c : cases) {
+        dir.write(c.name, c.content);
+        Mesh mesh;
+        std::string error;
+        EXPECT_FALSE(loadMesh(dir.file(c.name), true, mesh, error));
+        EXPECT_THAT(error, testing::HasSubstr("cut short"));
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit

@@ -1,0 +1,126 @@
+// Pictures, by what must hold of them: rendered with the built module, as any host would.
+
+#include <gmock/gmock.h>
+
+#include "host/render/render_fixture.h"
+
+namespace Tarnkit {
+namespace {
+
+using RenderTest = RenderFixture;
+
+TEST_F(RenderTest, AWhiteSurfaceInWhiteSurroundingsIsWhite) {
+    const std::string base = R"("base": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+        "scaled": {"type": "MtlWrapper", "base_material": "base", "receive_gi": 0.999},
+        "clear": {"type": "MtlRenderStats", "visibility": 0},
+        "coat": {"type": "BRDFGlossy", "roughness": 0, "ior": 1.5},
+        "ball": {"type": "GeomSphere", "radius": 3, "material": "white"}, "white": {"type": )";
+    const struct {
+        const char *what, *material;
+    } cases[] = {
+        {"directly", R"("MtlDiffuse", "diffuse": [1, 1, 1])"},
+        {"by the road of samplers", R"("MtlSingleBRDF", "brdf": "base")"},
+        {"a mirror", R"("MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1])"},
+        {"what a coat mirrors, it takes from the base",
+         R"("MtlLayeredBRDF", "brdfs": ["clear", "coat", "base"])"},
+        {"sides that differ", R"("Mtl2Sided", "front": "base", "back": "scaled")"},
+        {"layers that differ", R"("MtlLayeredBRDF", "brdfs": ["base", "scaled"])"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::string ball = base + c.material + "}";
+        // Surroundings that are sampled and met, and those that indirect rays alone meet.
+        expectNear(meanOf(ball + R"(, "dome": {"type": "LightDome"})", R"("max_depth": 50)"),
+                   Color(1), 0.005f);
+        expectNear(meanOf(ball, R"("max_depth": 50, "background": [1, 1, 1])"), Color(1), 0.005f);
+    }
+}
+
+TEST_F(RenderTest, AThinSurfaceShowsTheLightOfBothSides) {
+    const std::string sheet =
+        R"("red": {"type": "MtlDiffuse", "diffuse": [1, 0, 0]},
+           "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+           "leaf": {"type": "Mtl2Sided", "front": "red", "back": "white",
+                    "translucency": [0.25, 0.25, 0.25], "mult_by_front_diffuse": %MULT%},
+           "sheet": {"type": "GeomQuad", "material": "leaf", "width": 9, "height": 9,
+                     "rotate": [0, %TURN%, 0]}, "light": )";
+    const char* none = R"({"type": "MtlDiffuse"})";
+    const char* dome = R"({"type": "LightDome"})";
+    const char* behind = R"({"type": "LightSun", "direction": [0, 0, 1], "angle": 5})";
+    const struct {
+        const char *turn, *multiply, *light, *settings;
+        Color expected;
+    } cases[] = {
+        {"0", "false", dome, R"("max_depth": 5)", {1, 0.25f, 0.25f}},
+        {"180", "false", dome, R"("max_depth": 5)", {1, 0.75f, 0.75f}},
+        {"180", "false", none, R"("background": [1, 1, 1])", {1, 0.75f, 0.75f}},
+        {"180", "false", behind, R"("max_depth": 5)", {0.25f, 0, 0}},
+        {"0", "true", behind, R"("gi": false)", {0.25f, 0, 0}},
+    };
+    for (const auto& c : cases) {
+        std::string plugins = sheet + c.light;
+        plugins.replace(plugins.find("%MULT%"), 6, c.multiply);
+        plugins.replace(plugins.find("%TURN%"), 6, c.turn);
+        SCOPED_TRACE(plugins + c.settings);
+        expectNear(meanOf(plugins, c.settings), c.expected, 0.005f);
+    }
+}
+
+TEST_F(RenderTest, ShadowsAreFilteredByWhatStandsInTheWayUnlessTheyAreOff) {
+    const std::string scene = R"(
+        "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+        "open": {"type": "MtlRenderStats", "base_mtl": "white", "shadows_receive": false},
+        "film": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "transparency": [1, 0.5, 0]},
+        "first": {"type": "GeomQuad", "material": "film", "width": 90, "height": 90,
+                  "translate": [0, 0, 20]},
+        "second": {"type": "GeomQuad", "material": "film", "width": 90, "height": 90,
+                   "translate": [0, 0, 21], "rotate": [0, 180, 0]},
+        "sun": {"type": "LightSun", "direction": [0, 0, -1], "angle": 0, "shadows": )";
+    const std::string wall = R"(}, "wall": {"type": "GeomQuad", "width": 40, "height": 40,
+                                            "material": )";
+    const auto lit = [&](const std::string& shadows, const std::string& material) {
+        return meanOf(scene + shadows + wall + material + "}", R"("gi": false)", 4);
+    };
+    expectNear(lit("true", R"("white")"), Color(1, 0.25f, 0), 1e-5f);
+    expectNear(lit("true", R"("open")"), Color(1), 1e-5f);
+    expectNear(lit("false", R"("white")"), Color(1), 1e-5f);
+}
+
+TEST_F(RenderTest, ManyLightsOfWhichSomeAreChosenGiveTheSameLight) {
+    std::string plugins = R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+        "wall": {"type": "GeomQuad", "material": "white", "width": 40, "height": 40})";
+    for (int i = 0; i < 200; ++i)
+        plugins += ", \"sun" + std::to_string(i) + R"(": {"type": "LightSun", "angle": 0,
+            "direction": [0, 0, -1], "intensity": 0.05})";
+    expectNear(meanOf(plugins, R"("gi": false)", 4), Color(10), 1e-3f);
+}
+
+TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
+    const struct {
+        const char *plugin, *error, *settings = "";
+    } cases[] = {
+        {R"("CameraPerspective", "fov": 180)", "/plugins/x: fov must lie between",
+         R"("camera": "x")"},
+        {R"("CameraPerspective", "target": [0, 0, 5])", "/plugins/x: position and",
+         R"("camera": "x")"},
+        {R"("CameraOrthographic", "width": 0)", "/plugins/x: width must be above 0",
+         R"("camera": "x")"},
+        {R"("LightSphere", "radius": 0)", "/plugins/x: radius must be above 0"},
+        {R"("LightArea", "direction": [0, 0, 0])", "/plugins/x: direction and up must not be 0"},
+        {R"("LightSun", "angle": 180)", "/plugins/x: angle must be at least 0 and below 180"},
+        {R"("GeomQuad", "height": -1)", R"(/plugins/x: "height" must be above 0)"},
+        {R"("GeomBox", "scale": [1, 0, 1])", R"(/plugins/x: "scale" must have three numbers)"},
+        {R"("GeomSphere", "segments": 4097)", R"(/plugins/x: "segments" must be 3 to 4096)"},
+        {R"("RenderChannel", "kind": "dept")", "/plugins/x/kind: there is no channel \"dept\""},
+        {R"("RenderChannel", "channel_name": "a.b")", "/plugins/x/channel_name: expected 1 to 63"},
+        {R"("RenderChannel", "channel_name": "depth")", "/plugins/x/channel_name: the name"},
+    };
+    for (const auto& c : cases) {
+        const auto scene = read(R"("x": {"type": )" + std::string(c.plugin) + "}", c.settings);
+        ASSERT_TRUE(scene);
+        EXPECT_THAT(errorOf(*scene), testing::StartsWith(c.error));
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit

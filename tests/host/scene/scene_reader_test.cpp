@@ -1,0 +1,258 @@
+#include "pelk/host/scene/scene_reader.h"
+
+#include <gmock/gmock.h>
+
+#include <climits>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "pelk/contract/pelk_material.h"
+#include "pelk/host/plugins/camera.h"
+#include "pelk/host/plugins/host_plugin.h"
+#include "pelk/host/scene/host_session.h"
+#include "pelk/support/plugin_manager.h"
+#include "temporary_directory.h"
+
+namespace Tarnkit {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+/// A material with a parameter of every type.
+class Probe final : public PelkMaterial {
+public:
+    static constexpr const char* kName = "Probe";
+    static constexpr u32 kID = 0x7E1F0001;
+    static constexpr u64 kFaces[] = {EXT_MATERIAL};
+
+    explicit Probe(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {}
+    static void addParameters(PelkParameterListDesc& list) {
+        list.addParamBool("flag", false);
+        list.addParamInt("int", 0);
+        list.addParamFloat("float", 0);
+        list.addParamColor("color", Color());
+        list.addParamString("text", "");
+        list.addParamPlugin("base", EXT_MATERIAL);
+        list.addParamPlugin("bump_brdf", EXT_BSDF);
+        list.addParamTexture("tex");
+        list.addParamTextureFloat("tex_float");
+        list.addParamTextureInt("tex_int");
+        list.addParamInt("ints", 0, 0);
+        list.addParamColor("colors", Color(), 0);
+        list.addParamString("texts", "", 0);
+        list.addParamPlugin("bases", EXT_MATERIAL, 0);
+        list.addParam({.name = "pairs",
+                       .type = ParameterType::Plugin,
+                       .count = 0,
+                       .ofPairs = true,
+                       .interfaceID = EXT_MATERIAL});
+        list.addParam("positions", 12);
+        list.addParam("strange", 99);
+    }
+
+    void shade(PelkContext&) override {}
+    BSDFSampler* getBSDF(PelkContext&, int) override { return nullptr; }
+    void releaseBSDF(PelkContext&, BSDFSampler*) override {}
+};
+
+class SceneReaderTest : public testing::Test {
+protected:
+    SceneReaderTest() {
+        session.getManager().registerPluginDesc(&probeDesc, session.getPluginHost());
+        session.loadModules("", nullptr);  // lists the kinds anew
+    }
+    ~SceneReaderTest() override {
+        scene.reset();
+        session.getManager().unregisterPluginDesc(&probeDesc, session.getPluginHost());
+    }
+
+    bool read(const std::string& text, const std::vector<std::string>& overrides = {}) {
+        dir.write("scene.json", text);
+        error.clear();
+        scene = readScene(session, dir.file("scene.json"), overrides, error);
+        // An error always names the file.
+        EXPECT_EQ(scene == nullptr, error.starts_with(dir.file("scene.json") + ":")) << error;
+        return scene != nullptr;
+    }
+    /// A scene with the probe `a`, another one and a texture.
+    bool readProbe(const std::string& parameters, const std::vector<std::string>& overrides = {}) {
+        return read(R"({"plugins": {"a": {"type": "Probe", )" + parameters +
+                        R"(}, "check": {"type": "TexChecker"}, "b": {"type": "Probe"}}})",
+                    overrides);
+    }
+    PelkPluginParameter& parameter(const char* name) {
+        auto* face = findInterface<PelkPluginInterface>(scene->findPlugin("a"), EXT_PLUGIN_BASE);
+        return *face->getParameter(name);
+    }
+
+    HostPluginDesc<Probe> probeDesc;
+    HostSession session;
+    TemporaryDirectory dir;
+    std::unique_ptr<Scene> scene;
+    std::string error;
+};
+
+TEST_F(SceneReaderTest, EveryTypeOfValueArrives) {
+    ASSERT_TRUE(readProbe(R"("flag": true, "int": -2147483648, "float": 2,
+        "color": {"times": [1, 3], "values": [[1, 2, 3], [3, 4, 5]]},
+        "text": "x", "base": "b", "tex": [1, 2, 3, 0.5], "tex_float": "check", "tex_int": 7,
+        "ints": [], "colors": [[1, 0, 0], [0, 0, 1, 0.5]], "texts": ["p", "q"],
+        "bases": ["b", null], "positions": [0.25, "check"], "pairs": [[3, null], [4, "b"]])"))
+        << error;
+    Plugin* const b = scene->findPlugin("b");
+    Plugin* const check = scene->findPlugin("check");
+    EXPECT_EQ(parameter("flag").getInt(0, 0), 1);
+    EXPECT_EQ(parameter("int").getInt(0, 0), INT_MIN);
+    EXPECT_EQ(parameter("float").getFloat(0, 0), 2.0f);
+    EXPECT_EQ(parameter("color").getColor(0, 2), (AColor{{2, 3, 4}, 1}));
+    EXPECT_STREQ(parameter("text").getString(0, 0), "x");
+    EXPECT_EQ(parameter("base").getObject(0, 0), b);
+    EXPECT_EQ(parameter("tex").getColor(0, 0), (AColor{{1, 2, 3}, 0.5f}));
+    EXPECT_EQ(parameter("tex_float").getObject(0, 0), check);
+    EXPECT_EQ(parameter("tex_int").getInt(0, 0), 7);
+    EXPECT_EQ(parameter("ints").getCount(0), 0);
+    EXPECT_EQ(parameter("colors").getColor(1, 0), (AColor{{0, 0, 1}, 0.5f}));
+    EXPECT_STREQ(parameter("texts").getString(1, 0), "q");
+    EXPECT_EQ(parameter("bases").getCount(0), 2);
+    EXPECT_EQ(parameter("bases").getObject(1, 0), nullptr);
+    EXPECT_EQ(parameter("positions").getFloat(0, 0), 0.25f);
+    EXPECT_EQ(parameter("positions").getObject(1, 0), check);
+    const int item = parameter("pairs").openItem(1);
+    EXPECT_EQ(parameter("pairs").getInt(0, 0), 4);
+    EXPECT_EQ(parameter("pairs").getObject(1, 0), b);
+    parameter("pairs").closeItem(item);
+}
+
+TEST_F(SceneReaderTest, WhatIsWrongIsToldWithItsPlace) {
+    const std::pair<const char*, const char*> cases[] = {
+        {R"("flot": 1)", "/plugins/a/flot: Probe has no parameter \"flot\", did you mean"},
+        {R"("flag": 1)", "/plugins/a/flag: expected true or false, not 1"},
+        {R"("int": true)", "/plugins/a/int: expected a whole number"},
+        {R"("int": 2147483648)", "/plugins/a/int: expected a whole number"},
+        {R"("float": 1e39)", "/plugins/a/float: expected a number"},
+        {R"("color": [1, 2])", "/plugins/a/color: expected three or four"},
+        {R"("text": 1)", "/plugins/a/text: expected a text, not 1"},
+        {R"("ints": [1, "x"])", "/plugins/a/ints/1: "},
+        {R"("base": "check")", "\"check\" is a TexChecker"},
+        {R"("bases": ["b", "c"])", "/plugins/a/bases/1: expected the name"},
+        {R"("pairs": ["b"])", "/a/pairs/0: expected [a whole number"},
+        {R"("pairs": [[1, "c"]])", "/a/pairs/0/1: expected"},
+        {R"("strange": 1)", "/plugins/a/strange: "},
+        {R"("float": {"times": [1, 1], "values": [1, 2]})", "/float/times/1: "},
+        {R"("float": {"times": [], "values": []})", "/float/times: "},
+        {R"("float": {"times": [1, 2], "values": [1]})", "/float/values: "},
+        {R"("int": 1, "int": 1)", "/plugins/a/int: the key stands here twice"},
+    };
+    for (const auto& [parameters, told] : cases) {
+        SCOPED_TRACE(parameters);
+        EXPECT_FALSE(readProbe(parameters));
+        EXPECT_THAT(error, HasSubstr(told));
+        EXPECT_EQ(session.getManager().enumPlugins(nullptr), 0) << "instances left over";
+    }
+}
+
+TEST_F(SceneReaderTest, TheFileItselfIsChecked) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"", "scene.json:1:1: "},
+        {"{\"plugins\": 1e999}", "scene.json:1:"},
+        {"{}", "/plugins: expected an object"},
+        {R"({"plugin": {}})", "/plugin: there is no such entry, did you mean \"plugins\""},
+        {R"({"plugins": {"a": {}}})", "/plugins/a/type: "},
+        {R"({"plugins": {"x/~y": {"type": "GeomBx"}}})", "/plugins/x~1~0y/type: "},
+        {R"({"plugins": {"a": 3}})", "/plugins/a: expected an object"},
+        {R"({"plugins": {}, "settings": {"sampels": 1}})", "did you mean \"samples\"?"},
+        {R"({"plugins": {}, "settings": {"width": 0}})", "/settings/width: expected"},
+        {R"({"plugins": {}, "settings": {"samples": 18446744073709551615}})", "/settings"},
+        {R"({"plugins": {"a": {"type": "Probe"}}, "settings": {"backplate": "a"}})",
+         "/settings/backplate: expected the name of an instance with EXT_TEXTURE"},
+        {std::string(1000, '['), "nested too deeply"},
+    };
+    for (const auto& [text, told] : cases) {
+        SCOPED_TRACE(text);
+        EXPECT_FALSE(read(text));
+        EXPECT_THAT(error, HasSubstr(told));
+    }
+}
+
+TEST_F(SceneReaderTest, OverridesPassTheSameChecks) {
+    ASSERT_TRUE(readProbe(
+        R"("int": 1)", {"a.int=2", "a.base=b", "a.texts=[\"x=y\"]", "a.text=3", "a.text=2 words"}))
+        << error;
+    EXPECT_EQ(parameter("int").getInt(0, 0), 2);
+    EXPECT_STREQ(parameter("text").getString(0, 0), "2 words");
+    EXPECT_EQ(parameter("base").getObject(0, 0), scene->findPlugin("b"));
+    EXPECT_STREQ(parameter("texts").getString(0, 0), "x=y");
+
+    const std::pair<std::string, const char*> cases[] = {
+        {"chek.squares=3", "did you mean \"check\"?"},
+        {"a.type=GeomBox", "no parameter \"type\""},
+        {"a.int=x", "expected a whole number of 32 bits, not \"x\""},
+    };
+    for (const auto& [text, told] : cases) {
+        EXPECT_FALSE(readProbe(R"("int": 1)", {text}));
+        EXPECT_THAT(error, AllOf(HasSubstr("--set " + text + ": "), HasSubstr(told)));
+    }
+}
+
+TEST_F(SceneReaderTest, MaterialsMustEnd) {
+    // A chain of probes, m1 to the last one, whose parameters are `end`.
+    const auto readChain = [&](int length, const std::string& end) {
+        std::string text = R"({"plugins": {)";
+        for (int i = 1; i < length; ++i)
+            text += "\"m" + std::to_string(i) + R"(": {"type": "Probe", "base": "m)" +
+                    std::to_string(i + 1) + "\"},";
+        return read(text + "\"m" + std::to_string(length) + R"(": {"type": "Probe")" + end + "}}}");
+    };
+    EXPECT_TRUE(readChain(100, "")) << error;
+    EXPECT_FALSE(readChain(101, ""));
+    EXPECT_THAT(error, HasSubstr("more than 100"));
+    EXPECT_FALSE(readChain(100000, ""));
+    EXPECT_FALSE(readChain(3, R"(, "bases": ["m2"])"));
+    EXPECT_THAT(error, HasSubstr("in a loop: m2 -> m3 -> m2"));
+    EXPECT_TRUE(readChain(3, R"(, "bump_brdf": "m1")")) << error;
+}
+
+TEST_F(SceneReaderTest, TheCameraIsTheOnlyOneOrTheNamedOne) {
+    const std::string two = R"({"plugins": {"l": {"type": "CameraPerspective"},
+        "r": {"type": "CameraPerspective"}})";
+    ASSERT_TRUE(read(two + R"(, "settings": {"camera": "r"}})")) << error;
+    EXPECT_EQ(scene->camera->getPlugin(), scene->findPlugin("r"));
+    EXPECT_FALSE(read(two + "}"));
+    EXPECT_THAT(error, HasSubstr("/settings/camera: there are 2 cameras"));
+}
+
+TEST_F(SceneReaderTest, PluginsThatFailSpoilNoOthers) {
+    struct OddDesc final : PelkPluginDesc {
+        explicit OddDesc(const char* n) : name(n) { paramDesc = &list; }
+        u32 getPluginID() override { return name ? 0x7E1F0002 : 0x7E1F0003; }
+        const char* getName() override { return name; }
+        Plugin* newPlugin(PelkPluginHost*) override { throw std::runtime_error("no licence"); }
+        void deletePlugin(Plugin*) override {}
+        int supportsInterface(u64) override { return 0; }
+        const char* const name;
+        PelkParameterListDesc list;
+    } odd("Odd"), nameless(nullptr);
+    for (OddDesc* desc : {&odd, &nameless})
+        session.getManager().registerPluginDesc(desc, session.getPluginHost());
+    const std::string modules = PELK_MODULE_DIR;
+    session.loadModules(modules + ";" + modules + "/", nullptr);
+    std::set<std::string> names;
+    for (const PluginKind* kind : session.getKinds())
+        EXPECT_TRUE(names.insert(kind->getName()).second) << kind->getName() << " twice";
+    EXPECT_TRUE(names.contains("MtlDiffuse"));
+    EXPECT_TRUE(session.getInterfaceNames(*session.findKind("Odd")).empty());
+    ASSERT_EQ(session.getRejected().size(), 2u);
+    EXPECT_EQ(session.getRejected()[0].reason, "a plug-in without a name");
+    EXPECT_EQ(session.getRejected()[1].reason, "Odd gives no instance: no licence");
+    EXPECT_FALSE(read(R"({"plugins": {"x": {"type": "Odd"}}})"));
+    EXPECT_THAT(error, HasSubstr("/plugins/x: no instance of the plug-in \"Odd\": no licence"));
+    for (OddDesc* desc : {&odd, &nameless})
+        session.getManager().unregisterPluginDesc(desc, session.getPluginHost());
+}
+
+}  // namespace
+}  // namespace Tarnkit

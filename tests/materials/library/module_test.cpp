@@ -1,0 +1,150 @@
+#include <dlfcn.h>
+
+#include "base/test_heap.h"
+#include "fake_host/fake_host.h"
+#include "pelk/base/crash_handler.h"
+#include "pelk/base/exception_msg.h"
+#include "pelk/contract/plugin_desc.h"
+
+namespace {
+
+// The plug-ins in the order in which hosts see them.
+const struct {
+    const char* name;
+    u32 id;
+    bool describesItself;
+} kPlugins[] = {
+    {"Mtl2Sided", 2006140877, true},       {"MtlDiffuse", 2004101502, true},
+    {"MtlDoubleSided", 2005073001, false}, {"MtlLayeredBRDF", 2004102130, false},
+    {"MtlMaterialID", 2008290200, true},   {"MtlMulti", 2005052701, true},
+    {"MtlOverride", 2007020199, true},     {"MtlRenderStats", 2007021701, true},
+    {"MtlSingleBRDF", 2004101810, true},   {"MtlWrapperMaya", 2009220400, true},
+    {"MtlWrapper", 2008180400, true},
+};
+constexpr int kNumPlugins = std::size(kPlugins);
+
+/// Goes on until a number of descriptors has been seen.
+struct Collect final : EnumPluginDescCallback {
+    explicit Collect(int most) : limit(most) {}
+    int process(PluginDesc* desc) override {
+        seen.push_back(desc);
+        return static_cast<int>(seen.size()) < limit;
+    }
+
+    int limit;
+    std::vector<PluginDesc*> seen;
+};
+
+bool isLoaded() {
+    void* module = dlopen(MaterialsModule::path(), RTLD_NOW | RTLD_NOLOAD);
+    if (module)
+        dlclose(module);
+    return module != nullptr;
+}
+
+TEST(Module, UnloadsAndLoadsAgain) {
+    for (int i = 0; i < 3; ++i) {
+        {
+            MaterialsModule module;
+            ASSERT_TRUE(module.getLibDesc());
+            EXPECT_EQ(module.getLibDesc()->enumPluginDescs(nullptr), kNumPlugins);
+            EXPECT_TRUE(isLoaded());
+        }
+        EXPECT_FALSE(isLoaded()) << "something keeps the module from unloading";
+    }
+}
+
+TEST(Module, ListsItsPluginsInOrderWithTheirFaces) {
+    MaterialsModule module;
+    PluginLibDesc& lib = *module.getLibDesc();
+    EXPECT_STREQ(lib.getLibraryName(), "Materials");
+    EXPECT_STREQ(lib.getLibraryDescription(), "Pelk Materials");
+    Collect all(100), first(1);
+    EXPECT_EQ(lib.enumPluginDescs(&all), kNumPlugins);
+    EXPECT_EQ(lib.enumPluginDescs(&first), 1) << "the one at which it stopped counts";
+    for (int i = 0; i < kNumPlugins; ++i) {
+        SCOPED_TRACE(kPlugins[i].name);
+        PluginDesc& desc = *all.seen[i];
+        EXPECT_STREQ(desc.getName(), kPlugins[i].name);
+        EXPECT_EQ(desc.getPluginID(), kPlugins[i].id);
+        EXPECT_EQ(desc.supportsInterface(EXT_MATERIAL), 1);
+        EXPECT_EQ(desc.supportsInterface(EXT_PLUGIN_BASE), 1);
+        EXPECT_EQ(desc.supportsInterface(EXT_BSDF), 0) << "offered, but not announced";
+        desc.registerPlugin(nullptr);
+        desc.unregisterPlugin(nullptr);
+        desc.deletePlugin(nullptr);
+        Plugin* made = desc.newPlugin(nullptr);
+        for (const u64 id : {EXT_PLUGIN_BASE, EXT_MATERIAL, EXT_BSDF, EXT_OPAQUE_SHADEABLE}) {
+            PluginInterface* face = made->getInterface(id);
+            ASSERT_TRUE(face) << std::hex << id;
+            EXPECT_EQ(face->getInterfaceID(), id);
+            EXPECT_EQ(face->getPlugin(), made);
+        }
+        EXPECT_EQ(made->getInterface(EXT_RTMTL) != nullptr, kPlugins[i].describesItself);
+        desc.deletePlugin(made);
+    }
+}
+
+TEST(Module, MakesNoPluginWithoutMemory) {
+    const DebugRecorder quiet;
+    MaterialsModule module;
+    for (const auto& plugin : kPlugins) {
+        SCOPED_TRACE(plugin.name);
+        PluginDesc* desc = module.find(plugin.name);
+        int refusals = 0;
+        for (Plugin* made = nullptr; !made; ++refusals) {
+            HeapProbe heap;
+            heap.refuseAfter(refusals);
+            // Caught by its type although it was thrown through the module.
+            try {
+                made = desc->newPlugin(nullptr);
+                desc->deletePlugin(made);
+            } catch (const ExceptionMsg& e) {
+                EXPECT_TRUE(std::string(e.text).starts_with("Memory allocation failure; "));
+            }
+        }
+        EXPECT_GT(refusals, 1);
+    }
+}
+
+// An exception on its way through the system's loader would end the process or keep its lock.
+TEST(Module, LoadsWithoutMemoryNeitherHalfNorForGood) {
+    platform::setDebugSink([](const char*) {});
+    using GetLibDesc = PluginLibDesc* (*)();
+    int refusals = 0;
+    for (bool failed = true; failed; ++refusals) {
+        HeapProbe heap;
+        heap.refuseAfter(refusals);
+        platform::ModuleError error;
+        const platform::ModuleHandle module = platform::loadModule(MaterialsModule::path(), error);
+        ASSERT_TRUE(module) << error.message;
+        heap.refuseAfter(1000);
+        const auto entry = reinterpret_cast<GetLibDesc>(platform::findSymbol(module, "getLibDesc"));
+        failed = false;
+        try {
+            entry();
+        } catch (const ExceptionMsg&) {
+            failed = true;
+        }
+        EXPECT_EQ(entry()->enumPluginDescs(nullptr), kNumPlugins) << refusals;
+        platform::releaseModule(module);
+        EXPECT_FALSE(isLoaded());
+    }
+    EXPECT_GT(refusals, 2 * kNumPlugins) << "a list and a node each";
+    platform::setDebugSink(nullptr);
+}
+
+#ifdef PELK_TEST_REAL_CRASHES
+TEST_F(FakeHost, FaultsInAMaterialBecomeExceptions) {
+    PelkMaterial& diffuse = make("MtlDiffuse");
+    startFrame(diffuse);
+    FakeContext context = hit();
+    context.threadData = nullptr;
+    crashDumpWritten = 1;  // nobody wants the dump
+    installCrashHandler();
+    EXPECT_THROW(diffuse.getBSDF(context, 0), ExceptionMsg);
+    platform::setFaultTranslator(nullptr);
+}
+#endif
+
+}  // namespace

@@ -1,0 +1,100 @@
+#include <dlfcn.h>
+#include <pthread.h>
+
+#include <cerrno>
+#include <cstddef>
+
+#include "materials/library/hit_roads.h"
+#include "pelk/base/memory.h"
+#include "pelk/platform/lock.h"
+
+namespace {
+
+/// What a thread asked of the runtime library.
+struct RuntimeCalls {
+    long heap = 0;   ///< memory taken or given back
+    long locks = 0;  ///< mutexes and read-write locks entered
+};
+
+thread_local RuntimeCalls calls;
+
+template <class Function>
+int lockBy(const char* name, Function*& next, auto* lock) {
+    ++calls.locks;
+    if (!next)
+        next = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+    return next(lock);
+}
+
+}  // namespace
+
+// The functions below stand in front of the runtime's for the whole process, libpelk and the
+// module included, since a program's own names are found first. Other libraries are to find them
+// whatever the visibility of the rest.
+#pragma GCC visibility push(default)
+extern "C" {
+
+void* __libc_malloc(size_t size);
+void* __libc_realloc(void* block, size_t size);
+void* __libc_memalign(size_t alignment, size_t size);
+void __libc_free(void* block);
+
+void* malloc(size_t size) noexcept {
+    ++calls.heap;
+    return __libc_malloc(size);
+}
+void* realloc(void* block, size_t size) noexcept {
+    ++calls.heap;
+    return __libc_realloc(block, size);
+}
+int posix_memalign(void** block, size_t alignment, size_t size) noexcept {
+    ++calls.heap;
+    *block = __libc_memalign(alignment, size);
+    return *block ? 0 : ENOMEM;
+}
+void free(void* block) noexcept {
+    ++calls.heap;
+    __libc_free(block);
+}
+
+int pthread_mutex_lock(pthread_mutex_t* lock) noexcept {
+    static decltype(pthread_mutex_lock)* next;
+    return lockBy("pthread_mutex_lock", next, lock);
+}
+int pthread_mutex_trylock(pthread_mutex_t* lock) noexcept {
+    static decltype(pthread_mutex_trylock)* next;
+    return lockBy("pthread_mutex_trylock", next, lock);
+}
+int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept {
+    static decltype(pthread_rwlock_rdlock)* next;
+    return lockBy("pthread_rwlock_rdlock", next, lock);
+}
+}
+#pragma GCC visibility pop
+
+namespace {
+
+class SteadyState : public HitRoads {};
+
+TEST_F(SteadyState, HitsTakeNoMemoryAndNoLock) {
+    FakeContext context = hit();
+    prepare(context);
+    const Color warm = runHits(context);
+    calls = {};
+    const Color steady = runHits(context);
+    const RuntimeCalls ofHits = calls;
+    EXPECT_EQ(steady, warm);
+    EXPECT_EQ(ofHits.heap, 0);
+    EXPECT_EQ(ofHits.locks, 0);
+
+    platform::Lock lock;
+    calls = {};
+    freeMemory(allocate(8));
+    lock.enter();
+    const RuntimeCalls seen = calls;
+    lock.leave();
+    EXPECT_EQ(seen.heap, 2) << "libraries go past the count";
+    EXPECT_EQ(seen.locks, 1) << "libraries go past the count";
+}
+
+}  // namespace
