@@ -1,9 +1,9 @@
 #include "leaf_material.h"
 
 PluginInterface* Leaf::getInterface(u64 id) {
-    if (id == EXT_MATERIAL)
+    if (id == MaterialInterface::kInterfaceID)
         return static_cast<MaterialInterface*>(this);
-    return id == EXT_BSDF ? static_cast<BSDFInterface*>(this) : nullptr;
+    return id == BSDFInterface::kInterfaceID ? static_cast<BSDFInterface*>(this) : nullptr;
 }
 
 PluginBase* Leaf::getPlugin() {

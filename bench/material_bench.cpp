@@ -21,7 +21,8 @@ constexpr int kNumIds = 100;
 class IdTexture final : public Plugin, public TextureIntInterface {
 public:
     PluginInterface* getInterface(u64 id) override {
-        return id == EXT_TEXTURE_INT ? static_cast<TextureIntInterface*>(this) : nullptr;
+        return id == TextureIntInterface::kInterfaceID ? static_cast<TextureIntInterface*>(this)
+                                                       : nullptr;
     }
     PluginBase* getPlugin() override { return this; }
     int getTexInt(PelkContext&) override { return kNumIds - 1; }
@@ -45,7 +46,7 @@ public:
             material->setParameter(parameter);
         material->renderBegin(renderer);
         material->frameBegin(renderer);
-        bsdf = findInterface<BSDFInterface>(material, EXT_BSDF);
+        bsdf = findInterface<BSDFInterface>(material);
         context.threadData = &thread;
         context.renderer = &renderer;
         context.rayType = kRayCamera;

@@ -13,7 +13,9 @@ public:
 
     void deletePlugin(Plugin* plugin) override { delete plugin; }
 
-    int supportsInterface(u64 id) override { return id == EXT_MATERIAL || id == EXT_PLUGIN_BASE; }
+    int supportsInterface(u64 id) override {
+        return id == MaterialInterface::kInterfaceID || id == PelkPluginInterface::kInterfaceID;
+    }
 
 protected:
     PelkParameterListDesc list;

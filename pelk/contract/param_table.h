@@ -18,13 +18,6 @@ struct ParamRow {
     TextureIntInterface* Params::*textureIntField = nullptr;
     PelkPluginList Params::*listField = nullptr;
 
-    constexpr ParamRow describe(const char* description, const char* guide = nullptr) const {
-        ParamRow row = *this;
-        row.desc.description = description;
-        row.desc.guide = guide;
-        return row;
-    }
-
     void bind(PelkParameterList& list, Params& params) const {
         const auto bindIf = [&](auto field) {
             if (field)
@@ -91,15 +84,24 @@ constexpr ParamRow<P> colorParam(const char* name, Color P::*field, Color value,
             .colorField = field};
 }
 
+/// A plug-in of any kind.
 template <class P>
-constexpr ParamRow<P> pluginParam(const char* name, PluginBase* P::*field, u64 interfaceID,
+constexpr ParamRow<P> pluginParam(const char* name, PluginBase* P::*field,
                                   const char* description = nullptr, const char* guide = nullptr) {
     return {.desc = {.name = name,
                      .type = ParameterType::Plugin,
-                     .interfaceID = interfaceID,
                      .description = description,
                      .guide = guide},
             .pluginField = field};
+}
+
+/// A plug-in that offers `Interface`.
+template <InterfaceClass Interface, class P>
+constexpr ParamRow<P> pluginParam(const char* name, PluginBase* P::*field,
+                                  const char* description = nullptr, const char* guide = nullptr) {
+    ParamRow<P> row = pluginParam(name, field, description, guide);
+    row.desc.interfaceID = Interface::kInterfaceID;
+    return row;
 }
 
 template <class P>
@@ -155,25 +157,24 @@ constexpr ParamRow<P> textureIntParam(const char* name, TextureIntInterface* P::
 
 // Lists. One without a field is read by name when it is needed.
 
-template <class P>
-constexpr ParamRow<P> pluginListParam(const char* name, PelkPluginList P::*field, u64 interfaceID,
+template <InterfaceClass Interface, class P>
+constexpr ParamRow<P> pluginListParam(const char* name, PelkPluginList P::*field,
                                       const char* description = nullptr,
                                       const char* guide = nullptr) {
     return {.desc = {.name = name,
                      .type = ParameterType::Plugin,
                      .count = 0,
-                     .interfaceID = interfaceID,
+                     .interfaceID = Interface::kInterfaceID,
                      .description = description,
                      .guide = guide},
             .listField = field};
 }
 
 /// A list whose items are lists themselves, of a number and a plug-in.
-template <class P>
-constexpr ParamRow<P> pairListParam(const char* name, u64 interfaceID,
-                                    const char* description = nullptr,
+template <InterfaceClass Interface, class P>
+constexpr ParamRow<P> pairListParam(const char* name, const char* description = nullptr,
                                     const char* guide = nullptr) {
-    ParamRow<P> row = pluginListParam<P>(name, nullptr, interfaceID, description, guide);
+    ParamRow<P> row = pluginListParam<Interface, P>(name, nullptr, description, guide);
     row.desc.ofPairs = true;
     return row;
 }

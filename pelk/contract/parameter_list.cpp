@@ -32,12 +32,11 @@ struct Source {
     PelkPluginParameter* parameter() const { return binding.parameter; }
     const ParameterDesc& desc() const { return *binding.desc; }
 
-    /// The face of the object behind the value, null if it lacks that face. A texture has no
+    /// The interface of the object behind the value, null if it lacks that. A texture has no
     /// default: without a value it is null.
     template <class Interface>
-    Interface* face(u64 id) const {
-        return parameter() ? findInterface<Interface>(parameter()->getObject(0, time), id)
-                           : nullptr;
+    Interface* interfaceOf() const {
+        return parameter() ? findInterface<Interface>(parameter()->getObject(0, time)) : nullptr;
     }
 };
 
@@ -68,15 +67,15 @@ void refresh(const Source& from, PluginBase*& field) {
 }
 
 void refresh(const Source& from, TextureInterface*& field) {
-    field = from.face<TextureInterface>(EXT_TEXTURE);
+    field = from.interfaceOf<TextureInterface>();
 }
 
 void refresh(const Source& from, TextureFloatInterface*& field) {
-    field = from.face<TextureFloatInterface>(EXT_TEXTURE_FLOAT);
+    field = from.interfaceOf<TextureFloatInterface>();
 }
 
 void refresh(const Source& from, TextureIntInterface*& field) {
-    field = from.face<TextureIntInterface>(EXT_TEXTURE_INT);
+    field = from.interfaceOf<TextureIntInterface>();
 }
 
 /// The number of objects behind a parameter; a single value counts as a list of one.

@@ -13,8 +13,9 @@ struct OCLData;
 /// Shades hits. Called from all render threads at once.
 class PELK_API MaterialInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_MATERIAL; }
-    const char* getInterfaceName() const override { return "EXT_MATERIAL"; }
+    static constexpr InterfaceID<MaterialInterface> kInterfaceID{0x77770002, "EXT_MATERIAL"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// Fills the four results of the context, and its fragment if it has one.
     virtual void shade(PelkContext& context) = 0;
     virtual int getMaterialID(PelkContext&) { return 0; }
@@ -25,8 +26,9 @@ public:
 /// Hands out the scattering object of a hit. Called from all render threads at once.
 class PELK_API BSDFInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_BSDF; }
-    const char* getInterfaceName() const override { return "EXT_BSDF"; }
+    static constexpr InterfaceID<BSDFInterface> kInterfaceID{0x77770020, "EXT_BSDF"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// A sampler for this hit, null if there is none. It is valid until releaseBSDF. Bit 0 of
     /// `flags` asks for the sampler of a single-sided surface; the rest is passed on.
     virtual BSDFSampler* getBSDF(PelkContext& context, int flags) = 0;
@@ -37,8 +39,10 @@ public:
 /// Tells whether shadow rays can be stopped without asking the material. A hint only.
 class PELK_API OpaqueShadeableInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_OPAQUE_SHADEABLE; }
-    const char* getInterfaceName() const override { return "EXT_OPAQUE_SHADEABLE"; }
+    static constexpr InterfaceID<OpaqueShadeableInterface> kInterfaceID{0x781B9321,
+                                                                        "EXT_OPAQUE_SHADEABLE"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
     virtual int getOpaqueFlags() { return 0; }
 };
 
@@ -52,8 +56,9 @@ public:
 /// Describes a material as text for a renderer that can't call it.
 class PELK_API RTMtlInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_RTMTL; }
-    const char* getInterfaceName() const override { return "EXT_RTMTL"; }
+    static constexpr InterfaceID<RTMtlInterface> kInterfaceID{0x77C0A07E, "EXT_RTMTL"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
     // Two operations that hosts may ask and no material answers with more than 0.
     virtual int reserved1() { return 0; }
     virtual int reserved2() { return 0; }
@@ -78,6 +83,8 @@ class PELK_API PelkMaterial : public PelkPlugin,
                               public BSDFInterface,
                               public OpaqueShadeableInterface {
 public:
+    using Offered = InterfaceList<MaterialInterface, BSDFInterface, OpaqueShadeableInterface>;
+
     explicit PelkMaterial(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {}
 
     PluginInterface* getInterface(u64 id) override;
@@ -89,6 +96,8 @@ public:
 /// Base of the materials that also describe themselves as text.
 class PELK_API PelkRTMaterial : public PelkMaterial, public RTMtlInterface {
 public:
+    using Offered = InterfaceList<RTMtlInterface>;
+
     explicit PelkRTMaterial(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {}
 
     PluginInterface* getInterface(u64 id) override;

@@ -3,9 +3,8 @@
 namespace Tarnkit {
 
 PluginInterface* PelkPlugin::getInterface(u64 id) {
-    if (id == EXT_PLUGIN_BASE)
-        return static_cast<PelkPluginInterface*>(this);
-    return PluginBase::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PluginBase::getInterface(id);
 }
 
 }  // namespace Tarnkit

@@ -12,6 +12,8 @@ class PelkRenderer;
 /// thread: renderBegin, per frame frameBegin and frameEnd, renderEnd.
 class PELK_API PelkPluginInterface : public PluginInterface {
 public:
+    static constexpr InterfaceID<PelkPluginInterface> kInterfaceID{0x7776FFFF, "EXT_PLUGIN_BASE"};
+
     explicit PelkPluginInterface(PelkPluginDesc* desc);
 
     u64 getInterfaceID() const override;
@@ -36,6 +38,8 @@ protected:
 /// One instance of a plug-in with parameters.
 class PELK_API PelkPlugin : public Plugin, public PelkPluginInterface {
 public:
+    using Offered = InterfaceList<PelkPluginInterface>;
+
     explicit PelkPlugin(PelkPluginDesc* pluginDesc) : PelkPluginInterface(pluginDesc) {}
 
     PluginInterface* getInterface(u64 id) override;

@@ -7,11 +7,11 @@ PelkPluginInterface::PelkPluginInterface(PelkPluginDesc* pluginDesc)
     : desc(pluginDesc), paramList(pluginDesc) {}
 
 u64 PelkPluginInterface::getInterfaceID() const {
-    return EXT_PLUGIN_BASE;
+    return kInterfaceID;
 }
 
 const char* PelkPluginInterface::getInterfaceName() const {
-    return "EXT_PLUGIN_BASE";
+    return kInterfaceID.name;
 }
 
 void PelkPluginInterface::renderBegin(PelkRenderer&) {}

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "pelk/base/api.h"
-#include "pelk/contract/interface_ids.h"
+#include "pelk/contract/interface_id.h"
 
 namespace Tarnkit {
 
@@ -42,10 +42,12 @@ private:
     InterfaceNode* interfaces = nullptr;
 };
 
-/// The face with the given id as its class, or null without an object or face.
-template <class Interface>
-Interface* findInterface(PluginBase* object, u64 id) {
-    return object ? static_cast<Interface*>(object->getInterface(id)) : nullptr;
+/// The interface of that class which `object` offers; null without an object, or if it doesn't.
+/// The interface stays the object's and is valid as long as it.
+template <InterfaceClass Interface>
+Interface* findInterface(PluginBase* object) {
+    return object ? static_cast<Interface*>(object->getInterface(Interface::kInterfaceID))
+                  : nullptr;
 }
 
 }  // namespace Tarnkit

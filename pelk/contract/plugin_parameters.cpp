@@ -119,19 +119,6 @@ int ConstantTexture::getTexInt(PelkContext& context) {
     return parameter.getInt(0, context.time);
 }
 
-PluginInterface* ConstantTexture::getFace(u64 id) {
-    switch (id) {
-        case EXT_TEXTURE:
-            return static_cast<TextureInterface*>(this);
-        case EXT_TEXTURE_FLOAT:
-            return static_cast<TextureFloatInterface*>(this);
-        case EXT_TEXTURE_INT:
-            return static_cast<TextureIntInterface*>(this);
-        default:
-            return nullptr;
-    }
-}
-
 ParameterName::ParameterName(const char* name) : copy(copyText(name)) {}
 
 ParameterName::~ParameterName() {
@@ -220,8 +207,9 @@ T ValueParameter<T>::valueAt(int index, double time) const {
 
 template <class T>
 PluginInterface* ValueParameter<T>::getInterface(u64 id) {
-    PluginInterface* face = isPlainValue() ? texture.getFace(id) : nullptr;
-    return face ? face : PluginBase::getInterface(id);
+    PluginInterface* const own =
+        isPlainValue() ? ConstantTexture::Offered::find(texture, id) : nullptr;
+    return own ? own : PluginBase::getInterface(id);
 }
 
 template <class T>

@@ -39,8 +39,7 @@ public:
     int getTexInt(PelkContext& context) override;
     Vector getTexBump(PelkContext&) override { return {}; }
 
-    /// The face of that id, or null.
-    PluginInterface* getFace(u64 id);
+    using Offered = InterfaceList<TextureInterface, TextureFloatInterface, TextureIntInterface>;
 
 private:
     PelkPluginParameter& parameter;

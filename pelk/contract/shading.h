@@ -92,13 +92,13 @@ inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Ve
 
 /// The index of the channel behind a plug-in; -1 if there is no plug-in or it is no channel.
 inline int findChannelIndex(PluginBase* plugin) {
-    auto* channel = findInterface<RenderChannelInterface>(plugin, EXT_RENDER_CHANNEL);
+    auto* channel = findInterface<RenderChannelInterface>(plugin);
     return channel ? channel->getChannelIndex() : -1;
 }
 
 /// The flags by which a plug-in tells whether it is opaque; 0 if there is none or it doesn't tell.
 inline int opaqueFlagsOf(PluginBase* plugin) {
-    auto* opaque = findInterface<OpaqueShadeableInterface>(plugin, EXT_OPAQUE_SHADEABLE);
+    auto* opaque = findInterface<OpaqueShadeableInterface>(plugin);
     return opaque ? opaque->getOpaqueFlags() : 0;
 }
 

@@ -40,11 +40,15 @@ constexpr u32 kRefractionListInclusive = 0x8;
 /// Empty faces by which a host knows the generation of surface properties.
 class PELK_API DefaultPelkSurfaceProperties : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_SURFACE_PROPERTIES; }
+    static constexpr InterfaceID<DefaultPelkSurfaceProperties> kInterfaceID{
+        0xFFFF0003, "EXT_SURFACE_PROPERTIES"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
 };
 class PELK_API DefaultPelkSurfaceProperties2 : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_SURFACE_PROPERTIES2; }
+    static constexpr InterfaceID<DefaultPelkSurfaceProperties2> kInterfaceID{
+        0x77DE57E9, "EXT_SURFACE_PROPERTIES2"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
 };
 
 }  // namespace Tarnkit

@@ -25,11 +25,11 @@ constexpr ParamTable kTable{
     intParam("whole", &Fields::whole, 3),
     floatParam("number", &Fields::number, 0.5f),
     colorParam("color", &Fields::color, Color(0.25f, 0.5f, 1)),
-    pluginParam("plugin", &Fields::plugin, EXT_MATERIAL),
+    pluginParam<MaterialInterface>("plugin", &Fields::plugin),
     textureParam("texture", &Fields::texture, AColor{Color(1), 1}),
     textureFloatParam("texture_float", &Fields::textureFloat, 1.0f),
     textureIntParam("texture_int", &Fields::textureInt),
-    pluginListParam("plugins", &Fields::plugins, EXT_RENDER_CHANNEL),
+    pluginListParam<RenderChannelInterface>("plugins", &Fields::plugins),
 };
 
 class TestDesc : public PelkPluginDesc {

@@ -69,7 +69,7 @@ TEST(ValueParameterTest, KeyframesBlendWhatCanBeBlendedAndStepElse) {
     // As a texture it follows the time of the ray.
     PelkContext context;
     context.time = 1.5;
-    auto* texture = findInterface<TextureFloatInterface>(number.getObject(0, 0), EXT_TEXTURE_FLOAT);
+    auto* texture = findInterface<TextureFloatInterface>(number.getObject(0, 0));
     ASSERT_TRUE(texture);
     EXPECT_EQ(texture->getTexFloat(context), 12.5f);
 }

@@ -60,7 +60,7 @@ void FakeHost::endRender(PelkMaterial& material) {
 }
 
 std::string FakeHost::describe(PelkMaterial& material, const char* section) {
-    auto* face = findInterface<RTMtlInterface>(&material, EXT_RTMTL);
+    auto* face = findInterface<RTMtlInterface>(&material);
     ShaderSource source;
     OCLData data{.renderer = &renderer};
     const int answer = face->getMaterialSource(this, "name", section, source, data);

@@ -38,7 +38,7 @@ RTMtlInterface* findMaterial(const Scene& scene, const std::string& name, std::s
         error = scene.file + ": there is no instance \"" + name + "\"" + didYouMean(name, names);
         return nullptr;
     }
-    auto* const material = findInterface<RTMtlInterface>(plugin, EXT_RTMTL);
+    auto* const material = findInterface<RTMtlInterface>(plugin);
     if (!material)
         error = scene.file + ": \"" + name + "\" is a " + plugin->getPluginTypeName() +
                 ", which does not describe itself as text (it has no EXT_RTMTL)";

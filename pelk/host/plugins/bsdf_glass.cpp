@@ -26,7 +26,7 @@ constexpr ParamTable kGlassParams{
     floatParam("roughness", &BSDFGlass::Params::roughness, 0.0f,
                "0 - clear, 1 - frosted; its square is the width of highlights"),
     floatParam("tail", &BSDFGlass::Params::tail, 2.0f, "How steeply highlights fall off, 0 to 10"),
-    pluginParam("volume", &BSDFGlass::Params::volume, EXT_VOLUME, "Medium behind the surface"),
+    pluginParam<PelkVolume>("volume", &BSDFGlass::Params::volume, "Medium behind the surface"),
     boolParam("pass_shadows", &BSDFGlass::Params::pass_shadows, false,
               "Light passes straight through, in the place of real caustics"),
 };
@@ -42,9 +42,8 @@ void VolumeMedium::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* VolumeMedium::getInterface(u64 id) {
-    if (id == EXT_VOLUME)
-        return static_cast<PelkVolume*>(this);
-    return PelkPlugin::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 // ---- sampler
@@ -171,7 +170,7 @@ void BSDFGlass::addParameters(PelkParameterListDesc& list) {
 
 void BSDFGlass::frameBegin(PelkRenderer& renderer) {
     PelkPlugin::frameBegin(renderer);
-    PelkVolume* const given = findInterface<PelkVolume>(params.volume, EXT_VOLUME);
+    PelkVolume* const given = findInterface<PelkVolume>(params.volume);
     look = {params.reflection, params.refraction, FacetShape::of(params.roughness, params.tail),
             given ? given : &ownVolume, params.pass_shadows != 0};
 }

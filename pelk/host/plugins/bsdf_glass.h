@@ -15,7 +15,7 @@ public:
 
     static constexpr const char* kName = "VolumeMedium";
     static constexpr u32 kID = 0x7E100063;
-    static constexpr u64 kFaces[] = {EXT_VOLUME};
+    using Offered = InterfaceList<PelkVolume>;
 
     explicit VolumeMedium(PelkPluginDesc* pluginDesc);
     static void addParameters(PelkParameterListDesc& list);

@@ -44,9 +44,8 @@ void HostCamera::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* HostCamera::getInterface(u64 id) {
-    if (id == EXT_CAMERA)
-        return static_cast<CameraInterface*>(this);
-    return PelkPlugin::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 bool HostCamera::place(int width, int height, std::string& error) {

@@ -16,7 +16,7 @@ class HostCamera : public PelkPlugin, public CameraInterface {
 public:
     explicit HostCamera(PelkPluginDesc* pluginDesc);
 
-    static constexpr u64 kFaces[] = {EXT_CAMERA};
+    using Offered = InterfaceList<CameraInterface>;
     static void addParameters(PelkParameterListDesc& list);
 
     PluginInterface* getInterface(u64 id) override;

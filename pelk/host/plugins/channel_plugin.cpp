@@ -37,11 +37,8 @@ void ChannelPlugin::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* ChannelPlugin::getInterface(u64 id) {
-    if (id == EXT_RENDER_CHANNEL)
-        return static_cast<RenderChannelInterface*>(this);
-    if (id == EXT_CHANNEL_SOURCE)
-        return static_cast<ChannelSourceInterface*>(this);
-    return PelkPlugin::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 std::unique_ptr<RenderChannel> ChannelPlugin::newChannel(std::string& error) {

@@ -13,8 +13,10 @@ namespace Tarnkit {
 /// A plug-in by which a scene asks for a channel.
 class ChannelSourceInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_CHANNEL_SOURCE; }
-    const char* getInterfaceName() const override { return "EXT_CHANNEL_SOURCE"; }
+    static constexpr InterfaceID<ChannelSourceInterface> kInterfaceID{0x7E1C0005,
+                                                                      "EXT_CHANNEL_SOURCE"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// A new object for the channel; null with a text that starts with the parameter at fault.
     virtual std::unique_ptr<RenderChannel> newChannel(std::string& error) = 0;
     /// Tells the place of the channel in the render to come.
@@ -30,7 +32,7 @@ class ChannelPlugin final : public PelkPlugin,
 public:
     static constexpr const char* kName = "RenderChannel";
     static constexpr u32 kID = 0x7E100051;
-    static constexpr u64 kFaces[] = {EXT_RENDER_CHANNEL, EXT_CHANNEL_SOURCE};
+    using Offered = InterfaceList<RenderChannelInterface, ChannelSourceInterface>;
 
     explicit ChannelPlugin(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {}
     static void addParameters(PelkParameterListDesc& list);

@@ -12,10 +12,11 @@ namespace Tarnkit {
 template <class Sampler, class Look>
 class FacetBSDF : public PelkPlugin, public BSDFInterface {
 public:
-    static constexpr u64 kFaces[] = {EXT_BSDF};
+    using Offered = InterfaceList<BSDFInterface>;
 
     PluginInterface* getInterface(u64 id) override {
-        return id == EXT_BSDF ? static_cast<BSDFInterface*>(this) : PelkPlugin::getInterface(id);
+        PluginInterface* const own = Offered::find(*this, id);
+        return own ? own : PelkPlugin::getInterface(id);
     }
     PluginBase* getPlugin() override { return this; }
 

@@ -12,14 +12,14 @@ namespace Tarnkit {
 inline constexpr const char* kFileGuide = "file";
 
 /// Id of FileUserInterface.
-inline constexpr u64 EXT_FILE_USER = 0x7E1C0004;
 
 /// A plug-in that needs a file. Scenes ask it right after they are read, so that a missing file is
 /// known before a render starts.
 class FileUserInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_FILE_USER; }
-    const char* getInterfaceName() const override { return "EXT_FILE_USER"; }
+    static constexpr InterfaceID<FileUserInterface> kInterfaceID{0x7E1C0004, "EXT_FILE_USER"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// Returns false with a text that names the file and says what is wrong with it.
     virtual bool openFile(std::string& error) = 0;
 };

@@ -12,8 +12,8 @@ namespace Tarnkit {
 namespace {
 
 constexpr ParamTable kGeometryParams{
-    pluginParam("material", &GeometryParams::material, EXT_MATERIAL,
-                "Material of the surface; without one it is black"),
+    pluginParam<MaterialInterface>("material", &GeometryParams::material,
+                                   "Material of the surface; without one it is black"),
     colorParam("translate", &GeometryParams::translate, Color(0), "Where the object stands"),
     colorParam("rotate", &GeometryParams::rotate, Color(0),
                "Degrees about X, then Y, then Z, before the object is moved"),
@@ -49,19 +49,8 @@ void HostGeometry::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* HostGeometry::getInterface(u64 id) {
-    if (id == EXT_GEOMETRY)
-        return static_cast<GeometryInterface*>(this);
-    if (id == EXT_SURFACE_MTLID)
-        return static_cast<SurfaceMtlIDInterface*>(this);
-    if (id == EXT_SHADER_SET)
-        return static_cast<ShaderSetInterface*>(this);
-    if (id == EXT_GEOM_OBJECT)
-        return static_cast<GeomObjectInterface*>(this);
-    if (id == EXT_SURFACE_FRAME)
-        return static_cast<SurfaceFrameInterface*>(this);
-    if (id == EXT_OBJECT_MAPPING)
-        return static_cast<ObjectMappingInterface*>(this);
-    return PelkPlugin::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 void HostGeometry::frameBegin(PelkRenderer& renderer) {

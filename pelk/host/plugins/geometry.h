@@ -31,8 +31,9 @@ class HostGeometry : public PelkPlugin,
 public:
     explicit HostGeometry(PelkPluginDesc* pluginDesc);
 
-    static constexpr u64 kFaces[] = {EXT_GEOMETRY,    EXT_SURFACE_MTLID, EXT_SHADER_SET,
-                                     EXT_GEOM_OBJECT, EXT_SURFACE_FRAME, EXT_OBJECT_MAPPING};
+    using Offered =
+        InterfaceList<GeometryInterface, SurfaceMtlIDInterface, ShaderSetInterface,
+                      GeomObjectInterface, SurfaceFrameInterface, ObjectMappingInterface>;
     static void addParameters(PelkParameterListDesc& list);
 
     PluginInterface* getInterface(u64 id) override;

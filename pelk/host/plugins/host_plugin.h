@@ -6,8 +6,8 @@
 namespace Tarnkit {
 
 /// Descriptor of one kind of plug-in of this host. A plug-in class has
-///   static constexpr const char* kName, u32 kID, and a constexpr array or list `kFaces` of the
-///   ids of the faces that it offers beside the plug-in base,
+///   static constexpr const char* kName, u32 kID,
+///   `Offered`, the InterfaceList of what it offers beside the plug-in's own interface,
 ///   static void addParameters(PelkParameterListDesc&),
 /// and a constructor that takes its descriptor.
 template <class T>
@@ -24,11 +24,7 @@ public:
     const char* getName() override { return T::kName; }
 
     int supportsInterface(u64 id) override {
-        for (u64 face : T::kFaces) {
-            if (face == id)
-                return 1;
-        }
-        return id == EXT_PLUGIN_BASE;
+        return T::Offered::contains(id) || PelkPlugin::Offered::contains(id);
     }
 
 private:

@@ -88,9 +88,8 @@ void HostLight::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* HostLight::getInterface(u64 id) {
-    if (id == EXT_LIGHT)
-        return static_cast<LightInterface*>(this);
-    return PelkPlugin::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 bool HostLight::isVisibleTo(u32 rayType, int traceDepth) const {
@@ -439,9 +438,8 @@ void UVWGenEnvironment::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* UVWGenEnvironment::getInterface(u64 id) {
-    if (id == EXT_UVWGEN)
-        return static_cast<UVWGenInterface*>(this);
-    return PelkPlugin::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 Vector UVWGenEnvironment::getUVW(PelkContext& context) {

@@ -24,7 +24,7 @@ class HostLight : public PelkPlugin, public LightInterface {
 public:
     explicit HostLight(PelkPluginDesc* pluginDesc);
 
-    static constexpr u64 kFaces[] = {EXT_LIGHT};
+    using Offered = InterfaceList<LightInterface>;
     static void addParameters(PelkParameterListDesc& list);
 
     PluginInterface* getInterface(u64 id) override;
@@ -166,7 +166,7 @@ public:
 
     static constexpr const char* kName = "UVWGenEnvironment";
     static constexpr u32 kID = 0x7E100011;
-    static constexpr u64 kFaces[] = {EXT_UVWGEN};
+    using Offered = InterfaceList<UVWGenInterface>;
 
     explicit UVWGenEnvironment(PelkPluginDesc* pluginDesc);
     static void addParameters(PelkParameterListDesc& list);

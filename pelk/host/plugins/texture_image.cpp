@@ -26,8 +26,8 @@ constexpr ParamTable kImageParams{
                                 "which takes whole numbers for sRGB and fractions for linear"}},
     boolParam("repeat", &TexImage::Params::repeat, true,
               "The picture repeats; else its border goes on"),
-    pluginParam("uvwgen", &TexImage::Params::uvwgen, EXT_UVWGEN,
-                "Texture coordinates; those of the surface without one"),
+    pluginParam<UVWGenInterface>("uvwgen", &TexImage::Params::uvwgen,
+                                 "Texture coordinates; those of the surface without one"),
 };
 
 bool parseColorSpace(const std::string& text, ColorSpace& space) {
@@ -56,9 +56,8 @@ void TexImage::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* TexImage::getInterface(u64 id) {
-    if (id == EXT_FILE_USER)
-        return static_cast<FileUserInterface*>(this);
-    return HostTexture::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : HostTexture::getInterface(id);
 }
 
 /// What a text parameter is set to, else its default.
@@ -85,7 +84,7 @@ bool TexImage::openFile(std::string& error) {
 
 void TexImage::frameBegin(PelkRenderer& renderer) {
     HostTexture::frameBegin(renderer);
-    uvwgen = findInterface<UVWGenInterface>(params.uvwgen, EXT_UVWGEN);
+    uvwgen = findInterface<UVWGenInterface>(params.uvwgen);
     if (image.isOpen() && openedFile == text("file") && openedSpace == text("color_space"))
         return;
     std::string error;

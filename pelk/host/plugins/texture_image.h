@@ -20,8 +20,7 @@ public:
 
     static constexpr const char* kName = "TexImage";
     static constexpr u32 kID = 0x7E100033;
-    static constexpr u64 kFaces[] = {EXT_TEXTURE, EXT_TEXTURE_FLOAT, EXT_TEXTURE_INT, EXT_RTTEX,
-                                     EXT_FILE_USER};
+    using Offered = HostTexture::Offered::With<FileUserInterface>;
 
     explicit TexImage(PelkPluginDesc* pluginDesc);
     static void addParameters(PelkParameterListDesc& list);

@@ -24,8 +24,8 @@ constexpr ParamTable kCheckerParams{
     colorParam("color2", &TexChecker::Params::color2, Color(0.2f), "Second colour, linear"),
     floatParam("squares", &TexChecker::Params::squares, 8.0f,
                "Squares along one unit of the texture coordinates"),
-    pluginParam("uvwgen", &TexChecker::Params::uvwgen, EXT_UVWGEN,
-                "Texture coordinates; those of the surface without one"),
+    pluginParam<UVWGenInterface>("uvwgen", &TexChecker::Params::uvwgen,
+                                 "Texture coordinates; those of the surface without one"),
 };
 
 constexpr ParamTable kMapParams{
@@ -49,18 +49,8 @@ int nearestInt(float x) {
 // ---- what all textures have
 
 PluginInterface* HostTexture::getInterface(u64 id) {
-    switch (id) {
-        case EXT_TEXTURE:
-            return static_cast<TextureInterface*>(this);
-        case EXT_TEXTURE_FLOAT:
-            return static_cast<TextureFloatInterface*>(this);
-        case EXT_TEXTURE_INT:
-            return static_cast<TextureIntInterface*>(this);
-        case EXT_RTTEX:
-            return static_cast<RTTexInterface*>(this);
-        default:
-            return PelkPlugin::getInterface(id);
-    }
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 float HostTexture::getTexFloat(PelkContext& context) {
@@ -121,7 +111,7 @@ void TexChecker::addParameters(PelkParameterListDesc& list) {
 
 void TexChecker::frameBegin(PelkRenderer& renderer) {
     HostTexture::frameBegin(renderer);
-    uvwgen = findInterface<UVWGenInterface>(params.uvwgen, EXT_UVWGEN);
+    uvwgen = findInterface<UVWGenInterface>(params.uvwgen);
 }
 
 int TexChecker::getTexInt(PelkContext& context) {
@@ -151,9 +141,8 @@ void UVWGenMap::addParameters(PelkParameterListDesc& list) {
 }
 
 PluginInterface* UVWGenMap::getInterface(u64 id) {
-    if (id == EXT_UVWGEN)
-        return static_cast<UVWGenInterface*>(this);
-    return PelkPlugin::getInterface(id);
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
 }
 
 void UVWGenMap::frameBegin(PelkRenderer& renderer) {

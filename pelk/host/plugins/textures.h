@@ -16,7 +16,8 @@ class HostTexture : public PelkPlugin,
 public:
     explicit HostTexture(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {}
 
-    static constexpr u64 kFaces[] = {EXT_TEXTURE, EXT_TEXTURE_FLOAT, EXT_TEXTURE_INT, EXT_RTTEX};
+    using Offered =
+        InterfaceList<TextureInterface, TextureFloatInterface, TextureIntInterface, RTTexInterface>;
 
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
@@ -92,7 +93,7 @@ public:
 
     static constexpr const char* kName = "UVWGenMap";
     static constexpr u32 kID = 0x7E100012;
-    static constexpr u64 kFaces[] = {EXT_UVWGEN};
+    using Offered = InterfaceList<UVWGenInterface>;
 
     explicit UVWGenMap(PelkPluginDesc* pluginDesc);
     static void addParameters(PelkParameterListDesc& list);

@@ -18,8 +18,8 @@ constexpr ParamTable kGradientParams{
     colorParam("color2", &TexGradient::Params::color2, Color(1), "Colour at the end, linear"),
     intParam("form", &TexGradient::Params::form, TexGradient::kAlongU,
              "0 - along u, 1 - along v, 2 - from the middle outwards"),
-    pluginParam("uvwgen", &TexGradient::Params::uvwgen, EXT_UVWGEN,
-                "Texture coordinates; those of the surface without one"),
+    pluginParam<UVWGenInterface>("uvwgen", &TexGradient::Params::uvwgen,
+                                 "Texture coordinates; those of the surface without one"),
 };
 
 constexpr ParamTable kNoiseParams{
@@ -27,8 +27,8 @@ constexpr ParamTable kNoiseParams{
     colorParam("color2", &TexNoise::Params::color2, Color(1), "Second colour, linear"),
     floatParam("size", &TexNoise::Params::size, 1.0f, "Size of the largest clouds"),
     intParam("octaves", &TexNoise::Params::octaves, 4, "Layers of ever finer clouds, 1 to 16"),
-    pluginParam("uvwgen", &TexNoise::Params::uvwgen, EXT_UVWGEN,
-                "Texture coordinates; the place in the scene without one"),
+    pluginParam<UVWGenInterface>("uvwgen", &TexNoise::Params::uvwgen,
+                                 "Texture coordinates; the place in the scene without one"),
 };
 
 constexpr ParamTable kFacingParams{
@@ -62,7 +62,7 @@ void TexGradient::addParameters(PelkParameterListDesc& list) {
 
 void TexGradient::frameBegin(PelkRenderer& renderer) {
     HostTexture::frameBegin(renderer);
-    uvwgen = findInterface<UVWGenInterface>(params.uvwgen, EXT_UVWGEN);
+    uvwgen = findInterface<UVWGenInterface>(params.uvwgen);
 }
 
 AColor TexGradient::getTexColor(PelkContext& context) {
@@ -138,7 +138,7 @@ void TexNoise::addParameters(PelkParameterListDesc& list) {
 
 void TexNoise::frameBegin(PelkRenderer& renderer) {
     HostTexture::frameBegin(renderer);
-    uvwgen = findInterface<UVWGenInterface>(params.uvwgen, EXT_UVWGEN);
+    uvwgen = findInterface<UVWGenInterface>(params.uvwgen);
     frequency = params.size > 0.0f ? 1.0 / double{params.size} : 0.0;
     octaves = std::clamp(params.octaves, 1, 16);
 }

@@ -14,7 +14,7 @@ namespace Tarnkit {
 class PluginLifeCycle {
 public:
     PluginLifeCycle(Scene& scene, PelkRenderer& renderer_)
-        : plugins(scene.collect<PelkPluginInterface>(EXT_PLUGIN_BASE)), renderer(renderer_) {
+        : plugins(scene.collect<PelkPluginInterface>()), renderer(renderer_) {
         // What the others find in the frame comes from the camera, so its frame begins first.
         PluginBase* const camera = scene.camera ? scene.camera->getPlugin() : nullptr;
         const auto others =

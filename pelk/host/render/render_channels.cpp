@@ -43,8 +43,7 @@ int RenderChannels::find(std::string_view name) const {
 }
 
 bool RenderChannels::addSources(const Scene& scene, std::string& error) {
-    for (ChannelSourceInterface* source :
-         scene.collect<ChannelSourceInterface>(EXT_CHANNEL_SOURCE)) {
+    for (ChannelSourceInterface* source : scene.collect<ChannelSourceInterface>()) {
         const char* const name = static_cast<Plugin*>(source->getPlugin())->getPluginName();
         const std::string pointer = pointerTo("/plugins", name);
         std::string reason;

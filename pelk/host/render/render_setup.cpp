@@ -72,7 +72,7 @@ bool RenderSetup::prepare(std::string& error) {
         return false;
     // Materials ask for the numbers while their frame begins.
     int renderID = 0;
-    for (GeometryInterface* geometry : scene.collect<GeometryInterface>(EXT_GEOMETRY))
+    for (GeometryInterface* geometry : scene.collect<GeometryInterface>())
         geometry->setRenderID(renderID++);
     plugins.beginRender();
     plugins.beginFrameOfCamera();
@@ -83,7 +83,7 @@ bool RenderSetup::prepare(std::string& error) {
 }
 
 bool RenderSetup::buildObjects(std::string& error) {
-    for (GeometryInterface* geometry : scene.collect<GeometryInterface>(EXT_GEOMETRY)) {
+    for (GeometryInterface* geometry : scene.collect<GeometryInterface>()) {
         auto object = std::make_unique<SceneObject>();
         if (!geometry->buildMesh(object->mesh, error)) {
             error = placeOf(geometry) + ": " + error;
@@ -91,8 +91,8 @@ bool RenderSetup::buildObjects(std::string& error) {
         }
         object->faceNormals = faceNormalsOf(object->mesh);
         object->plugin = geometry->getPlugin();
-        object->material = findInterface<MaterialInterface>(geometry->getMaterial(), EXT_MATERIAL);
-        object->renderIDs = findInterface<GeomObjectInterface>(object->plugin, EXT_GEOM_OBJECT);
+        object->material = findInterface<MaterialInterface>(geometry->getMaterial());
+        object->renderIDs = findInterface<GeomObjectInterface>(object->plugin);
         object->index = static_cast<u32>(renderer.objects.size());
         renderer.objects.push_back(std::move(object));
     }
@@ -100,7 +100,7 @@ bool RenderSetup::buildObjects(std::string& error) {
 }
 
 bool RenderSetup::prepareLights(std::string& error) {
-    std::vector<LightInterface*> lights = scene.collect<LightInterface>(EXT_LIGHT);
+    std::vector<LightInterface*> lights = scene.collect<LightInterface>();
     const SceneBounds bounds = renderer.intersector.bounds();
     for (LightInterface* light : lights) {
         if (!light->prepare(bounds, error)) {

@@ -1,6 +1,9 @@
 #include "pelk/host/scene/interface_names.h"
 
-#include "pelk/contract/interface_ids.h"
+#include "pelk/contract/material.h"
+#include "pelk/contract/scene_interfaces.h"
+#include "pelk/contract/surface_properties.h"
+#include "pelk/host/plugins/channel_plugin.h"
 #include "pelk/host/plugins/file_guide.h"
 #include "pelk/host/trace/interfaces.h"
 
@@ -8,42 +11,23 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr InterfaceName kInterfaces[] = {
-    {EXT_PLUGIN_BASE, "EXT_PLUGIN_BASE"},
-    {EXT_MATERIAL, "EXT_MATERIAL"},
-    {EXT_BSDF, "EXT_BSDF"},
-    {EXT_OPAQUE_SHADEABLE, "EXT_OPAQUE_SHADEABLE"},
-    {EXT_RTMTL, "EXT_RTMTL"},
-    {EXT_SURFACE_PROPERTIES, "EXT_SURFACE_PROPERTIES"},
-    {EXT_SURFACE_PROPERTIES2, "EXT_SURFACE_PROPERTIES2"},
-    {EXT_TEXTURE, "EXT_TEXTURE"},
-    {EXT_TEXTURE_FLOAT, "EXT_TEXTURE_FLOAT"},
-    {EXT_TEXTURE_INT, "EXT_TEXTURE_INT"},
-    {EXT_RTTEX, "EXT_RTTEX"},
-    {EXT_VOLUME, "EXT_VOLUME"},
-    {EXT_UVWGEN, "EXT_UVWGEN"},
-    {EXT_RENDER_CHANNEL, "EXT_RENDER_CHANNEL"},
-    {EXT_CHANNEL_HOST, "EXT_CHANNEL_HOST"},
-    {EXT_GEOM_OBJECT, "EXT_GEOM_OBJECT"},
-    {EXT_SURFACE_FRAME, "EXT_SURFACE_FRAME"},
-    {EXT_OBJECT_MAPPING, "EXT_OBJECT_MAPPING"},
-    {EXT_SURFACE_MTLID, "EXT_SURFACE_MTLID"},
-    {EXT_SHADER_SET, "EXT_SHADER_SET"},
-    {EXT_GEOMETRY, "EXT_GEOMETRY"},
-    {EXT_LIGHT, "EXT_LIGHT"},
-    {EXT_CAMERA, "EXT_CAMERA"},
-    {EXT_FILE_USER, "EXT_FILE_USER"},
-    {EXT_CHANNEL_SOURCE, "EXT_CHANNEL_SOURCE"},
-};
+using KnownInterfaces =
+    InterfaceList<PelkPluginInterface, MaterialInterface, BSDFInterface, OpaqueShadeableInterface,
+                  RTMtlInterface, DefaultPelkSurfaceProperties, DefaultPelkSurfaceProperties2,
+                  TextureInterface, TextureFloatInterface, TextureIntInterface, RTTexInterface,
+                  PelkVolume, UVWGenInterface, RenderChannelInterface, ChannelHostInterface,
+                  GeomObjectInterface, SurfaceFrameInterface, ObjectMappingInterface,
+                  SurfaceMtlIDInterface, ShaderSetInterface, GeometryInterface, LightInterface,
+                  CameraInterface, FileUserInterface, ChannelSourceInterface>;
 
 }  // namespace
 
 std::span<const InterfaceName> knownInterfaces() {
-    return kInterfaces;
+    return KnownInterfaces::kNames;
 }
 
 const char* interfaceName(u64 id) {
-    for (const InterfaceName& known : kInterfaces) {
+    for (const InterfaceName& known : KnownInterfaces::kNames) {
         if (known.id == id)
             return known.name;
     }

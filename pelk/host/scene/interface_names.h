@@ -2,15 +2,9 @@
 
 #include <span>
 
-#include "pelk/base/types.h"
+#include "pelk/contract/interface_id.h"
 
 namespace Tarnkit {
-
-/// An interface that plug-ins can offer.
-struct InterfaceName {
-    u64 id;
-    const char* name;
-};
 
 /// All interfaces that this host knows, its own at the end.
 std::span<const InterfaceName> knownInterfaces();

@@ -17,7 +17,7 @@ public:
     void follow(MaterialTree& node) {
         node.seenAbove = std::find(way.begin(), way.end(), node.plugin) != way.end();
         const PluginKind* const kind = session.findKind(node.plugin->getPluginTypeName());
-        auto* const face = findInterface<PelkPluginInterface>(node.plugin, EXT_PLUGIN_BASE);
+        auto* const face = findInterface<PelkPluginInterface>(node.plugin);
         if (node.seenAbove || !kind || !face)
             return;
         way.push_back(node.plugin);

@@ -22,7 +22,7 @@ Plugin* Scene::addPlugin(const std::string& name, const char* type) {
 }
 
 void Scene::setParameter(Plugin* plugin, std::unique_ptr<PelkPluginParameter> parameter) {
-    auto* const face = findInterface<PelkPluginInterface>(plugin, EXT_PLUGIN_BASE);
+    auto* const face = findInterface<PelkPluginInterface>(plugin);
     if (!face)
         return;
     face->setParameter(parameter.get());

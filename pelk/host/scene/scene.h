@@ -59,15 +59,15 @@ public:
     /// The instance of that name, or null.
     Plugin* findPlugin(std::string_view name) const;
 
-    /// A face of every instance that has it, in the order of the instances.
+    /// That interface of every instance that offers it, in the order of the instances.
     template <class Interface>
-    std::vector<Interface*> collect(u64 interfaceID) const {
-        std::vector<Interface*> faces;
+    std::vector<Interface*> collect() const {
+        std::vector<Interface*> found;
         for (Plugin* plugin : plugins) {
-            if (Interface* face = findInterface<Interface>(plugin, interfaceID))
-                faces.push_back(face);
+            if (auto* const offered = findInterface<Interface>(plugin))
+                found.push_back(offered);
         }
-        return faces;
+        return found;
     }
 
     std::string file;  ///< name of the scene's file

@@ -2,16 +2,21 @@
 
 #include <algorithm>
 
+#include "pelk/contract/material.h"
+
 namespace Tarnkit {
 
 namespace {
 
 constexpr int kMostPlugins = 100;
 
+using ShadingInterfaces =
+    InterfaceList<MaterialInterface, BSDFInterface, TextureInterface, TextureFloatInterface,
+                  TextureIntInterface, UVWGenInterface>;
+
 bool shades(Plugin* plugin) {
-    for (const u64 id :
-         {EXT_MATERIAL, EXT_BSDF, EXT_TEXTURE, EXT_TEXTURE_FLOAT, EXT_TEXTURE_INT, EXT_UVWGEN}) {
-        if (plugin->getInterface(id))
+    for (const InterfaceName& shading : ShadingInterfaces::kNames) {
+        if (plugin->getInterface(shading.id))
             return true;
     }
     return false;

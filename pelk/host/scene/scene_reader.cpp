@@ -249,7 +249,7 @@ bool SceneReader::checkLoops() {
 
 bool SceneReader::findCamera() {
     const std::string& name = scene.settings.camera;
-    const std::vector<CameraInterface*> cameras = scene.collect<CameraInterface>(EXT_CAMERA);
+    const std::vector<CameraInterface*> cameras = scene.collect<CameraInterface>();
     if (name.empty() && cameras.size() > 1)
         return fail("/settings/camera", "there are " + std::to_string(cameras.size()) +
                                             " cameras; expected the name of the one to use");
@@ -258,9 +258,9 @@ bool SceneReader::findCamera() {
         return true;
     }
     SceneError sceneError;
-    Plugin* const plugin =
-        readSceneReference(scene, EXT_CAMERA, name, "/settings/camera", sceneError);
-    scene.camera = findInterface<CameraInterface>(plugin, EXT_CAMERA);
+    Plugin* const plugin = readSceneReference(scene, CameraInterface::kInterfaceID, name,
+                                              "/settings/camera", sceneError);
+    scene.camera = findInterface<CameraInterface>(plugin);
     return plugin ? true : fail(sceneError);
 }
 
@@ -269,15 +269,15 @@ bool SceneReader::findBackplate() {
     if (name.empty())
         return true;
     SceneError sceneError;
-    Plugin* const plugin =
-        readSceneReference(scene, EXT_TEXTURE, name, "/settings/backplate", sceneError);
-    scene.backplate = findInterface<TextureInterface>(plugin, EXT_TEXTURE);
+    Plugin* const plugin = readSceneReference(scene, TextureInterface::kInterfaceID, name,
+                                              "/settings/backplate", sceneError);
+    scene.backplate = findInterface<TextureInterface>(plugin);
     return plugin ? true : fail(sceneError);
 }
 
 bool SceneReader::openFiles() {
     for (const Instance& instance : instances) {
-        auto* const user = findInterface<FileUserInterface>(instance.plugin, EXT_FILE_USER);
+        auto* const user = findInterface<FileUserInterface>(instance.plugin);
         std::string reason;
         if (user && !user->openFile(reason))
             return fail(SceneError{instance.pointer, reason});

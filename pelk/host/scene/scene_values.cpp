@@ -34,11 +34,11 @@ u64 neededInterface(const ParameterDesc& desc) {
         case ParameterType::Plugin:
             return desc.interfaceID;
         case ParameterType::Texture:
-            return EXT_TEXTURE;
+            return TextureInterface::kInterfaceID;
         case ParameterType::TextureInt:
-            return EXT_TEXTURE_INT;
+            return TextureIntInterface::kInterfaceID;
         default:
-            return EXT_TEXTURE_FLOAT;
+            return TextureFloatInterface::kInterfaceID;
     }
 }
 
@@ -65,11 +65,12 @@ std::string expectedItem(const ParameterDesc& desc) {
         case ParameterType::String:
             return "a text";
         case ParameterType::Texture:
-            return "three or four numbers or " + instanceWith(EXT_TEXTURE);
+            return "three or four numbers or " + instanceWith(TextureInterface::kInterfaceID);
         case ParameterType::TextureInt:
-            return "a whole number of 32 bits or " + instanceWith(EXT_TEXTURE_INT);
+            return "a whole number of 32 bits or " +
+                   instanceWith(TextureIntInterface::kInterfaceID);
         default:
-            return "a number up to 3.4e38 or " + instanceWith(EXT_TEXTURE_FLOAT);
+            return "a number up to 3.4e38 or " + instanceWith(TextureFloatInterface::kInterfaceID);
     }
 }
 

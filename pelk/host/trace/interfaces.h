@@ -10,19 +10,12 @@
 
 namespace Tarnkit {
 
-/// Ids of the faces by which this host knows its own plug-ins.
-enum HostInterfaceID : u64 {
-    EXT_GEOMETRY = 0x7E1C0001,
-    EXT_LIGHT = 0x7E1C0002,
-    EXT_CAMERA = 0x7E1C0003,
-    EXT_CHANNEL_SOURCE = 0x7E1C0005,
-};
-
 /// A plug-in that puts triangles into the scene.
 class GeometryInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_GEOMETRY; }
-    const char* getInterfaceName() const override { return "EXT_GEOMETRY"; }
+    static constexpr InterfaceID<GeometryInterface> kInterfaceID{0x7E1C0001, "EXT_GEOMETRY"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// Makes the triangles, in world space. Returns false with a text that says what is wrong.
     /// Called once before a render, when parameters are up to date.
     virtual bool buildMesh(Mesh& mesh, std::string& error) = 0;
@@ -56,8 +49,9 @@ struct LightHit {
 /// A plug-in that lights the scene. What it answers doesn't change while a frame is rendered.
 class LightInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_LIGHT; }
-    const char* getInterfaceName() const override { return "EXT_LIGHT"; }
+    static constexpr InterfaceID<LightInterface> kInterfaceID{0x7E1C0002, "EXT_LIGHT"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
 
     /// Called once before a render, when parameters and geometry are up to date. Returns false
     /// with a text that says what is wrong.
@@ -83,8 +77,9 @@ public:
 /// A plug-in that looks at the scene.
 class CameraInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_CAMERA; }
-    const char* getInterfaceName() const override { return "EXT_CAMERA"; }
+    static constexpr InterfaceID<CameraInterface> kInterfaceID{0x7E1C0003, "EXT_CAMERA"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
 
     /// Called once before a render. Returns false with a text that says what is wrong.
     virtual bool prepare(int width, int height, std::string& error) = 0;

@@ -8,11 +8,11 @@ namespace {
 using P = TwoSidedParams;
 
 constexpr ParamTable kParams{
-    pluginParam("front", &P::front, EXT_MATERIAL,
-                "The material for the surface on the same side as the normal.",
-                "startTab=(Pelk 2-Sided Material), startRollout=(Parameters)"),
-    pluginParam("back", &P::back, EXT_MATERIAL,
-                "The material for the side that is opposite the surface normal."),
+    pluginParam<MaterialInterface>("front", &P::front,
+                                   "The material for the surface on the same side as the normal.",
+                                   "startTab=(Pelk 2-Sided Material), startRollout=(Parameters)"),
+    pluginParam<MaterialInterface>(
+        "back", &P::back, "The material for the side that is opposite the surface normal."),
     colorParam("translucency", &P::translucency, Color(0), "Translucency between front and back."),
     textureParam("translucency_tex", &P::translucencyTex, "Translucency texture.",
                  "displayName=(Translucency texture)"),
@@ -25,13 +25,13 @@ constexpr ParamTable kParams{
               "True to multiply the back side color by the cached diffuse color of the front "
               "BRDF.",
               "displayName=(Multiply by front diffuse)"),
-    pluginListParam("channels", &P::channels, EXT_RENDER_CHANNEL,
-                    "Render channels the result of this BRDF will be written to."),
+    pluginListParam<RenderChannelInterface>(
+        "channels", &P::channels, "Render channels the result of this BRDF will be written to."),
 };
 
 void writeTranslucency(const TwoSidedParams& params, const SourceArgs& args) {
     TextureInterface* texture = params.translucencyTex;
-    if (texture && findInterface<RTTexInterface>(texture->getPlugin(), EXT_RTTEX)) {
+    if (texture && findInterface<RTTexInterface>(texture->getPlugin())) {
         args.source.append("weight_map\n");
         RTTexInterface::getRTTexSource(texture, "color", "", args.kind, args.source, args.data);
         return;
@@ -69,7 +69,7 @@ void Mtl2Sided::renderBegin(PelkRenderer&) {
     channelIndices.clear();
     for (int i = 0; i < params.channels.count; ++i) {
         Plugin* plugin = params.channels.items[i];
-        if (auto* channel = findInterface<RenderChannelInterface>(plugin, EXT_RENDER_CHANNEL))
+        if (auto* channel = findInterface<RenderChannelInterface>(plugin))
             channelIndices.append(channel->getChannelIndex());
     }
 }
@@ -83,8 +83,8 @@ void Mtl2Sided::frameBegin(PelkRenderer& renderer) {
     PelkRTMaterial::frameBegin(renderer);
     if (!params.back)
         params.back = params.front;
-    bsdfInterfaces[0] = findInterface<BSDFInterface>(params.front, EXT_BSDF);
-    bsdfInterfaces[1] = findInterface<BSDFInterface>(params.back, EXT_BSDF);
+    bsdfInterfaces[0] = findInterface<BSDFInterface>(params.front);
+    bsdfInterfaces[1] = findInterface<BSDFInterface>(params.back);
     pool.resize(renderer.sequenceData.numThreads);
 }
 

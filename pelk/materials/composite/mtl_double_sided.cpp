@@ -3,7 +3,7 @@
 namespace {
 
 constexpr ParamTable kParams{
-    pluginParam("base_mtl", &DoubleSidedParams::baseMtl, EXT_MATERIAL, "Base material"),
+    pluginParam<MaterialInterface>("base_mtl", &DoubleSidedParams::baseMtl, "Base material"),
 };
 
 }  // namespace
@@ -19,8 +19,8 @@ MtlDoubleSided::MtlDoubleSided(PelkPluginDesc* pluginDesc) : PelkMaterial(plugin
 
 void MtlDoubleSided::frameBegin(PelkRenderer& renderer) {
     PelkMaterial::frameBegin(renderer);
-    baseMaterial = findInterface<MaterialInterface>(params.baseMtl, EXT_MATERIAL);
-    baseBSDF = findInterface<BSDFInterface>(params.baseMtl, EXT_BSDF);
+    baseMaterial = findInterface<MaterialInterface>(params.baseMtl);
+    baseBSDF = findInterface<BSDFInterface>(params.baseMtl);
     pool.resize(renderer.sequenceData.numThreads);
 }
 

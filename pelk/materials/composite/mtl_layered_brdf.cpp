@@ -5,7 +5,7 @@
 namespace {
 
 constexpr ParamTable kParams{
-    pluginListParam("brdfs", &LayeredBRDFParams::brdfs, EXT_BSDF),
+    pluginListParam<BSDFInterface>("brdfs", &LayeredBRDFParams::brdfs),
     boolParam("double_sided", &LayeredBRDFParams::doubleSided, true,
               "1 to make the material double-sided"),
 };
@@ -25,7 +25,7 @@ void MtlLayeredBRDF::frameBegin(PelkRenderer& renderer) {
     PelkMaterial::frameBegin(renderer);
     bsdfInterfaces.resize(params.brdfs.count);
     for (int i = 0; i < params.brdfs.count; ++i)
-        bsdfInterfaces[i] = findInterface<BSDFInterface>(params.brdfs.items[i], EXT_BSDF);
+        bsdfInterfaces[i] = findInterface<BSDFInterface>(params.brdfs.items[i]);
     pool.resize(renderer.sequenceData.numThreads);
     warned = 0;
 }

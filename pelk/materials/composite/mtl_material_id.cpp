@@ -6,7 +6,7 @@
 namespace {
 
 constexpr ParamTable kParams{
-    pluginParam("base_mtl", &MaterialIDParams::baseMtl, EXT_MATERIAL, "The base material"),
+    pluginParam<MaterialInterface>("base_mtl", &MaterialIDParams::baseMtl, "The base material"),
     textureParam("material_id_color", &MaterialIDParams::idColor, AColor{Color(0), 1.0f},
                  "The material id color"),
     intParam("material_id_number", &MaterialIDParams::idNumber, 0),
@@ -42,8 +42,8 @@ void MtlMaterialID::renderEnd(PelkRenderer&) {
 
 void MtlMaterialID::frameBegin(PelkRenderer& renderer) {
     PelkRTMaterial::frameBegin(renderer);
-    baseMaterial = findInterface<MaterialInterface>(params.baseMtl, EXT_MATERIAL);
-    baseBSDF = findInterface<BSDFInterface>(params.baseMtl, EXT_BSDF);
+    baseMaterial = findInterface<MaterialInterface>(params.baseMtl);
+    baseBSDF = findInterface<BSDFInterface>(params.baseMtl);
 }
 
 void MtlMaterialID::frameEnd(PelkRenderer&) {

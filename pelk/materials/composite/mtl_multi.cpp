@@ -11,10 +11,11 @@ namespace {
 using P = MultiParams;
 
 constexpr ParamTable kParams{
-    pairListParam<P>("mtls", EXT_MATERIAL,
-                     "(Deprecated; use mtls_list/ids_list instead). A list of two-element lists "
-                     "with the material id and the material plugin."),
-    pluginListParam("mtls_list", &P::mtlsList, EXT_MATERIAL, "A list of the materials."),
+    pairListParam<MaterialInterface, P>(
+        "mtls",
+        "(Deprecated; use mtls_list/ids_list instead). A list of two-element lists "
+        "with the material id and the material plugin."),
+    pluginListParam<MaterialInterface>("mtls_list", &P::mtlsList, "A list of the materials."),
     intListParam<P>("ids_list", 0, "A list of material IDs"),
     stringListParam<P>("shader_sets_list",
                        "A list of shader set names to be matched to the materials."),
@@ -127,8 +128,8 @@ void MtlMulti::freeTable() {
 
 void MtlMulti::addEntry(int id, PluginBase* plugin) {
     maxId = std::max(maxId, id);
-    table.append({id, findInterface<MaterialInterface>(plugin, EXT_MATERIAL),
-                  findInterface<BSDFInterface>(plugin, EXT_BSDF)});
+    table.append(
+        {id, findInterface<MaterialInterface>(plugin), findInterface<BSDFInterface>(plugin)});
 }
 
 void MtlMulti::addPairs(PelkPluginParameter& pairs, double time) {
@@ -210,7 +211,7 @@ int MtlMulti::pick(PelkContext& context) const {
 }
 
 int MtlMulti::pickShaderSet(PelkContext& context) const {
-    auto* sets = findInterface<ShaderSetInterface>(context.hitObject, EXT_SHADER_SET);
+    auto* sets = findInterface<ShaderSetInterface>(context.hitObject);
     if (!sets)
         return 0;
     StringHandle setName;
@@ -224,7 +225,7 @@ int MtlMulti::surfaceID(PelkContext& context) const {
         return params.mtlidGen->getTexInt(context);
     if (params.mtlidGenFloat)
         return truncateToInt(params.mtlidGenFloat->getTexFloat(context) + 0.5f);
-    auto* faces = findInterface<SurfaceMtlIDInterface>(context.hitObject, EXT_SURFACE_MTLID);
+    auto* faces = findInterface<SurfaceMtlIDInterface>(context.hitObject);
     return faces ? faces->getSurfaceMtlID(context) : 0;
 }
 

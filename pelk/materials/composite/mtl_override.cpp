@@ -11,26 +11,28 @@ namespace {
 using P = OverrideParams;
 
 constexpr ParamTable kParams{
-    pluginParam("base_mtl", &P::baseMtl, EXT_MATERIAL,
-                "The normal material (visible to the camera)",
-                "startTab=(Pelk Override Material), startRollout=(Material override), "
-                "displayName=(Base Material)"),
+    pluginParam<MaterialInterface>(
+        "base_mtl", &P::baseMtl, "The normal material (visible to the camera)",
+        "startTab=(Pelk Override Material), startRollout=(Material override), "
+        "displayName=(Base Material)"),
     boolParam("enable_gi_mtl", &P::enableGiMtl, true, "Enable the GI material.",
               "startRollout=(), displayName=(Enable GI Material)"),
-    pluginParam("gi_mtl", &P::giMtl, EXT_MATERIAL, "The GI material.",
-                "displayName=(GI Material), enable=(::enable_gi_mtl=1)"),
+    pluginParam<MaterialInterface>("gi_mtl", &P::giMtl, "The GI material.",
+                                   "displayName=(GI Material), enable=(::enable_gi_mtl=1)"),
     boolParam("enable_reflect_mtl", &P::enableReflectMtl, true, "Enable the reflection material.",
               "startRollout=(), displayName=(Enable Reflection Material)"),
-    pluginParam("reflect_mtl", &P::reflectMtl, EXT_MATERIAL, "The reflection material.",
-                "displayName=(Reflection Material), enable=(::enable_reflect_mtl=1)"),
+    pluginParam<MaterialInterface>(
+        "reflect_mtl", &P::reflectMtl, "The reflection material.",
+        "displayName=(Reflection Material), enable=(::enable_reflect_mtl=1)"),
     boolParam("enable_refract_mtl", &P::enableRefractMtl, true, "Enable the refraction material.",
               "startRollout=(), displayName=(Enable Refraction Material)"),
-    pluginParam("refract_mtl", &P::refractMtl, EXT_MATERIAL, "The refraction material.",
-                "displayName=(Refraction Material), enable=(::enable_refract_mtl=1)"),
+    pluginParam<MaterialInterface>(
+        "refract_mtl", &P::refractMtl, "The refraction material.",
+        "displayName=(Refraction Material), enable=(::enable_refract_mtl=1)"),
     boolParam("enable_shadow_mtl", &P::enableShadowMtl, true, "Enable the shadow material.",
               "startRollout=(), displayName=(Enable Shadow Material)"),
-    pluginParam("shadow_mtl", &P::shadowMtl, EXT_MATERIAL, "The shadow material.",
-                "displayName=(Shadow Material), enable=(::enable_shadow_mtl=1)"),
+    pluginParam<MaterialInterface>("shadow_mtl", &P::shadowMtl, "The shadow material.",
+                                   "displayName=(Shadow Material), enable=(::enable_shadow_mtl=1)"),
     boolParam("use_environment_override", &P::useEnvironmentOverride, false,
               "True to use the 'environment override' texture.",
               "startRollout=(Environment override)"),
@@ -92,8 +94,8 @@ void MtlOverride::frameBegin(PelkRenderer& renderer) {
     const auto positions = slotsOf(params);
     for (int i = 0; i < kNumSlots; ++i) {
         PluginBase* plugin = positions[i].enabled ? positions[i].plugin : nullptr;
-        slots[i].bsdf = findInterface<BSDFInterface>(plugin, EXT_BSDF);
-        slots[i].material = findInterface<MaterialInterface>(plugin, EXT_MATERIAL);
+        slots[i].bsdf = findInterface<BSDFInterface>(plugin);
+        slots[i].material = findInterface<MaterialInterface>(plugin);
     }
     environment = params.useEnvironmentOverride ? params.environmentOverride : nullptr;
     environmentPriority = environment ? params.environmentPriority : kNoPriority;

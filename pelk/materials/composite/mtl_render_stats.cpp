@@ -8,7 +8,7 @@ namespace {
 using P = RenderStatsParams;
 
 constexpr ParamTable kParams{
-    pluginParam("base_mtl", &P::baseMtl, 0, "Base material"),
+    pluginParam("base_mtl", &P::baseMtl, "Base material"),
     boolParam("camera_visibility", &P::cameraVisibility, true,
               "Whether the object is visible from the camera (camera rays)"),
     boolParam("reflections_visibility", &P::reflectionsVisibility, true,
@@ -57,8 +57,8 @@ MtlRenderStats::MtlRenderStats(PelkPluginDesc* pluginDesc) : PelkRTMaterial(plug
 
 void MtlRenderStats::frameBegin(PelkRenderer& renderer) {
     PelkRTMaterial::frameBegin(renderer);
-    baseMaterial = findInterface<MaterialInterface>(params.baseMtl, EXT_MATERIAL);
-    baseBSDF = findInterface<BSDFInterface>(params.baseMtl, EXT_BSDF);
+    baseMaterial = findInterface<MaterialInterface>(params.baseMtl);
+    baseBSDF = findInterface<BSDFInterface>(params.baseMtl);
 }
 
 // Diffuse scattering on the way outweighs reflection and refraction: such rays are governed by

@@ -22,7 +22,7 @@ struct SourceArgs {
 
 /// The face by which a plug-in describes itself; null if it has none or there is no plug-in.
 inline RTMtlInterface* findRTMtl(PluginBase* plugin) {
-    return findInterface<RTMtlInterface>(plugin, EXT_RTMTL);
+    return findInterface<RTMtlInterface>(plugin);
 }
 
 /// The material behind `plugin` that chooses among sub-materials by id; null without.

@@ -9,7 +9,7 @@ namespace {
 void reportNoGeometry(PluginBase* object, MessageLog* log) {
     if (!log)
         return;
-    const bool isPlugin = findInterface<PluginInterface>(object, EXT_PLUGIN_BASE) != nullptr;
+    const bool isPlugin = findInterface<PelkPluginInterface>(object) != nullptr;
     if (auto* plugin = isPlugin ? dynamic_cast<Plugin*>(object) : nullptr) {
         const char* type = plugin->getPluginTypeName();
         log->warning("plugin %s of type %s cannot be in the exclude list (does not have geometry)",
@@ -28,7 +28,7 @@ void fillExcludeTable(PelkPluginParameter* parameter, GrowTable<int>& table, Mes
     const int count = parameter->getCount(0.0);
     for (int i = 0; i < count; ++i) {
         PluginBase* object = parameter->getObject(i, 0.0);
-        if (auto* geometry = findInterface<GeomObjectInterface>(object, EXT_GEOM_OBJECT)) {
+        if (auto* geometry = findInterface<GeomObjectInterface>(object)) {
             PelkContext blank;
             table.append(geometry->getRenderID(blank));
         } else {

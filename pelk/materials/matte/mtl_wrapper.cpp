@@ -78,8 +78,7 @@ void MtlWrapper::renderBegin(PelkRenderer& renderer) {
     params.updateSurfaceFlags();
     channelIndices.clear();
     for (int i = 0; i < params.channels.count; ++i) {
-        auto* channel =
-            findInterface<RenderChannelInterface>(params.channels.items[i], EXT_RENDER_CHANNEL);
+        auto* channel = findInterface<RenderChannelInterface>(params.channels.items[i]);
         if (channel)
             channelIndices.append(channel->getChannelIndex());
     }
@@ -97,8 +96,8 @@ void MtlWrapper::frameBegin(PelkRenderer& renderer) {
     MessageLog* log = renderer.sequenceData.log;
     fillExcludeTable(paramList.getParam(kReflectionExclude), params.reflectionExclude, log);
     fillExcludeTable(paramList.getParam(kRefractionExclude), params.refractionExclude, log);
-    baseMaterial = findInterface<MaterialInterface>(params.base_material, EXT_MATERIAL);
-    baseBSDF = findInterface<BSDFInterface>(params.base_material, EXT_BSDF);
+    baseMaterial = findInterface<MaterialInterface>(params.base_material);
+    baseBSDF = findInterface<BSDFInterface>(params.base_material);
     params.updateGiSurfaceWord();
     params.propertiesValid = 1;
     params.updateMatteSurface();
@@ -334,8 +333,7 @@ int MtlWrapper::getMaterialID(PelkContext& context) {
 int MtlWrapper::getOpaqueFlags() {
     if (params.matte_surface || params.alpha_contribution != 1.0f || params.alpha_contribution_tex)
         return 0;
-    auto* opaque =
-        findInterface<OpaqueShadeableInterface>(params.base_material, EXT_OPAQUE_SHADEABLE);
+    auto* opaque = findInterface<OpaqueShadeableInterface>(params.base_material);
     return opaque ? opaque->getOpaqueFlags() : 0;
 }
 

@@ -10,7 +10,7 @@ constexpr char kMatteAmount[] = "enable=(::matte_surface=1), minValue=(0), maxVa
 constexpr char kObjectSet[] = "attributes=(objectSet), startRollout=()";
 
 constexpr ParamTable kParams{
-    pluginParam<P>("base_material", &P::base_material, EXT_MATERIAL, "The base material"),
+    pluginParam<MaterialInterface>("base_material", &P::base_material, "The base material"),
     boolParam<P>("use_irrad_map", &P::use_irrad_map, true,
                  "Allow enable/disable of irradiance map per surface.",
                  "displayName=(Use irradiance map), startRollout=(Additional surface properties)"),
@@ -81,17 +81,19 @@ constexpr ParamTable kParams{
     textureParam<P>("reflection_filter_tex", &P::reflection_filter_tex, AColor{Color(1), 1.0f}),
     intParam<P>("trace_depth", &P::trace_depth, -1,
                 "The maximum reflection depth (-1 is controlled by the global options)"),
-    pluginListParam<P>("channels", &P::channels, EXT_RENDER_CHANNEL,
-                       "Render channels the result of this BRDF will be written to"),
+    pluginListParam<RenderChannelInterface>(
+        "channels", &P::channels, "Render channels the result of this BRDF will be written to"),
     boolParam<P>("generate_render_elements", &P::generate_render_elements, true,
                  "Setting this to false makes objects to not affect the render elements."),
-    pluginListParam<P>(kReflectionExclude, nullptr, EXT_GEOM_OBJECT,
-                       "A list of plugins that will be excluded from reflections.", kObjectSet),
+    pluginListParam<GeomObjectInterface, P>(
+        kReflectionExclude, nullptr, "A list of plugins that will be excluded from reflections.",
+        kObjectSet),
     boolParam<P>("reflection_list_is_inclusive", &P::reflection_list_is_inclusive, false,
                  "Setting this to true will turn the reflection exclude list into inclusive "
                  "(inverted)."),
-    pluginListParam<P>(kRefractionExclude, nullptr, EXT_GEOM_OBJECT,
-                       "A list of plugins that will be excluded from refractions.", kObjectSet),
+    pluginListParam<GeomObjectInterface, P>(
+        kRefractionExclude, nullptr, "A list of plugins that will be excluded from refractions.",
+        kObjectSet),
     boolParam<P>("refraction_list_is_inclusive", &P::refraction_list_is_inclusive, false,
                  "Setting this to true will turn the refraction exclude list into inclusive "
                  "(inverted)."),
@@ -108,14 +110,8 @@ void bindWrapperParams(PelkParameterList& list, WrapperParams& params) {
 }
 
 PluginInterface* WrapperParams::getInterface(u64 id) {
-    switch (id) {
-        case EXT_SURFACE_PROPERTIES:
-            return static_cast<DefaultPelkSurfaceProperties*>(this);
-        case EXT_SURFACE_PROPERTIES2:
-            return static_cast<DefaultPelkSurfaceProperties2*>(this);
-        default:
-            return PelkSurfaceProperties::getInterface(id);
-    }
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkSurfaceProperties::getInterface(id);
 }
 
 void WrapperParams::updateSurfaceFlags() {

@@ -23,6 +23,7 @@ public:
     int gi_surface_id = 0;
     PelkPluginList channels;
 
+    using Offered = InterfaceList<DefaultPelkSurfaceProperties, DefaultPelkSurfaceProperties2>;
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
 

@@ -13,8 +13,8 @@ constexpr ParamTable kParams{
     floatParam("diffuse_tex_mult", &DiffuseParams::diffuseTexMult, 1.0f),
     colorParam("reflection", &DiffuseParams::reflection, Color(0)),
     colorParam("transparency", &DiffuseParams::transparency, Color(0)),
-    pluginParam("render_channel_color", &DiffuseParams::renderChannelColor, EXT_RENDER_CHANNEL),
-    pluginParam("render_channel_alpha", &DiffuseParams::renderChannelAlpha, EXT_RENDER_CHANNEL),
+    pluginParam<RenderChannelInterface>("render_channel_color", &DiffuseParams::renderChannelColor),
+    pluginParam<RenderChannelInterface>("render_channel_alpha", &DiffuseParams::renderChannelAlpha),
 };
 
 // What a mirror of that colour leaves to the diffuse reflection below it.

@@ -8,7 +8,7 @@ namespace {
 
 constexpr ParamTable kParams{
     colorParam("filter", &SingleBRDFParams::filter, Color(1)),
-    pluginParam("brdf", &SingleBRDFParams::brdf, EXT_BSDF),
+    pluginParam<BSDFInterface>("brdf", &SingleBRDFParams::brdf),
     intParam("double_sided", &SingleBRDFParams::doubleSided, kBackShaded,
              "0 - single sided, 1 - to make the material double-sided, 2 - make back faces "
              "pointing at camera transparent for camera rays, 3 - make back faces transparent for "
@@ -58,7 +58,7 @@ void MtlSingleBRDF::renderEnd(PelkRenderer&) {
 
 void MtlSingleBRDF::frameBegin(PelkRenderer& renderer) {
     PelkRTMaterial::frameBegin(renderer);
-    bsdfInterface = findInterface<BSDFInterface>(params.brdf, EXT_BSDF);
+    bsdfInterface = findInterface<BSDFInterface>(params.brdf);
     MessageLog* log = renderer.sequenceData.log;
     if (!bsdfInterface && log)
         log->warning("[MtlSingleBRDF] No BSDF parameter specified to material \"%s\"\n",

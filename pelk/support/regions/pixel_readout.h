@@ -8,9 +8,6 @@
 namespace Tarnkit {
 
 /// Ids of the faces by which pixels are read.
-inline constexpr u64 EXT_PIXEL_BUFFER_INTERFACE = 0x7783B785;
-inline constexpr u64 EXT_PIXEL_BUFFER_INTERFACE2 = 0x77CFDC19;
-inline constexpr u64 EXT_PIXEL_BUFFER_INTERFACE3 = 0x782AA5B8;
 
 /// What pixels can be read as. No conversion writes the formats of two, six and eight bytes.
 enum PixelFormat : int {
@@ -79,8 +76,10 @@ struct ChannelInfo {
 /// Gives pixels of single channels out, converted to a display format.
 class PixelBufferInterface : public PluginInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_PIXEL_BUFFER_INTERFACE; }
-    const char* getInterfaceName() const override { return "EXT_PIXEL_BUFFER_INTERFACE"; }
+    static constexpr InterfaceID<PixelBufferInterface> kInterfaceID{0x7783B785,
+                                                                    "EXT_PIXEL_BUFFER_INTERFACE"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
 
     virtual int getWidth() = 0;
     virtual int getHeight() = 0;
@@ -97,8 +96,10 @@ public:
 
 class PixelBufferInterface2 : public PixelBufferInterface {
 public:
-    u64 getInterfaceID() const override { return EXT_PIXEL_BUFFER_INTERFACE2; }
-    const char* getInterfaceName() const override { return "EXT_PIXEL_BUFFER_INTERFACE2"; }
+    static constexpr InterfaceID<PixelBufferInterface2> kInterfaceID{0x77CFDC19,
+                                                                     "EXT_PIXEL_BUFFER_INTERFACE2"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
 
     using PixelBufferInterface::getPixels;
     /// Reads a rectangle of a channel into `buffer`, row by row without gaps, `bufferSize` bytes
@@ -113,8 +114,10 @@ public:
 
 class PixelBufferInterface3 : public PixelBufferInterface2 {
 public:
-    u64 getInterfaceID() const override { return EXT_PIXEL_BUFFER_INTERFACE3; }
-    const char* getInterfaceName() const override { return "EXT_PIXEL_BUFFER_INTERFACE3"; }
+    static constexpr InterfaceID<PixelBufferInterface3> kInterfaceID{0x782AA5B8,
+                                                                     "EXT_PIXEL_BUFFER_INTERFACE3"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
 
     /// The channel's flags; 0 for an index out of range.
     virtual int getChannelFlags(int index) = 0;

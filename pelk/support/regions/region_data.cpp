@@ -32,10 +32,7 @@ PKRegionData::~PKRegionData() {
 }
 
 PluginInterface* PKRegionData::getInterface(u64 id) {
-    // Hosts of the third generation reach their face from one of these.
-    if (id == EXT_PIXEL_BUFFER_INTERFACE || id == EXT_PIXEL_BUFFER_INTERFACE2)
-        return static_cast<PixelBufferInterface3*>(this);
-    return nullptr;
+    return Offered::find(*this, id);
 }
 
 void PKRegionData::getRect(int& left, int& top, int& right, int& bottom, int& w, int& h) {

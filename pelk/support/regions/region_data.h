@@ -87,6 +87,9 @@ public:
     PKRegionData();
     ~PKRegionData() override;
 
+    /// The third generation is not offered by its id: who knows of it casts what the second
+    /// answers.
+    using Offered = InterfaceList<PixelBufferInterface, PixelBufferInterface2>;
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
 

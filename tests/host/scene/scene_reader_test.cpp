@@ -27,7 +27,7 @@ class Probe final : public PelkMaterial {
 public:
     static constexpr const char* kName = "Probe";
     static constexpr u32 kID = 0x7E1F0001;
-    static constexpr u64 kFaces[] = {EXT_MATERIAL};
+    using Offered = InterfaceList<MaterialInterface>;
 
     explicit Probe(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {}
     static void addParameters(PelkParameterListDesc& list) {
@@ -36,20 +36,20 @@ public:
         list.addParamFloat("float", 0);
         list.addParamColor("color", Color());
         list.addParamString("text", "");
-        list.addParamPlugin("base", EXT_MATERIAL);
-        list.addParamPlugin("bump_brdf", EXT_BSDF);
+        list.addParamPlugin("base", MaterialInterface::kInterfaceID);
+        list.addParamPlugin("bump_brdf", BSDFInterface::kInterfaceID);
         list.addParamTexture("tex");
         list.addParamTextureFloat("tex_float");
         list.addParamTextureInt("tex_int");
         list.addParamInt("ints", 0, 0);
         list.addParamColor("colors", Color(), 0);
         list.addParamString("texts", "", 0);
-        list.addParamPlugin("bases", EXT_MATERIAL, 0);
+        list.addParamPlugin("bases", MaterialInterface::kInterfaceID, 0);
         list.addParam({.name = "pairs",
                        .type = ParameterType::Plugin,
                        .count = 0,
                        .ofPairs = true,
-                       .interfaceID = EXT_MATERIAL});
+                       .interfaceID = MaterialInterface::kInterfaceID});
         list.addParam("positions", 12);
         list.addParam("strange", 99);
     }
@@ -85,7 +85,7 @@ protected:
                     overrides);
     }
     PelkPluginParameter& parameter(const char* name) {
-        auto* face = findInterface<PelkPluginInterface>(scene->findPlugin("a"), EXT_PLUGIN_BASE);
+        auto* face = findInterface<PelkPluginInterface>(scene->findPlugin("a"));
         return *face->getParameter(name);
     }
 

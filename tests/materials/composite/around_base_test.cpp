@@ -73,7 +73,7 @@ TEST_F(AroundBase, OpaqueFlagsFollowTheBasesInEachFrame) {
 
 TEST_F(AroundBase, WhatIsMissingIsNoFault) {
     RecordingMaterial noBSDF, noSampler;
-    noBSDF.hiddenFaces = {EXT_BSDF};
+    noBSDF.hiddenFaces = {BSDFInterface::kInterfaceID};
     noSampler.givesSampler = false;
     noSampler.takesNull = true;
     for (const auto& c : kCases) {

@@ -9,7 +9,7 @@ protected:
     DescriptorText() {
         a.text = "a\n";
         b.text = "b\n";
-        mute.hiddenFaces = {EXT_RTMTL};
+        mute.hiddenFaces = {RTMtlInterface::kInterfaceID};
     }
 
     std::string textOf(const char* plugin, std::initializer_list<Param> params,

@@ -41,7 +41,7 @@ protected:
     FakeFace face;
     FakeTexture texture;
     PelkMaterial& mtl = make("MtlMulti", "mix");
-    RTMtlInterface& multi = *findInterface<RTMtlInterface>(&mtl, EXT_RTMTL);
+    RTMtlInterface& multi = *findInterface<RTMtlInterface>(&mtl);
 };
 
 TEST_F(MtlMultiTest, TheFirstEntryWithTheIdShades) {
@@ -142,11 +142,11 @@ TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
 }
 
 TEST_F(MtlMultiTest, TellsOfItsSubMaterials) {
-    subs[1].hiddenFaces = {EXT_RTMTL};
+    subs[1].hiddenFaces = {RTMtlInterface::kInterfaceID};
     startFrame(mtl, {{"mtls_list", Plugins{&subs[0], nullptr, &subs[1]}},
                      {"ids_list", std::vector{4, 5, 2}},
                      {"wrap_id", true}});
-    auto* first = findInterface<RTMtlInterface>(&subs[0], EXT_RTMTL);
+    auto* first = findInterface<RTMtlInterface>(&subs[0]);
     EXPECT_EQ(multi.getSubMtlByID(10), first) << "wrapped to 4";
     EXPECT_EQ(multi.getSubMtlByID(3), nullptr) << "the first entry doesn't stand in";
     for (const int index : {-1, 0, 1, 2, 3})

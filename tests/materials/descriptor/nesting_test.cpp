@@ -43,7 +43,7 @@ TEST_F(NestingTest, OffsetsCountTheFramesInsideTheChildren) {
 }
 
 TEST_F(NestingTest, PositionsWithoutTextFallBackOnTheFirst) {
-    mute.hiddenFaces = {EXT_RTMTL};
+    mute.hiddenFaces = {RTMtlInterface::kInterfaceID};
     EXPECT_EQ(offsetsOf({{&a}, {&mute}, {nullptr}, {&b}}), (Offsets{1, 1, 1, 2}));
     EXPECT_EQ(offsetsOf({{&mute}, {nullptr}, {&b}}), (Offsets{0, 0, 1})) << "no text in the first";
     EXPECT_EQ(offsetsOf({{&a}, {&b, false}, {&b}}), (Offsets{1, 1, 2})) << "disabled";

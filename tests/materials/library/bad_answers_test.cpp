@@ -100,7 +100,8 @@ TEST_F(BadAnswers, LoseNoSamplerAndChangeNoField) {
     startAll();
     const DebugRecorder quiet;
     runAll("pools without memory", true);
-    base.hiddenFaces = {EXT_MATERIAL, EXT_BSDF, EXT_OPAQUE_SHADEABLE, EXT_RTMTL};
+    base.hiddenFaces = {MaterialInterface::kInterfaceID, BSDFInterface::kInterfaceID,
+                        OpaqueShadeableInterface::kInterfaceID, RTMtlInterface::kInterfaceID};
     startAll();
     runAll("no interface");
 }

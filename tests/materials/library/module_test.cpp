@@ -67,20 +67,22 @@ TEST(Module, ListsItsPluginsInOrderWithTheirFaces) {
         PluginDesc& desc = *all.seen[i];
         EXPECT_STREQ(desc.getName(), kPlugins[i].name);
         EXPECT_EQ(desc.getPluginID(), kPlugins[i].id);
-        EXPECT_EQ(desc.supportsInterface(EXT_MATERIAL), 1);
-        EXPECT_EQ(desc.supportsInterface(EXT_PLUGIN_BASE), 1);
-        EXPECT_EQ(desc.supportsInterface(EXT_BSDF), 0) << "offered, but not announced";
+        EXPECT_EQ(desc.supportsInterface(MaterialInterface::kInterfaceID), 1);
+        EXPECT_EQ(desc.supportsInterface(PelkPluginInterface::kInterfaceID), 1);
+        EXPECT_EQ(desc.supportsInterface(BSDFInterface::kInterfaceID), 0)
+            << "offered, but not announced";
         desc.registerPlugin(nullptr);
         desc.unregisterPlugin(nullptr);
         desc.deletePlugin(nullptr);
         Plugin* made = desc.newPlugin(nullptr);
-        for (const u64 id : {EXT_PLUGIN_BASE, EXT_MATERIAL, EXT_BSDF, EXT_OPAQUE_SHADEABLE}) {
+        for (const auto& [id, name] : PelkMaterial::Offered::With<PelkPluginInterface>::kNames) {
             PluginInterface* face = made->getInterface(id);
-            ASSERT_TRUE(face) << std::hex << id;
+            ASSERT_TRUE(face) << name;
             EXPECT_EQ(face->getInterfaceID(), id);
             EXPECT_EQ(face->getPlugin(), made);
         }
-        EXPECT_EQ(made->getInterface(EXT_RTMTL) != nullptr, kPlugins[i].describesItself);
+        EXPECT_EQ(made->getInterface(RTMtlInterface::kInterfaceID) != nullptr,
+                  kPlugins[i].describesItself);
         desc.deletePlugin(made);
     }
 }
