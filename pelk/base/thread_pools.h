@@ -80,20 +80,24 @@ private:
 template <class T>
 class PoolLoan {
 public:
-    explicit PoolLoan(PoolEntry<T>& entry_) : entry(entry_), element(entry_.take()) {}
+    /// Of a null entry nothing is lent.
+    explicit PoolLoan(PoolEntry<T>* entry_)
+        : entry(entry_), element(entry_ ? entry_->take() : nullptr) {}
     ~PoolLoan() {
         if (element)
-            entry.giveBack(element);
+            entry->giveBack(element);
     }
     PoolLoan(const PoolLoan&) = delete;
     PoolLoan& operator=(const PoolLoan&) = delete;
 
+    explicit operator bool() const { return element; }
     PoolElement<T>* operator->() const { return element; }
+    PoolElement<T>& operator*() const { return *element; }
     /// The element, from now on the caller's to give back.
     PoolElement<T>* handOut() { return std::exchange(element, nullptr); }
 
 private:
-    PoolEntry<T>& entry;
+    PoolEntry<T>* const entry;
     PoolElement<T>* element;
 };
 

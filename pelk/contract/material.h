@@ -5,10 +5,12 @@
 
 #include "pelk/base/thread_pools.h"
 #include "pelk/contract/context.h"
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/fragment.h"
 #include "pelk/contract/param_table.h"
 #include "pelk/contract/pelk_material.h"
 #include "pelk/contract/renderer.h"
+#include "pelk/contract/sampler_pool.h"
 #include "pelk/contract/samplers.h"
 #include "pelk/contract/shader_source.h"
 #include "pelk/contract/texture.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "pelk/contract/parameters.h"
 
 namespace Tarnkit {
@@ -201,9 +203,15 @@ constexpr ParamRow<P> stringListParam(const char* name, const char* description 
                      .guide = guide}};
 }
 
-/// The parameters of a plug-in's kind, in the order in which hosts show them: the descriptor
-/// registers from it and the constructor binds from it. constexpr, as descriptors are built before
-/// main.
+template <class Params>
+class ParamRows;
+
+/// The parameters of one kind of plug-in, in the order in which hosts show them: the one place
+/// where their names, defaults and texts stand. The descriptor registers from it and each instance
+/// binds its fields from it, so the two can't disagree.
+///
+/// A table is constexpr. Descriptors are built before `main`, in an order among source files that
+/// no one can rely on; a table that had to be constructed might not be there yet.
 template <class Params, int N>
 class ParamTable {
 public:
@@ -211,21 +219,67 @@ public:
     constexpr explicit ParamTable(const ParamRow<Params>& first, const Rows&... others)
         : rows{first, others...} {}
 
+    void addTo(PelkParameterListDesc& list) const { ParamRows<Params>(*this).addTo(list); }
+    void bind(PelkParameterList& list, Params& params) const {
+        ParamRows<Params>(*this).bind(list, params);
+    }
+
+private:
+    friend class ParamRows<Params>;
+    ParamRow<Params> rows[N];
+};
+
+template <class Params, class... Rows>
+ParamTable(const ParamRow<Params>&, const Rows&...) -> ParamTable<Params, 1 + sizeof...(Rows)>;
+
+/// A table of whatever length, as headers name it: the table itself stays in the source that
+/// writes it down. Points to the table, which has static storage.
+template <class Params>
+class ParamRows {
+public:
+    template <int N>
+    constexpr ParamRows(const ParamTable<Params, N>& table) : rows(table.rows) {}  // as a span does
+
+    /// Lists the parameters in a descriptor. Throws ExceptionMsg if there is no memory for them.
     void addTo(PelkParameterListDesc& list) const {
         for (const ParamRow<Params>& row : rows)
             list.addParam(row.desc);
     }
 
+    /// Has the fields of `params` follow the values of an instance, and gives them their defaults.
+    /// Throws ExceptionMsg if there is no memory.
     void bind(PelkParameterList& list, Params& params) const {
         for (const ParamRow<Params>& row : rows)
             row.bind(list, params);
     }
 
 private:
-    ParamRow<Params> rows[N];
+    std::span<const ParamRow<Params>> rows;
 };
 
-template <class Params, class... Rows>
-ParamTable(const ParamRow<Params>&, const Rows&...) -> ParamTable<Params, 1 + sizeof...(Rows)>;
+/// A plug-in class with parameters: `Base`, a class derived from PelkPlugin, and `params`, whose
+/// fields hold the defaults once it is constructed and the host's values from each frameBegin on.
+/// `P` is the struct of the fields and names its table:
+///
+///     struct TintParams {
+///         PluginBase* baseMtl = nullptr;
+///         float strength = 1.0f;
+///         static ParamRows<TintParams> table();  // in the source: return kParams;
+///     };
+///     class MtlTint final : public WithParams<TintParams, PelkMaterial> { ...
+///
+/// `params` is written in frameBegin, on one thread, and only read by the render threads.
+template <class P, class Base>
+class WithParams : public Base {
+public:
+    explicit WithParams(PelkPluginDesc* pluginDesc) : Base(pluginDesc) {
+        P::table().bind(this->paramList, params);
+    }
+    /// For the descriptor.
+    static void addParameters(PelkParameterListDesc& list) { P::table().addTo(list); }
+
+protected:
+    P params;
+};
 
 }  // namespace Tarnkit

@@ -84,6 +84,8 @@ class PELK_API PelkMaterial : public PelkPlugin,
                               public OpaqueShadeableInterface {
 public:
     using Offered = InterfaceList<MaterialInterface, BSDFInterface, OpaqueShadeableInterface>;
+    /// What descriptors of materials tell of them: the rest is offered without being announced.
+    using Announced = InterfaceList<MaterialInterface, PelkPluginInterface>;
 
     explicit PelkMaterial(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {}
 

@@ -18,16 +18,15 @@ constexpr ParamTable kMediumParams{
 };
 
 constexpr ParamTable kGlassParams{
-    colorParam("reflection", &BSDFGlass::Params::reflection, Color(1),
-               "Colour of what is mirrored"),
-    colorParam("refraction", &BSDFGlass::Params::refraction, Color(1),
+    colorParam("reflection", &GlassParams::reflection, Color(1), "Colour of what is mirrored"),
+    colorParam("refraction", &GlassParams::refraction, Color(1),
                "Colour of what passes, taken at each surface"),
-    floatParam("ior", &BSDFGlass::Params::ior, 1.5f, "Index of refraction, without a volume"),
-    floatParam("roughness", &BSDFGlass::Params::roughness, 0.0f,
+    floatParam("ior", &GlassParams::ior, 1.5f, "Index of refraction, without a volume"),
+    floatParam("roughness", &GlassParams::roughness, 0.0f,
                "0 - clear, 1 - frosted; its square is the width of highlights"),
-    floatParam("tail", &BSDFGlass::Params::tail, 2.0f, "How steeply highlights fall off, 0 to 10"),
-    pluginParam<PelkVolume>("volume", &BSDFGlass::Params::volume, "Medium behind the surface"),
-    boolParam("pass_shadows", &BSDFGlass::Params::pass_shadows, false,
+    floatParam("tail", &GlassParams::tail, 2.0f, "How steeply highlights fall off, 0 to 10"),
+    pluginParam<PelkVolume>("volume", &GlassParams::volume, "Medium behind the surface"),
+    boolParam("pass_shadows", &GlassParams::pass_shadows, false,
               "Light passes straight through, in the place of real caustics"),
 };
 
@@ -160,12 +159,8 @@ PelkVolume* GlassBSDF::getVolume(PelkContext&) {
 
 // ---- plug-in
 
-BSDFGlass::BSDFGlass(PelkPluginDesc* pluginDesc) : FacetBSDF(pluginDesc) {
-    kGlassParams.bind(paramList, params);
-}
-
-void BSDFGlass::addParameters(PelkParameterListDesc& list) {
-    kGlassParams.addTo(list);
+ParamRows<GlassParams> GlassParams::table() {
+    return kGlassParams;
 }
 
 void BSDFGlass::frameBegin(PelkRenderer& renderer) {

@@ -74,26 +74,26 @@ private:
     Chosen chosen;
 };
 
+struct GlassParams {
+    Color reflection, refraction;
+    float ior = 1.5f;
+    float roughness = 0.0f;
+    float tail = 2.0f;
+    PluginBase* volume = nullptr;
+    int pass_shadows = 0;
+
+    static ParamRows<GlassParams> table();
+};
+
 /// Glass, water or ice as a BSDF plug-in: reflects and refracts by the indices of refraction of the
 /// media on its sides. Objects that lie in one another need no gap: the medium outside is the one
 /// that the ray is in.
-class BSDFGlass final : public FacetBSDF<GlassBSDF, GlassLook> {
+class BSDFGlass final : public FacetBSDF<GlassParams, GlassBSDF, GlassLook> {
 public:
-    struct Params {
-        Color reflection, refraction;
-        float ior = 1.5f;
-        float roughness = 0.0f;
-        float tail = 2.0f;
-        PluginBase* volume = nullptr;
-        int pass_shadows = 0;
-    };
-
     static constexpr const char* kName = "BSDFGlass";
     static constexpr u32 kID = 0x7E100062;
 
-    explicit BSDFGlass(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
-
+    using FacetBSDF::FacetBSDF;
     void frameBegin(PelkRenderer& renderer) override;
 
 private:
@@ -108,7 +108,6 @@ private:
         BSDFGlass& glass;
     };
 
-    Params params;
     OwnVolume ownVolume{*this};
 };
 

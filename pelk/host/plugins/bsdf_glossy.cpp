@@ -13,13 +13,13 @@ namespace Tarnkit {
 namespace {
 
 constexpr ParamTable kParams{
-    colorParam("color", &BRDFGlossy::Params::color, Color(1), "Colour of what is mirrored"),
-    floatParam("roughness", &BRDFGlossy::Params::roughness, 0.3f,
+    colorParam("color", &GlossyParams::color, Color(1), "Colour of what is mirrored"),
+    floatParam("roughness", &GlossyParams::roughness, 0.3f,
                "0 - a mirror, 1 - almost matt; its square is the width of highlights"),
-    floatParam("tail", &BRDFGlossy::Params::tail, 2.0f,
+    floatParam("tail", &GlossyParams::tail, 2.0f,
                "How steeply highlights fall off, 0 to 10: below 2 they glow far around, above 2 "
                "they end soon"),
-    floatParam("ior", &BRDFGlossy::Params::ior, 0.0f,
+    floatParam("ior", &GlossyParams::ior, 0.0f,
                "Index of refraction of the coat: it mirrors less where it is seen from above. 0 - "
                "the same from all sides"),
 };
@@ -117,12 +117,8 @@ BRDFSampler* GlossyBRDF::getBRDF(BSDFSide side) {
 
 // ---- plug-in
 
-BRDFGlossy::BRDFGlossy(PelkPluginDesc* pluginDesc) : FacetBSDF(pluginDesc) {
-    kParams.bind(paramList, params);
-}
-
-void BRDFGlossy::addParameters(PelkParameterListDesc& list) {
-    kParams.addTo(list);
+ParamRows<GlossyParams> GlossyParams::table() {
+    return kParams;
 }
 
 void BRDFGlossy::frameBegin(PelkRenderer& renderer) {

@@ -46,31 +46,28 @@ private:
     bool singleSided = false;
 };
 
+struct GlossyParams {
+    Color color;
+    float roughness = 0.3f;
+    float tail = 2.0f;
+    float ior = 0.0f;
+
+    static ParamRows<GlossyParams> table();
+};
+
 /// A rough mirror as a BSDF plug-in, or a coat of varnish on top of another layer.
 ///
 /// Its highlights have the width of the roughness and fall off by the tail. Light that meets more
 /// than one facet isn't lost: the lobe is scaled so that a white surface in white surroundings is
 /// white. Turquin, "Practical multiple scattering compensation for microfacet models", 2019,
 /// eq. 16.
-class BRDFGlossy final : public FacetBSDF<GlossyBRDF, GlossyLook> {
+class BRDFGlossy final : public FacetBSDF<GlossyParams, GlossyBRDF, GlossyLook> {
 public:
-    struct Params {
-        Color color;
-        float roughness = 0.3f;
-        float tail = 2.0f;
-        float ior = 0.0f;
-    };
-
     static constexpr const char* kName = "BRDFGlossy";
     static constexpr u32 kID = 0x7E100061;
 
-    explicit BRDFGlossy(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
-
+    using FacetBSDF::FacetBSDF;
     void frameBegin(PelkRenderer& renderer) override;
-
-private:
-    Params params;
 };
 
 }  // namespace Tarnkit

@@ -1,51 +1,27 @@
 #pragma once
 
-#include "pelk/base/thread_pools.h"
-#include "pelk/contract/material.h"
-#include "pelk/contract/pelk_plugin.h"
-#include "pelk/contract/renderer.h"
+#include "pelk/contract/desc_of.h"
+#include "pelk/contract/sampler_pool.h"
 
 namespace Tarnkit {
 
 /// Base of the BSDF plug-ins of this host. Their samplers come from pools and read what a frame
 /// has in common from a `Look`, which the derived class writes in frameBegin.
-template <class Sampler, class Look>
-class FacetBSDF : public PelkPlugin, public BSDFInterface {
+template <class Params, class Sampler, class Look>
+class FacetBSDF : public RenderPooled<Sampler, WithParams<Params, PluginOffering<BSDFInterface>>> {
 public:
-    using Offered = InterfaceList<BSDFInterface>;
-
-    PluginInterface* getInterface(u64 id) override {
-        PluginInterface* const own = Offered::find(*this, id);
-        return own ? own : PelkPlugin::getInterface(id);
-    }
-    PluginBase* getPlugin() override { return this; }
-
-    void renderBegin(PelkRenderer& renderer) override {
-        pool.resize(renderer.sequenceData.numThreads);
-    }
-    void renderEnd(PelkRenderer&) override { pool.destroy(); }
-
     BSDFSampler* getBSDF(PelkContext& context, int flags) override {
-        PoolEntry<Sampler>* entry = pool.entry(context.threadData->threadIndex);
-        if (!entry)
+        auto sampler = this->pool.borrow(context);
+        if (!sampler)
             return nullptr;
-        PoolElement<Sampler>* sampler = entry->take();
         sampler->set(look, context, flags & kSingleSided);
-        return sampler;
-    }
-    void releaseBSDF(PelkContext& context, BSDFSampler* sampler) override {
-        if (sampler)
-            pool.entry(context.threadData->threadIndex)
-                ->giveBack(static_cast<PoolElement<Sampler>*>(sampler));
+        return sampler.handOut();
     }
 
 protected:
-    using PelkPlugin::PelkPlugin;
+    using RenderPooled<Sampler, WithParams<Params, PluginOffering<BSDFInterface>>>::RenderPooled;
 
     Look look;
-
-private:
-    ThreadPools<Sampler> pool;  // lives from renderBegin to renderEnd
 };
 
 }  // namespace Tarnkit

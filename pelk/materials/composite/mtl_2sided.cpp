@@ -55,13 +55,8 @@ void writeLayers(const TwoSidedParams& params, const SourceArgs& args) {
 
 }  // namespace
 
-Mtl2SidedDesc::Mtl2SidedDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-Mtl2Sided::Mtl2Sided(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
+ParamRows<TwoSidedParams> TwoSidedParams::table() {
+    return kParams;
 }
 
 void Mtl2Sided::renderBegin(PelkRenderer&) {
@@ -80,16 +75,11 @@ void Mtl2Sided::renderEnd(PelkRenderer&) {
 }
 
 void Mtl2Sided::frameBegin(PelkRenderer& renderer) {
-    PelkRTMaterial::frameBegin(renderer);
+    FramePooled::frameBegin(renderer);
     if (!params.back)
         params.back = params.front;
     bsdfInterfaces[0] = findInterface<BSDFInterface>(params.front);
     bsdfInterfaces[1] = findInterface<BSDFInterface>(params.back);
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void Mtl2Sided::frameEnd(PelkRenderer&) {
-    pool.destroy();
 }
 
 void Mtl2Sided::shade(PelkContext& context) {
@@ -100,10 +90,9 @@ void Mtl2Sided::shade(PelkContext& context) {
 }
 
 BSDFSampler* Mtl2Sided::getBSDF(PelkContext& context, int flags) {
-    PoolEntry<Mtl2SidedBSDF>* entry = pool.entry(context.threadData->threadIndex);
-    if (!entry)
+    auto element = pool.borrow(context);
+    if (!element)
         return nullptr;
-    PoolLoan element(*entry);
     const int side = element->side = context.backSide ? 1 : 0;
     if (params.force1Sided)
         flags |= kSingleSided;
@@ -145,7 +134,7 @@ void Mtl2Sided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     auto* element = static_cast<PoolElement<Mtl2SidedBSDF>*>(sampler);
     releaseSampler(context, element->side, element->getFirst());
     releaseSampler(context, 1 - element->side, element->getSecond());
-    pool.entry(context.threadData->threadIndex)->giveBack(element);
+    pool.giveBack(context, element);
 }
 
 // A material that gave no sampler gets the null back.

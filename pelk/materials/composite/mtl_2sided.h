@@ -1,7 +1,6 @@
 #pragma once
 
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 #include "pelk/contract/two_sided_bsdf.h"
 
 /// Parameters of Mtl2Sided, as the host refreshes them at each frameBegin.
@@ -14,6 +13,8 @@ struct TwoSidedParams {
     int force1Sided = 1;         ///< the materials are told that they have one side
     int multByFrontDiffuse = 0;  ///< light from beyond takes the diffuse colour of the near side
     PelkPluginList channels;     ///< render channels of the result
+
+    static ParamRows<TwoSidedParams> table();
 };
 
 /// The two sides at one hit. Pooled and not constructed anew: Mtl2Sided::getBSDF writes `side`,
@@ -27,14 +28,17 @@ public:
 ///
 /// Each material makes its sampler with the context turned so that the side that was hit counts as
 /// its front; TwoSidedBSDF mixes them. Outside a frame the surface is fully transparent.
-class Mtl2Sided final : public PelkRTMaterial {
+class Mtl2Sided final
+    : public FramePooled<Mtl2SidedBSDF, WithParams<TwoSidedParams, PelkRTMaterial>> {
 public:
-    explicit Mtl2Sided(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "Mtl2Sided";
+    static constexpr u32 kID = 0x779347CD;
+
+    using FramePooled::FramePooled;
 
     void renderBegin(PelkRenderer& renderer) override;
     void renderEnd(PelkRenderer& renderer) override;
     void frameBegin(PelkRenderer& renderer) override;
-    void frameEnd(PelkRenderer& renderer) override;
 
     void shade(PelkContext& context) override;
     BSDFSampler* getBSDF(PelkContext& context, int flags) override;
@@ -49,15 +53,8 @@ private:
     BSDFSampler* getSampler(PelkContext& context, int side, int flags) const;
     void releaseSampler(PelkContext& context, int side, BSDFSampler* sampler) const;
 
-    TwoSidedParams params;
     GrowTable<int> channelIndices{100};     // lives from renderBegin to renderEnd
     BSDFInterface* bsdfInterfaces[2] = {};  // by side: 0 front, 1 back; set in frameBegin
-    ThreadPools<Mtl2SidedBSDF> pool;        // lives from frameBegin to frameEnd
 };
 
-class Mtl2SidedDesc : public MaterialDesc<Mtl2Sided> {
-public:
-    Mtl2SidedDesc();
-    u32 getPluginID() override { return 0x779347CD; }
-    const char* getName() override { return "Mtl2Sided"; }
-};
+using Mtl2SidedDesc = DescOf<Mtl2Sided>;

@@ -8,24 +8,14 @@ constexpr ParamTable kParams{
 
 }  // namespace
 
-MtlDoubleSidedDesc::MtlDoubleSidedDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlDoubleSided::MtlDoubleSided(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
+ParamRows<DoubleSidedParams> DoubleSidedParams::table() {
+    return kParams;
 }
 
 void MtlDoubleSided::frameBegin(PelkRenderer& renderer) {
-    PelkMaterial::frameBegin(renderer);
+    FramePooled::frameBegin(renderer);
     baseMaterial = findInterface<MaterialInterface>(params.baseMtl);
     baseBSDF = findInterface<BSDFInterface>(params.baseMtl);
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void MtlDoubleSided::frameEnd(PelkRenderer&) {
-    pool.destroy();
 }
 
 void MtlDoubleSided::shade(PelkContext& context) {
@@ -36,12 +26,12 @@ void MtlDoubleSided::shade(PelkContext& context) {
 }
 
 BSDFSampler* MtlDoubleSided::getBSDF(PelkContext& context, int flags) {
-    PoolEntry<BackSideBSDF>* entry =
-        baseBSDF ? pool.entry(context.threadData->threadIndex) : nullptr;
-    if (!entry)
+    if (!baseBSDF)
         return nullptr;
     // Taken before the base is asked: if there is no memory, no sampler of its own is lost.
-    PoolLoan element(*entry);
+    auto element = pool.borrow(context);
+    if (!element)
+        return nullptr;
     element->flipped = context.backSide;
     element->brdf = nullptr;
     const ScopedFlip front(context, context.backSide != 0);
@@ -54,7 +44,7 @@ void MtlDoubleSided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
         return;
     auto* element = static_cast<PoolElement<BackSideBSDF>*>(sampler);
     baseBSDF->releaseBSDF(context, element->bsdf);
-    pool.entry(context.threadData->threadIndex)->giveBack(element);
+    pool.giveBack(context, element);
 }
 
 BRDFSampler* BackSideBSDF::getBRDF(BSDFSide side) {

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 
 /// Parameters of MtlDoubleSided, as the host refreshes them at each frameBegin.
 struct DoubleSidedParams {
     PluginBase* baseMtl = nullptr;  ///< the one-sided material
+
+    static ParamRows<DoubleSidedParams> table();
 };
 
 /// The base's sampler, made with the context turned over, and turned over again where it looks at
@@ -41,27 +42,23 @@ public:
 
 /// A one-sided material on both sides of a surface: a hit on the back is turned over, so that the
 /// base sees the front. Without a base the surface is opaque black.
-class MtlDoubleSided final : public PelkMaterial {
+class MtlDoubleSided final
+    : public FramePooled<BackSideBSDF, WithParams<DoubleSidedParams, PelkMaterial>> {
 public:
-    explicit MtlDoubleSided(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlDoubleSided";
+    static constexpr u32 kID = 0x7782FC69;
+
+    using FramePooled::FramePooled;
 
     void frameBegin(PelkRenderer& renderer) override;
-    void frameEnd(PelkRenderer& renderer) override;
 
     void shade(PelkContext& context) override;
     BSDFSampler* getBSDF(PelkContext& context, int flags) override;
     void releaseBSDF(PelkContext& context, BSDFSampler* sampler) override;
 
 private:
-    DoubleSidedParams params;
     MaterialInterface* baseMaterial = nullptr;  // these two: set in frameBegin
     BSDFInterface* baseBSDF = nullptr;
-    ThreadPools<BackSideBSDF> pool;  // lives from frameBegin to frameEnd
 };
 
-class MtlDoubleSidedDesc : public MaterialDesc<MtlDoubleSided> {
-public:
-    MtlDoubleSidedDesc();
-    u32 getPluginID() override { return 0x7782FC69; }
-    const char* getName() override { return "MtlDoubleSided"; }
-};
+using MtlDoubleSidedDesc = DescOf<MtlDoubleSided>;

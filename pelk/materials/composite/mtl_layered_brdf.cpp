@@ -12,13 +12,8 @@ constexpr ParamTable kParams{
 
 }  // namespace
 
-MtlLayeredBRDFDesc::MtlLayeredBRDFDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlLayeredBRDF::MtlLayeredBRDF(PelkPluginDesc* pluginDesc) : PelkMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
+ParamRows<LayeredBRDFParams> LayeredBRDFParams::table() {
+    return kParams;
 }
 
 void MtlLayeredBRDF::frameBegin(PelkRenderer& renderer) {
@@ -26,12 +21,12 @@ void MtlLayeredBRDF::frameBegin(PelkRenderer& renderer) {
     bsdfInterfaces.resize(params.brdfs.count);
     for (int i = 0; i < params.brdfs.count; ++i)
         bsdfInterfaces[i] = findInterface<BSDFInterface>(params.brdfs.items[i]);
-    pool.resize(renderer.sequenceData.numThreads);
+    pool.begin(renderer);
     warned = 0;
 }
 
 void MtlLayeredBRDF::frameEnd(PelkRenderer&) {
-    pool.destroy();
+    pool.end();
     bsdfInterfaces.free();
 }
 
@@ -62,18 +57,17 @@ void MtlLayeredBRDF::shadeLayers(PelkContext& context, BSDFSampler* sampler) con
 }
 
 BSDFSampler* MtlLayeredBRDF::getBSDF(PelkContext& context, int flags) {
-    PoolEntry<LayeredBSDF>* entry = pool.entry(context.threadData->threadIndex);
-    if (!entry)
+    auto element = pool.borrow(context);
+    if (!element)
         return nullptr;
-    PoolElement<LayeredBSDF>* element = entry->take();
     try {
         fillLayers(context, params.doubleSided ? flags : flags | kSingleSided, *element);
     } catch (...) {
         // Out of memory: the samplers of the layers so far go back.
-        releaseBSDF(context, element);
+        releaseLayers(context, *element);
         throw;
     }
-    return element;
+    return element.handOut();
 }
 
 void MtlLayeredBRDF::fillLayers(PelkContext& context, int flags, LayeredBSDF& layers) {
@@ -92,11 +86,14 @@ void MtlLayeredBRDF::fillLayers(PelkContext& context, int flags, LayeredBSDF& la
 void MtlLayeredBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     if (!sampler)
         return;
-    auto* element = static_cast<PoolElement<LayeredBSDF>*>(sampler);
-    for (int i = 0; i < element->getNumBSDFs(); ++i) {
-        BSDFSampler* layer = element->getBSDF(i);
+    releaseLayers(context, static_cast<LayeredBSDF&>(*sampler));
+    pool.giveBack(context, sampler);
+}
+
+void MtlLayeredBRDF::releaseLayers(PelkContext& context, LayeredBSDF& layers) const {
+    for (int i = 0; i < layers.getNumBSDFs(); ++i) {
+        BSDFSampler* layer = layers.getBSDF(i);
         if (layer && bsdfInterfaces[i])
             bsdfInterfaces[i]->releaseBSDF(context, layer);
     }
-    pool.entry(context.threadData->threadIndex)->giveBack(element);
 }

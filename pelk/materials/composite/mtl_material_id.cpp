@@ -23,21 +23,8 @@ void writeIDs(PelkContext& context, TextureInterface* idColor, const int& idNumb
 
 }  // namespace
 
-MtlMaterialIDDesc::MtlMaterialIDDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlMaterialID::MtlMaterialID(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
-}
-
-void MtlMaterialID::renderBegin(PelkRenderer& renderer) {
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void MtlMaterialID::renderEnd(PelkRenderer&) {
-    pool.destroy();
+ParamRows<MaterialIDParams> MaterialIDParams::table() {
+    return kParams;
 }
 
 void MtlMaterialID::frameBegin(PelkRenderer& renderer) {
@@ -57,12 +44,12 @@ void MtlMaterialID::shade(PelkContext& context) {
 }
 
 BSDFSampler* MtlMaterialID::getBSDF(PelkContext& context, int flags) {
-    PoolEntry<MaterialIDBSDF>* entry =
-        baseBSDF ? pool.entry(context.threadData->threadIndex) : nullptr;
-    if (!entry)
+    if (!baseBSDF)
         return nullptr;
     // Taken before the base is asked: if there is no memory, no sampler of its own is lost.
-    PoolLoan element(*entry);
+    auto element = pool.borrow(context);
+    if (!element)
+        return nullptr;
     element->bsdf = baseBSDF->getBSDF(context, flags);
     element->brdf = nullptr;
     element->idColor = params.idColor;
@@ -75,7 +62,7 @@ void MtlMaterialID::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
         return;
     auto* element = static_cast<PoolElement<MaterialIDBSDF>*>(sampler);
     baseBSDF->releaseBSDF(context, element->bsdf);
-    pool.entry(context.threadData->threadIndex)->giveBack(element);
+    pool.giveBack(context, element);
 }
 
 int MtlMaterialID::getMaterialID(PelkContext&) {

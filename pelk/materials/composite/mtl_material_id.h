@@ -2,13 +2,14 @@
 
 #include "pelk/contract/forwarding_sampler.h"
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 
 /// Parameters of MtlMaterialID, as the host refreshes them at each frameBegin.
 struct MaterialIDParams {
     PluginBase* baseMtl = nullptr;        ///< what shades
     TextureInterface* idColor = nullptr;  ///< colour of the id channel; its alpha is not used
     int idNumber = 0;                     ///< number of the id channel
+
+    static ParamRows<MaterialIDParams> table();
 };
 
 /// The base's sampler, which enters the ids once it has traced. Pooled and not constructed anew:
@@ -25,12 +26,14 @@ public:
 ///
 /// The shading is the base's; without a base the results stay as they are, and the channels are
 /// written all the same. Shadow rays write none.
-class MtlMaterialID final : public PelkRTMaterial {
+class MtlMaterialID final
+    : public RenderPooled<MaterialIDBSDF, WithParams<MaterialIDParams, PelkRTMaterial>> {
 public:
-    explicit MtlMaterialID(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlMaterialID";
+    static constexpr u32 kID = 0x77B41398;
 
-    void renderBegin(PelkRenderer& renderer) override;
-    void renderEnd(PelkRenderer& renderer) override;
+    using RenderPooled::RenderPooled;
+
     void frameBegin(PelkRenderer& renderer) override;
     void frameEnd(PelkRenderer& renderer) override;
 
@@ -46,15 +49,8 @@ public:
     RTMtlInterface* getMultiMtl() override;
 
 private:
-    MaterialIDParams params;
     MaterialInterface* baseMaterial = nullptr;  // these two: set in frameBegin
     BSDFInterface* baseBSDF = nullptr;
-    ThreadPools<MaterialIDBSDF> pool;  // lives from renderBegin to renderEnd, reset in frameEnd
 };
 
-class MtlMaterialIDDesc : public MaterialDesc<MtlMaterialID> {
-public:
-    MtlMaterialIDDesc();
-    u32 getPluginID() override { return 0x77B41398; }
-    const char* getName() override { return "MtlMaterialID"; }
-};
+using MtlMaterialIDDesc = DescOf<MtlMaterialID>;

@@ -79,13 +79,8 @@ void PickCache::store(const PelkContext& context, int position) {
     list[context.traceDepth] = {context.hitID, position};
 }
 
-MtlMultiDesc::MtlMultiDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlMulti::MtlMulti(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
+ParamRows<MultiParams> MultiParams::table() {
+    return kParams;
 }
 
 void MtlMulti::renderBegin(PelkRenderer& renderer) {

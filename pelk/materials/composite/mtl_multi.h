@@ -4,7 +4,6 @@
 
 #include "pelk/base/hash_table.h"
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 
 namespace Tarnkit {
 struct SourceArgs;
@@ -17,6 +16,8 @@ struct MultiParams {
     TextureIntInterface* mtlidGen = nullptr;         ///< gives the id at the hit
     TextureFloatInterface* mtlidGenFloat = nullptr;  ///< gives it, rounded, if mtlidGen is null
     int wrapId = 0;                                  ///< not 0: ids above the largest start over
+
+    static ParamRows<MultiParams> table();
 };
 
 /// One of the sub-materials. Faces are null where the plug-in lacks them.
@@ -59,9 +60,12 @@ private:
 /// id wins, and the first entry of all stands in for ids that have none. If shader sets are named,
 /// the name of the hit's set picks instead. A picked entry without material, and a table without
 /// entries, shade opaque black and have no sampler.
-class MtlMulti final : public PelkRTMaterial {
+class MtlMulti final : public WithParams<MultiParams, PelkRTMaterial> {
 public:
-    explicit MtlMulti(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlMulti";
+    static constexpr u32 kID = 0x7782AD1D;
+
+    using WithParams::WithParams;
 
     void renderBegin(PelkRenderer& renderer) override;
     void renderEnd(PelkRenderer& renderer) override;
@@ -100,7 +104,6 @@ private:
     const MtlMultiEntry* pickEntry(PelkContext& context) const;
     void writeSwitch(const SourceArgs& args) const;
 
-    MultiParams params;
     // Written in frameBegin, read-only on the render threads.
     GrowTable<MtlMultiEntry> table;
     int maxId = -1;  // largest id that was given, -1 if none is above
@@ -109,9 +112,4 @@ private:
     PickCache pickCache;                 // lives from renderBegin to renderEnd
 };
 
-class MtlMultiDesc : public MaterialDesc<MtlMulti> {
-public:
-    MtlMultiDesc();
-    u32 getPluginID() override { return 0x7782AD1D; }
-    const char* getName() override { return "MtlMulti"; }
-};
+using MtlMultiDesc = DescOf<MtlMulti>;

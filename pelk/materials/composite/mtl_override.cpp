@@ -72,21 +72,8 @@ private:
 
 }  // namespace
 
-MtlOverrideDesc::MtlOverrideDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlOverride::MtlOverride(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
-}
-
-void MtlOverride::renderBegin(PelkRenderer& renderer) {
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void MtlOverride::renderEnd(PelkRenderer&) {
-    pool.destroy();
+ParamRows<OverrideParams> OverrideParams::table() {
+    return kParams;
 }
 
 void MtlOverride::frameBegin(PelkRenderer& renderer) {
@@ -126,11 +113,12 @@ void MtlOverride::shade(PelkContext& context) {
 
 BSDFSampler* MtlOverride::getBSDF(PelkContext& context, int flags) {
     BSDFInterface* picked = pick(context).bsdf;
-    PoolEntry<BSDFOverride>* entry = pool.entry(context.threadData->threadIndex);
-    if (!picked || !entry)
+    if (!picked)
         return nullptr;
     // Taken before the material is asked: if there is no memory, no sampler of its own is lost.
-    PoolLoan element(*entry);
+    auto element = pool.borrow(context);
+    if (!element)
+        return nullptr;
     element->bsdf = picked->getBSDF(context, flags);
     element->environment = environment;
     element->priority = environmentPriority;
@@ -143,7 +131,7 @@ void MtlOverride::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
         return;
     auto* element = static_cast<PoolElement<BSDFOverride>*>(sampler);
     pick(context).bsdf->releaseBSDF(context, element->bsdf);
-    pool.entry(context.threadData->threadIndex)->giveBack(element);
+    pool.giveBack(context, element);
 }
 
 int MtlOverride::getOpaqueFlags() {

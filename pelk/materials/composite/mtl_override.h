@@ -2,7 +2,6 @@
 
 #include "pelk/contract/forwarding_sampler.h"
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 
 /// Parameters of MtlOverride, as the host refreshes them at each frameBegin.
 struct OverrideParams {
@@ -18,6 +17,8 @@ struct OverrideParams {
     int useEnvironmentOverride = 0;
     TextureInterface* environmentOverride = nullptr;  ///< environment of what is traced from here
     int environmentPriority = 0;                      ///< the highest along a path holds
+
+    static ParamRows<OverrideParams> table();
 };
 
 /// The picked material's sampler, with the environment of a MtlOverride around what it traces.
@@ -39,12 +40,14 @@ public:
 /// Shadow rays come before indirect ones, then reflected, then refracted ones; each falls back on
 /// the base alone. Which material there is goes by its BSDF face. Without a base the surface is
 /// fully transparent and has no sampler.
-class MtlOverride final : public PelkRTMaterial {
+class MtlOverride final
+    : public RenderPooled<BSDFOverride, WithParams<OverrideParams, PelkRTMaterial>> {
 public:
-    explicit MtlOverride(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlOverride";
+    static constexpr u32 kID = 0x77A0B2A7;
 
-    void renderBegin(PelkRenderer& renderer) override;
-    void renderEnd(PelkRenderer& renderer) override;
+    using RenderPooled::RenderPooled;
+
     void frameBegin(PelkRenderer& renderer) override;
 
     void shade(PelkContext& context) override;
@@ -67,16 +70,9 @@ private:
 
     const Slot& pick(const PelkContext& context) const;
 
-    OverrideParams params;
     Slot slots[kNumSlots];  // this and the environment: set in frameBegin
     TextureInterface* environment = nullptr;
     int environmentPriority = 0;
-    ThreadPools<BSDFOverride> pool;  // lives from renderBegin to renderEnd
 };
 
-class MtlOverrideDesc : public MaterialDesc<MtlOverride> {
-public:
-    MtlOverrideDesc();
-    u32 getPluginID() override { return 0x77A0B2A7; }
-    const char* getName() override { return "MtlOverride"; }
-};
+using MtlOverrideDesc = DescOf<MtlOverride>;

@@ -46,13 +46,8 @@ void fade(PelkContext& context, float visible) {
 
 }  // namespace
 
-MtlRenderStatsDesc::MtlRenderStatsDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlRenderStats::MtlRenderStats(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
+ParamRows<RenderStatsParams> RenderStatsParams::table() {
+    return kParams;
 }
 
 void MtlRenderStats::frameBegin(PelkRenderer& renderer) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 
 /// Parameters of MtlRenderStats, as the host refreshes them at each frameBegin. The flags are 0
 /// for hidden.
@@ -14,6 +13,8 @@ struct RenderStatsParams {
     int shadowsVisibility = 1;      ///< to shadow rays
     int shadowsReceive = 1;         ///< 0: lit as if nothing stood before the lights
     float visibility = 1.0f;        ///< share of the base in the result: 0 is clear, 1 is full
+
+    static ParamRows<RenderStatsParams> table();
 };
 
 /// A surface that is not there. It knows nothing of the hit, so all threads share one.
@@ -39,9 +40,12 @@ public:
 /// base shows by the share `visibility`, the rest is clear. The sampler of getBSDF() knows hidden
 /// and shown alone: it is the base's own while anything shows. Without a base the surface is
 /// opaque black, faded like others.
-class MtlRenderStats final : public PelkRTMaterial {
+class MtlRenderStats final : public WithParams<RenderStatsParams, PelkRTMaterial> {
 public:
-    explicit MtlRenderStats(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlRenderStats";
+    static constexpr u32 kID = 0x77A0B885;
+
+    using WithParams::WithParams;
 
     void frameBegin(PelkRenderer& renderer) override;
 
@@ -59,15 +63,9 @@ private:
     float visibilityTo(const PelkContext& context) const;
     void shadeBase(PelkContext& context, float visible);
 
-    RenderStatsParams params;
     MaterialInterface* baseMaterial = nullptr;  // these two: set in frameBegin
     BSDFInterface* baseBSDF = nullptr;
     TransparentBSDF transparent;
 };
 
-class MtlRenderStatsDesc : public MaterialDesc<MtlRenderStats> {
-public:
-    MtlRenderStatsDesc();
-    u32 getPluginID() override { return 0x77A0B885; }
-    const char* getName() override { return "MtlRenderStats"; }
-};
+using MtlRenderStatsDesc = DescOf<MtlRenderStats>;

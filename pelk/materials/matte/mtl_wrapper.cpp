@@ -60,20 +60,10 @@ int roundedUp(float value) {
 
 }  // namespace
 
-MtlWrapperDesc::MtlWrapperDesc() {
-    addWrapperParams(list);
-    paramDesc = &list;
-}
-
-MtlWrapper::MtlWrapper(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    bindWrapperParams(paramList, params);
-}
-
 void MtlWrapper::renderBegin(PelkRenderer& renderer) {
-    const int numThreads = renderer.sequenceData.numThreads;
     fragmentManagers.destroy();
-    pool.resize(numThreads);
-    fragmentManagers.resize(numThreads);
+    RenderPooled::renderBegin(renderer);
+    fragmentManagers.resize(renderer.sequenceData.numThreads);
     paramList.cacheParams(0.0, TracePoint());
     params.updateSurfaceFlags();
     channelIndices.clear();
@@ -84,8 +74,8 @@ void MtlWrapper::renderBegin(PelkRenderer& renderer) {
     }
 }
 
-void MtlWrapper::renderEnd(PelkRenderer&) {
-    pool.destroy();
+void MtlWrapper::renderEnd(PelkRenderer& renderer) {
+    RenderPooled::renderEnd(renderer);
     channelIndices.clear();
     params.channels.count = 0;
     fragmentManagers.destroy();
@@ -302,11 +292,12 @@ void MtlWrapper::finishAlpha(PelkContext& context, Color shadow, Color fade,
 
 BSDFSampler* MtlWrapper::getBSDF(PelkContext& context, int flags) {
     const Road road = enter(context);
-    PoolEntry<MatteBSDF>* entry = pool.entry(context.threadData->threadIndex);
-    if (!baseBSDF || !entry)
+    if (!baseBSDF)
         return nullptr;
     // Taken before the base is asked: if there is no memory, no sampler of the base is lost.
-    PoolLoan element(*entry);
+    auto element = pool.borrow(context);
+    if (!element)
+        return nullptr;
     if (road == Road::Hidden) {
         element->setUp(context, nullptr, kMatteTracesNothing, false);
         return element.handOut();
@@ -323,7 +314,7 @@ void MtlWrapper::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
         return;
     auto* element = static_cast<PoolElement<MatteBSDF>*>(sampler);
     baseBSDF->releaseBSDF(context, element->bsdf);  // bases take a null too
-    pool.entry(context.threadData->threadIndex)->giveBack(element);
+    pool.giveBack(context, element);
 }
 
 int MtlWrapper::getMaterialID(PelkContext& context) {

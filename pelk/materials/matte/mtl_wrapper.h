@@ -1,7 +1,6 @@
 #pragma once
 
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 #include "pelk/materials/matte/matte_bsdf.h"
 #include "pelk/materials/matte/matte_fragment.h"
 #include "pelk/materials/matte/wrapper_params.h"
@@ -18,9 +17,12 @@
 /// base. A matte that is met by the rays of another matte is not there at all.
 ///
 /// Without a base an ordinary hit is opaque black, and a matte shows nothing of its own.
-class MtlWrapper : public PelkRTMaterial {
+class MtlWrapper : public RenderPooled<MatteBSDF, WithParams<WrapperParams, PelkRTMaterial>> {
 public:
-    explicit MtlWrapper(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlWrapper";
+    static constexpr u32 kID = 0x77B266B0;
+
+    using RenderPooled::RenderPooled;
 
     void renderBegin(PelkRenderer& renderer) override;
     void renderEnd(PelkRenderer& renderer) override;
@@ -57,17 +59,10 @@ private:
     float shadowBrightness(PelkContext& context) const;
     void finishAlpha(PelkContext& context, Color shadow, Color fade, float alphaValue) const;
 
-    WrapperParams params;
     MaterialInterface* baseMaterial = nullptr;  // these two: set in frameBegin, null without a
     BSDFInterface* baseBSDF = nullptr;          // base or if it lacks the face
     GrowTable<int> channelIndices{100};         // of the render channels; set in renderBegin
-    ThreadPools<MatteBSDF> pool;                // these two: from renderBegin to renderEnd
     MatteFragmentManagers fragmentManagers;
 };
 
-class MtlWrapperDesc : public MaterialDesc<MtlWrapper> {
-public:
-    MtlWrapperDesc();
-    u32 getPluginID() override { return 0x77B266B0; }
-    const char* getName() override { return "MtlWrapper"; }
-};
+using MtlWrapperDesc = DescOf<MtlWrapper>;

@@ -1,10 +1,5 @@
 #include "pelk/materials/matte/mtl_wrapper_maya.h"
 
-MtlWrapperMayaDesc::MtlWrapperMayaDesc() {
-    addWrapperParams(list);
-    paramDesc = &list;
-}
-
 void MtlWrapperMaya::shade(PelkContext& context) {
     if (context.rayType & (kRayReflect | kRayRefract))
         return setOpaqueBlack(context);

@@ -6,14 +6,12 @@
 /// doesn't know of this.
 class MtlWrapperMaya final : public MtlWrapper {
 public:
+    static constexpr const char* kName = "MtlWrapperMaya";
+    static constexpr u32 kID = 0x77C24530;
+
     using MtlWrapper::MtlWrapper;
 
     void shade(PelkContext& context) override;
 };
 
-class MtlWrapperMayaDesc : public MaterialDesc<MtlWrapperMaya> {
-public:
-    MtlWrapperMayaDesc();
-    u32 getPluginID() override { return 0x77C24530; }
-    const char* getName() override { return "MtlWrapperMaya"; }
-};
+using MtlWrapperMayaDesc = DescOf<MtlWrapperMaya>;

@@ -101,12 +101,8 @@ constexpr ParamTable kParams{
 
 }  // namespace
 
-void addWrapperParams(PelkParameterListDesc& list) {
-    kParams.addTo(list);
-}
-
-void bindWrapperParams(PelkParameterList& list, WrapperParams& params) {
-    kParams.bind(list, params);
+ParamRows<WrapperParams> WrapperParams::table() {
+    return kParams;
 }
 
 PluginInterface* WrapperParams::getInterface(u64 id) {

@@ -23,6 +23,8 @@ public:
     int gi_surface_id = 0;
     PelkPluginList channels;
 
+    static ParamRows<WrapperParams> table();
+
     using Offered = InterfaceList<DefaultPelkSurfaceProperties, DefaultPelkSurfaceProperties2>;
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
@@ -45,8 +47,3 @@ enum MatteSurface : int { kMatteOff = 0, kMatteCamera = 1, kMatteProjected = 2, 
 // Parameters that are read by name when a frame begins.
 constexpr char kReflectionExclude[] = "reflection_exclude";
 constexpr char kRefractionExclude[] = "refraction_exclude";
-
-/// Lists the parameters in a descriptor.
-void addWrapperParams(PelkParameterListDesc& list);
-/// Has the fields follow the parameters of an instance.
-void bindWrapperParams(PelkParameterList& list, WrapperParams& params);

@@ -42,21 +42,8 @@ void addReflection(PelkContext& context, Color weight) {
 
 }  // namespace
 
-MtlDiffuseDesc::MtlDiffuseDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlDiffuse::MtlDiffuse(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
-}
-
-void MtlDiffuse::renderBegin(PelkRenderer& renderer) {
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void MtlDiffuse::renderEnd(PelkRenderer&) {
-    pool.destroy();
+ParamRows<DiffuseParams> DiffuseParams::table() {
+    return kParams;
 }
 
 void MtlDiffuse::frameBegin(PelkRenderer& renderer) {
@@ -114,23 +101,15 @@ bool MtlDiffuse::tracesReflection(const PelkContext& context) const {
 }
 
 BSDFSampler* MtlDiffuse::getBSDF(PelkContext& context, int) {
-    PoolEntry<DiffuseBRDF>* entry = pool.entry(context.threadData->threadIndex);
-    if (!entry)
+    auto brdf = pool.borrow(context);
+    if (!brdf)
         return nullptr;
-    PoolLoan brdf(*entry);
     brdf->diffuse =
         textureBlend(context, params.diffuse, params.diffuseTex, params.diffuseTexMult) *
         shareBelow(params.reflection);
     brdf->reflection = params.reflection;
     brdf->lightMis = context.renderer->sequenceData.giEngine->usesLightMis(context);
     return brdf.handOut();
-}
-
-void MtlDiffuse::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
-    if (!sampler)
-        return;
-    pool.entry(context.threadData->threadIndex)
-        ->giveBack(static_cast<PoolElement<DiffuseBRDF>*>(sampler));
 }
 
 int MtlDiffuse::getMaterialSource(void*, const char* sourceName, const char* kind,

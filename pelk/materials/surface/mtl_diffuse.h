@@ -1,7 +1,6 @@
 #pragma once
 
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 
 namespace Tarnkit {
 
@@ -39,6 +38,8 @@ struct DiffuseParams {
     Color transparency;                        ///< share of light that goes straight through
     PluginBase* renderChannelColor = nullptr;  ///< channel that gets the result colour
     PluginBase* renderChannelAlpha = nullptr;  ///< channel that gets the result alpha
+
+    static ParamRows<DiffuseParams> table();
 };
 
 /// A matt surface with a perfect mirror on top, let through in part.
@@ -47,17 +48,18 @@ struct DiffuseParams {
 /// colour R, the diffuse colour is left with 1 - mean(R). The back, and every shadow ray, sees a
 /// filter of the colour `transparency`. The surface is complete in shade(); the sampler of
 /// getBSDF() leaves transparency out and splits between mirror and diffuse by R itself.
-class MtlDiffuse final : public PelkRTMaterial {
+class MtlDiffuse final
+    : public RenderPooled<DiffuseBRDF, WithParams<DiffuseParams, PelkRTMaterial>> {
 public:
-    explicit MtlDiffuse(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlDiffuse";
+    static constexpr u32 kID = 0x7774297E;
 
-    void renderBegin(PelkRenderer& renderer) override;
-    void renderEnd(PelkRenderer& renderer) override;
+    using RenderPooled::RenderPooled;
+
     void frameBegin(PelkRenderer& renderer) override;
 
     void shade(PelkContext& context) override;
     BSDFSampler* getBSDF(PelkContext& context, int flags) override;
-    void releaseBSDF(PelkContext& context, BSDFSampler* sampler) override;
 
     int getMaterialSource(void* owner, const char* sourceName, const char* kind,
                           ShaderSource& source, OCLData& data) override;
@@ -67,14 +69,7 @@ private:
     void shadeSurface(PelkContext& context) const;
     bool tracesReflection(const PelkContext& context) const;
 
-    DiffuseParams params;
     int colorChannel = -1, alphaChannel = -1;  // indices of the channels; -1: none. Per frame
-    ThreadPools<DiffuseBRDF> pool;             // lives from renderBegin to renderEnd
 };
 
-class MtlDiffuseDesc : public MaterialDesc<MtlDiffuse> {
-public:
-    MtlDiffuseDesc();
-    u32 getPluginID() override { return 0x7774297E; }
-    const char* getName() override { return "MtlDiffuse"; }
-};
+using MtlDiffuseDesc = DescOf<MtlDiffuse>;

@@ -39,21 +39,8 @@ bool isSeeThrough(const PelkContext& context, int doubleSided) {
 
 }  // namespace
 
-MtlSingleBRDFDesc::MtlSingleBRDFDesc() {
-    kParams.addTo(list);
-    paramDesc = &list;
-}
-
-MtlSingleBRDF::MtlSingleBRDF(PelkPluginDesc* pluginDesc) : PelkRTMaterial(pluginDesc) {
-    kParams.bind(paramList, params);
-}
-
-void MtlSingleBRDF::renderBegin(PelkRenderer& renderer) {
-    pool.resize(renderer.sequenceData.numThreads);
-}
-
-void MtlSingleBRDF::renderEnd(PelkRenderer&) {
-    pool.destroy();
+ParamRows<SingleBRDFParams> SingleBRDFParams::table() {
+    return kParams;
 }
 
 void MtlSingleBRDF::frameBegin(PelkRenderer& renderer) {
@@ -121,11 +108,10 @@ BSDFSampler* MtlSingleBRDF::getBSDF(PelkContext& context, int flags) {
             flags |= kSingleSided;
         return bsdfInterface->getBSDF(context, flags);
     }
-    PoolEntry<BSDFBackFace>* entry = pool.entry(context.threadData->threadIndex);
-    if (!entry)
-        return nullptr;
     // Taken before the plug-in is asked: if there is no memory, no sampler of its own is lost.
-    PoolLoan element(*entry);
+    auto element = pool.borrow(context);
+    if (!element)
+        return nullptr;
     element->bsdf = bsdfInterface->getBSDF(context, flags);
     element->brdf = nullptr;
     element->doubleSided = params.doubleSided;
@@ -143,7 +129,7 @@ void MtlSingleBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     auto* element = static_cast<PoolElement<BSDFBackFace>*>(sampler);
     if (bsdfInterface && element->bsdf)
         bsdfInterface->releaseBSDF(context, element->bsdf);
-    pool.entry(context.threadData->threadIndex)->giveBack(element);
+    pool.giveBack(context, element);
 }
 
 int MtlSingleBRDF::getOpaqueFlags() {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "pelk/contract/material.h"
-#include "pelk/contract/material_desc.h"
 
 /// Parameters of MtlSingleBRDF, as the host refreshes them at each frameBegin.
 struct SingleBRDFParams {
@@ -9,6 +8,8 @@ struct SingleBRDFParams {
     PluginBase* brdf = nullptr;  ///< the plug-in that scatters
     int doubleSided = 1;         ///< what a hit on the back does, see BackSide
     int allowNegativeColors = 0;
+
+    static ParamRows<SingleBRDFParams> table();
 };
 
 /// Values of `double_sided`: what a hit on the back does. It is shaded under any other value.
@@ -45,12 +46,14 @@ public:
 /// The plug-in scatters; this material adds a colour filter, the rule for hits on the back, and a
 /// guard against colours that no light can have. Without a plug-in the surface is opaque black;
 /// where the plug-in has no sampler for a hit it is fully transparent.
-class MtlSingleBRDF final : public PelkRTMaterial {
+class MtlSingleBRDF final
+    : public RenderPooled<BSDFBackFace, WithParams<SingleBRDFParams, PelkRTMaterial>> {
 public:
-    explicit MtlSingleBRDF(PelkPluginDesc* pluginDesc);
+    static constexpr const char* kName = "MtlSingleBRDF";
+    static constexpr u32 kID = 0x77742AB2;
 
-    void renderBegin(PelkRenderer& renderer) override;
-    void renderEnd(PelkRenderer& renderer) override;
+    using RenderPooled::RenderPooled;
+
     void frameBegin(PelkRenderer& renderer) override;
 
     void shade(PelkContext& context) override;
@@ -68,17 +71,10 @@ private:
     void shadeShadowRay(PelkContext& context, BSDFSampler* sampler) const;
     void shadeLit(PelkContext& context, BSDFSampler* sampler);
 
-    SingleBRDFParams params;
     BSDFInterface* bsdfInterface = nullptr;  // this and filterActive: set in frameBegin
     int filterActive = 0;
     int warned = 0;                        // shared by the render threads, reset in frameBegin:
     int opaqueKnown = 0, opaqueFlags = 0;  // the plug-in's flags, asked for once a frame
-    ThreadPools<BSDFBackFace> pool;        // lives from renderBegin to renderEnd
 };
 
-class MtlSingleBRDFDesc : public MaterialDesc<MtlSingleBRDF> {
-public:
-    MtlSingleBRDFDesc();
-    u32 getPluginID() override { return 0x77742AB2; }
-    const char* getName() override { return "MtlSingleBRDF"; }
-};
+using MtlSingleBRDFDesc = DescOf<MtlSingleBRDF>;
