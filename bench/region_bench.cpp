@@ -24,7 +24,7 @@ class Region : public PKRegionData {
 public:
     Region(int regionWidth, int regionHeight) {
         for (const char* name : kChannels) {
-            channels.push_back(newChannel(*findChannelKind(name)));
+            channels.push_back(newChannel(findChannelAlias(name)->alias));
             addChannel(channels.back().get());
         }
         setRect(0, 0, regionWidth, regionHeight);

@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "bare_path_tracer.h"
+#include "pelk/contract/channel_alias.h"
 #include "pelk/host/render/render_job.h"
 #include "pelk/host/scene/host_session.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/scene/scene_reader.h"
 #include "pelk/platform/debug_stream.h"
-#include "pelk/support/regions/channel_kinds.h"
 
 using namespace Tarnkit;
 
@@ -58,8 +58,8 @@ int main(int argc, char** argv) {
     options.samples = samples;
     options.threads = 1;
     RenderOptions withChannels = options;
-    for (const ChannelKind& kind : channelKinds().first(kChannels + 2).subspan(2))
-        withChannels.channels.push_back(kind.name);
+    for (int i = 0; i < kChannels; ++i)
+        withChannels.channels.push_back(kChannelAliases[kFirstExtraChannel + i].name);
     std::vector<double> ours, theirs, ratios, shares;
     const double total = double(size) * size * samples / 1e6;
     for (int round = 0; round < rounds; ++round) {

@@ -72,24 +72,6 @@ struct PELK_API FragmentList {
     void end();
 };
 
-/// The number of a well-known channel.
-enum ChannelAlias : int {
-    kAliasColor = 1,
-    kAliasAlpha = 2,
-    kAliasTransparency = 3,
-    kAliasBackground = 4,
-    kAliasZDepth = 5,
-    kAliasRenderID = 6,
-    kAliasNormal = 7,
-    kAliasAlphaTransparency = 8,
-    kAliasWeight = 10,
-    kAliasReflection = 102,
-    kAliasRefraction = 103,
-    kAliasMaterialIDColor = 115,
-    kAliasReflectionFilter = 139,
-    kAliasMaterialIDNumber = 141,
-};
-
 /// Types of the values of a channel.
 enum ChannelType : int {
     kChannelNone = 0,

@@ -4,6 +4,7 @@
 // scope, where materials and their descriptors live.
 
 #include "pelk/base/thread_pools.h"
+#include "pelk/contract/channel_alias.h"
 #include "pelk/contract/context.h"
 #include "pelk/contract/desc_of.h"
 #include "pelk/contract/fragment.h"

@@ -1,5 +1,6 @@
 #include "pelk/contract/samplers.h"
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/contract/context.h"
 #include "pelk/contract/fragment.h"
 #include "pelk/contract/private/indirect_light.h"

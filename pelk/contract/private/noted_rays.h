@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "pelk/base/color.h"
+#include "pelk/contract/channel_alias.h"
 #include "pelk/contract/fragment.h"
 
 namespace Tarnkit {

@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/host/picture/image_writers.h"
 
 namespace Tarnkit {
@@ -44,7 +45,7 @@ Layer layerOf(const ChannelInfo& info, int channel, OIIO::TypeDesc colorType) {
 /// All layers of an EXR, the first of which has no name.
 std::vector<Layer> layersOf(PixelBufferInterface& pixels, OIIO::TypeDesc colorType) {
     std::vector<Layer> layers{{kBeautyChannel, kAlphaChannel, kPixelRGBAFloat, "RGBA", colorType}};
-    for (int i = kAlphaChannel + 1; i < pixels.getNumChannels(); ++i) {
+    for (int i = kFirstExtraChannel; i < pixels.getNumChannels(); ++i) {
         ChannelInfo info;
         pixels.getChannelInfo(i, info);
         layers.push_back(layerOf(info, i, colorType));

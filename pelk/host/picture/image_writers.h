@@ -19,7 +19,4 @@ bool writePng(Picture& picture, const PictureInfo& info, const std::string& file
 /// Adds how the picture was made.
 void describeOrigin(const PictureInfo& info, OIIO::ImageSpec& spec);
 
-/// Where every picture has its beauty and its alpha.
-inline constexpr int kBeautyChannel = 0, kAlphaChannel = 1;
-
 }  // namespace Tarnkit

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/host/picture/image_writers.h"
 
 namespace Tarnkit {

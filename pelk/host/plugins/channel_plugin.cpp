@@ -21,7 +21,7 @@ std::string checkCustomName(const std::string& name) {
     if (name.empty() || name.size() > kLongestName ||
         !std::all_of(name.begin(), name.end(), isGood))
         return "expected 1 to 63 letters, digits, '_' or '-', not \"" + name + "\"";
-    if (findChannelKind(name) || name == "all")
+    if (findChannelAlias(name) || name == "all")
         return "the name \"" + name + "\" has a meaning of its own; expected another one";
     return {};
 }
@@ -44,9 +44,9 @@ PluginInterface* ChannelPlugin::getInterface(u64 id) {
 std::unique_ptr<RenderChannel> ChannelPlugin::newChannel(std::string& error) {
     const std::string kindName = text("kind", kCustom);
     if (kindName != kCustom) {
-        if (const ChannelKind* kind = findChannelKind(kindName))
-            return Tarnkit::newChannel(*kind);
-        std::vector<std::string_view> names = channelKindNames();
+        if (const ChannelAliasInfo* kind = findChannelAlias(kindName))
+            return Tarnkit::newChannel(kind->alias);
+        std::vector<std::string_view> names = channelNames();
         names.push_back(kCustom);
         error = "kind: there is no channel \"" + kindName + "\"" + knownNames(kindName, names);
         return nullptr;

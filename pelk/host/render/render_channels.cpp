@@ -8,38 +8,21 @@
 
 namespace Tarnkit {
 
+namespace {
+
+constexpr int kPicture[] = {kAliasImageColor, kAliasImageAlpha};
+static_assert(kPicture[kBeautyChannel] == kAliasImageColor &&
+              kPicture[kAlphaChannel] == kAliasImageAlpha);
+
+}  // namespace
+
 bool RenderChannels::collect(const Scene& scene, std::span<const std::string> asked,
                              std::string& error) {
     channels.clear();
-    list.clear();
-    add(newChannel(channelKinds()[0]));
-    add(newChannel(channelKinds()[1]));
+    channels.addAliases(kPicture);
     return addSources(scene, error) &&
            addNamed(scene.settings.channels, "/settings/channels", error) &&
            addNamed(asked, "--channels", error);
-}
-
-RenderChannel* RenderChannels::getChannel(int index) {
-    return index >= 0 && index < getNumChannels() ? list[static_cast<size_t>(index)] : nullptr;
-}
-
-/// Takes a channel in, or drops it if there is one of that name. Returns its place.
-int RenderChannels::add(std::unique_ptr<RenderChannel> channel) {
-    const int known = find(channel->getName());
-    if (known >= 0)
-        return known;
-    list.push_back(channel.get());
-    channels.push_back(std::move(channel));
-    return getNumChannels() - 1;
-}
-
-/// The place of the channel of that name, or -1.
-int RenderChannels::find(std::string_view name) const {
-    for (size_t i = 0; i < list.size(); ++i) {
-        if (name == list[i]->getName())
-            return static_cast<int>(i);
-    }
-    return -1;
 }
 
 bool RenderChannels::addSources(const Scene& scene, std::string& error) {
@@ -53,8 +36,8 @@ bool RenderChannels::addSources(const Scene& scene, std::string& error) {
             return false;
         }
         const int type = channel->getType();
-        const int index = add(std::move(channel));
-        if (list[static_cast<size_t>(index)]->getType() != type) {
+        const int index = channels.add(std::move(channel));
+        if (channels.at(index)->getType() != type) {
             error = pointer + "/channel_type: another channel of this name has other values";
             return false;
         }
@@ -67,23 +50,28 @@ bool RenderChannels::addNamed(std::span<const std::string> names, const char* pl
                               std::string& error) {
     for (const std::string& name : names) {
         if (name == "all") {
-            for (const ChannelKind& kind : channelKinds())
-                add(newChannel(kind));
-        } else if (const ChannelKind* kind = findChannelKind(name)) {
-            add(newChannel(*kind));
-        } else if (find(name) < 0) {
-            std::vector<std::string_view> known = channelKindNames();
-            known.push_back("all");
-            for (size_t i = 2; i < list.size(); ++i) {
-                if (!findChannelKind(list[i]->getName()))
-                    known.push_back(list[i]->getName());
-            }
+            for (const ChannelAliasInfo& info : namedChannelAliases())
+                channels.add(newChannel(info.alias));
+        } else if (const ChannelAliasInfo* info = findChannelAlias(name)) {
+            channels.add(newChannel(info->alias));
+        } else if (channels.find(name) < 0) {
             error = std::string(place) + ": there is no channel \"" + name + "\"" +
-                    knownNames(name, known);
+                    knownNames(name, namesToAskFor());
             return false;
         }
     }
     return true;
+}
+
+/// What a message offers in place of a name that isn't known: the scene's own channels included.
+std::vector<std::string_view> RenderChannels::namesToAskFor() const {
+    std::vector<std::string_view> names = channelNames();
+    names.push_back("all");
+    for (RenderChannel* channel : channels.getList().subspan(kFirstExtraChannel)) {
+        if (!findChannelAlias(channel->getName()))
+            names.push_back(channel->getName());
+    }
+    return names;
 }
 
 }  // namespace Tarnkit

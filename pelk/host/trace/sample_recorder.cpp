@@ -4,11 +4,11 @@
 #include <climits>
 #include <cstring>
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/host/trace/render_context.h"
 #include "pelk/host/trace/scene_object.h"
 #include "pelk/host/trace/surface_uv.h"
-#include "pelk/support/regions/channel_kinds.h"
 #include "pelk/support/regions/region_data.h"
 
 namespace Tarnkit {

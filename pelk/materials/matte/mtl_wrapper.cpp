@@ -11,11 +11,6 @@
 namespace {
 
 // Channels that a matte writes.
-constexpr int kAliasBackgroundLost = 105;  // what shadows and reflections took of the background
-constexpr int kAliasShadowedLight = 111;   // the direct light
-constexpr int kAliasShadow = 112;          // the direct light that shadows took
-constexpr int kAliasMatteBackground = 124;
-constexpr int kAliasShadowShare = 128;  // the share of the direct light that shadows took
 
 // Light below this is taken as none, so that quotients stay finite.
 constexpr float kDark = 1e-6f;
@@ -184,9 +179,9 @@ void MtlWrapper::shadeMatte(PelkContext& context) {
     }
     // With channels the host adds the background to the colour itself.
     const Color lost = behind * complement(left);
-    fragment->addAlias(kAliasBackgroundLost, &lost);
+    fragment->addAlias(kAliasBackgroundLoss, &lost);
     fragment->addAlias(kAliasBackground, &background);
-    fragment->addAlias(kAliasMatteBackground, &background);
+    fragment->addAlias(kAliasImageBackground, &background);
 }
 
 // Takes the base's reflections and refractions as the colour of the hit, the rest of the results
@@ -264,13 +259,13 @@ void MtlWrapper::setShadowChannels(PelkContext& context, Color unshadowed, Color
     if (!fragment)
         return;
     if (params.generate_render_elements)
-        fragment->addAlias(kAliasShadowedLight, &shadowed);
+        fragment->addAlias(kAliasMatteLight, &shadowed);
     const Color lost = unshadowed - shadowed;
-    fragment->addAlias(kAliasShadow, &lost);
+    fragment->addAlias(kAliasMatteLightLoss, &lost);
     const Color share = {shadowShare(unshadowed.r, shadowed.r),
                          shadowShare(unshadowed.g, shadowed.g),
                          shadowShare(unshadowed.b, shadowed.b)};
-    fragment->addAlias(kAliasShadowShare, &share);
+    fragment->addAlias(kAliasMatteShadow, &share);
 }
 
 float MtlWrapper::shadowBrightness(PelkContext& context) const {

@@ -58,36 +58,30 @@ void storeFront(void* pixel, const PKFragment* front, const PKFragment&) {
     store(pixel, front ? AColor{front->color, mean(front->alpha)} : AColor());
 }
 
-constexpr ChannelKind kKinds[] = {
-    {"beauty", kAliasImageColor, kChannelColor, storeBeauty},
-    {"alpha", kAliasImageAlpha, kChannelColor, storeAlpha},
-    {"diffuse", kAliasDiffuse, kChannelColor},
-    {"specular", 106, kChannelColor},
-    {"reflection", kAliasReflection, kChannelColor},
-    {"reflection_filter", kAliasReflectionFilter, kChannelColor},
-    {"reflectivity", 118, kChannelColor},
-    {"raw_reflection", 119, kChannelColor},
-    {"refraction", kAliasRefraction, kChannelColor},
-    {"refraction_weight", 120, kChannelColor},
-    {"raw_refraction", 121, kChannelColor},
-    {"self_illumination", kAliasSelfIllumination, kChannelColor},
-    {"background", kAliasImageBackground, kChannelColor},
-    {"main_background", kAliasBackground, kChannelColor},
-    {"background_loss", 105, kChannelColor},
-    {"matte_light", 111, kChannelColor},
-    {"matte_light_loss", 112, kChannelColor},
-    {"matte_shadow", 128, kChannelColor},
-    {"material_id_color", 115, kChannelColor},
-    {"material_id", 141, kChannelInt},
-    {"render_id", kAliasRenderID, kChannelInt, storeRenderID},
-    {"depth", kAliasZDepth, kChannelFloat, storeDepth},
-    {"normals", kAliasNormal, kChannelVector, storeNormal},
-    {"bump_screen_normals", 131, kChannelVector},
-    {"bump_offset", 145, kChannelVector},
-    {"uv", kAliasUV, kChannelFloat2},
-    {"transparency", kAliasTransparency, kChannelColor, storeTransparency},
-    {"front", kAliasFront, kChannelAColor, storeFront},
-};
+/// Writes one pixel from main values of its fragments; `front` may be null.
+using StoreMainValue = void (*)(void* pixel, const PKFragment* front, const PKFragment& total);
+
+/// How a channel of main values is written; null for a channel with a slot of its own in fragments.
+StoreMainValue storeOf(int alias) {
+    switch (alias) {
+        case kAliasImageColor:
+            return storeBeauty;
+        case kAliasImageAlpha:
+            return storeAlpha;
+        case kAliasRenderID:
+            return storeRenderID;
+        case kAliasZDepth:
+            return storeDepth;
+        case kAliasNormal:
+            return storeNormal;
+        case kAliasTransparency:
+            return storeTransparency;
+        case kAliasFront:
+            return storeFront;
+        default:
+            return nullptr;
+    }
+}
 
 // ---- objects
 
@@ -131,25 +125,24 @@ protected:
 /// A channel that shows main values of the fragments.
 class FieldChannel final : public HostChannel {
 public:
-    explicit FieldChannel(const ChannelKind& kind)
-        : HostChannel(kind.name, kind.alias, kind.type, kChannelNoFragmentData),
-          storeFields(kind.store) {}
+    FieldChannel(const ChannelAliasInfo& info, StoreMainValue with)
+        : HostChannel(info.name, info.alias, info.type, kChannelNoFragmentData), storeValue(with) {}
 
     /// A pixel starts as one would be in which nothing was hit.
     void fillPixels(void* pixels, int count) override {
         const PKFragment nothing;
         for (int i = 0; i < count; ++i)
-            storeFields(static_cast<u8*>(pixels) + static_cast<std::size_t>(i) * size, nullptr,
-                        nothing);
+            storeValue(static_cast<u8*>(pixels) + static_cast<std::size_t>(i) * size, nullptr,
+                       nothing);
     }
 
     void storePixel(int, int, void* pixel, Fragment* front, Fragment* total, float, int) override {
-        storeFields(pixel, static_cast<const PKFragment*>(front),
-                    static_cast<const PKFragment&>(*total));
+        storeValue(pixel, static_cast<const PKFragment*>(front),
+                   static_cast<const PKFragment&>(*total));
     }
 
 private:
-    const StoreFields storeFields;
+    const StoreMainValue storeValue;
 };
 
 /// Light, or a share of it: what samples and surfaces contribute adds up. `Value` is a Color, or a
@@ -260,29 +253,20 @@ std::unique_ptr<RenderChannel> newSlotChannel(const std::string& name, int alias
 
 }  // namespace
 
-std::span<const ChannelKind> channelKinds() {
-    return kKinds;
+std::unique_ptr<RenderChannel> newChannel(int alias) {
+    const ChannelAliasInfo* const info = findChannelAlias(alias);
+    if (!info || !info->name)
+        return nullptr;
+    if (const StoreMainValue store = storeOf(alias))
+        return std::make_unique<FieldChannel>(*info, store);
+    return newSlotChannel(info->name, info->alias, info->type);
 }
 
-const ChannelKind* findChannelKind(std::string_view name) {
-    for (const ChannelKind& kind : kKinds) {
-        if (name == kind.name)
-            return &kind;
-    }
-    return nullptr;
-}
-
-std::vector<std::string_view> channelKindNames() {
+std::vector<std::string_view> channelNames() {
     std::vector<std::string_view> names;
-    for (const ChannelKind& kind : kKinds)
-        names.push_back(kind.name);
+    for (const ChannelAliasInfo& info : namedChannelAliases())
+        names.push_back(info.name);
     return names;
-}
-
-std::unique_ptr<RenderChannel> newChannel(const ChannelKind& kind) {
-    if (kind.store)
-        return std::make_unique<FieldChannel>(kind);
-    return newSlotChannel(kind.name, kind.alias, kind.type);
 }
 
 std::unique_ptr<RenderChannel> newCustomChannel(const std::string& name, ChannelType type) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/support/regions/region_data.h"
 
 namespace Tarnkit {

@@ -1,13 +1,12 @@
 #include "pelk/support/regions/pixel_readout.h"
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/support/regions/pixel_readout_convert.h"
 #include "pelk/support/regions/region_data.h"
 
 namespace Tarnkit {
 
 namespace {
-
-constexpr int kAliasImageAlpha = 125;
 
 /// Whether the rectangle has pixels and all of them lie in a region of this size.
 bool liesInside(const PixelRect& rect, int width, int height) {

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/support/regions/region_data.h"
 
 namespace Tarnkit {
@@ -175,7 +176,7 @@ void PKRegionData::removeStaleChannels(ChannelList list) {
     GrowTable<const char*> names;
     for (RenderChannel* channel : list)
         names.append(nameOf(channel));
-    for (int i = 2; i < channels.size();) {
+    for (int i = kFirstExtraChannel; i < channels.size();) {
         int at = i;
         while (at < names.size() && !channels[i].hasName(names[at]))
             ++at;

@@ -25,7 +25,7 @@ protected:
         std::vector<std::unique_ptr<RenderChannel>> channels;
         std::vector<RenderChannel*> list;
         for (const char* name : names) {
-            channels.push_back(newChannel(*findChannelKind(name)));
+            channels.push_back(newChannel(findChannelAlias(name)->alias));
             list.push_back(channels.back().get());
         }
         picture.begin(width, height, list);

@@ -1,0 +1,180 @@
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <span>
+#include <string_view>
+
+#include "pelk/contract/fragment.h"
+
+namespace Tarnkit {
+
+// The one list of render channels (AOVs, the arbitrary output variables of a render) that have a
+// meaning of their own. Two parties that know nothing of each other meet by these numbers: a
+// material writes what it has found under an alias (Fragment::addAlias), and whichever channel of
+// the render carries that alias takes it. An alias that no channel of the render carries is
+// dropped, so that a material needn't ask who listens. Being compiled into materials and written
+// into transferred regions, the numbers never change; a channel of a scene's own has none (-1).
+
+/// The number of a well-known channel.
+enum ChannelAlias : int {
+    // The main values of a fragment: stored in its fields whether or not there is such a channel.
+    kAliasColor = 1,
+    kAliasAlpha = 2,
+    kAliasTransparency = 3,
+    kAliasBackground = 4,
+    kAliasZDepth = 5,
+    kAliasRenderID = 6,
+    kAliasNormal = 7,
+    kAliasAlphaTransparency = 8,
+    kAliasWeight = 10,  // 9 was never given out
+
+    // What materials, lights and samplers write while a hit is shaded.
+    kAliasDiffuse = 101,
+    kAliasReflection = 102,
+    kAliasRefraction = 103,
+    kAliasSelfIllumination = 104,
+    kAliasBackgroundLoss = 105,
+    kAliasSpecular = 106,
+    kAliasMatteLight = 111,
+    kAliasMatteLightLoss = 112,
+    kAliasMaterialIDColor = 115,
+    kAliasReflectivity = 118,
+    kAliasRawReflection = 119,
+    kAliasRefractionWeight = 120,
+    kAliasRawRefraction = 121,
+    kAliasImageBackground = 124,
+    kAliasMatteShadow = 128,
+    kAliasBumpScreenNormal = 131,
+    kAliasReflectionFilter = 139,
+    kAliasMaterialIDNumber = 141,
+    kAliasBumpOffset = 145,
+
+    // The picture itself, which a host makes of the main values, and what regions add to it.
+    kAliasImageAlpha = 125,
+    kAliasImageColor = 126,
+    kAliasHostStamp = 134,
+
+    // Channels that materials know nothing of; above 146, the last alias with an index of its own
+    // in regions, so that they can't collide with one that a material is compiled with.
+    kAliasFront = 1001,
+    kAliasUV = 1002,
+};
+
+/// Where every render has its picture: beauty is the channel of index 0, alpha that of index 1,
+/// and what the user asks for follows. Beauty is premultiplied by alpha.
+inline constexpr int kBeautyChannel = 0;
+inline constexpr int kAlphaChannel = 1;
+/// The index of the first channel beyond the picture itself.
+inline constexpr int kFirstExtraChannel = 2;
+
+/// What is known of an alias.
+struct ChannelAliasInfo {
+    ChannelAlias alias;
+    /// By which scenes and `--channels` ask for it; null for what can't be asked for.
+    const char* name;
+    ChannelType type;  ///< of the value that addAlias takes and of the channel's pixels
+    /// One line for users: what the channel shows, and with what it adds up to what.
+    const char* meaning;
+};
+
+/// All aliases. Those with a name come first, in the order in which "all" adds them to a render:
+/// beauty at kBeautyChannel, alpha at kAlphaChannel.
+inline constexpr ChannelAliasInfo kChannelAliases[] = {
+    {kAliasImageColor, "beauty", kChannelColor,
+     "The picture: linear colour, premultiplied by alpha, with the background"},
+    {kAliasImageAlpha, "alpha", kChannelColor, "Coverage of the background, per component, 0 to 1"},
+    {kAliasDiffuse, "diffuse", kChannelColor, "Diffuse surface colour, without the light on it"},
+    {kAliasSpecular, "specular", kChannelColor, "Direct light in highlights"},
+    {kAliasReflection, "reflection", kChannelColor,
+     "What reflected rays add to beauty; of a ramp, reflectivity times raw_reflection"},
+    {kAliasReflectionFilter, "reflection_filter", kChannelColor,
+     "Throughput of the reflected ray that a sampler spawned"},
+    {kAliasReflectivity, "reflectivity", kChannelColor,
+     "Share of raw_reflection that a ramp reflects, its reflectivity ramp at the hit"},
+    {kAliasRawReflection, "raw_reflection", kChannelColor,
+     "What reflected rays find, before reflectivity"},
+    {kAliasRefraction, "refraction", kChannelColor,
+     "What refracted rays add to beauty; of a ramp, refraction_weight times raw_refraction"},
+    {kAliasRefractionWeight, "refraction_weight", kChannelColor,
+     "Share of raw_refraction that a ramp lets through"},
+    {kAliasRawRefraction, "raw_refraction", kChannelColor,
+     "What refracted rays find, before refraction_weight"},
+    {kAliasSelfIllumination, "self_illumination", kChannelColor,
+     "Light that surfaces emit, and lights that are seen directly"},
+    {kAliasImageBackground, "background", kChannelColor,
+     "Environment or backplate behind all surfaces, dimmed where a matte takes shadows"},
+    {kAliasBackground, "main_background", kChannelColor,
+     "The same, as the main value that beauty is made with"},
+    {kAliasBackgroundLoss, "background_loss", kChannelColor,
+     "What mattes took of the background; with background it gives the undimmed one"},
+    {kAliasMatteLight, "matte_light", kChannelColor,
+     "Direct light on mattes, with shadows; with matte_light_loss it gives that without"},
+    {kAliasMatteLightLoss, "matte_light_loss", kChannelColor,
+     "Direct light on mattes that shadows took"},
+    {kAliasMatteShadow, "matte_shadow", kChannelColor,
+     "Share of the direct light on mattes that shadows took, 0 to 1"},
+    {kAliasMaterialIDColor, "material_id_color", kChannelColor, "Id colour of MtlMaterialID"},
+    {kAliasMaterialIDNumber, "material_id", kChannelInt, "Id number of MtlMaterialID"},
+    {kAliasRenderID, "render_id", kChannelInt, "Id of the object in front, -1 without one"},
+    {kAliasZDepth, "depth", kChannelFloat,
+     "Distance along the camera's axis, in scene units; 1e18 where nothing was hit"},
+    {kAliasNormal, "normals", kChannelVector, "Shading normal in world space, of unit length"},
+    {kAliasBumpScreenNormal, "bump_screen_normals", kChannelVector,
+     "Bumped normal, negated, along the pixel's x, its y and the camera ray; unit length"},
+    {kAliasBumpOffset, "bump_offset", kChannelVector, "Bumped minus smooth normal, world space"},
+    {kAliasUV, "uv", kChannelFloat2, "Texture coordinates of the first set"},
+    {kAliasTransparency, "transparency", kChannelColor,
+     "Share of what lies behind that shows through, per component"},
+    {kAliasFront, "front", kChannelAColor, "Colour and alpha of the object in front alone"},
+
+    {kAliasColor, nullptr, kChannelColor, "Colour without the background, premultiplied"},
+    {kAliasAlpha, nullptr, kChannelColor, "Alpha per component"},
+    {kAliasAlphaTransparency, nullptr, kChannelColor,
+     "Share of the alpha of what lies behind that counts"},
+    {kAliasWeight, nullptr, kChannelFloat,
+     "Share of the pixel's samples; normal and depth are divided by it"},
+    {kAliasHostStamp, nullptr, kChannelColor, "Name of the computer that rendered the region"},
+};
+
+// Of two rows for one number or name, look-ups would find the first alone.
+static_assert([] {
+    for (const ChannelAliasInfo& a : kChannelAliases) {
+        for (const ChannelAliasInfo& b : kChannelAliases) {
+            const bool sameName = a.name && b.name && std::string_view(a.name) == b.name;
+            if (&a != &b && (a.alias == b.alias || sameName))
+                return false;
+        }
+    }
+    return true;
+}());
+static_assert(kChannelAliases[kBeautyChannel].alias == kAliasImageColor &&
+              kChannelAliases[kAlphaChannel].alias == kAliasImageAlpha);
+
+/// The aliases that can be asked for by name: "all" of them.
+constexpr std::span<const ChannelAliasInfo> namedChannelAliases() {
+    std::size_t count = 0;
+    while (count < std::size(kChannelAliases) && kChannelAliases[count].name)
+        ++count;
+    return {kChannelAliases, count};
+}
+
+/// What is known of an alias, or null.
+constexpr const ChannelAliasInfo* findChannelAlias(int alias) {
+    for (const ChannelAliasInfo& info : kChannelAliases) {
+        if (info.alias == alias)
+            return &info;
+    }
+    return nullptr;
+}
+
+/// The alias with that name, or null. Names are compared byte by byte.
+constexpr const ChannelAliasInfo* findChannelAlias(std::string_view name) {
+    for (const ChannelAliasInfo& info : kChannelAliases) {
+        if (info.name && info.name == name)
+            return &info;
+    }
+    return nullptr;
+}
+
+}  // namespace Tarnkit
