@@ -7,7 +7,7 @@
 namespace Tarnkit {
 
 struct PluginBase::InterfaceNode {
-    PluginInterface* face;
+    PluginInterface* interface;
     int owned;
     InterfaceNode* next;
 };
@@ -20,8 +20,8 @@ void PluginInterface::release() {
 }
 
 PluginBase::~PluginBase() {
-    // Faces may lean on those that were added before them, so the list is turned round first and
-    // goes from the oldest node to the newest.
+    // Interfaces are released in the order in which they were added, and the list has the newest
+    // first: it is turned round.
     InterfaceNode* oldest = nullptr;
     while (InterfaceNode* node = interfaces) {
         interfaces = node->next;
@@ -30,31 +30,31 @@ PluginBase::~PluginBase() {
     }
     while (InterfaceNode* node = oldest) {
         oldest = node->next;
-        if (node->face && node->owned)
-            node->face->release();
+        if (node->interface && node->owned)
+            node->interface->release();
         freeMemory(node);
     }
 }
 
 PluginInterface* PluginBase::getInterface(u64 id) {
     for (InterfaceNode* node = interfaces; node; node = node->next) {
-        if (node->face && node->face->getInterfaceID() == id)
-            return node->face;
+        if (node->interface && node->interface->getInterfaceID() == id)
+            return node->interface;
     }
     return nullptr;
 }
 
 void PluginBase::releaseInterface(PluginInterface*) {}
 
-int PluginBase::addInterface(PluginInterface* face, int owned) {
-    interfaces = new (allocate(sizeof(InterfaceNode))) InterfaceNode{face, owned, interfaces};
+int PluginBase::addInterface(PluginInterface* interface, int owned) {
+    interfaces = new (allocate(sizeof(InterfaceNode))) InterfaceNode{interface, owned, interfaces};
     return 1;
 }
 
-int PluginBase::removeInterface(PluginInterface* face) {
+int PluginBase::removeInterface(PluginInterface* interface) {
     for (InterfaceNode** link = &interfaces; *link; link = &(*link)->next) {
         InterfaceNode* node = *link;
-        if (node->face == face) {
+        if (node->interface == interface) {
             *link = node->next;
             freeMemory(node);
             return 1;
