@@ -209,11 +209,11 @@ public:
     /// All integers of a list at once; none if the values aren't integers.
     virtual PelkIntList getIntList(double time) = 0;
 
-    /// The parameter that this is a value for. Never null.
+    /// The name of the parameter that this is a value for.
     const char* getName() const { return name; }
 
 protected:
-    /// `parameterName` is kept as a pointer and must outlive the parameter.
+    /// `parameterName` is kept as a pointer and must outlive the parameter; it must not be null.
     explicit PelkPluginParameter(const char* parameterName) : name(parameterName) {}
 
 private:

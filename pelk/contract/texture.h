@@ -4,6 +4,18 @@
 #include "pelk/base/vector.h"
 #include "pelk/contract/plugin_base.h"
 
+// Textures: values that differ from hit to hit. A plug-in offers the interfaces of the kinds of
+// values that it can give; most textures give all three. A material binds a texture parameter to
+// one of the interfaces and finds null there while the scene connects none; a plain value that the
+// scene sets comes as a texture too (ConstantTexture in plugin_parameters.h).
+//
+// The operations are called at hits, on all render threads at once, with the context of the hit:
+// no lock, no memory from the heap, nothing written to the context that isn't put back. `hitObject`
+// is null where a texture paints the surroundings: it goes by `rayDir` then, or, where shadeFlags
+// has kShadeBackgroundLookup, by the pixel in `screenX` and `screenY`. They may throw an
+// ExceptionMsg for lack of memory and fail in no other way: a texture without its file answers a
+// fixed value.
+
 namespace Tarnkit {
 
 class PelkContext;
@@ -16,56 +28,81 @@ public:
     static constexpr InterfaceID<TextureInterface> kInterfaceID{0x77780002, "EXT_TEXTURE"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
+    /// The colour, linear (a texture decodes the curve of its file itself), and premultiplied by
+    /// its alpha, the share of what lies below that it covers. Neither is limited: an environment
+    /// is brighter than 1, and whoever needs a reflectance or a coverage clamps.
     virtual AColor getTexColor(PelkContext& context) = 0;
-    /// The texture's own bump at the hit, as an offset of the normal.
+    /// The texture's own bump: a vector in world space that is added to the unit shading normal,
+    /// which is made unit after that. For a height field over the surface it is minus the gradient
+    /// of the height along the surface, height and surface measured in the scene's unit. Zeros for
+    /// a texture without, as are all of `pelk`; materials can derive a bump from getTexColor as
+    /// well.
     virtual Vector getTexBump(PelkContext& context) = 0;
 };
 
-/// A number at the hit.
+/// A number at the hit: a roughness, a weight, a height.
 class PELK_API TextureFloatInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<TextureFloatInterface> kInterfaceID{0x7782F8E5,
                                                                      "EXT_TEXTURE_FLOAT"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
+    /// The number, in the unit of the parameter that the texture stands for, and not limited. The
+    /// textures of `pelk` give the mean of the channels of their colour.
     virtual float getTexFloat(PelkContext& context) = 0;
+    /// As TextureInterface::getTexBump.
     virtual Vector getTexBump(PelkContext& context) = 0;
 };
 
-/// An integer, an id for instance, at the hit.
+/// An integer, a material id for instance, at the hit.
 class PELK_API TextureIntInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<TextureIntInterface> kInterfaceID{0x7782F8E6, "EXT_TEXTURE_INT"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
+    /// Any integer. Never a blend of neighbours, which would be the id of something else: an image
+    /// answers the nearest pixel as its file holds it, without decoding a curve.
     virtual int getTexInt(PelkContext& context) = 0;
 };
 
-/// A texture that can describe itself in the descriptor text of a material.
+/// A texture that can describe itself in the descriptor text of a material. Called where materials
+/// describe themselves (RTMtlInterface), outside of hits.
 class PELK_API RTTexInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<RTTexInterface> kInterfaceID{0x77CFFFA6, "EXT_RTTEX"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
+    /// Appends the texture's lines for the section `kind` to `source`. `type` is "float" or
+    /// "color", what the material reads from it; `name` is the text that the material was given and
+    /// may be empty or null; `data` is passed through. Returns 1 if the texture handled the
+    /// section, else 0, with nothing written. Throws only for lack of memory.
     virtual int writeTexSource(const char* type, const char* name, const char* kind,
                                ShaderSource& source, OCLData& data) = 0;
 
-    /// Has the plug-in behind a texture's face write its text; nothing is written, and the answer
-    /// is 0, if the plug-in offers no EXT_RTTEX. `type` is "float" or "color".
+    /// Has the plug-in behind a texture's interface write its lines, as writeTexSource. Nothing is
+    /// written, and the answer is 0, if `texture` is null or its plug-in offers no EXT_RTTEX, as a
+    /// plain value doesn't.
     static int getRTTexSource(PluginInterface* texture, const char* type, const char* name,
                               const char* kind, ShaderSource& source, OCLData& data);
 };
 
-/// Turns a place on a surface into texture coordinates.
+/// Turns a place on a surface, or a direction, into texture coordinates. Textures have one as a
+/// parameter and take the surface's own coordinates where it is null. Called at hits like the
+/// textures themselves.
 class PELK_API UVWGenInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<UVWGenInterface> kInterfaceID{0x780B88A9, "EXT_UVWGEN"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
-    /// Texture coordinates at the hit.
+    /// Texture coordinates u, v, w at the hit. An image fills 0 to 1 in u and v, with v upward from
+    /// its last row; values outside are the texture's to repeat or to clamp.
     virtual Vector getUVW(PelkContext& context) = 0;
-    /// The map from the world to texture coordinates, as SurfaceFrameInterface gives it; `valid`
-    /// becomes 0 if there is none at the hit.
+    /// The tangent frame of the coordinates, as SurfaceFrameInterface::getSurfaceFrame gives it for
+    /// a surface: the linear map from world space to (u, v, distance along the surface's normal).
+    /// The columns of its inverse are the tangent and the bitangent, the directions in world space
+    /// in which u and v grow, and the normal. Its offset isn't used. Writes 1 to `valid`, or 0 if
+    /// the coordinates don't run along the surface, as those of an environment; the map means
+    /// nothing then, and a normal map in tangent space is taken for one in world space.
     virtual Transform getTangentFrame(PelkContext& context, int& valid) = 0;
 };
 
