@@ -45,7 +45,7 @@ enum class ParameterType {
 /// kept as pointers; they are valid as long as the library is loaded.
 ///
 /// `guide` is for a host's user interface; plug-ins never read it. It is a list of entries
-/// "key=(value)" with commas between them:
+/// "key=(value)" with commas between them; values hold no parentheses:
 ///     displayName=(text)           the label, in place of the parameter's name
 ///     startTab=(text)              from here on the parameters stand on a tab of this title
 ///     startRollout=(text)          from here on they stand in a group of this title; () has none

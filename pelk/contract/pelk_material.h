@@ -9,13 +9,14 @@
 //   RTMtlInterface            describes the material as text
 //
 // A host that renders calls `shade` at every hit: of camera rays, of rays that were reflected,
-// refracted or spawned for indirect light, and of shadow rays. It need not ask a material for its
-// sampler. getBSDF is called by materials on the material or BSDF plug-in that they are built upon
-// (a side of Mtl2Sided, a layer of MtlLayeredBRDF, the plug-in of MtlSingleBRDF), and by hosts that
-// sample paths themselves. A plug-in that only scatters offers EXT_BSDF alone and becomes a surface
-// by an MtlSingleBRDF in front of it. A material that has both must show the same surface by either
-// road, as its parents choose freely; a parent that makes colours of its own by getBSDF calls
-// shadeBSDF with the sampler in `shade`, so that both come from one place.
+// refracted or spawned for indirect light, and of shadow rays. It never needs a material's sampler,
+// and `pelk` asks for none. getBSDF is called by materials on the material or BSDF plug-in that
+// they are built upon (a side of Mtl2Sided, a layer of MtlLayeredBRDF, the plug-in of
+// MtlSingleBRDF), and by hosts that sample paths themselves. A plug-in that only scatters offers
+// EXT_BSDF alone and becomes a surface by an MtlSingleBRDF in front of it. A material should show
+// the same surface either way, as its parents choose freely, and its header says what the sampler
+// leaves out (MtlDiffuse: transparency). The easiest way is to write getBSDF alone and have `shade`
+// call shadeBSDF with its sampler.
 
 namespace Tarnkit {
 
@@ -27,28 +28,29 @@ struct OCLData;
 
 /// Shades hits. All operations are called from all render threads at once, between frameBegin and
 /// frameEnd, with a context that belongs to the calling thread. They take no lock and no memory
-/// from the heap; what a hit needs stands on the stack or comes from the pool entry of
-/// `context.threadData->threadIndex`. An ExceptionMsg, when a pool can't grow, is all they throw.
+/// from the heap: what a hit needs stands on the stack or comes from the pool entry of
+/// `context.threadData->threadIndex`. An ExceptionMsg, when such a pool must grow and can't, is all
+/// that they throw; the host ends the job with it.
 class PELK_API MaterialInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<MaterialInterface> kInterfaceID{0x77770002, "EXT_MATERIAL"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
-    /// Evaluates the hit against the ray that met it, and writes all four results:
-    ///   resultColor              radiance towards the ray's origin: emission, direct light by
-    ///                            next-event estimation, indirect light, rays that the material has
-    ///                            traced. Premultiplied: the host adds it as it stands
-    ///   resultTransparency       what lies behind along the ray, straight on, shows through by
-    ///   this
-    ///                            factor per channel. The host traces it; the material doesn't
-    ///   resultAlpha              what the surface adds to the alpha of the picture
-    ///   resultAlphaTransparency  the factor by which the alpha behind counts
-    /// Where `resultFragment` isn't null, writes its render channels there too. At a shadow ray
-    /// (bit kRayShadow of rayType) resultTransparency alone counts, the share of light that
-    /// passes; no light is evaluated there, or each shadow ray would spawn more of them.
+    /// Shades the hit for the ray that met it, and writes all four results. They are premultiplied:
+    /// the host composites results front to back along the ray, colour += through * resultColor and
+    /// then through *= resultTransparency, and traces what lies behind itself.
+    ///   - resultColor: radiance towards the ray's origin, from emission, direct light (next-event
+    ///     estimation), indirect light, and the rays that the material has traced.
+    ///   - resultTransparency: the factor per channel for what lies straight behind; 1 is clear.
+    ///   - resultAlpha and resultAlphaTransparency: the same two for the picture's alpha.
     ///
-    /// Other fields may be changed around the call of another plug-in and are put back, also when
-    /// that throws. A colour that isn't finite is replaced by the host, with a message.
+    /// Where `resultFragment` isn't null, writes its render channels there too. At a shadow ray
+    /// (bit kRayShadow of rayType) resultTransparency alone counts, the share of light that passes;
+    /// no light is evaluated there, or each shadow ray would spawn more of them.
+    ///
+    /// `surfaceVolume`, `surfaceProperties` and `shadedFlags` may be set for the host to read after
+    /// the call. All else that is changed around the call of another plug-in is put back, also when
+    /// that throws. Results that aren't finite `pelk` replaces by opaque black, and tells the user.
     virtual void shade(PelkContext& context) = 0;
     /// The id by which a picture's id channel tells this material from others, at the hit, which is
     /// filled as for shade. Not the id of the polygon, SurfaceMtlIDInterface, which goes into the
@@ -96,11 +98,10 @@ public:
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// A set of bits, the same for all hits of a frame; from all render threads at once.
-    ///   0x1  opaque everywhere and to every light. A wrapper has it if all that it can show has
-    ///   it,
-    ///        and drops it where it makes the surface less than opaque itself
-    ///   0x2  set by Mtl2Sided, whose sides show different materials, and handed up by
-    ///        MtlOverride from any of its materials. MtlRenderStats and MtlMulti answer 0x1 alone
+    ///   - 0x1: opaque everywhere and to every light. A wrapper has it if all that it can show has
+    ///     it, and drops it where it makes the surface less than opaque itself.
+    ///   - 0x2: set by Mtl2Sided, whose sides show different materials; MtlOverride hands it up
+    ///     from any of its materials. MtlRenderStats and MtlMulti answer 0x1 alone.
     /// Bits that a wrapper doesn't judge it hands up as they are.
     virtual int getOpaqueFlags() { return 0; }
 };

@@ -32,7 +32,7 @@ class PelkRenderer;
 /// a fixed answer instead. `pelk` catches it around the whole job and ends that with the message.
 /// One that leaves a hit stops the other threads first. Each instance whose frameBegin or
 /// renderBegin returned still gets the frameEnd or renderEnd that pairs with it, in reverse order;
-/// one that threw gets none for that call and is left as it was.
+/// one that threw gets none for that call, so its destructor frees what it had made by then.
 class PELK_API PelkPluginInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<PelkPluginInterface> kInterfaceID{0x7776FFFF, "EXT_PLUGIN_BASE"};

@@ -75,7 +75,8 @@ public:
     virtual u32 getPluginID() = 0;
     /// A new instance, from the library's own operator new; null if there can't be one. `host` is
     /// the one of registerPlugin and may be null; the materials don't use it. The instance is the
-    /// caller's and goes back to deletePlugin. Throws an ExceptionMsg if there is no memory.
+    /// caller's and goes back to deletePlugin. Throws an ExceptionMsg if there is no memory: a
+    /// library replaces its operator new for that, or what leaves it is a std::bad_alloc.
     virtual Plugin* newPlugin(PelkPluginHost* host) = 0;
     /// Destroys what newPlugin of this descriptor made; null does nothing. A `delete` by the caller
     /// would hand the memory to the heap of another library.

@@ -21,7 +21,8 @@ struct Conversion {
     bool isLongReal = false;  ///< a long double
 };
 
-/// A walk over arguments that functions can hand on.
+/// /// The arguments of printf, to be passed on by reference: some systems have a va_list that is
+/// an array, and after a function has taken arguments from its copy the caller's can't be used.
 struct Arguments {
     std::va_list list;
 };

@@ -75,7 +75,9 @@ public:
     /// Appends the texture's lines for the section `kind` to `source`. `type` is "float" or
     /// "color", what the material reads from it; `name` is the text that the material was given and
     /// may be empty or null; `data` is passed through. Returns 1 if the texture handled the
-    /// section, else 0, with nothing written. Throws only for lack of memory.
+    /// section, else 0, with nothing written. Those of `pelk` write one line in
+    /// "MaterialDescriptor", as "color 1.000000 0.500000 0.000000", and nothing in other sections.
+    /// Throws only for lack of memory.
     virtual int writeTexSource(const char* type, const char* name, const char* kind,
                                ShaderSource& source, OCLData& data) = 0;
 

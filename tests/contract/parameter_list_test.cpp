@@ -76,13 +76,13 @@ TEST_F(ParameterListTest, FieldsHoldDefaultsFromBindingOnAndWhateverOverwritesTh
 }
 
 TEST_F(ParameterListTest, FieldsFollowWhatIsSetUnderTheirNameLast) {
-    Plugin faceless;
+    Plugin bare;
     IntParameter eight("whole", 8), nine("whole", 9);
-    PluginParameter anyPlugin("plugin", &faceless);
+    PluginParameter anyPlugin("plugin", &bare);
     FloatKeyframes keyframes("number", {{0.0, 0.0f}, {2.0, 8.0f}});
     cache({&eight, &anyPlugin, &keyframes, nullptr});
     EXPECT_EQ(whole, 8);
-    EXPECT_EQ(plugin, &faceless) << "bound whatever faces it has";
+    EXPECT_EQ(plugin, &bare) << "bound whatever it offers";
     EXPECT_EQ(number, 2) << "at its time";
     cache({&nine});
     EXPECT_EQ(whole, 9);
@@ -100,10 +100,10 @@ TEST_F(ParameterListTest, FieldsFollowWhatIsSetUnderTheirNameLast) {
 }
 
 TEST_F(ParameterListTest, TexturesAreTheFaceAskedForOrNull) {
-    Plugin faceless;
+    Plugin bare;
     FakeTexture other;
     FloatParameter half("texture", 0.5f);
-    PluginParameter wrong("texture_float", &faceless), right("texture_int", &other);
+    PluginParameter wrong("texture_float", &bare), right("texture_int", &other);
     cache({&half, &wrong, &right});
     EXPECT_EQ(textureFloat, nullptr);
     EXPECT_EQ(textureInt, &other);
