@@ -11,10 +11,10 @@
 //
 // The operations are called at hits, on all render threads at once, with the context of the hit:
 // no lock, no memory from the heap, nothing written to the context that isn't put back. `hitObject`
-// is null where a texture paints the surroundings: it goes by `rayDir` then, or, where shadeFlags
-// has kShadeBackgroundLookup, by the pixel in `screenX` and `screenY`. They may throw an
-// ExceptionMsg for lack of memory and fail in no other way: a texture without its file answers a
-// fixed value.
+// may be null: textures that paint the surroundings are asked along `rayDir`, by a UVW generator
+// that maps directions, and backplates (kShadeBackgroundLookup in shadeFlags) at the pixel
+// `screenX`, `screenY`. They may throw an ExceptionMsg for lack of memory and fail in no other way:
+// a texture without its file answers a fixed value.
 
 namespace Tarnkit {
 
