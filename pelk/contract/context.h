@@ -19,10 +19,10 @@ class PluginBase;
 class TextureInterface;
 
 /// Bits of PelkContext::rayType: what the path has been through, and how the ray is to be treated.
-/// A host hands
-/// kRayCamera, kRayReflect, kRayRefract and kRayGi on to the rays that spring from a hit: a
-/// reflection seen by the camera has 0x1 | 0x2, a diffuse bounce of that one also 0x10. Materials
-/// that are hidden from some rays (visibility, mattes) decide by these bits and by traceDepth.
+/// A host hands kRayCamera, kRayReflect, kRayRefract and kRayGi on to the rays that spring from a
+/// hit: a reflection seen by the camera has 0x1 | 0x2, a diffuse bounce of that one also 0x10.
+/// Materials that are hidden from some rays (visibility, mattes) decide by these bits and by
+/// traceDepth.
 enum RayType : u32 {
     kRayCamera = 0x1,   ///< descends from the camera; with traceDepth 0 it is the camera ray itself
     kRayReflect = 0x2,  ///< a specular or glossy reflection lies on the way
@@ -64,8 +64,7 @@ enum ShadeFlags : u32 {
 enum ShadedFlags : u32 {
     /// The hit was shaded as a matte: it looks transparent, but isn't empty. A host doesn't pass it
     /// over when it looks for the first visible surface; a glossy sampler below leaves finding
-    /// lights
-    /// to its own rays, as the matte keeps only those of it.
+    /// lights to its own rays, as the matte keeps only those of it.
     kShadedMatte = 0x8
 };
 
@@ -147,8 +146,8 @@ public:
     Vector rayDir;       ///< unit, from the origin towards the hit, in world space like all vectors
     Point rayOrigin;     ///< world space; in double, so that far-off scenes keep their detail
     Vector rayDir2;      ///< second copy of the direction; who sets up a spawned ray writes both
-    /// The stretch of the ray that counts, in world units; 0 and kRayFar for most. A
-    /// spawned ray starts at 0, so the host itself must not find the triangle that the ray leaves.
+    /// The stretch of the ray that counts, in world units; 0 and kRayFar for most. A spawned ray
+    /// starts at 0, so the host itself must not find the triangle that the ray leaves.
     double rayMinT = 0.0, rayMaxT = 0.0;
     double time = 0.0;  ///< scene time of the sample, in the unit of FrameData::frameTime
     u32 rayType = 0;    ///< bits of RayType; 0x1 for a camera ray
@@ -205,8 +204,8 @@ public:
     /// The object hit, as the plug-in that is asked for ObjectMappingInterface; may be null.
     PluginBase* hitMapping = nullptr;
     /// The object hit, as the plug-in that is asked for material ids, shader sets and the tangent
-    /// frame (scene_interfaces.h); null, or an object without one of them, gets the fixed answer
-    /// of each material: id 0, the first sub-material, no tangent frame.
+    /// frame (scene_interfaces.h); null, or an object without one of them, gets the fixed answer of
+    /// each material: id 0, the first sub-material, no tangent frame.
     PluginBase* hitObject = nullptr;
     /// The medium behind the surface, null if it has none. Null when `shade` begins; written by the
     /// material from BSDFSampler::getVolume, before it traces, as refracted rays enter it then.
@@ -269,8 +268,8 @@ public:
     // Operations, called by materials and samplers on the context's own thread. The bodies here are
     // those of a blank context; a host overrides what needs its scene.
 
-    /// Gives a spawned context back to the host, after which it must not be touched. Called once
-    /// by who got it from newSpawnedContext. Doesn't throw: ScopedRay calls it in a destructor.
+    /// Gives a spawned context back to the host, after which it must not be touched. Called once by
+    /// who got it from newSpawnedContext. Doesn't throw: ScopedRay calls it in a destructor.
     virtual void releaseContext();
     /// A context for a secondary ray from this hit, owned by the host, valid until releaseContext;
     /// null if none can be had (a blank context, a host that refuses): the ray counts as black.
@@ -290,8 +289,8 @@ public:
                                            const Vector& direction);
     /// Direct light at the hit by next-event estimation: runs all lights of the scene through the
     /// sampler's BRDFs, shadow rays included, and overwrites `out` with the sum. Lights before the
-    /// viewer's side go to that side's BRDF; lights behind go to that of the other side, if
-    /// getBRDF answers with another object there. The results stay as they are. May throw.
+    /// viewer's side go to that side's BRDF; lights behind go to that of the other side, if getBRDF
+    /// answers with another object there. The results stay as they are. May throw.
     virtual void computeDirectLighting(Color& out, BSDFSampler* sampler);
     /// The innermost medium in which the ray travels up to the hit, passing over `skip` (null
     /// passes over none); null outside all media. Asked for indices of refraction: with the medium

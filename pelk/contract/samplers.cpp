@@ -10,13 +10,14 @@
 namespace Tarnkit {
 namespace {
 
-/// Takes all light out, so that nothing is left for layers below.
+/// What a black, opaque surface does to light: reflects none, and leaves none for layers below.
 Color takeAll(Color& lightColor) {
     lightColor = Color(0);
     return Color(0);
 }
 
-/// Enters what a sampler's own ray brought in the channels of the hit.
+/// Enters what a sampler's own ray brought in the render channels of the hit. `traced` is weighted
+/// by `weight`, the throughput of that ray.
 void noteRay(PelkContext& context, bool refracted, const Color& traced, const Color& weight) {
     Fragment* fragment = context.resultFragment;
     if (!fragment)
@@ -29,13 +30,14 @@ void noteRay(PelkContext& context, bool refracted, const Color& traced, const Co
     }
 }
 
-/// Traces the one ray that a sampler offers of its own and adds what it sees to the result.
+/// Samples the lobe that the BRDF traces by itself with one ray, and adds what it sees.
 void traceOwnRay(PelkContext& context, BRDFSampler& brdf, int doDiffuse) {
     int sampler = 0;
     const ScopedRay ray(brdf.getNewContext(context, sampler, doDiffuse));
     if (!ray)
         return;
-    // The middle of the sampler's range: one that scatters wider than a line draws its own numbers.
+    // Any number would do: a mirror needs none, and a lobe with a width draws its own.
+
     const Color weight = ray->spawnWeight * brdf.setupContext(context, *ray, 0.5f, sampler);
     const bool refracted = ray->spawnFlags & kRayRefract;
     context.renderer->traceRay(*ray);
@@ -88,7 +90,8 @@ void BRDFSampler::traceForward(PelkContext& context, int doDiffuse) {
     if (doDiffuse) {
         Color white(1);
         const Color diffuse = opacity * getDiffuseColor(white);
-        // Gathering costs a whole path; none is spent on a surface that can't show it.
+        // Gathering traces a whole path; none is spent on a surface that is diffusely black.
+
         if (diffuse != Color(0))
             color += diffuse * gatherIrradiance(context, *this);
     }
