@@ -37,7 +37,6 @@ void traceOwnRay(PelkContext& context, BRDFSampler& brdf, int doDiffuse) {
     if (!ray)
         return;
     // Any number would do: a mirror needs none, and a lobe with a width draws its own.
-
     const Color weight = ray->spawnWeight * brdf.setupContext(context, *ray, 0.5f, sampler);
     const bool refracted = ray->spawnFlags & kRayRefract;
     context.renderer->traceRay(*ray);
@@ -91,7 +90,6 @@ void BRDFSampler::traceForward(PelkContext& context, int doDiffuse) {
         Color white(1);
         const Color diffuse = opacity * getDiffuseColor(white);
         // Gathering traces a whole path; none is spent on a surface that is diffusely black.
-
         if (diffuse != Color(0))
             color += diffuse * gatherIrradiance(context, *this);
     }
