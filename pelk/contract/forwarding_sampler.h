@@ -4,19 +4,29 @@
 
 namespace Tarnkit {
 
-/// Base of samplers that stand in front of another one and change a few of its operations: all
-/// others go straight through, but for the choice among sub-samplers and its densities, which are
-/// those of a plain sampler. Tracing and transparency of the whole go by the face, so they meet
-/// what is changed there. Pooled and not constructed anew: both fields are written for each hit.
+/// Base of samplers that wrap the sampler of another material and change a few of its operations: a
+/// bump map, a material id, an override. All BRDFSampler operations go straight to the wrapped
+/// BRDF, but for chooseRandomSubBRDF and evalPdfs, which are those of a plain sampler: the wrapped
+/// one would lead past what is changed here. traceBSDFForward and getBSDFTransparency are the
+/// bodies of BSDFSampler, which call this object's BRDF operations, so that an override of, say,
+/// getTransparency shows in the whole.
+///
+/// Pooled and not constructed anew: getBSDF writes `bsdf` with the base's sampler and `brdf` with
+/// null at each hit, and releaseBSDF gives `bsdf` back to the base. As one object serves both
+/// sides, the operations hold for the side that getBRDF was asked for last; callers ask anew before
+/// use.
 class PELK_API ForwardingSampler : public BSDFSampler, public BRDFSampler {
 public:
-    BSDFSampler* bsdf = nullptr;  ///< the other sampler, never null while handed out
-    BRDFSampler* brdf = nullptr;  ///< its face of the side that was asked for last; null at first
+    BSDFSampler* bsdf = nullptr;  ///< the wrapped sampler; not null while getBRDF may be asked
+    BRDFSampler* brdf = nullptr;  ///< its BRDF of the side asked for last; null before, or if none
 
-    /// This sampler for each side that the other has. To be asked before the face is used.
+    /// This object, if the wrapped sampler has a BRDF for the side; else null. To be asked before
+    /// any BRDF operation but the last three: those above them need `brdf`.
     BRDFSampler* getBRDF(BSDFSide side) override;
+    /// The wrapped sampler's.
     PelkVolume* getVolume(PelkContext& context) override;
 
+    // Each hands its arguments on to `brdf` and returns its answer.
     Color getDiffuseColor(Color& lightColor) override;
     Vector getDiffuseNormal(PelkContext& context) override;
     Color getLightMult(Color& lightColor) override;
@@ -34,7 +44,7 @@ public:
     float setupContext(PelkContext& context, PelkContext& newContext, float random,
                        int sample) override;
     RenderChannelsInfo* getRenderChannels() override;
-    // These three answer with nothing before a face was asked for.
+    // These three may come before getBRDF, as they describe the whole: 0, null and black then.
     int getNumSubBRDFs() override;
     BRDFSampler* getSubBRDF(int index, Color& weight) override;
     Color getSelfIllumination(PelkContext& context) override;
