@@ -4,11 +4,11 @@
 
 namespace Tarnkit {
 
-/// Base of samplers that wrap the sampler of another material and change a few of its operations: a
-/// bump map, a material id, an override. All BRDFSampler operations go straight to the wrapped
-/// BRDF, but for chooseRandomSubBRDF and evalPdfs, which are those of a plain sampler: the wrapped
-/// one would lead past what is changed here. traceBSDFForward and getBSDFTransparency are the
-/// bodies of BSDFSampler, which call this object's BRDF operations, so that an override of, say,
+/// Base of samplers that wrap the sampler of another material and change a few of its operations,
+/// as one that enters a material id or replaces the environment does. All BRDFSampler operations go
+/// straight to the wrapped BRDF, but for chooseRandomSubBRDF and evalPdfs, which are those of a
+/// sampler that isn't made of others. traceBSDFForward and getBSDFTransparency are the bodies of
+/// BSDFSampler, which call this object's BRDF operations, so that an override of, say,
 /// getTransparency shows in the whole.
 ///
 /// Pooled and not constructed anew: getBSDF writes `bsdf` with the base's sampler and `brdf` with

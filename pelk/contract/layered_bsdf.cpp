@@ -5,22 +5,22 @@
 
 namespace Tarnkit {
 
-/// What goes on below of light of which the sampler left a part. Never more than came: some
-/// samplers answer with white whatever they are given.
+/// What passes on to the next layer: what the BRDF left of the light, and what goes through the
+/// layer by `clear`. Never more than came: some BRDFs leave white whatever they are given.
 Color LayeredBSDF::Layer::passOn(Color came, Color left) const {
     return minimum(left + came * clear, came);
 }
 
-/// The sum of what an operation on light gives on each layer, from the top to the bottom; in
-/// `lightColor` remains what comes out below.
+/// Runs an operation that filters `lightColor` through the layers from the top down, and sums what
+/// it answers.
 template <class Operation>
 Color LayeredBSDF::throughLayers(Color& lightColor, Operation operation) {
     Color sum;
     for (const Layer& layer : layers) {
-        if (!layer.face)
+        if (!layer.brdf)
             continue;
         const Color came = lightColor;
-        sum += operation(*layer.face, lightColor);
+        sum += operation(*layer.brdf, lightColor);
         lightColor = layer.passOn(came, lightColor);
     }
     return sum;
@@ -35,21 +35,21 @@ void LayeredBSDF::setNumBSDFs(PelkContext& context, int n, int) {
 void LayeredBSDF::setBSDF(int index, BSDFSampler* bsdf, const Color& clear, int) {
     Layer& layer = layers[index];
     layer = {.bsdf = bsdf, .clear = clear};
-    if (BRDFSampler* face = bsdf ? resolveBRDF(*hit, bsdf) : nullptr) {
+    if (BRDFSampler* brdf = bsdf ? resolveBRDF(*hit, bsdf) : nullptr) {
         Color white(1);
-        face->getLightMult(white);
+        brdf->getLightMult(white);
         layer.leaves = layer.passOn(Color(1), white);
         hit->rayWeight *= layer.leaves;
     }
 }
 
 BRDFSampler* LayeredBSDF::getBRDF(BSDFSide side) {
-    bool hasFace = false;
+    bool hasBRDF = false;
     for (Layer& layer : layers) {
-        layer.face = layer.bsdf ? resolveBRDF(side, layer.bsdf) : nullptr;
-        hasFace |= layer.face != nullptr;
+        layer.brdf = layer.bsdf ? resolveBRDF(side, layer.bsdf) : nullptr;
+        hasBRDF |= layer.brdf != nullptr;
     }
-    return hasFace ? this : nullptr;
+    return hasBRDF ? this : nullptr;
 }
 
 PelkVolume* LayeredBSDF::getVolume(PelkContext& context) {
@@ -62,25 +62,25 @@ PelkVolume* LayeredBSDF::getVolume(PelkContext& context) {
 
 Color LayeredBSDF::getDiffuseColor(Color& lightColor) {
     return throughLayers(
-        lightColor, [](BRDFSampler& face, Color& light) { return face.getDiffuseColor(light); });
+        lightColor, [](BRDFSampler& brdf, Color& light) { return brdf.getDiffuseColor(light); });
 }
 
 Color LayeredBSDF::getLightMult(Color& lightColor) {
     return throughLayers(lightColor,
-                         [](BRDFSampler& face, Color& light) { return face.getLightMult(light); });
+                         [](BRDFSampler& brdf, Color& light) { return brdf.getLightMult(light); });
 }
 
 Color LayeredBSDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
                         Color& origLightColor, float probLight, int flags) {
     Color sum;
     for (const Layer& layer : layers) {
-        if (!layer.face)
+        if (!layer.brdf)
             continue;
         // Each layer is lit about its own normal, and finds its own transparency in the results.
-        const ScopedValue normal(context.normal, layer.face->getDiffuseNormal(context));
-        const ScopedValue through(context.resultTransparency, layer.face->getTransparency(context));
+        const ScopedValue normal(context.normal, layer.brdf->getDiffuseNormal(context));
+        const ScopedValue through(context.resultTransparency, layer.brdf->getTransparency(context));
         const Color came = lightColor, origCame = origLightColor;
-        sum += layer.face->eval(context, direction, lightColor, origLightColor, probLight, flags);
+        sum += layer.brdf->eval(context, direction, lightColor, origLightColor, probLight, flags);
         lightColor = layer.passOn(came, lightColor);
         origLightColor = layer.passOn(origCame, origLightColor);
     }
@@ -89,15 +89,15 @@ Color LayeredBSDF::eval(PelkContext& context, const Vector& direction, Color& li
 
 void LayeredBSDF::multiplyLight(float factor) {
     for (const Layer& layer : layers) {
-        if (layer.face)
-            layer.face->multiplyLight(factor);
+        if (layer.brdf)
+            layer.brdf->multiplyLight(factor);
     }
 }
 
 void LayeredBSDF::lightFinished(int light) {
     for (const Layer& layer : layers) {
-        if (layer.face)
-            layer.face->lightFinished(light);
+        if (layer.brdf)
+            layer.brdf->lightFinished(light);
     }
 }
 
@@ -105,8 +105,8 @@ void LayeredBSDF::traceForward(PelkContext& context, int doDiffuse) {
     Color color, above(1);
     NotedRays noted(context.resultFragment);
     for (const Layer& layer : layers) {
-        // Rays cost most of all; none is spent where nothing of it would be seen.
-        if (!layer.face || above == Color(0))
+        // Tracing costs most of all; no ray is spent below opaque layers.
+        if (!layer.brdf || above == Color(0))
             continue;
         const ScopedValue weight(context.rayWeight, context.rayWeight * above);
         layer.bsdf->traceBSDFForward(context, doDiffuse);
@@ -122,8 +122,8 @@ void LayeredBSDF::traceForward(PelkContext& context, int doDiffuse) {
 Color LayeredBSDF::getTransparency(PelkContext& context) {
     Color product(1);
     for (const Layer& layer : layers) {
-        if (layer.face)
-            product *= minimum(layer.face->getTransparency(context) + layer.clear, Color(1));
+        if (layer.brdf)
+            product *= minimum(layer.brdf->getTransparency(context) + layer.clear, Color(1));
     }
     return minimum(product + transparency, Color(1));
 }
@@ -131,14 +131,14 @@ Color LayeredBSDF::getTransparency(PelkContext& context) {
 BRDFSampler* LayeredBSDF::getSubBRDF(int index, Color& weight) {
     for (int i = 0; i < index; ++i)
         weight *= layers[i].leaves;
-    return layers[index].face;
+    return layers[index].brdf;
 }
 
 Color LayeredBSDF::getSelfIllumination(PelkContext& context) {
     Color sum, above(1);
     for (const Layer& layer : layers) {
-        if (layer.face)
-            sum += above * layer.face->getSelfIllumination(context);
+        if (layer.brdf)
+            sum += above * layer.brdf->getSelfIllumination(context);
         above *= layer.leaves;
     }
     return sum;

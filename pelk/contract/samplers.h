@@ -103,7 +103,7 @@ class PELK_API BRDFSampler {
 public:
     virtual ~BRDFSampler();
 
-    // ---- What the surface does to light, whatever its direction
+    // What the surface does to light, whatever its direction
 
     /// Diffuse albedo times light: what the surface diffusely reflects of `lightColor`, which comes
     /// evenly from all sides. `lightColor` is replaced by what goes on to layers below, black for a
@@ -119,7 +119,7 @@ public:
     /// weight what the layers below show.
     virtual Color getLightMult(Color& lightColor);
 
-    // ---- Direct light: called by light loops
+    // Direct light: called by light loops
 
     /// The light that one sample of a light brings to the viewer: pi * BRDF * cosine *
     /// `lightColor`. The caller sums the answers and divides by the number of samples.
@@ -146,7 +146,7 @@ public:
     /// For hosts with such a cache; `pelk` has none and doesn't ask.
     virtual int getUseIrradianceMap();
 
-    // ---- Indirect light and own rays: called by traceBSDFForward
+    // Indirect light and own rays: called by traceBSDFForward
 
     /// Writes the four results: all light but the direct light, which the caller adds, and but the
     /// sampler's own ray, unless the sampler traces it here and offers none in getNewContext.
@@ -180,7 +180,7 @@ public:
     virtual float setupContext(PelkContext& context, PelkContext& newContext, float random,
                                int sample);
 
-    // ---- What a surface is made of: for hosts that sample it piece by piece
+    // What a surface is made of: for hosts that sample it piece by piece
 
     /// The render channels that the sampler's light is to be entered in, as the host declares them;
     /// null here: those of the whole surface.

@@ -6,8 +6,8 @@
 
 namespace Tarnkit {
 
-/// The context in the state in which a side's sampler was made, until the scope ends. By its
-/// present side: someone around this sampler may have turned it since.
+/// The context in the state in which a side's sampler was made, until the scope ends. Goes by how
+/// the hit lies now, as a wrapper around this sampler may have turned it since.
 class TwoSidedBSDF::AsMade {
 public:
     AsMade(PelkContext& context, const Side& side)
@@ -21,17 +21,18 @@ private:
     ScopedFlip flip;
 };
 
-/// `lookingAt`: the side that the viewer sees is wanted, else the one that looks away.
-void TwoSidedBSDF::Side::findFace(bool lookingAt) {
-    const BSDFSide side = backSide == lookingAt ? kBackSide : kFrontSide;
-    face = bsdf ? resolveBRDF(side, bsdf) : nullptr;
+/// Looks up the sampler's BRDF for the side that faces the viewer, or for the one that faces away.
+/// Where the viewer was on the back when the sampler was made, its back is what faces the viewer.
+void TwoSidedBSDF::Side::findBRDF(bool facesViewer) {
+    const BSDFSide side = backSide == facesViewer ? kBackSide : kFrontSide;
+    brdf = bsdf ? resolveBRDF(side, bsdf) : nullptr;
 }
 
 Color TwoSidedBSDF::Side::transparency(PelkContext& context) const {
-    if (!face)
+    if (!brdf)
         return Color(1);
     const AsMade state(context, *this);
-    return face->getTransparency(context);
+    return brdf->getTransparency(context);
 }
 
 void TwoSidedBSDF::init(PelkContext& context, const Color& translucency, BSDFSampler* first,
@@ -41,24 +42,24 @@ void TwoSidedBSDF::init(PelkContext& context, const Color& translucency, BSDFSam
     nearShare = complement(translucency);
     farShare = farFilter = translucency;
     clearShare = clear;
-    for (Face& face : faces)
-        face.owner = this;
+    for (SideBRDF& brdf : brdfs)
+        brdf.owner = this;
     if (!multByFrontDiffuse)
         return;
-    near.findFace(true);
-    if (near.face) {
+    near.findBRDF(true);
+    if (near.brdf) {
         Color white(1);
-        farFilter *= near.face->getDiffuseColor(white);
+        farFilter *= near.brdf->getDiffuseColor(white);
     }
 }
 
 BRDFSampler* TwoSidedBSDF::getBRDF(BSDFSide side) {
-    near.findFace(true);
-    // Light from beyond falls on the side of the second sampler that looks away from the viewer.
-    far.findFace(false);
-    if (!near.face && !far.face)
+    near.findBRDF(true);
+    // Light from beyond falls on the side of the second sampler that faces away from the viewer.
+    far.findBRDF(false);
+    if (!near.brdf && !far.brdf)
         return nullptr;
-    return &faces[farFilter != Color(0) ? side : kFrontSide];
+    return &brdfs[farFilter != Color(0) ? side : kFrontSide];
 }
 
 PelkVolume* TwoSidedBSDF::getVolume(PelkContext& context) {
@@ -70,10 +71,10 @@ PelkVolume* TwoSidedBSDF::getVolume(PelkContext& context) {
     return nullptr;
 }
 
-/// Indirect light and glow of the side beyond, as the base of samplers traces them. Reflections
-/// of that side are not seen from here.
+/// Indirect light and self-illumination of the side beyond, as BRDFSampler::traceForward finds
+/// them. Its own rays are left out: a reflection on that side is not seen through the surface.
 Color TwoSidedBSDF::lightFromBeyond(PelkContext& context, int doDiffuse) const {
-    if (!far.face || farFilter == Color(0))
+    if (!far.brdf || farFilter == Color(0))
         return Color(0);
     const ScopedValue weight(context.rayWeight, context.rayWeight * farFilter);
     Color light = glowFromBeyond(context);
@@ -82,62 +83,62 @@ Color TwoSidedBSDF::lightFromBeyond(PelkContext& context, int doDiffuse) const {
     const AsMade state(context, far);
     Color white(1);
     const Color diffuse =
-        complement(far.face->getTransparency(context)) * far.face->getDiffuseColor(white);
+        complement(far.brdf->getTransparency(context)) * far.brdf->getDiffuseColor(white);
     if (diffuse != Color(0)) {
         const ScopedValue beyond(context.gathersBeyond, 1);
-        light += diffuse * gatherIrradiance(context, *far.face);
+        light += diffuse * gatherIrradiance(context, *far.brdf);
     }
     return light;
 }
 
 Color TwoSidedBSDF::glowFromBeyond(PelkContext& context) const {
     const AsMade state(context, far);
-    return far.face->getSelfIllumination(context);
+    return far.brdf->getSelfIllumination(context);
 }
 
-Color TwoSidedBSDF::Face::getDiffuseColor(Color& lightColor) {
-    BRDFSampler* face = owner->near.face;
-    return face ? owner->nearShare * face->getDiffuseColor(lightColor) : Color(0);
+Color TwoSidedBSDF::SideBRDF::getDiffuseColor(Color& lightColor) {
+    BRDFSampler* brdf = owner->near.brdf;
+    return brdf ? owner->nearShare * brdf->getDiffuseColor(lightColor) : Color(0);
 }
 
-Color TwoSidedBSDF::Face::getLightMult(Color& lightColor) {
-    BRDFSampler* face = owner->near.face;
-    return face ? owner->nearShare * face->getLightMult(lightColor) : Color(0);
+Color TwoSidedBSDF::SideBRDF::getLightMult(Color& lightColor) {
+    BRDFSampler* brdf = owner->near.brdf;
+    return brdf ? owner->nearShare * brdf->getLightMult(lightColor) : Color(0);
 }
 
-Color TwoSidedBSDF::Face::eval(PelkContext& context, const Vector& direction, Color& lightColor,
-                               Color& origLightColor, float probLight, int flags) {
+Color TwoSidedBSDF::SideBRDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
+                                   Color& origLightColor, float probLight, int flags) {
     const bool isNear = (dot(context.geomNormal, direction) > 0.0f) != (context.backSide != 0);
     const Side& side = isNear ? owner->near : owner->far;
-    if (!side.face)
+    if (!side.brdf)
         return Color(0);
     const AsMade state(context, side);
-    const ScopedValue normal(context.normal, side.face->getDiffuseNormal(context));
-    const ScopedValue through(context.resultTransparency, side.face->getTransparency(context));
-    // A highlight of the side beyond would lie on the far side of the surface.
+    const ScopedValue normal(context.normal, side.brdf->getDiffuseNormal(context));
+    const ScopedValue through(context.resultTransparency, side.brdf->getTransparency(context));
+    // A highlight of the side beyond lies on the far side of the surface; only diffuse light shows.
     const ScopedValue type(context.rayType, context.rayType | (isNear ? 0u : u32{kRayNoSpecular}));
     const Color share = isNear ? owner->nearShare : owner->farFilter;
-    return share * side.face->eval(context, direction, lightColor, origLightColor, probLight,
+    return share * side.brdf->eval(context, direction, lightColor, origLightColor, probLight,
                                    isNear ? flags : flags & ~kEvalSpecular);
 }
 
-void TwoSidedBSDF::Face::multiplyLight(float factor) {
+void TwoSidedBSDF::SideBRDF::multiplyLight(float factor) {
     for (const Side& side : {owner->near, owner->far}) {
-        if (side.face)
-            side.face->multiplyLight(factor);
+        if (side.brdf)
+            side.brdf->multiplyLight(factor);
     }
 }
 
-void TwoSidedBSDF::Face::lightFinished(int light) {
+void TwoSidedBSDF::SideBRDF::lightFinished(int light) {
     for (const Side& side : {owner->near, owner->far}) {
-        if (side.face)
-            side.face->lightFinished(light);
+        if (side.brdf)
+            side.brdf->lightFinished(light);
     }
 }
 
-void TwoSidedBSDF::Face::traceForward(PelkContext& context, int doDiffuse) {
+void TwoSidedBSDF::SideBRDF::traceForward(PelkContext& context, int doDiffuse) {
     Color color;
-    if (owner->near.face && owner->nearShare != Color(0)) {
+    if (owner->near.brdf && owner->nearShare != Color(0)) {
         const AsMade state(context, owner->near);
         const ScopedValue weight(context.rayWeight, context.rayWeight * owner->nearShare);
         NotedRays noted(context.resultFragment);
@@ -151,20 +152,20 @@ void TwoSidedBSDF::Face::traceForward(PelkContext& context, int doDiffuse) {
     setResults(context, color, through, complement(through), through);
 }
 
-Color TwoSidedBSDF::Face::getTransparency(PelkContext& context) {
+Color TwoSidedBSDF::SideBRDF::getTransparency(PelkContext& context) {
     Color through = owner->clearShare + owner->nearShare * owner->near.transparency(context);
     if (owner->farShare != Color(0))
         through += owner->farShare * owner->far.transparency(context);
     return minimum(through, Color(1));
 }
 
-Color TwoSidedBSDF::Face::getSelfIllumination(PelkContext& context) {
+Color TwoSidedBSDF::SideBRDF::getSelfIllumination(PelkContext& context) {
     Color light;
-    if (owner->near.face) {
+    if (owner->near.brdf) {
         const AsMade state(context, owner->near);
-        light = owner->nearShare * owner->near.face->getSelfIllumination(context);
+        light = owner->nearShare * owner->near.brdf->getSelfIllumination(context);
     }
-    if (owner->far.face)
+    if (owner->far.brdf)
         light += owner->farFilter * owner->glowFromBeyond(context);
     return light;
 }
