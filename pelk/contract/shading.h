@@ -1,6 +1,8 @@
 #pragma once
 
-// Steps that several materials take at a hit in the same way.
+// Steps that several materials take at a hit in the same way: textured colours, mirror rays,
+// samplers and spawned contexts that go back by themselves, and the check of the result. For
+// materials and samplers, on the render thread of the hit; nothing here allocates.
 
 #include <algorithm>
 
@@ -12,30 +14,46 @@
 
 namespace Tarnkit {
 
-/// A colour parameter with a texture over it. `multiplier` weights the texture over `color`;
-/// below 1e-12 the texture is not read. The texture covers by its alpha, clamped to 0 to 1, but
-/// its colour comes unscaled by it. It is read with rayWeight times the multiplier.
+/// A colour parameter with a texture composited over it. `texture` may be null. `multiplier`: the
+/// strength of the texture, 0 to 1 for a blend; below 1e-12 the texture is not read. The answer is
+/// color * (1 - a) + texture * multiplier, with a = multiplier times the texture's alpha, limited
+/// to 0 to 1: the colour of a texture is taken as premultiplied by its alpha, and so is not scaled
+/// by it again. The texture is read with rayWeight times the multiplier, as one that traces rays
+/// (ambient occlusion, say) may spare them where little shows. May throw an ExceptionMsg.
 inline Color textureBlend(PelkContext& context, Color color, TextureInterface* texture,
                           float multiplier) {
     if (!texture || multiplier < 1e-12f)
         return color;
     const ScopedValue weight(context.rayWeight, context.rayWeight * multiplier);
+    // An alpha beyond 0 to 1 would turn the colour below negative; the texture's colour may be any.
     const AColor value = texture->getTexColor(context);
     const float cover = std::clamp(value.alpha, 0.0f, 1.0f) * multiplier;
     return color * (1.0f - cover) + value.color * multiplier;
 }
 
-/// The direction in which a mirror at the hit sends the ray. A shading normal that leans far from
-/// the geometry would send it through the surface; the geometric normal is taken then.
+/// The unit direction in which a mirror at the hit sends the ray: rayDir mirrored at the shading
+/// normal, or at the geometric normal where the first would lead through the surface, as it does
+/// near silhouettes if the two normals differ much. Works on either side of the surface.
 inline Vector mirrorDirection(const PelkContext& context) {
     const Vector d = context.rayDir, g = context.geomNormal;
     const Vector r = mirrored(d, context.normal);
-    // In double: near the silhouette both dot products are tiny, and only their signs count.
+    // Both directions must point away from the surface on one side: incoming reversed, and
+    // mirrored. In double: near the silhouette both dot products are tiny, and only their signs
+    // count.
     const float sameSide = -dotDouble(d, g) * dotDouble(r, g);
     return sameSide < 0.0f ? mirrored(d, g) : r;
 }
 
-/// A sampler of a plug-in, for the length of a scope; null if the plug-in gives none.
+/// A sampler of a plug-in, for the length of a scope: getBSDF in the constructor, releaseBSDF in
+/// the destructor, on whatever way the scope is left. A sampler that isn't released is lost to its
+/// pool until the render ends. `get` is null if the plug-in gives none; the surface is fully
+/// transparent then. `owner`: the interface that is asked, and gets the sampler back. `flags`:
+/// kSingleSided or 0. The constructor may throw an ExceptionMsg, and holds nothing then.
+///
+///     const ScopedSampler sampler(context, *base, kSingleSided);
+///     if (!sampler.get())
+///         return setFullyTransparent(context);
+///     shadeBSDF(context, sampler.get());
 class ScopedSampler {
 public:
     ScopedSampler(PelkContext& context_, BSDFInterface& owner_, int flags)
@@ -47,15 +65,19 @@ public:
     ScopedSampler(const ScopedSampler&) = delete;
     ScopedSampler& operator=(const ScopedSampler&) = delete;
 
+    /// Valid as long as this object; null if there is none.
     BSDFSampler* get() const { return sampler; }
 
 private:
-    PelkContext& context;
-    BSDFInterface& owner;
-    BSDFSampler* const sampler;
+    PelkContext& context;        // releaseBSDF wants the one that getBSDF got
+    BSDFInterface& owner;        // as it wants the interface that gave it
+    BSDFSampler* const sampler;  // null if there is nothing to release
 };
 
-/// A spawned context, for the length of a scope; null if the host spawns none.
+/// A spawned context, for the length of a scope: takes the answer of newSpawnedContext or
+/// BRDFSampler::getNewContext, and releases it in the destructor, so that none is lost to its
+/// thread when tracing throws. It converts to false if the host spawned none; use it only after
+/// that test, as PelkContext shows.
 class ScopedRay {
 public:
     explicit ScopedRay(PelkContext* spawned) : context(spawned) {}
@@ -71,46 +93,64 @@ public:
     PelkContext& operator*() const { return *context; }
 
 private:
-    PelkContext* const context;
+    PelkContext* const context;  // the spawned one, or null
 };
 
-/// Makes the ray of `newContext` the mirror ray of the hit, which leaves along `r`, with the
-/// derivatives of the direction mirrored along `h`, the unit vector from the ray's direction to r.
+/// Sets the ray of `newContext`, a context spawned at the hit of `context`: it starts at hitPoint,
+/// leaves along the unit vector `r`, without a far end, and has the ray differentials of a mirror
+/// reflection about `h`, the half vector r - rayDir made unit (setReflectDerivs says what they
+/// leave out). For a refracted ray, overwrite the origin and the differentials then.
 inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Vector r, Vector h) {
     newContext.rayDerivX = mirrored(context.rayDerivX, h);
     newContext.rayDerivY = mirrored(context.rayDerivY, h);
+    // Both copies: hosts read either.
     newContext.rayDir = newContext.rayDir2 = r;
     newContext.rayOrigin = context.hitPoint;
+    // From 0: the host doesn't find the triangle that a ray leaves, so no offset is needed.
     newContext.rayMinT = 0.0;
     newContext.rayMaxT = kRayFar;
 }
 
-/// The same, with that vector made unit by multiplying with 1 / length.
+/// The same with the half vector made here, by multiplying with 1 / length. Pictures keep the same
+/// bits only if each caller stays with its form: a division rounds differently.
 inline void setMirrorRay(const PelkContext& context, PelkContext& newContext, Vector r) {
     setMirrorRay(context, newContext, r, normalizeGuarded(r - context.rayDir));
 }
 
-/// The index of the channel behind a plug-in; -1 if there is no plug-in or it is no channel.
+/// The position in fragments of the render channel behind a plug-in; -1, which fragments ignore, if
+/// `plugin` is null or no channel. For frameBegin: positions hold for the render, and a hit is
+/// spared the look-up.
 inline int findChannelIndex(PluginBase* plugin) {
     auto* channel = findInterface<RenderChannelInterface>(plugin);
     return channel ? channel->getChannelIndex() : -1;
 }
 
-/// The flags by which a plug-in tells whether it is opaque; 0 if there is none or it doesn't tell.
+/// The answer of a plug-in's OpaqueShadeableInterface, or 0, "ask me", if `plugin` is null or
+/// doesn't offer it. The value 1 says that no hit on the surface lets light through, so that a host
+/// may end shadow rays there without calling `shade`; a wrapper answers with what stands under it,
+/// and a composite only if all of it agrees. The value 2 marks a material that is made of two
+/// sides. Both are a hint alone, and known to miss partial visibility; `pelk` calls `shade` for
+/// every shadow ray.
 inline int opaqueFlagsOf(PluginBase* plugin) {
     auto* opaque = findInterface<OpaqueShadeableInterface>(plugin);
     return opaque ? opaque->getOpaqueFlags() : 0;
 }
 
-/// The name of an instance in a message: empty if it has none.
+/// The name of an instance for a message, owned by the plug-in: empty if it has none, as a null is
+/// no value for a format's %s.
 inline const char* messageName(const Plugin& plugin) {
     const char* name = plugin.getPluginName();
     return name ? name : "";
 }
 
-/// Replaces the channels of the hit's colour that are not finite by 0, the negative ones too unless
-/// they are allowed. A colour that needed it is reported with the name of the material; `warned` is
-/// shared by all threads and keeps the report from coming again.
+/// The last step of a `shade` that may go wrong: replaces the channels of resultColor that are not
+/// finite by 0, the negative ones too unless `allowNegative`, so that one bad hit doesn't blacken
+/// all the pixels that see it in reflections. Colours above 1 are fine.
+///
+/// The first colour of a frame that needed it is reported to the log with the material's name, as
+/// it was. `warned`: the material's own flag, set to 0 in frameBegin; shared by all render threads
+/// without a lock, and read and written as shared fields are, so that a second copy of the message
+/// is the worst that can come of it. Doesn't throw.
 PELK_API void repairResultColor(PelkContext& context, const Plugin& material, bool allowNegative,
                                 int& warned);
 

@@ -4,8 +4,10 @@
 
 namespace Tarnkit {
 
-/// Indirect light at the hit, around the normal that diffuse light is scattered about; black in a
-/// scene without.
+/// Irradiance over pi at the hit, from the GI engine, about the BRDF's getDiffuseNormal: the factor
+/// of the diffuse albedo in BRDFSampler::traceForward and in what shows through a two-sided
+/// surface. Black without a renderer or a GI engine, as in a blank context. Traces rays, so it may
+/// throw.
 Color gatherIrradiance(PelkContext& context, BRDFSampler& brdf);
 
 }  // namespace Tarnkit
