@@ -117,7 +117,10 @@ struct ThreadData {
 /// *A mirror ray* of a material's own, with the helpers of shading.h (`tint` is the reflection
 /// colour, per channel 0 to 1):
 ///
-///     if (context.traceDepth >= context.renderer->sequenceData.maxRayDepth)
+///     const SequenceData& settings = context.renderer->sequenceData;
+///     const bool inGi = context.rayType & kRayGi;
+///     if (context.traceDepth >= settings.maxRayDepth || !settings.reflectionsEnabled ||
+///         (inGi && !settings.reflectiveGi))
 ///         return;
 ///     const Vector r = mirrorDirection(context);
 ///     const ScopedRay ray(context.newSpawnedContext(0, tint, kSpawnMirror, r));

@@ -59,11 +59,11 @@ constexpr int kEvalSpecular = 0x2;
 ///     p^2 / (p^2 + q^2),   p = probLight, q = 2 * cosine
 ///
 /// (Veach, "Robust Monte Carlo Methods for Light Transport Simulation", 1997, eq. 9.13.) One that
-/// forgets it counts the overlap twice and is too bright, silently: by 18 % under a square light
-/// half as wide again as its height above the surface, by 82 % under a uniform dome. The answer is
-/// asked for once, when the sampler is made, and kept. A sampler's own rays, in contrast, see
-/// lights in full: a lobe is either evaluated for lights or traced, not both, unless the host that
-/// traces it can weight the two.
+/// forgets it counts the overlap twice and is too bright, silently: below the middle of a square
+/// light that is half as wide again as it is high above the surface, by 18 %; under a uniform dome
+/// by 82 %. The answer is asked for once, when the sampler is made, and kept. A sampler's own rays,
+/// in contrast, see lights in full: a lobe is either evaluated for lights or traced, not both,
+/// unless the host that traces it can weight the two.
 ///
 /// *A minimal sampler*: a one-sided Lambert surface. Indirect light is left to traceForward here.
 ///

@@ -42,7 +42,8 @@ public:
     static constexpr InterfaceID<ChannelHostInterface> kInterfaceID{0x7783DEF9, "EXT_CHANNEL_HOST"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
-    /// One more than the highest position.
+    /// One more than the highest position; positions are those of RenderChannelInterface and of
+    /// Fragment::setChannel.
     virtual int getNumChannels() = 0;
     /// The channel at a position, from 0; may be null. Of two with one alias the later one counts.
     virtual RenderChannel* getChannel(int index) = 0;
@@ -101,8 +102,8 @@ public:
     virtual int getSurfaceMtlID(PelkContext& context) = 0;
 };
 
-/// A text in the renderer's string table. Equal texts have equal ids, so that hits compare numbers
-/// and not strings.
+/// A text in the renderer's string table: a plain value, valid until the render ends. Equal texts
+/// have equal ids, so that hits compare numbers and not strings.
 struct StringHandle {
     u32 id = 0;  ///< above 0; 0 is no text
 };

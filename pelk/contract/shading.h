@@ -24,8 +24,10 @@ inline Color textureBlend(PelkContext& context, Color color, TextureInterface* t
                           float multiplier) {
     if (!texture || multiplier < 1e-12f)
         return color;
+    // Put back also when the texture throws.
     const ScopedValue weight(context.rayWeight, context.rayWeight * multiplier);
-    // An alpha beyond 0 to 1 would turn the colour below negative; the texture's colour may be any.
+    // An alpha outside 0 to 1 would make the colour below brighter, or negative. The texture's own
+    // colour may be anything: above 1 it is light.
     const AColor value = texture->getTexColor(context);
     const float cover = std::clamp(value.alpha, 0.0f, 1.0f) * multiplier;
     return color * (1.0f - cover) + value.color * multiplier;

@@ -62,7 +62,7 @@ private:
     // null for a fragment that lacks the channel.
     Color* channel(int i) { return static_cast<Color*>(fragment->getAliasPtr(kAliases[i])); }
 
-    Fragment* fragment;
+    Fragment* fragment;       // the hit's, or null
     Color sums[kNumAliases];  // what was taken so far, in the order of kAliases
 };
 
