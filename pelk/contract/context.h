@@ -163,7 +163,7 @@ public:
     Point spawnOrigin;
     u64 parentHitLink = 0;  ///< the parent's hitLink; the host or who sets up the ray copies it
     /// The sample's place on the picture, in pixels from its upper left corner. Rays spawned from a
-    /// hit keep the camera ray's. Needed for backplates alone.
+    /// hit keep the camera ray's. Read by backplates and other textures that lie on the picture.
     double screenX = 0.0, screenY = 0.0;
     /// Ray differentials (Igehy, "Tracing Ray Differentials", SIGGRAPH 1999): what one pixel to the
     /// right (X) and one down (Y) changes in the origin, in world units, and in the unit direction.
@@ -171,8 +171,9 @@ public:
     /// left at 0, textures are sharper than they should be, and nothing else goes wrong.
     Vector originDerivX, originDerivY;
     Vector rayDerivX, rayDerivY;
-    /// The distance, in world units, up to which the surface that sent the ray wants it to see
-    /// surfaces; 1e18 for no limit. A host may ignore it, as `pelk` does, but hands it on.
+    /// The distance, in world units, beyond which a host may leave surfaces out of the ray's sight;
+    /// 1e18 for no limit. `pelk` doesn't clip, but hands the value on to spawned rays, as every
+    /// host does.
     float rayClipDistance = 0.0f;
     /// A scalar throughput by which materials cut off rays too weak to matter: 1 on a camera ray,
     /// handed on by newSpawnedContext, scaled by materials that use it.
@@ -184,8 +185,8 @@ public:
     /// it, so that the base doesn't trace what can't be seen.
     Color rayWeight;
     /// A second throughput, with the same value where a ray is spawned. MtlSingleBRDF scales both
-    /// by its filter; wrappers, layers and texture blends scale rayWeight alone. For hosts that
-    /// want the throughput without the shares of layers; nothing in this library reads it.
+    /// by its filter; wrappers, layers and texture blends scale rayWeight alone, so this is the
+    /// throughput without the shares of layers. Nothing in this library reads it.
     Color rayWeight2;
     /// The `weight` that newSpawnedContext was given. Who traces a sampler's own ray multiplies
     /// what it saw by it: that is how the ray is tinted. Written by newSpawnedContext and never
@@ -244,7 +245,8 @@ public:
     // What a spawned context brings back. Written by PelkRenderer::traceRay.
 
     /// Radiance along the ray, everything behind transparent surfaces and the environment included.
-    /// Neither spawnWeight nor rayWeight is in it. White surroundings give 1.
+    /// Neither spawnWeight nor rayWeight is in it, but the caustics factors of
+    /// PelkSurfaceProperties are, where they apply. White surroundings give 1.
     Color traceResult;
     Color traceAlpha;  ///< coverage along the ray, 0 to 1; what the environment shows has 0
 
