@@ -4,18 +4,30 @@
 
 namespace Tarnkit {
 
-/// The lock that is meant wherever a class holds one. Its owner can enter it again.
+// The locks of the library. They guard what host and plug-ins do between frames and the message
+// queues of worker threads; at a hit nothing is locked. All are recursive: the thread that holds
+// one may enter it again and must leave it as often. None is fair, and none can be copied. A lock
+// is held by a ScopedLock, or by calls in pairs where its holding doesn't follow a scope.
+
+/// The lock that is meant wherever a class holds one. A thread that finds it taken tries up to
+/// 2,000 times more before it goes to sleep: what it guards is done in less time than falling
+/// asleep and waking up take.
 class CriticalSection {
 public:
+    /// Returns when the calling thread holds the lock.
     void enter() { lock.enter(); }
+    /// True if the lock was free or the caller's own; never waits.
     bool tryEnter() { return lock.tryEnter(); }
+    /// Undoes one `enter`, on the thread that made it.
     void leave() { lock.leave(); }
 
 private:
     platform::Lock lock{2000};
 };
 
-/// The same with the system's own idea of how long to spin.
+/// The same without tries of its own: a thread that finds it taken leaves the wait to the system at
+/// once. For what is held longer, such as the thread manager's lists, where spinning would burn the
+/// processor that the holder could run on.
 class PlainCriticalSection {
 public:
     void enter() { lock.enter(); }
@@ -26,8 +38,11 @@ private:
     platform::Lock lock;
 };
 
-/// Enters a lock that is held for moments only: up to 1,500 attempts in a tight loop, then up
-/// to 1,500 with the time slice given away after each, then a blocking enter.
+/// Enters a lock that is held for moments only, and by many threads in turn, such as the queue of a
+/// worker thread. In three steps: up to 1,500 attempts in a tight loop, for a holder on another
+/// processor is done by then; up to 1,500 more with the time slice given away after each, for a
+/// holder that waits for this very processor; then a blocking enter, which always ends the wait.
+/// `Section`: either class above. The caller leaves it by `leave`.
 template <class Section>
 void spinEnter(Section& section) {
     constexpr int kAttempts = 1500;
@@ -42,7 +57,9 @@ void spinEnter(Section& section) {
     section.enter();
 }
 
-/// Holds a lock until the end of the scope.
+/// Holds a lock until the end of the scope, on every way out of it, an ExceptionMsg included. Give
+/// it a name: a nameless one ends with its statement, which `nodiscard` warns of. `Section`: either
+/// class above; it must outlive the holder.
 template <class Section>
 class [[nodiscard]] ScopedLock {
 public:

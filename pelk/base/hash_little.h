@@ -7,8 +7,15 @@
 
 namespace Tarnkit {
 
-/// A hash of `length` bytes: the function of that name in Bob Jenkins, "lookup3.c", May 2006.
-/// The same on every machine; needs no alignment. `seed` tells apart hashes of equal bytes.
+/// A 32-bit hash of `length` bytes: the function `hashlittle` of Bob Jenkins, "lookup3.c", May
+/// 2006, public domain. Every bit of the key changes each bit of the hash with a chance of about a
+/// half, so any modulus serves a hash table. It is no cryptographic hash.
+///
+/// `key`: any bytes at any address, may be null for a `length` of 0. `seed`: starts the hash, so
+/// that equal bytes hash apart under different seeds; HashTable uses 0. The hash of no bytes
+/// depends on the seed alone. Part of what hosts and plug-ins agree on: the answer is the same on
+/// every machine and in every version, since bytes are joined by hand in little-endian order and no
+/// word is read at once. Linear in `length`; no allocation, no failure, any thread.
 inline u32 hashlittle(const void* key, std::size_t length, u32 seed) {
     const u8* k = static_cast<const u8*>(key);
     const auto word = [](const u8* p) {
@@ -21,9 +28,12 @@ inline u32 hashlittle(const void* key, std::size_t length, u32 seed) {
             return word(p);
         return p[0] | u32{p[n / 2]} << (8 * (n / 2)) | u32{p[n - 1]} << (8 * (n - 1));
     };
+    // The names and constants from here on are those of the source.
     u32 a = 0xdeadbeef + static_cast<u32>(length) + seed;
     u32 b = a;
     u32 c = a;
+    // Above 12 and not 12 or more: the last block, also a whole one, goes to the final mixing.
+    // The rounds are the macro mix() of the source, which can be run backwards: no state is lost.
     for (; length > 12; length -= 12, k += 12) {
         a += word(k);
         b += word(k + 4);
@@ -35,6 +45,7 @@ inline u32 hashlittle(const void* key, std::size_t length, u32 seed) {
         b -= a, b ^= std::rotl(a, 19), a += c;
         c -= b, c ^= std::rotl(b, 4), b += a;
     }
+    // Only an empty key comes here with nothing left; the source answers without the final mixing.
     if (length == 0)
         return c;
     a += lastWord(k, length);
@@ -42,6 +53,7 @@ inline u32 hashlittle(const void* key, std::size_t length, u32 seed) {
         b += lastWord(k + 4, length - 4);
     if (length > 8)
         c += lastWord(k + 8, length - 8);
+    // final(): here every bit of a, b and c must come to bear on c, the answer.
     c ^= b, c -= std::rotl(b, 14);
     a ^= c, a -= std::rotl(c, 11);
     b ^= a, b -= std::rotl(a, 25);

@@ -5,9 +5,13 @@
 
 namespace Tarnkit {
 
-/// The number cut towards 0 to an int. What lies beyond the ints gives the nearest one, NaN 0.
+/// The number cut towards 0 to an int: 2.9 gives 2, -2.9 gives -2. What lies beyond the ints gives
+/// the nearest one, and NaN gives 0. For numbers that a scene may choose, such as a material id
+/// read from a texture: a plain cast of one that doesn't fit is undefined, differs between
+/// processors, and is a fault under the undefined-behaviour sanitizer. Any thread, no failure.
 inline int truncateToInt(float value) {
-    // 2^31 is the first float above all ints.
+    // 2^31 is the first float above all ints. INT_MAX itself is no float: written as one it would
+    // round up to 2^31, and a test against it let that number through.
     if (std::isnan(value))
         return 0;
     if (value >= 2147483648.0f)
