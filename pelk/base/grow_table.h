@@ -10,33 +10,52 @@
 
 namespace Tarnkit {
 
-/// A growable array of plain entries; they move by their bytes when it grows. The owner keeps
-/// calls from overlapping. Memory failure is an ExceptionMsg and leaves the table as it was.
+/// A growable array, the std::vector of this library: its layout is ours, so it may stand in an
+/// interface between host and plug-ins, and its memory and failures are those of memory.h.
+///
+/// Entries are plain (pointers, numbers, records of them): they move by their bytes when the table
+/// grows, and are forgotten without a destructor. Growing moves them to a new place, so pointers
+/// and references to entries, and iterators, hold only until the next call that may grow. Where
+/// they must hold longer, use Sequence.
+///
+/// Reads may overlap; the owner keeps any other call from overlapping. Memory failure is an
+/// ExceptionMsg and leaves the table as it was. A table never gives memory back by itself: one that
+/// is cleared and filled again at each hit soon allocates no more.
 template <class T>
 class GrowTable {
     static_assert(std::is_trivially_copyable_v<T> && std::is_trivially_destructible_v<T>,
                   "entries of a GrowTable are moved by copying their bytes");
 
 public:
-    /// `step`: capacities are multiples of it; below 1, the capacity doubles instead.
+    /// Allocates nothing yet. `step`: how the table grows, in entries. At least 1: to the next
+    /// multiple of `step` that is above what is needed, so a table of 100 at a time has room for
+    /// 100, 200, 300. That wastes little where the usual size is known, such as the plug-ins of a
+    /// library, but n appends copy about n^2 / (2 step) entries. Below 1, the default: the capacity
+    /// doubles, which keeps the cost of an append constant on average whatever the size.
     explicit GrowTable(int step = 0) : growthStep(step) {}
+    /// Takes the entries of `other` and leaves it empty, with the same step.
     GrowTable(GrowTable&& other) noexcept : growthStep(other.growthStep) { swap(other); }
+    /// Exchanges the two tables, so `other` frees what this one held.
     GrowTable& operator=(GrowTable&& other) noexcept {
         swap(other);
         return *this;
     }
+    // A copy would be an allocation that no one sees; who means it appends one by one.
     GrowTable(const GrowTable&) = delete;
     GrowTable& operator=(const GrowTable&) = delete;
     ~GrowTable() { freeMemory(items); }
 
-    /// Adds a copy of `item`, which may be an entry of this table, at the end.
+    /// Adds a copy of `item` at the end and returns it. `item` may be an entry of this table: it is
+    /// copied first, since growing frees the place where it stands.
     T& append(const T& item) {
         const T copy = item;
         reserve(count + 1LL);
         return *::new (items + count++) T(copy);
     }
 
-    /// Makes the table `size` entries long. New ones at the end are zero.
+    /// Makes the table `size` entries long, at least 0. New ones at the end have their fields'
+    /// default values, else zero. A smaller size forgets the entries behind it, keeps the memory
+    /// and can't fail.
     void resize(int size) {
         assert(size >= 0);
         reserve(size);
@@ -45,14 +64,15 @@ public:
         count = size;
     }
 
-    /// Removes an entry by moving the last one into its place.
+    /// Removes an entry by moving the last one into its place, in constant time; the order of the
+    /// others is lost. A loop that removes as it goes must look at `index` again, or run down.
     void removeBySwap(int index) {
         assert(index >= 0 && index < count);
         items[index] = items[count - 1];
         --count;
     }
 
-    /// Forgets all entries and keeps the memory.
+    /// Forgets all entries and keeps the memory. Can't fail.
     void clear() { count = 0; }
 
     /// Forgets all entries and gives the memory back.
@@ -61,6 +81,7 @@ public:
         count = capacity = 0;
     }
 
+    /// Exchanges entries and step in constant time; pointers to entries go with them.
     void swap(GrowTable& other) noexcept {
         std::swap(count, other.count);
         std::swap(growthStep, other.growthStep);
@@ -68,6 +89,7 @@ public:
         std::swap(items, other.items);
     }
 
+    /// The entry at a place, from 0 to below `size`; tested by an assertion only.
     T& operator[](int index) {
         assert(index >= 0 && index < count);
         return items[index];
@@ -78,8 +100,10 @@ public:
     }
 
     int size() const { return count; }
+    /// Entries for which there is room without allocation.
     int getCapacity() const { return capacity; }
     bool isEmpty() const { return count == 0; }
+    // For loops over all entries. All are null for a table that never held one.
     T* begin() { return items; }
     T* end() { return items + count; }
     const T* begin() const { return items; }
@@ -91,10 +115,10 @@ private:
             grow(size);
     }
 
-    /// The capacity to take when `size` entries don't fit.
+    /// The capacity to take when `size` entries don't fit. In 64 bits: doubling may leave the ints.
     long long grownCapacity(long long size) const {
         if (growthStep >= 1)
-            return size + growthStep - size % growthStep;
+            return size + growthStep - size % growthStep;  // one step more if `size` is a multiple
         if (capacity < 1)
             return size;
         long long grown = capacity;
@@ -117,7 +141,7 @@ private:
     int count = 0;
     int growthStep;
     int capacity = 0;
-    T* items = nullptr;
+    T* items = nullptr;  // owned, room for `capacity` entries of which `count` are constructed
 };
 
 }  // namespace Tarnkit

@@ -11,17 +11,22 @@
 
 namespace Tarnkit {
 
-/// How a HashTable treats its keys.
+/// How a HashTable treats its keys: `hash` and `equal`, where equal keys have equal hashes.
+/// Specialised for the two kinds of key there are; a table with another doesn't compile until its
+/// kind gets one.
 template <class K>
 struct HashKey;
 
+/// Numbers, such as ids, by their four bytes in this machine's order.
 template <>
 struct HashKey<u32> {
     static u32 hash(u32 key) { return hashlittle(&key, sizeof key, 0); }
     static bool equal(u32 a, u32 b) { return a == b; }
 };
 
-/// Names compare by their text. Null is a name like others, unequal to the empty one.
+/// Names compare by their text, byte by byte, and not by address: one that is looked up comes from
+/// a scene file, one that stands in the table from a plug-in. Null is a name like others, unequal
+/// to the empty one.
 template <>
 struct HashKey<const char*> {
     static u32 hash(const char* key) { return key ? hashlittle(key, std::strlen(key), 0) : 0; }
@@ -30,29 +35,48 @@ struct HashKey<const char*> {
     }
 };
 
-/// A chained hash table that grows and shrinks along a list of primes. Keys are 32-bit numbers
-/// or names; of a name only the pointer is kept, so its text must live as long as its entry.
-/// Memory of removed entries is used again and goes back to the heap with the table. Memory
-/// failure of an insertion is an ExceptionMsg; no entry is lost or half made then.
+/// A hash table with separate chaining, from 32-bit numbers or names to plain values: plug-in
+/// descriptions by name, materials by the id of a shader set. Each key stands once.
+///
+/// The number of buckets is always a prime of a fixed list, so that keys with a common factor
+/// spread all the same. It goes to the next prime when the table is 76 % full and to the one before
+/// when it is below 20 % full. As primes of the list double, either leaves the table about 40 %
+/// full, so keys that come and go at a bound don't resize it each time. Finding, inserting and
+/// removing take constant time on average; a resize is linear in the entries but copies none of
+/// them.
+///
+/// The table owns its nodes, in blocks: values never move, and a pointer to one is valid until its
+/// key is removed, the table cleared or destroyed. Of a name only the pointer is kept, so its text
+/// must live as long as its entry: names of plug-ins do, names built on the stack don't. Memory of
+/// removed entries is used again and goes back to the heap with the table.
+///
+/// Any number of threads may call `find` while none changes the table, as materials do at hits of
+/// tables that frameBegin has filled; everything else is for one thread at a time. Memory failure
+/// of an insertion is an ExceptionMsg; no entry is lost or half made then.
 template <class K, class V>
 class HashTable {
     static_assert(std::is_trivially_destructible_v<V>, "values are forgotten, not destroyed");
 
 public:
+    /// Allocates the first buckets, with the failure of an insertion.
     HashTable() { buckets.resize(kPrimes[0]); }
 
-    /// The value of a key, null if the key isn't there. Valid until the key is removed.
+    /// The value of a key, null if the key isn't there. The table's own, and may be written through
+    /// the first form. Allocates nothing, so it may run at hits.
     V* find(K key) { return const_cast<V*>(std::as_const(*this).find(key)); }
     const V* find(K key) const {
         const Node* node = findNode(key, HashKey<K>::hash(key));
         return node ? &node->value : nullptr;
     }
 
-    /// Adds a key. If it is there already, nothing changes and the answer is false.
+    /// Adds a key with a copy of the value. If the key is there already, nothing changes, the old
+    /// value included, and the answer is false: of two plug-ins of one name the first stands.
     bool insert(K key, const V& value) {
         const u32 hash = HashKey<K>::hash(key);
         if (findNode(key, hash))
             return false;
+        // Tested before the entry is added, so 13 buckets take ten entries and grow at the
+        // eleventh. At the last prime chains just grow longer.
         if (loadPercent() >= 76 && prime + 1 < std::size(kPrimes))
             grow();
         Node* node = newNode();
@@ -64,7 +88,8 @@ public:
         return true;
     }
 
-    /// False if the key isn't there. Can't fail.
+    /// Removes a key and returns true; false if it isn't there. Can't fail: if there is no memory
+    /// for a smaller table, the present one stays. `key` may be the entry's own.
     bool remove(K key) {
         const u32 hash = HashKey<K>::hash(key);
         Node** link = &buckets[bucketOf(hash)];
@@ -81,7 +106,8 @@ public:
         return true;
     }
 
-    /// Removes all keys.
+    /// Removes all keys and starts again with the fewest buckets. Keeps all memory for later
+    /// entries and can't fail. Linear in the buckets.
     void clear() {
         for (Node*& head : buckets)
             while (head)
@@ -92,7 +118,9 @@ public:
         count = 0;
     }
 
+    /// Keys in the table.
     int size() const { return count; }
+    /// Buckets now in use, a prime; for tests of when the table is resized.
     int bucketCount() const { return buckets.size(); }
 
 private:
@@ -100,16 +128,17 @@ private:
         K key;
         u32 hash;  // of the key: spares most comparisons of names, and all hashing in moveTo()
         V value;
-        Node* next;
+        Node* next;  // in its chain, or on the free list; null for the last
     };
 
-    // Each about twice the one before.
+    // Each about twice the one before. The last is the largest of them below INT_MAX.
     static constexpr int kPrimes[] = {
         13,       29,       59,        127,       257,       521,       1049,
         2099,     4201,     8419,      16843,     33703,     67409,     134837,
         269683,   539389,   1078787,   2157587,   4315183,   8630387,   17260781,
         34521589, 69043189, 138086407, 276172823, 552345671, 1104691373};
 
+    // The hashes first: they nearly always differ where the keys do.
     static bool isKey(const Node& node, K key, u32 hash) {
         return node.hash == hash && HashKey<K>::equal(node.key, key);
     }
@@ -121,6 +150,7 @@ private:
 
     u32 bucketOf(u32 hash) const { return hash % static_cast<u32>(buckets.size()); }
 
+    // Entries in percent of the buckets, cut to an integer.
     int loadPercent() const { return static_cast<int>(count * 100LL / buckets.size()); }
 
     const Node* findNode(K key, u32 hash) const {
@@ -142,7 +172,8 @@ private:
         moveTo(fresh, prime + 1);
     }
 
-    /// Without the memory for the smaller table the present one does as well.
+    /// Without the memory for the smaller table the present one does as well: removing mustn't
+    /// fail.
     void shrink() {
         GrowTable<Node*> fresh(kGrowthStep);
         try {
@@ -153,6 +184,8 @@ private:
         moveTo(fresh, prime - 1);
     }
 
+    /// Links every node into its bucket of `fresh`, which becomes the table's. Nothing here can
+    /// fail, so a resize either isn't begun or is finished.
     void moveTo(GrowTable<Node*>& fresh, std::size_t newPrime) {
         for (Node* node : buckets)
             while (node) {
@@ -167,7 +200,7 @@ private:
     GrowTable<Node*> buckets{kGrowthStep};
     std::size_t prime = 0;  // the place of the bucket count in kPrimes
     int count = 0;
-    Node* freeNodes = nullptr;
+    Node* freeNodes = nullptr;  // removed nodes, for the next insertions
     Sequence<Node> nodes{1000};
 };
 

@@ -12,38 +12,57 @@
 namespace Tarnkit {
 
 /// Whether a Sequence destroys entries of this type when it gives their memory back. Most
-/// entries hold nothing and are just forgotten.
+/// entries own nothing, and walking thousands of them to run an empty destructor would cost a
+/// pass over cold memory at the end of each frame: they are just forgotten. To be specialised
+/// beside a type whose entries own memory. Not deduced from the type: samplers have virtual
+/// destructors, so none is trivially destructible, and yet own nothing.
 template <class T>
 inline constexpr bool kDestroyEntries = false;
 
-/// One array of a Sequence, all entries of which are constructed.
+/// One array of a Sequence and its place in the chain. All entries are constructed, those too that
+/// have never been taken. Only a Sequence makes and frees blocks.
 template <class T>
 struct _SequenceBlock {
     _SequenceBlock* next = nullptr;
     _SequenceBlock* prev = nullptr;
-    int used = 0;
-    int capacity = 0;
-    T* elements = nullptr;
+    int used = 0;           ///< entries taken, from the front
+    int capacity = 0;       ///< entries in all
+    T* elements = nullptr;  ///< owned array of `capacity` entries
 
-    /// Memory failure is an ExceptionMsg and leaves nothing behind.
+    /// Allocates and constructs `capacity` entries by value, so fields without a default are 0.
+    /// Memory failure, also that of an entry's constructor, is an ExceptionMsg and leaves
+    /// nothing behind.
     static _SequenceBlock* create(int capacity);
+    /// Frees array and block; destroys the entries first, the last one first, if `kDestroyEntries`
+    /// says so.
     static void destroy(_SequenceBlock* block);
 };
 
-/// A store that grows by blocks. Entries never move, and go back to the heap only all together.
-/// An entry is constructed when its block is made and not again when it is handed out anew.
+/// A store that grows by blocks of a fixed number of entries (an arena of objects). Entries never
+/// move, so a pointer to one is valid until `clear` or the store's end; an array that grew would
+/// break the pointers that samplers hold. One entry can't be given back: owners that reuse entries
+/// keep a free list of their own, as pools and HashTable do.
+///
+/// An entry is constructed when its block is made, and not again when it is handed out anew after
+/// `reset`: what the last user wrote is still in it.
+///
+/// Taking is a few instructions while there is room, and a block's allocation each
+/// `entriesPerBlock` entries, which bounds both how often the heap is asked and what is left
+/// unused. Not locked: the owner keeps calls from overlapping, which at a hit means one store for
+/// each thread.
 template <class T>
 class Sequence {
 public:
     using Block = _SequenceBlock<T>;
 
+    /// Allocates nothing yet. `entriesPerBlock`: at least 1; with fewer each `take` fails.
     explicit Sequence(int entriesPerBlock) : blockSize(entriesPerBlock) {}
     Sequence(const Sequence&) = delete;
     Sequence& operator=(const Sequence&) = delete;
     ~Sequence() { clear(); }
 
-    /// The next entry, never null. Memory failure is an ExceptionMsg and leaves the store as it
-    /// was.
+    /// The next entry, never null: fresh, or as its user before the last `reset` left it. It stays
+    /// the store's. Memory failure is an ExceptionMsg and leaves the store as it was.
     T* take() {
         if (!currentBlock || currentBlock->used >= currentBlock->capacity)
             enterNextBlock();
@@ -51,7 +70,9 @@ public:
         return currentBlock->elements + currentBlock->used++;
     }
 
-    /// Makes all entries free to be taken again, from the first one on. Gives no memory back.
+    /// Makes all entries free to be taken again, from the first one on, in the same order. Gives no
+    /// memory back, so a store that is reset at each frame soon allocates no more. Pointers to
+    /// entries stay readable but are about to be handed to someone else. Linear in the blocks.
     void reset() {
         for (Block* block = firstBlock; block; block = block->next)
             block->used = 0;
@@ -60,7 +81,7 @@ public:
         rewind();
     }
 
-    /// Gives all memory back.
+    /// Gives all memory back; every pointer to an entry is void then. The store can be used again.
     void clear() {
         for (Block* block = std::exchange(firstBlock, nullptr); block;)
             Block::destroy(std::exchange(block, block->next));
@@ -70,13 +91,20 @@ public:
         rewind();
     }
 
-    /// Puts the walking position on the first entry.
+    /// Puts the walking position on the first entry. There is one such position for the whole
+    /// store, so two walks can't be nested. To be called before each walk: a store that had no
+    /// block yet when it was last rewound has no position either.
+    ///
+    ///     store.rewind();
+    ///     while (Entry* entry = store.next())
+    ///         use(*entry);
     void rewind() {
         cursorBlock = firstBlock;
         cursorIndex = 0;
     }
 
-    /// The entry at the walking position, which moves on; null behind the last one.
+    /// The entry at the walking position, which moves on, in the order of taking; null behind the
+    /// last one, and from then on until the next `rewind`, even if more entries are taken.
     T* next() {
         while (cursorBlock && cursorIndex >= cursorBlock->used) {
             cursorBlock = cursorBlock->next;
@@ -85,9 +113,9 @@ public:
         return cursorBlock ? cursorBlock->elements + cursorIndex++ : nullptr;
     }
 
-    /// Entries taken.
+    /// Entries taken since the beginning or the last `reset` or `clear`.
     int size() const { return count; }
-    /// Bytes taken by all blocks.
+    /// Bytes taken by all blocks, used or not; what the entries own beside that isn't counted.
     u64 getMemoryUsed() const { return memoryUsed; }
 
 private:
@@ -108,9 +136,9 @@ private:
         memoryUsed += sizeof(Block) + u64{sizeof(T)} * blockSize;
     }
 
-    Block* firstBlock = nullptr;
-    Block* currentBlock = nullptr;
-    Block* cursorBlock = nullptr;
+    Block* firstBlock = nullptr;    // head of the chain, in the order of making
+    Block* currentBlock = nullptr;  // that entries are taken from; those before it are full
+    Block* cursorBlock = nullptr;   // the walking position, with cursorIndex
     int cursorIndex = 0;
     int count = 0;
     int blockSize;
@@ -119,6 +147,7 @@ private:
 
 template <class T>
 _SequenceBlock<T>* _SequenceBlock<T>::create(int capacity) {
+    // No byte count may overflow, or the block would be smaller than its entries.
     constexpr u64 kMaxBytes = std::numeric_limits<std::ptrdiff_t>::max();
     if (capacity < 1 || static_cast<u64>(capacity) > kMaxBytes / sizeof(T))
         throw ExceptionMsg("[_SequenceBlock] Could not allocate memory");
