@@ -8,14 +8,16 @@ namespace {
 
 constexpr float kPi = 3.14159265f;
 constexpr float kTwoPi = 6.2831855f;
-/// Stands for a density that can't be told.
+/// The density where none can be computed: in MIS it wins against any light.
 constexpr float kCertain = 1e18f;
-/// A facet or a direction that leans further than this isn't seen.
+/// Facets and directions of at most this cosine to the normal count as hidden: the tangent
+/// grows without bound there, and the formulas lose their last digits.
 constexpr float kLeastCosine = 0.001f;
-/// A tail within this of one with a closed form takes the form.
+/// A tail within this of one with a closed form takes that form.
 constexpr float kTailTolerance = 0.01f;
 
-/// The squared polar cosine of a facet, by a number below 1.
+/// Samples the squared polar cosine of a facet by D(c) c: the inverse of its cumulative
+/// distribution. `u`: at least 0, below 1. Burley, appendix B.2; for GGX Walter, eq. 35.
 float sampleCosine2(float u, float a2, int type, float gamma) {
     switch (type) {
         case kGtrTailOne:
@@ -29,7 +31,9 @@ float sampleCosine2(float u, float a2, int type, float gamma) {
     }
 }
 
-/// The density of facets by the polar cosine of their normals.
+/// D(c), the distribution of facet normals per solid angle, by their polar cosine. `p` is the
+/// 1 + (a2 - 1) c^2 of the formula, in an order of operations that results depend on. 0 where the
+/// division would be by next to nothing.
 float distribution(float c, float a2, int type, float gamma) {
     if (!(c > kLeastCosine))
         return 0.0f;
@@ -52,21 +56,24 @@ float distribution(float c, float a2, int type, float gamma) {
     }
 }
 
-// ---- masking, by the cotangent `a` of the direction's angle to the normal
+// Smith's masking G1 for each tail with a closed form. `a`: cotangent of the direction's angle to
+// the normal; `a2`: alpha squared.
 
+/// D is 1 / pi whatever the roughness, which is GGX of the roughness 1.
 float maskTailZero(float a) {
     return 2.0f / (std::sqrt(1.0f / (a * a) + 1.0f) + 1.0f);
 }
 
 float maskTailOne(float a, float a2) {
-    // Facets of the roughness 1 lie alike whatever the tail; the form would divide 0 by 0.
+    // At alpha = 1 the distribution is 1 / pi whatever the tail; the form would divide 0 by 0.
     if (a2 == 1.0f)
         return maskTailZero(a);
     const float squares = a * a + a2, root = std::sqrt(squares), one = std::sqrt(a * a + 1.0f);
     const float g = a * std::log(a2) / (root - one + a * std::log((a + one) * a2 / (a + root)));
-    return std::isnan(g) ? 1.0f : g;  // of a mirror
+    return std::isnan(g) ? 1.0f : g;  // alpha = 0, a mirror: nothing is masked
 }
 
+/// GGX: Walter, eq. 34, with alpha / a for alpha times the tangent.
 float maskTailTwo(float a, float alpha) {
     const float ratio = alpha / a;
     return 2.0f / (std::sqrt(ratio * ratio + 1.0f) + 1.0f);
@@ -88,10 +95,12 @@ float maskTailFour(float a, float a2) {
 
 constexpr int kKnots = 5;
 
-/// The natural cubic spline through y at the places 0, 1, 2, 3, 4; the ends hold beyond them.
+/// The natural cubic spline through y at the places 0, 1, 2, 3, 4; beyond them the values at the
+/// ends.
 float readSpline(const float (&y)[kKnots], float x) {
     x = std::clamp(x, 0.0f, static_cast<float>(kKnots - 1));
-    // Second derivatives, 0 at both ends, by the elimination of a band matrix.
+    // The second derivatives at the knots, 0 at both ends, from a tridiagonal system: elimination
+    // downwards here, substitution upwards below.
     float second[kKnots] = {}, right[kKnots] = {};
     for (int i = 1; i < kKnots - 1; ++i) {
         const float below = 0.5f * second[i - 1] + 2.0f;
@@ -111,6 +120,7 @@ float readSpline(const float (&y)[kKnots], float x) {
            ((a * a * a - a) * second[low] + (b * b * b - b) * second[high]) / 6.0f;
 }
 
+/// G1 of the tail `gamma`: a closed form, or the spline through all of them.
 float maskAnyTail(float a, float alpha, float gamma) {
     const float a2 = alpha * alpha;
     if (gamma <= kTailTolerance)
@@ -126,14 +136,15 @@ float maskAnyTail(float a, float alpha, float gamma) {
     return readSpline(knots, gamma);
 }
 
-/// What both directions see, in the scale of the lobe's value times cosine.
+/// G / (4 n . v), the masking part of f |n . l|; `nv`: |n . v|. Times D it is f |n . l|, divided by
+/// the c / (4 h . l) of the density it is the weight of a sample.
 float maskBoth(const Vector& d, const Vector& r, const Vector& h, const Vector& n, float alpha,
                float gamma, int maskMode, float nv) {
     return gtrMasking(-d, h, n, alpha, gamma, maskMode) *
            gtrMasking(r, h, n, alpha, gamma, maskMode) * 0.25f / nv;
 }
 
-/// The cosine that a direction has against the normal or the view is too small to divide by.
+/// Whether a direction's cosine to the normal is too small to divide by. NaN counts as too small.
 bool grazes(float cosine) {
     return !(std::fabs(cosine) > 1e-6f);
 }
@@ -175,6 +186,8 @@ Vector sampleGTR(float u, float v, float alpha, int type, float gamma, const Vec
     const float density = distribution(c, a2, type, gamma);
     const float both = maskBoth(d, r, h, n, alpha, gamma, maskMode, nv);
     const float hr = dot(h, r);
+    // From facets to directions: the Jacobian 1 / (4 h . l) of mirroring, and the cube of the
+    // length for that of a stretched frame.
     const float j = (hr > 0.0f ? 0.25f / hr * c : 0.0f) * f * (f * f);
     pdf = density >= 1e-6f ? density * j * kTwoPi : kCertain;
     weight = j >= 1e-6f ? both / j : 0.0f;
@@ -231,6 +244,7 @@ Vector sampleGTRMixed(float u, float v, float alpha, int type, float gamma, cons
     Vector direction;
     float value, old;
     if (u < alpha) {
+        // Uniform over the hemisphere: the cosine is. In the unit of `pdf` its density is 1.
         const float w = u / alpha, s = std::sqrt(1.0f - w * w), phi = v * kTwoPi;
         const Vector* c = frame.columns;
         direction = c[0] * (1.0f / length(c[0])) * (std::cos(phi) * s) +

@@ -5,6 +5,7 @@
 namespace Tarnkit {
 
 Refraction refract(const Vector& d, const Vector& m, float n, const Vector& dx, const Vector& dy) {
+    // From here on `normal` is on the ray's side; the names are those of the header's formulas.
     const bool leaves = dot(m, d) >= 0.0f;
     const Vector normal = leaves ? -m : m;
     const float eta = leaves ? n : 1.0f / n;
@@ -16,6 +17,8 @@ Refraction refract(const Vector& d, const Vector& m, float n, const Vector& dx, 
                 dx * eta + normal * (eta * cx - cx * c * (eta * eta) / s),
                 dy * eta + normal * (eta * cy - cy * c * (eta * eta) / s), false};
     }
+    // Total internal reflection. Of rays that graze the surface r - d nearly vanishes; a collapsed
+    // one leaves the derivatives all but unchanged, as such a ray hardly turns.
     const Vector r = mirrored(d, normal);
     const Vector h = normalizeGuarded(r - d);
     return {r, mirrored(dx, h), mirrored(dy, h), true};
