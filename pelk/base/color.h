@@ -26,11 +26,14 @@ struct Color {
     constexpr Color& operator+=(Color c) { return *this = {r + c.r, g + c.g, b + c.b}; }
     constexpr Color& operator-=(Color c) { return *this = {r - c.r, g - c.g, b - c.b}; }
     constexpr Color& operator*=(Color c) { return *this = {r * c.r, g * c.g, b * c.b}; }
+    // The number scales all channels: a share of light, or a cosine.
     constexpr Color& operator*=(float s) { return *this = {r * s, g * s, b * s}; }
 
     /// Exact, per channel; a colour with a NaN is unequal to itself.
     constexpr bool operator==(const Color&) const = default;
 };
+
+// The same as values. Adding is light of two sources, multiplying light through a filter.
 
 constexpr Color operator+(Color a, Color b) {
     return a += b;
@@ -69,7 +72,8 @@ constexpr Color minimum(Color a, Color b) {
     return {std::min(a.r, b.r), std::min(a.g, b.g), std::min(a.b, b.b)};
 }
 
-/// Whether no channel is NaN or infinite. Negative and very large values are finite.
+/// Whether no channel is NaN or infinite; negative and very large values are finite. A single NaN
+/// that reached a pixel would stay in it however many samples follow.
 inline bool isFinite(Color c) {
     return std::isfinite(c.r) && std::isfinite(c.g) && std::isfinite(c.b);
 }

@@ -11,7 +11,8 @@ namespace Tarnkit {
 
 /// The lock that is meant wherever a class holds one. A thread that finds it taken tries up to
 /// 2,000 times more before it goes to sleep: what it guards is done in less time than falling
-/// asleep and waking up take.
+/// asleep and waking up take. Not for a lock that is held while something is computed
+/// or written to a file: all who wait would spin for nothing first.
 class CriticalSection {
 public:
     /// Returns when the calling thread holds the lock.
@@ -22,7 +23,7 @@ public:
     void leave() { lock.leave(); }
 
 private:
-    platform::Lock lock{2000};
+    platform::Lock lock{2000};  // attempts before the thread sleeps
 };
 
 /// The same without tries of its own: a thread that finds it taken leaves the wait to the system at
@@ -45,6 +46,7 @@ private:
 /// `Section`: either class above. The caller leaves it by `leave`.
 template <class Section>
 void spinEnter(Section& section) {
+    // An attempt costs one atomic operation; going to sleep costs a system call and the way back.
     constexpr int kAttempts = 1500;
     for (int i = 0; i < kAttempts; ++i)
         if (section.tryEnter())
@@ -63,6 +65,7 @@ void spinEnter(Section& section) {
 template <class Section>
 class [[nodiscard]] ScopedLock {
 public:
+    /// Enters `entered`, waiting as long as it takes.
     explicit ScopedLock(Section& entered) : section(entered) { section.enter(); }
     ~ScopedLock() { section.leave(); }
     ScopedLock(const ScopedLock&) = delete;

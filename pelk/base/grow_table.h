@@ -18,6 +18,11 @@ namespace Tarnkit {
 /// and references to entries, and iterators, hold only until the next call that may grow. Where
 /// they must hold longer, use Sequence.
 ///
+///     GrowTable<PluginDesc*> descs(100);
+///     descs.append(desc);
+///     for (PluginDesc* each : descs)
+///         use(each);
+///
 /// Reads may overlap; the owner keeps any other call from overlapping. Memory failure is an
 /// ExceptionMsg and leaves the table as it was. A table never gives memory back by itself: one that
 /// is cleared and filled again at each hit soon allocates no more.
@@ -75,7 +80,8 @@ public:
     /// Forgets all entries and keeps the memory. Can't fail.
     void clear() { count = 0; }
 
-    /// Forgets all entries and gives the memory back.
+    /// Forgets all entries and gives the memory back; the step stays. For the end of a render,
+    /// where a material should hold nothing.
     void free() {
         freeMemory(std::exchange(items, nullptr));
         count = capacity = 0;
@@ -110,6 +116,7 @@ public:
     const T* end() const { return items + count; }
 
 private:
+    // Makes room for `size` entries in all; keeps what there is.
     void reserve(long long size) {
         if (size > capacity)
             grow(size);
@@ -127,6 +134,8 @@ private:
         return grown;
     }
 
+    // Allocates the new array before the old one is freed, so a failure changes nothing. A capacity
+    // that is no int counts as a failure of memory.
     void grow(long long size) {
         const long long grown = grownCapacity(size);
         if (grown > INT_MAX)
@@ -139,7 +148,7 @@ private:
     }
 
     int count = 0;
-    int growthStep;
+    int growthStep;  // as the constructor got it; below 1 is doubling
     int capacity = 0;
     T* items = nullptr;  // owned, room for `capacity` entries of which `count` are constructed
 };

@@ -21,14 +21,17 @@ inline u32 hashlittle(const void* key, std::size_t length, u32 seed) {
     const auto word = [](const u8* p) {
         return p[0] | u32{p[1]} << 8 | u32{p[2]} << 16 | u32{p[3]} << 24;
     };
-    // The last bytes as one word. Of less than four, the first, the middle and the last are
-    // taken, which may be the same byte twice at the same place: no branch for each length.
+    // The last bytes as one word, the missing ones as 0, without the source's branch for each
+    // length and without reading behind the key. Of three bytes the first, the middle and the last
+    // are each put in their place; of two or one some coincide, and are put there twice to no
+    // effect.
     const auto lastWord = [&word](const u8* p, std::size_t n) {
         if (n >= 4)
             return word(p);
         return p[0] | u32{p[n / 2]} << (8 * (n / 2)) | u32{p[n - 1]} << (8 * (n - 1));
     };
     // The names and constants from here on are those of the source.
+    // The length is part of the start, so keys that differ by zero bytes at the end hash apart.
     u32 a = 0xdeadbeef + static_cast<u32>(length) + seed;
     u32 b = a;
     u32 c = a;
@@ -48,6 +51,7 @@ inline u32 hashlittle(const void* key, std::size_t length, u32 seed) {
     // Only an empty key comes here with nothing left; the source answers without the final mixing.
     if (length == 0)
         return c;
+    // One to twelve bytes are left, four for each of a, b and c.
     a += lastWord(k, length);
     if (length > 4)
         b += lastWord(k + 4, length - 4);

@@ -50,6 +50,13 @@ struct HashKey<const char*> {
 /// must live as long as its entry: names of plug-ins do, names built on the stack don't. Memory of
 /// removed entries is used again and goes back to the heap with the table.
 ///
+/// Of use:
+///
+///     HashTable<const char*, PluginDesc*> byName;
+///     byName.insert(desc->getName(), desc);  // false: the name is taken
+///     if (PluginDesc** found = byName.find("MtlDiffuse"))
+///         load(**found);
+///
 /// Any number of threads may call `find` while none changes the table, as materials do at hits of
 /// tables that frameBegin has filled; everything else is for one thread at a time. Memory failure
 /// of an insertion is an ExceptionMsg; no entry is lost or half made then.
@@ -124,14 +131,17 @@ public:
     int bucketCount() const { return buckets.size(); }
 
 private:
+    // A chain's entry. Nodes are linked through themselves (intrusive), so that moving one between
+    // a chain and the free list needs no memory and removing can't fail.
     struct Node {
-        K key;
+        K key;     // of a name the caller's pointer
         u32 hash;  // of the key: spares most comparisons of names, and all hashing in moveTo()
         V value;
         Node* next;  // in its chain, or on the free list; null for the last
     };
 
-    // Each about twice the one before. The last is the largest of them below INT_MAX.
+    // The bucket counts, each about twice the one before. The next would be no int any more. Part
+    // of the table's behaviour: they decide when it is resized.
     static constexpr int kPrimes[] = {
         13,       29,       59,        127,       257,       521,       1049,
         2099,     4201,     8419,      16843,     33703,     67409,     134837,
@@ -143,11 +153,13 @@ private:
         return node.hash == hash && HashKey<K>::equal(node.key, key);
     }
 
+    // New nodes stand first in their chain: what was just inserted is often looked up next.
     static void pushFront(Node*& head, Node* node) {
         node->next = head;
         head = node;
     }
 
+    // Unsigned, for a hash has all 32 bits and a negative remainder is no bucket.
     u32 bucketOf(u32 hash) const { return hash % static_cast<u32>(buckets.size()); }
 
     // Entries in percent of the buckets, cut to an integer.
@@ -160,12 +172,14 @@ private:
         return node;
     }
 
+    // A removed node if there is one, else the next of the store; either holds old values.
     Node* newNode() {
         if (!freeNodes)
             return nodes.take();
         return std::exchange(freeNodes, freeNodes->next);
     }
 
+    // Allocates before it moves anything, so a failure leaves the table as it was.
     void grow() {
         GrowTable<Node*> fresh(kGrowthStep);
         fresh.resize(kPrimes[prime + 1]);
@@ -196,12 +210,14 @@ private:
         prime = newPrime;
     }
 
+    // Room for buckets comes by the thousand, so the six smallest tables have the same memory and
+    // only larger ones ask for more.
     static constexpr int kGrowthStep = 1000;
     GrowTable<Node*> buckets{kGrowthStep};
     std::size_t prime = 0;  // the place of the bucket count in kPrimes
     int count = 0;
-    Node* freeNodes = nullptr;  // removed nodes, for the next insertions
-    Sequence<Node> nodes{1000};
+    Node* freeNodes = nullptr;   // removed nodes, for the next insertions
+    Sequence<Node> nodes{1000};  // owns all nodes, in chains or free
 };
 
 }  // namespace Tarnkit

@@ -119,7 +119,9 @@ public:
     u64 getMemoryUsed() const { return memoryUsed; }
 
 private:
-    /// Makes `currentBlock` one with room: a later one of the chain, or a new one at its end.
+    /// Makes `currentBlock` one with room: a later one of the chain, as there is after a reset, or
+    /// a new one at its end. `memoryUsed` and the chain change only once the block stands, so a
+    /// failure leaves the store as it was.
     void enterNextBlock() {
         Block* last = currentBlock ? currentBlock->prev : nullptr;
         for (Block* block = currentBlock; block; block = block->next) {
@@ -140,8 +142,8 @@ private:
     Block* currentBlock = nullptr;  // that entries are taken from; those before it are full
     Block* cursorBlock = nullptr;   // the walking position, with cursorIndex
     int cursorIndex = 0;
-    int count = 0;
-    int blockSize;
+    int count = 0;  // entries taken, over all blocks
+    int blockSize;  // entries of each block that is made
     u64 memoryUsed = 0;
 };
 

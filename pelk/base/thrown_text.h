@@ -11,6 +11,12 @@ namespace Tarnkit {
 /// standard exception, "unknown exception" of anything else. To be called inside a `catch (...)`
 /// only; outside there is nothing to rethrow and the program ends.
 ///
+///     try {
+///         scene.load(file);
+///     } catch (...) {
+///         result.error = thrownText();
+///     }
+///
 /// It is for the places at which an exception stops: the body of a job's thread, the loader of a
 /// scene, the main function. Libraries beside ours throw what they like, and one that leaves a
 /// thread's entry ends the process. The result is a copy and outlives the exception. Making it may

@@ -8,6 +8,8 @@ namespace Tarnkit {
 // pixels, sizes in bytes that may pass 4 GB. Counts and indices are `int` everywhere, so that a
 // difference of two of them may be negative and a loop may run down to 0.
 
+// Unsigned arithmetic wraps round, which hashes and random numbers rely on.
+
 using u8 = std::uint8_t;
 using u16 = std::uint16_t;
 using u32 = std::uint32_t;

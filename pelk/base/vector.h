@@ -20,11 +20,14 @@ struct Vector {
     constexpr Vector() = default;
     constexpr Vector(float x_, float y_, float z_) : x(x_), y(y_), z(z_) {}
 
+    // Per component, each result rounded to single precision.
     constexpr Vector& operator+=(Vector v) { return *this = {x + v.x, y + v.y, z + v.z}; }
     constexpr Vector& operator-=(Vector v) { return *this = {x - v.x, y - v.y, z - v.z}; }
     constexpr Vector& operator*=(float s) { return *this = {x * s, y * s, z * s}; }
     constexpr Vector operator-() const { return {-x, -y, -z}; }
 
+    /// Exact: 0 and -0 are equal, a NaN is unequal to itself. Computed directions are hardly ever
+    /// equal.
     constexpr bool operator==(const Vector&) const = default;
 };
 

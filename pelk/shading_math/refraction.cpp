@@ -17,8 +17,8 @@ Refraction refract(const Vector& d, const Vector& m, float n, const Vector& dx, 
                 dx * eta + normal * (eta * cx - cx * c * (eta * eta) / s),
                 dy * eta + normal * (eta * cy - cy * c * (eta * eta) / s), false};
     }
-    // Total internal reflection. Of rays that graze the surface r - d nearly vanishes; a collapsed
-    // one leaves the derivatives all but unchanged, as such a ray hardly turns.
+    // Total internal reflection. r - d lies along the normal. For a ray along the surface it is the
+    // zero vector, and the derivatives stay as they are, as such a ray isn't turned.
     const Vector r = mirrored(d, normal);
     const Vector h = normalizeGuarded(r - d);
     return {r, mirrored(dx, h), mirrored(dy, h), true};
