@@ -105,7 +105,8 @@ int CharString::length() const {
     return buffer ? static_cast<int>(std::strlen(buffer->text)) : 0;
 }
 
-/// Prepares the buffer for a text of `length` characters that nobody else sees.
+/// Makes the buffer this string's alone (the copy of copy on write), with room for `length` bytes
+/// and the terminator.
 void CharString::reserve(int length, bool keepText) {
     if (buffer && buffer->refCount < 2) {
         buffer->resize(length + 1);
@@ -120,8 +121,8 @@ void CharString::reserve(int length, bool keepText) {
 }
 
 void CharString::appendCounted(const char* text, int added) {
-    // Held for the length of the call, a text of our own stays where it is: the count of two
-    // makes reserve() leave the old buffer alone.
+    // If `text` stands in our own buffer, resizing would free it before it is copied. A second hold
+    // on the buffer for the length of the call makes reserve() take a new one instead.
     const CharString source = holds(text) ? *this : CharString();
     const int old = length();
     if (added > INT_MAX - 1 - old)

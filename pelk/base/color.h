@@ -14,7 +14,8 @@ namespace Tarnkit {
 /// the throughput of a path, by which a radiance is multiplied per channel. Values coded for a
 /// screen (sRGB) never stand here: readers of images decode them and writers encode them.
 struct Color {
-    // Red, green, blue. Black by default, and opaque as a transmittance.
+    // Red, green, blue. By default black: no light, and as a transmittance or weight nothing
+    // passes. Three floats without padding, so an array of colours is an array of floats.
     float r = 0.0f, g = 0.0f, b = 0.0f;
 
     constexpr Color() = default;
@@ -33,7 +34,9 @@ struct Color {
     constexpr bool operator==(const Color&) const = default;
 };
 
-// The same as values. Adding is light of two sources, multiplying light through a filter.
+// The same as values. Adding is light of two sources, multiplying light through a filter. There is
+// no division: 0 / 0 in a channel would be a NaN in the picture, so whoever divides must look at
+// each channel and say what a 0 there means.
 
 constexpr Color operator+(Color a, Color b) {
     return a += b;

@@ -13,7 +13,8 @@ namespace {
 constexpr std::size_t kMaxPath = 260;
 
 void writeCrashDump(unsigned code, const platform::Fault& fault) {
-    // A directory that leaves no room for the name falls back on the system's.
+    // A directory whose name leaves no room for that of the file is passed over for the system's
+    // own.
     constexpr char kName[] = "Pelk.dmp";
     char directory[kMaxPath - sizeof kName + 1];
     platform::temporaryDirectory(directory, sizeof directory);
@@ -27,7 +28,8 @@ void writeCrashDump(unsigned code, const platform::Fault& fault) {
 }
 
 void crashHandler(unsigned code, const platform::Fault& fault) {
-    // Whoever comes first writes; later faults, and other threads meanwhile, go on to the throw.
+    // The thread that comes first writes the dump. Others, and later faults, don't wait for it: the
+    // thread that writes may itself be the one that never ends.
     if (crashDumpWritten.exchange(1) == 0)
         writeCrashDump(code, fault);
     throw ExceptionMsg("Unhandled exception %x", code);

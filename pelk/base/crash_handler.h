@@ -24,9 +24,9 @@ extern PELK_API std::atomic<int> crashDumpWritten;
 ///
 /// The exception is thrown out of a signal handler, from within an instruction: the compiler must
 /// be told to expect that (-fnon-call-exceptions) of the code that catches it, and the data that
-/// the faulty code was writing may be half done. Neither handler nor dump allocates, as the heap
-/// may be what is broken. Returns the translator that the thread had before, null for none, to be
-/// put back with platform::setFaultTranslator.
+/// the faulty code was writing may be half done. Neither handler nor dump allocates beside the
+/// exception, as the heap may be what is broken. Returns the translator that the thread had before,
+/// null for none, to be put back with platform::setFaultTranslator.
 PELK_API platform::FaultTranslator installCrashHandler();
 
 }  // namespace Tarnkit

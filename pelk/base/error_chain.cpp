@@ -23,7 +23,8 @@ ErrorRecord* newRecord(const char* where, int code, const char* format, va_list 
     return record;
 }
 
-/// Gives the pieces that make up the text of a chain to `write`, one after the other.
+/// Calls `write` with each piece of a chain's text in turn, so that the form of the text stands in
+/// one place for both kinds of target.
 template <class Write>
 void writeChain(const ErrorRecord* head, Write write) {
     if (!head)

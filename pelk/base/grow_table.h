@@ -95,7 +95,8 @@ public:
         std::swap(items, other.items);
     }
 
-    /// The entry at a place, from 0 to below `size`; tested by an assertion only.
+    /// The entry at a place, from 0 to below `size`; tested by an assertion only, for tables are
+    /// read at hits. The reference holds until the table grows.
     T& operator[](int index) {
         assert(index >= 0 && index < count);
         return items[index];
@@ -110,6 +111,7 @@ public:
     int getCapacity() const { return capacity; }
     bool isEmpty() const { return count == 0; }
     // For loops over all entries. All are null for a table that never held one.
+    // Entries may be written through, but no entry added or removed meanwhile.
     T* begin() { return items; }
     T* end() { return items + count; }
     const T* begin() const { return items; }

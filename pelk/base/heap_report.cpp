@@ -7,7 +7,7 @@ namespace Tarnkit {
 
 namespace {
 
-/// The heap's report, with all sums 0 if it speaks of no block.
+/// The heap's report; its sums are 0 if it has counted no block, for they mean nothing then.
 platform::HeapReport readHeap() {
     platform::HeapReport report = platform::heap().report();
     if (report.blocks == 0)

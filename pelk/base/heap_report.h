@@ -20,6 +20,8 @@ PELK_API u64 getFreeHeapMemory();
 PELK_API u64 getAllocatedMemory();
 
 /// Sum of the sizes of all blocks of the heap, free or in use, in bytes. Prints nothing.
+/// Not the size of the process: code, stacks and files that are mapped into memory aren't the
+/// heap's, and some of what the heap has freed may still be held back from the system.
 PELK_API u64 getHeapSize();
 
 }  // namespace Tarnkit

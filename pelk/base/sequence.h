@@ -57,6 +57,7 @@ public:
 
     /// Allocates nothing yet. `entriesPerBlock`: at least 1; with fewer each `take` fails.
     explicit Sequence(int entriesPerBlock) : blockSize(entriesPerBlock) {}
+    // Neither copied nor moved: pointers into it, and what its owner links, stay where they are.
     Sequence(const Sequence&) = delete;
     Sequence& operator=(const Sequence&) = delete;
     ~Sequence() { clear(); }

@@ -9,6 +9,7 @@ namespace Tarnkit {
 /// the nearest one, and NaN gives 0. For numbers that a scene may choose, such as a material id
 /// read from a texture: a plain cast of one that doesn't fit is undefined, differs between
 /// processors, and is a fault under the undefined-behaviour sanitizer. Any thread, no failure.
+/// To round to the nearest number instead, add 0.5 first; that is right for positive ones.
 inline int truncateToInt(float value) {
     // 2^31 is the first float above all ints. INT_MAX itself is no float: written as one it would
     // round up to 2^31, and a test against it let that number through.

@@ -8,6 +8,9 @@ namespace Tarnkit {
 // pixels, sizes in bytes that may pass 4 GB. Counts and indices are `int` everywhere, so that a
 // difference of two of them may be negative and a loop may run down to 0.
 
+// No other aliases of plain types are made: what a name such as `real` stands for has to be looked
+// up, and none of these has to.
+//
 // Unsigned arithmetic wraps round, which hashes and random numbers rely on.
 
 using u8 = std::uint8_t;

@@ -123,7 +123,11 @@ constexpr Point operator+(Point p, Vector v) {
     return {p.x + v.x, p.y + v.y, p.z + v.z};
 }
 
-/// The vector from `b` to `a`. Subtracts in double and rounds then: rounding the points first would
+/// The vector from `b` to `a`:
+///
+///     const Vector toLight = lightPosition - context.hitPoint;
+///
+/// Subtracts in double and rounds then: rounding the points first would
 /// leave nothing of the distance of two that are close together but far from the origin.
 constexpr Vector operator-(Point a, Point b) {
     return {static_cast<float>(a.x - b.x), static_cast<float>(a.y - b.y),

@@ -9,6 +9,7 @@
 
 namespace Tarnkit::platform {
 
+/// Processors that one mask of 64 bits counts, and how many such groups a set has room for.
 inline constexpr int kProcessorsPerGroup = 64;
 inline constexpr int kMaxProcessorGroups = 16;
 
@@ -17,6 +18,7 @@ inline constexpr int kMaxProcessorGroups = 16;
 struct ProcessorSet {
     std::array<std::uint64_t, kMaxProcessorGroups> groups{};
 
+    /// Processors in the set.
     int count() const {
         int sum = 0;
         for (const std::uint64_t mask : groups)
@@ -31,7 +33,8 @@ struct ProcessorSet {
 /// has no room are passed over. False if the text is no such list; the empty list is one.
 PELK_API bool parseProcessorList(std::string_view text, ProcessorSet& set);
 
-/// The processors that this process may use. False if the system does not tell.
+/// The processors that this process may use, whatever the calling thread is bound to. False if the
+/// system does not tell.
 PELK_API bool processAffinity(ProcessorSet& set);
 
 }  // namespace Tarnkit::platform

@@ -10,16 +10,23 @@ struct Fault {
     void* context = nullptr;       ///< the registers at that moment, in the system's form
 };
 
-/// Gets the number that the system gives to the kind of fault. It ends by throwing; if it
-/// returns, the fault goes on its way as if no translator stood.
+/// Turns a hardware fault into an exception. `code`: the system's number for the kind of fault, on
+/// POSIX that of the signal. It ends by throwing, on the thread of the fault and inside the signal
+/// handler, so it takes no memory beside the exception's. If it returns, the fault is handled as
+/// without a translator.
 using FaultTranslator = void (*)(unsigned code, const Fault& fault);
 
 /// Sets the function that hardware faults (bad addresses, bad instructions, bad arithmetic) of
-/// the calling thread end in, null for none. Returns the one before. Works on deep recursion
-/// too, for the translator runs on a stack of its own. Code that catches what a translator
-/// throws must be compiled to expect exceptions from plain instructions. Faults of threads
-/// without a translator go to who handled them before. If the process has set another handler
-/// since, each call with a translator puts ours first again.
+/// the calling thread are given to, null for none. Returns the one before. A stack overflow is
+/// caught too, for the translator runs on a stack of its own.
+///
+/// Code that catches what a translator throws must be compiled with -fnon-call-exceptions:
+/// otherwise the compiler takes it that a plain instruction never throws, and leaves out the way to
+/// the catch.
+///
+/// The handlers of a process belong to all its parts. Faults of threads without a translator, and
+/// signals that were sent and stand for no fault, go to the handler that stood before ours. If the
+/// process has set another one since, each call with a translator puts ours first again.
 PELK_API FaultTranslator setFaultTranslator(FaultTranslator translator);
 
 /// Writes a report of the fault on the calling thread into a file, in place of an older one:

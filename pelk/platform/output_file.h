@@ -9,10 +9,11 @@
 
 namespace Tarnkit::platform {
 
-/// An output file that appears whole or not at all. It is written under a temporary name beside
-/// its target and takes the target's name at the end. Dropped without `commit`, it leaves
-/// nothing behind, and an older target stands untouched. A target that is a link stays one: what
-/// it leads to is written.
+/// An output file that appears whole or not at all: whoever watches for the picture never reads
+/// half of it, and a render that is stopped or runs out of disk leaves the older picture untouched.
+/// It is written under a temporary name beside its target, on the same disk, and renamed by
+/// `commit`. Destroyed without `commit`, it leaves nothing behind. A target that is a symbolic link
+/// stays one: the file that it leads to is replaced. For one thread at a time.
 class PELK_API OutputFile {
 public:
     /// Makes the empty temporary file. If that fails, or if the target is there and no plain

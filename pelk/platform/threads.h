@@ -9,21 +9,24 @@
 
 namespace Tarnkit::platform {
 
+/// `belowNormal` lets other programs of the machine go first: a render in the background.
 enum class ThreadPriority { normal, belowNormal };
 
-/// A thread of the system. One owner at a time may call its operations.
+/// A thread of the operating system, whose stack size, priority and processors can be set, as those
+/// of std::thread can't. One owner at a time may call its operations.
 class PELK_API Thread {
 public:
     using Entry = void (*)(void* argument);
 
     Thread() = default;
-    /// Lets a thread that nobody has joined run on by itself.
+    /// Doesn't wait: a thread that nobody has joined runs on by itself.
     ~Thread();
     Thread(const Thread&) = delete;
     Thread& operator=(const Thread&) = delete;
 
-    /// Calls `entry` on a new thread. `stackSize`: in bytes, brought up to the least that the
-    /// system takes; below 1 is the system's default. False if there can be no more threads.
+    /// Calls `entry` with `argument` on a new thread; it must not throw. `stackSize`: in bytes,
+    /// brought up to the least that the system takes; below 1 is the system's default. False if
+    /// there can be no more threads.
     bool start(Entry entry, void* argument, int stackSize);
 
     /// Takes effect while the thread runs, and costs nothing if it has the priority already.
@@ -31,12 +34,13 @@ public:
     /// Binds the thread to these processors. False if the system refuses.
     bool setAffinity(const ProcessorSet& processors);
 
-    /// Returns when the thread has ended.
+    /// Returns when the thread has ended, at once if none was started. Not to be called on it.
     void join();
 
-    /// Ends the thread wherever it stands: nothing on its stack is destroyed, no lock that it
-    /// holds is ever left, and its stack is lost. False if it has not gone within two
-    /// seconds, as it may block the signal; then it runs on by itself.
+    /// Ends the thread wherever it stands: nothing on its stack is destroyed, a lock that it holds
+    /// stays held for good, the heap's among them, and the memory of its stack is lost. A last
+    /// means against a plug-in that never returns. False if it has not gone within two seconds, as
+    /// it may block the signal; then it runs on by itself. `exitCode`: what the system is told.
     bool kill(unsigned exitCode);
 
     /// The name of the calling thread in debuggers, cut to what the system takes.

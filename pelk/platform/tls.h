@@ -4,15 +4,22 @@
 
 namespace Tarnkit::platform {
 
-/// A place that holds one pointer for each thread, null until the thread has set it. A copy means
-/// the same place, which `create` makes and `destroy` gives back to the system.
+/// A variable of which each thread has its own: one pointer, null until the thread has set it. Made
+/// at run time, unlike `thread_local`, so that each thread manager has one for itself. Nothing that
+/// a pointer leads to is freed when a thread ends.
+///
+/// The object is a handle, and a copy means the same variable; whoever made it by `create` ends it
+/// by `destroy`, when no thread uses it any more. `set` and `get` may be called by any thread.
 class PELK_API ThreadSlot {
 public:
-    /// Without a place left in the system the slot takes nothing and answers null.
+    /// The system has few of them, and when it has none left the slot forgets what is set and
+    /// answers null.
     static ThreadSlot create();
     void destroy();
 
+    /// For the calling thread alone.
     void set(void* value) const;
+    /// What the calling thread has set; null if nothing.
     void* get() const;
 
 private:

@@ -27,7 +27,8 @@ void flushOutput() {
         noteOutputFailure();
 }
 
-/// A stream of the process. A terminal does not tell its attributes, so they are kept here.
+/// The standard output or error of the process. A terminal can't be asked for its attributes, so
+/// what was set is kept here.
 class StandardConsole final : public Console {
 public:
     explicit constexpr StandardConsole(int descriptor) : stream(descriptor) {}
@@ -82,7 +83,7 @@ constinit StandardConsole standardConsole(STDOUT_FILENO);
 constinit StandardConsole standardError(STDERR_FILENO);
 constinit std::atomic<Console*> current{&standardConsole};
 
-/// Terminals count colours from red on, attributes from blue on.
+/// The ANSI number of a colour: its lowest bit is red, that of our attributes is blue.
 unsigned terminalColor(unsigned attributes) {
     return (attributes & kConsoleRed ? 1 : 0) | (attributes & kConsoleGreen ? 2 : 0) |
            (attributes & kConsoleBlue ? 4 : 0);
@@ -104,7 +105,7 @@ void setConsole(Console* replacement) {
 
 void fillClosedStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The lowest free number is what is given out.
+        // open() takes the lowest free number, which is this one: those below are open by now.
         if (fcntl(stream, F_GETFD) < 0 && errno == EBADF)
             (void)!open("/dev/null", stream == STDIN_FILENO ? O_RDONLY : O_WRONLY);
     }

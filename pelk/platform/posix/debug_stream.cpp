@@ -11,7 +11,8 @@ namespace {
 
 constinit std::atomic<DebugSink> debugSink{nullptr};
 
-/// One call, so that lines of several threads don't mix. What the system takes none of is lost.
+/// Writes by one system call, so that lines of several threads don't mix. What the system doesn't
+/// take is lost, as there is nobody to tell.
 void writeOnce(int descriptor, const char* text) {
     [[maybe_unused]] const ssize_t written = ::write(descriptor, text, std::strlen(text));
 }

@@ -12,8 +12,9 @@ namespace Tarnkit::platform {
 
 namespace {
 
-// The system's own way to sleep until a word changes. A condition variable would do, but locks a
-// mutex at each turn and asks the system three times for each signal.
+// A futex: Linux puts a thread to sleep as long as a word in memory has a certain value. A
+// condition variable would do, but takes a mutex each time and needs more system calls for each
+// signal.
 static_assert(sizeof(std::atomic<int>) == sizeof(int) && std::atomic<int>::is_always_lock_free);
 
 /// Sleeps while the word is 0, until the time at the latest if there is one. May return sooner.
@@ -41,8 +42,9 @@ timespec timeFromNow(int milliseconds) {
 
 void Event::set() {
     signalled = 1;
-    // Both are in one order for all threads: who goes to sleep has counted itself before it looks
-    // at the signal a last time, so it is seen here or sees the signal.
+    // Sequentially consistent, both here and in `wait`: a thread that goes to sleep raises
+    // `waiters` before its last look at the signal. So either it is counted here, or it sees the
+    // signal; no thread sleeps through one.
     if (waiters > 0)
         syscall(SYS_futex, &signalled, FUTEX_WAKE_PRIVATE,
                 resetKind == Reset::automatic ? 1 : INT_MAX);

@@ -17,8 +17,9 @@ namespace {
 
 constexpr int kSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
 
-/// Who handled each signal when our handler was put up, the latest first. The latest may know ours
-/// from an earlier time and call it; what it expects then is who comes next.
+/// The handlers of each signal that ours has replaced, the latest first. There may be several, as a
+/// library that puts up its own later makes us put ours up again. Such a handler may call ours,
+/// which it replaced; it then expects us to call the one that came before it, not itself.
 constexpr int kKeptActions = 4;
 struct sigaction formerActions[std::size(kSignals)][kKeptActions];
 
@@ -34,8 +35,9 @@ public:
         munmap(memory, kSize);
     }
 
-    /// Puts the stack up, unless a tool's or host's stands that will do. A smaller one would run
-    /// over; it stands aside until the thread ends.
+    /// Makes this the thread's signal stack, unless it has one of sufficient size, as under a
+    /// sanitizer. A smaller one would overflow in the translator; it is put back when the thread
+    /// ends.
     void provide() {
         stack_t present;
         const bool known = sigaltstack(nullptr, &present) == 0;
@@ -67,11 +69,11 @@ private:
 struct PassedOn {
     const void* context;  ///< of the signal
     const void* frame;    ///< our place on the stack
-    int action;           ///< which of the former ones
+    int action;           ///< its place in formerActions
 };
 
-// Bound when the library is loaded: the usual way may allocate at a thread's first look, and that
-// look may be the fault handler's.
+// The storage is reserved when the library is loaded. By default a thread's first access allocates
+// it, and that access may be the fault handler's.
 __attribute__((tls_model("initial-exec"))) constinit thread_local FaultTranslator translator =
     nullptr;
 __attribute__((tls_model("initial-exec"))) constinit thread_local PassedOn passedOn = {};
@@ -93,12 +95,13 @@ void callHandler(const struct sigaction& action, int number, siginfo_t* record, 
         action.sa_handler(number);
 }
 
-/// Leaves the signal to whoever handled it before. Our handler stays for the other threads, unless
-/// the process ends.
+/// Calls the handler that ours has replaced, or takes the system's default action. Ours stays in
+/// place for the other threads, unless the process ends.
 void passOn(int number, siginfo_t* record, void* context, bool sent) {
     const auto place = std::find(std::begin(kSignals), std::end(kSignals), number);
     struct sigaction* former = formerActions[place - std::begin(kSignals)];
-    // The handler that we have passed this signal on to may have called us.
+    // If the handler that we have called for this very signal calls us in turn (same context, and
+    // our place on the stack lies deeper), the next of the replaced ones has its turn.
     PassedOn call{context, __builtin_frame_address(0), 0};
     if (passedOn.context == call.context && passedOn.frame > call.frame)
         call.action = passedOn.action + 1;
@@ -120,22 +123,25 @@ void passOn(int number, siginfo_t* record, void* context, bool sent) {
     callHandler(action, number, record, context);
 }
 
-/// Where nothing can be run, nothing can be unwound: a call that led there is taken back.
+/// After a call to an address without code, such as a null function pointer, the program counter is
+/// that address, for which the unwinder finds no function and ends the process. So the counter and
+/// the stack are put back to the instruction that called.
 void leaveBadCall([[maybe_unused]] ucontext_t& context, [[maybe_unused]] const siginfo_t& record) {
 #if defined(__x86_64__)
     greg_t* registers = context.uc_mcontext.gregs;
     if (record.si_signo != SIGSEGV ||
         reinterpret_cast<greg_t>(record.si_addr) != registers[REG_RIP])
         return;
-    // One less than the place to return to lies in the call, as all unwinding has it.
+    // The return address may already belong to another function or another try block; unwinders
+    // take the byte before it, which lies in the call.
     registers[REG_RIP] = *reinterpret_cast<const greg_t*>(registers[REG_RSP]) - 1;
     registers[REG_RSP] += sizeof(greg_t);
 #endif
 }
 
 void translate(int number, const siginfo_t& record, ucontext_t& context) {
-    // The translator doesn't come back, so the signal must be open again before it runs: a
-    // second fault, blocked, would end the process.
+    // The translator leaves by an exception, so nothing would unblock the signal afterwards, and
+    // the next fault of a blocked signal ends the process.
     const sigset_t own = only(number);
     pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
     ucontext_t original = context;
@@ -151,11 +157,11 @@ extern "C" void handleFault(int number, siginfo_t* record, void* context) {
     passOn(number, record, context, sent);
 }
 
-/// Puts our handler up where it doesn't stand, or no longer.
+/// Installs our handler for each signal that has another one, at the first call or since.
 void installHandlers() {
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    // The first look at the call stack loads a library, which a fault handler must not.
+    // The first call of backtrace loads a library, which must not happen in a fault handler.
     void* frame;
     backtrace(&frame, 1);
     struct sigaction ours {};

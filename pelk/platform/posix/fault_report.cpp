@@ -14,8 +14,8 @@ namespace Tarnkit::platform {
 
 namespace {
 
-/// Formats a line of the report. The formatter gets plain integers only, for which it uses no
-/// memory but the stack.
+/// Formats and writes a line of the report. Numbers and short texts only: for those vsnprintf
+/// allocates nothing, and the heap may be what is broken.
 __attribute__((format(printf, 2, 3))) bool writeLine(int file, const char* format, ...) {
     char line[256];
     va_list arguments;
@@ -74,8 +74,8 @@ bool writeMemoryMap(int file) {
 }  // namespace
 
 bool writeFaultReport(const char* fileName, unsigned code, const Fault& fault) {
-    // The name can be guessed and the directory may be open to all: no link is followed, and
-    // memory addresses are nobody else's business.
+    // Anyone can guess the name and put a symbolic link there, to have us overwrite another file:
+    // none is followed. The report is for its owner alone, as addresses help to attack the process.
     const int flags = O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC;
     const int file = open(fileName, flags, 0600);
     if (file < 0)

@@ -17,7 +17,8 @@ namespace {
 /// The working directory, ending in a separator; empty if it is unknown.
 std::string workingDirectory() {
     char path[PATH_MAX];
-    // A directory outside the visible tree is reported in brackets.
+    // Where the directory lies outside the process's root, Linux answers "(unreachable)" and a
+    // path.
     if (!getcwd(path, sizeof path) || path[0] != '/')
         return {};
     return std::string(path) + "/";
@@ -76,7 +77,7 @@ std::vector<std::string> listFiles(std::string_view mask) {
     while (const dirent* entry = readdir(entries.get()))
         if (matchesMask(entry->d_name, pattern))
             names.emplace_back(entry->d_name);
-    // Strings compare as unsigned bytes here; a directory's own order is any.
+    // The order of a directory is arbitrary; sorted by bytes it is the same on every machine.
     std::sort(names.begin(), names.end());
     return names;
 }

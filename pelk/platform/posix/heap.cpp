@@ -15,7 +15,8 @@ void* allocateAligned(std::size_t size, std::size_t alignment) {
     return posix_memalign(&memory, alignment, size) == 0 ? memory : nullptr;
 }
 
-/// The allocator's own sums; blocks that it got from the system one by one are counted apart.
+/// The sums of glibc's allocator. Large blocks, which it maps from the system one by one, stand in
+/// separate sums and are added here.
 HeapReport report() {
     const struct mallinfo2 info = mallinfo2();
     return {
@@ -26,7 +27,7 @@ HeapReport report() {
     };
 }
 
-/// This allocator stops the process itself when it meets damage, so what is left is good.
+/// glibc's allocator ends the process itself when it finds damage, so whoever can ask is told true.
 bool isIntact() {
     return true;
 }

@@ -27,7 +27,7 @@ bool contains(const ProcessorSet& set, int number) {
     return set.groups[number / kProcessorsPerGroup] >> number % kProcessorsPerGroup & 1;
 }
 
-/// Collects nodes where there is room, and counts them all.
+/// Writes nodes into the caller's array as far as it has room, and counts them all.
 struct NodeList {
     NumaNode* nodes;
     int room;
@@ -39,7 +39,8 @@ struct NodeList {
         ++count;
     }
 
-    /// A node without processors stands too, in group 0.
+    /// Adds an entry for each group in which the node has processors, and one in group 0 for a node
+    /// without any: it has memory all the same.
     void addNode(const ProcessorSet& processors, int node) {
         const int before = count;
         for (int group = 0; group < kMaxProcessorGroups; ++group)
@@ -51,7 +52,7 @@ struct NodeList {
 };
 
 bool listNodes(NumaNode* nodes, int* count) {
-    ProcessorSet online;  // of nodes, but written like a set of processors
+    ProcessorSet online;  // the numbers of nodes, in a file of the same form
     ProcessorSet allowed;
     if (!readProcessorList("/sys/devices/system/node/online", online) || !processAffinity(allowed))
         return false;
@@ -64,7 +65,8 @@ bool listNodes(NumaNode* nodes, int* count) {
         ProcessorSet processors;
         if (!readProcessorList(fileName, processors))
             return false;
-        // Threads must not leave what the user gave to the process.
+        // Binding a thread to a node must not lead it to processors that were closed to the
+        // process.
         for (int group = 0; group < kMaxProcessorGroups; ++group)
             processors.groups[group] &= allowed.groups[group];
         list.addNode(processors, node);

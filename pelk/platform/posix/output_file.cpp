@@ -16,7 +16,8 @@ namespace Tarnkit::platform {
 
 namespace {
 
-/// A name in the directory of `target` with its ending, different at each call and process.
+/// A hidden name in the directory of `target`, with its ending, that no other call and no other
+/// process chooses.
 std::string nameBeside(const std::string& target) {
     static constinit std::atomic<unsigned> number{0};
     const std::size_t nameAt = target.rfind('/') + 1;  // 0 if there is no separator
@@ -27,7 +28,8 @@ std::string nameBeside(const std::string& target) {
            std::to_string(number++) + (hasEnding ? target.substr(dot) : "");
 }
 
-/// What a link leads to, whether that is there or not. A ring of links is left as it is.
+/// The file that a path leads to through symbolic links, whether it exists or not. Links that lead
+/// in a circle give the path itself.
 std::string followLinks(const std::string& path) {
     namespace fs = std::filesystem;
     std::error_code none;

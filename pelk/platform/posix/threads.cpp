@@ -22,13 +22,13 @@ static_assert(sizeof(pthread_t) <= sizeof(std::uintptr_t));
 
 namespace {
 
-/// How a thread that is killed says so. Written in a signal handler.
+/// What Thread::kill and the signal handler that ends the thread tell each other.
 struct KillState {
     std::atomic<unsigned> exitCode{0};
     std::atomic<bool> done{false};
 };
 
-/// That of the calling thread, where the handler finds it; null outside the thread's entry.
+/// The calling thread's own, for the signal handler to find; null outside the thread's entry.
 constinit thread_local KillState* ownKillState = nullptr;
 
 constinit std::atomic<ThreadFilter> threadFilter{nullptr};
@@ -43,7 +43,7 @@ int killSignal() {
 void endCallingThread(int) {
     KillState* state = ownKillState;
     if (!state)
-        return;  // someone else's thread or one that is ending anyway
+        return;  // a thread that wasn't started here, or is ending anyway
     const unsigned exitCode = state->exitCode;
     state->done = true;
     // The bare call: the runtime's own way out would unwind the stack and run destructors.
@@ -84,7 +84,8 @@ struct Thread::Body {
     void* argument;
     KillState kill;
     std::atomic<bool> hasEnded{false};
-    // The thread's share. It isn't on the thread's stack, so that who kills it can drop it.
+    // The thread's reference to this. It stands here and not on the thread's stack, which is lost
+    // when the thread is killed: Thread::kill must be able to drop it.
     std::shared_ptr<Body> self;
 };
 
