@@ -62,6 +62,11 @@ void spinEnter(Section& section) {
 /// Holds a lock until the end of the scope, on every way out of it, an ExceptionMsg included. Give
 /// it a name: a nameless one ends with its statement, which `nodiscard` warns of. `Section`: either
 /// class above; it must outlive the holder.
+///
+///     {
+///         const ScopedLock hold(lock);
+///         latches.take();
+///     }
 template <class Section>
 class [[nodiscard]] ScopedLock {
 public:

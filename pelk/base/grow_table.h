@@ -23,6 +23,13 @@ namespace Tarnkit {
 ///     for (PluginDesc* each : descs)
 ///         use(each);
 ///
+/// Which of the containers here to take:
+///
+///     GrowTable   an array: by index, in order, entries may move
+///     Sequence    entries are taken one after the other and never move
+///     HashTable   by a number or a name
+///     PoolEntry   entries are taken and given back all the time, on one thread
+///
 /// Reads may overlap; the owner keeps any other call from overlapping. Memory failure is an
 /// ExceptionMsg and leaves the table as it was. A table never gives memory back by itself: one that
 /// is cleared and filled again at each hit soon allocates no more.
@@ -52,6 +59,7 @@ public:
 
     /// Adds a copy of `item` at the end and returns it. `item` may be an entry of this table: it is
     /// copied first, since growing frees the place where it stands.
+    /// Constant time on average if the capacity doubles, else see the constructor.
     T& append(const T& item) {
         const T copy = item;
         reserve(count + 1LL);

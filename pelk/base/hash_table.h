@@ -50,7 +50,11 @@ struct HashKey<const char*> {
 /// must live as long as its entry: names of plug-ins do, names built on the stack don't. Memory of
 /// removed entries is used again and goes back to the heap with the table.
 ///
-/// Of use:
+/// With 13 buckets the eleventh key makes it 29 and 11 keys are 37 %; it goes back to 13 when fewer
+/// than 6 keys are left. Chains are short at any size: at 76 % a key that is there is found
+/// after 1.4 comparisons on average.
+///
+/// An example, plug-ins by name:
 ///
 ///     HashTable<const char*, PluginDesc*> byName;
 ///     byName.insert(desc->getName(), desc);  // false: the name is taken

@@ -46,6 +46,12 @@ struct _SequenceBlock {
 /// An entry is constructed when its block is made, and not again when it is handed out anew after
 /// `reset`: what the last user wrote is still in it.
 ///
+/// As the records of one run, here of the threads that take part in a job:
+///
+///     Sequence<GroupMember> group{16};
+///     GroupMember& member = *group.take();  // write every field: it may be an old one
+///     group.reset();                        // when the run is over, all at once
+///
 /// Taking is a few instructions while there is room, and a block's allocation each
 /// `entriesPerBlock` entries, which bounds both how often the heap is asked and what is left
 /// unused. Not locked: the owner keeps calls from overlapping, which at a hit means one store for

@@ -127,8 +127,8 @@ constexpr Point operator+(Point p, Vector v) {
 ///
 ///     const Vector toLight = lightPosition - context.hitPoint;
 ///
-/// Subtracts in double and rounds then: rounding the points first would
-/// leave nothing of the distance of two that are close together but far from the origin.
+/// Subtracts in double and rounds then: rounding the points first would leave nothing of the
+/// distance of two that are close together but far from the origin.
 constexpr Vector operator-(Point a, Point b) {
     return {static_cast<float>(a.x - b.x), static_cast<float>(a.y - b.y),
             static_cast<float>(a.z - b.z)};
