@@ -76,51 +76,30 @@ protected:
 ///
 ///     struct DistanceParams {
 ///         float range = 1.0f;  ///< distance that is shown as 1, above 0
+///         static ParamRows<DistanceParams> table();
 ///     };
 ///
-///     constexpr ParamTable kParams{
-///         floatParam("range", &DistanceParams::range, 1.0f, "Distance that is white"),
-///     };
-///
-///     class TexDistance final : public PelkPlugin, public TextureFloatInterface {
+///     class TexDistance final
+///         : public WithParams<DistanceParams, PluginOffering<TextureFloatInterface>> {
 ///     public:
-///         using Offered = InterfaceList<TextureFloatInterface>;
+///         static constexpr const char* kName = "TexDistance";
+///         static constexpr u32 kID = 0x5C1D9E37;
 ///
-///         explicit TexDistance(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
-///             kParams.bind(paramList, params);
-///         }
-///         PluginBase* getPlugin() override { return this; }
-///         PluginInterface* getInterface(u64 id) override {
-///             PluginInterface* const own = Offered::find(*this, id);
-///             return own ? own : PelkPlugin::getInterface(id);
-///         }
+///         using WithParams::WithParams;
+///
 ///         float getTexFloat(PelkContext& context) override {
 ///             const Point eye = context.renderer->frameData.cameraPosition;
 ///             return length(context.hitPoint - eye) / params.range;
 ///         }
 ///         Vector getTexBump(PelkContext&) override { return {}; }
-///
-///     private:
-///         DistanceParams params;
 ///     };
 ///
-///     class TexDistanceDesc final : public PelkPluginDesc {
-///     public:
-///         TexDistanceDesc() {
-///             kParams.addTo(list);
-///             paramDesc = &list;
-///         }
-///         u32 getPluginID() override { return 0x5C1D9E37; }
-///         const char* getName() override { return "TexDistance"; }
-///         Plugin* newPlugin(PelkPluginHost*) override { return new TexDistance(this); }
-///         void deletePlugin(Plugin* plugin) override { delete plugin; }
-///         int supportsInterface(u64 id) override {
-///             return TexDistance::Offered::contains(id) || PelkPlugin::Offered::contains(id);
-///         }
-///
-///     private:
-///         PelkParameterListDesc list;
+///     constexpr ParamTable kParams{
+///         floatParam("range", &DistanceParams::range, 1.0f, "Distance that is white"),
 ///     };
+///     ParamRows<DistanceParams> DistanceParams::table() { return kParams; }
+///
+///     using TexDistanceDesc = DescOf<TexDistance>;  // its descriptor, from desc_of.h
 class PELK_API PelkPlugin : public Plugin, public PelkPluginInterface {
 public:
     using Offered = InterfaceList<PelkPluginInterface>;

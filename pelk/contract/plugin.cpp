@@ -15,7 +15,7 @@ void Plugin::setPluginName(const char* newName) {
     char* copy = nullptr;
     if (newName) {
         // Copied before the old name goes: the new one may lie inside it.
-        const size_t size = std::strlen(newName) + 1;
+        const std::size_t size = std::strlen(newName) + 1;
         copy = static_cast<char*>(allocate(size));
         std::memcpy(copy, newName, size);
     }

@@ -15,7 +15,7 @@ namespace {
 char* copyText(const char* text) {
     if (!text)
         return nullptr;
-    const size_t size = std::strlen(text) + 1;
+    const std::size_t size = std::strlen(text) + 1;
     return static_cast<char*>(std::memcpy(allocate(size), text, size));
 }
 

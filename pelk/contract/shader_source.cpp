@@ -29,7 +29,7 @@ struct Arguments {
 
 /// Takes the conversion at the front of `format` off it. False if there is none, or a broken one.
 bool takeConversion(std::string_view& format, Conversion& out) {
-    const size_t end = format.find_first_not_of("-+ #0123456789.hljztL", 1);
+    const std::size_t end = format.find_first_not_of("-+ #0123456789.hljztL", 1);
     if (end >= format.size() || end + 1 >= sizeof(out.text))
         return false;
     format.copy(out.text, end + 1);
@@ -99,9 +99,9 @@ void ShaderSource::append(const ShaderSource& other) {
     append(other.c_str(), other.used);
 }
 
-void ShaderSource::append(const char* from, size_t size) {
+void ShaderSource::append(const char* from, std::size_t size) {
     if (used + size + 1 > capacity) {
-        const size_t grownCapacity = std::max(used + size + 1, capacity * 2);
+        const std::size_t grownCapacity = std::max(used + size + 1, capacity * 2);
         char* grown = static_cast<char*>(allocate(grownCapacity));
         std::memcpy(grown, c_str(), used);
         // Copied before the old text goes: what is appended may stand in it.
@@ -124,7 +124,7 @@ void ShaderSource::printf(const char* format, ...) {
     try {
         std::string_view rest = format;
         while (!rest.empty()) {
-            const size_t plain = std::min(rest.find('%'), rest.size());
+            const std::size_t plain = std::min(rest.find('%'), rest.size());
             append(rest.data(), plain);
             rest.remove_prefix(plain);
             Conversion conversion;

@@ -45,10 +45,10 @@ public:
     int length() const { return static_cast<int>(used); }
 
 private:
-    void append(const char* from, size_t size);
+    void append(const char* from, std::size_t size);
 
     char* text = nullptr;  ///< null until something was appended
-    size_t used = 0, capacity = 0;
+    std::size_t used = 0, capacity = 0;
 };
 
 }  // namespace Tarnkit
