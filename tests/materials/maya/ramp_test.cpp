@@ -1,0 +1,3 @@
+#include "pelk/materials/maya/ramp.h"
+
+#include "fake_host/fake_host.h"
