@@ -16,47 +16,52 @@ namespace Tarnkit {
 // dropped, so that a material needn't ask who listens. Being compiled into materials and written
 // into transferred regions, the numbers never change; a channel of a scene's own has none (-1).
 
-/// The number of a well-known channel.
+/// The number of a well-known channel. The comment tells who writes it, when; what the value means
+/// for a user, and its type, stand in kChannelAliases below.
 enum ChannelAlias : int {
-    // The main values of a fragment: stored in its fields whether or not there is such a channel.
-    kAliasColor = 1,
-    kAliasAlpha = 2,
-    kAliasTransparency = 3,
-    kAliasBackground = 4,
-    kAliasZDepth = 5,
-    kAliasRenderID = 6,
-    kAliasNormal = 7,
-    kAliasAlphaTransparency = 8,
-    kAliasWeight = 10,  // 9 was never given out
+    // The main values of a fragment: fields of PKFragment, there whether or not a channel of the
+    // render carries the alias. The host writes them after each `shade`, since a material clears.
+    kAliasColor = 1,              ///< radiance without what lies behind; premultiplied
+    kAliasAlpha = 2,              ///< coverage, per component
+    kAliasTransparency = 3,       ///< what is left of the colour behind, along the ray
+    kAliasBackground = 4,         ///< a matte: its dimmed background; the host: where rays leave
+    kAliasZDepth = 5,             ///< times the weight; along the axis that points backwards
+    kAliasRenderID = 6,           ///< by GeomObjectInterface::getRenderID of the first surface
+    kAliasNormal = 7,             ///< shading normal of the first surface, times the weight
+    kAliasAlphaTransparency = 8,  ///< what is left of the alpha behind
+    // 9 stays without a field: reading it gives nothing, and writing it stores nothing.
+    kAliasWeight = 10,  ///< sum of the shares of the samples in this fragment
 
-    // What materials, lights and samplers write while a hit is shaded.
-    kAliasDiffuse = 101,
-    kAliasReflection = 102,
-    kAliasRefraction = 103,
-    kAliasSelfIllumination = 104,
-    kAliasBackgroundLoss = 105,
-    kAliasSpecular = 106,
-    kAliasMatteLight = 111,
-    kAliasMatteLightLoss = 112,
-    kAliasMaterialIDColor = 115,
-    kAliasReflectivity = 118,
-    kAliasRawReflection = 119,
-    kAliasRefractionWeight = 120,
-    kAliasRawRefraction = 121,
-    kAliasImageBackground = 124,
-    kAliasMatteShadow = 128,
-    kAliasBumpScreenNormal = 131,
-    kAliasReflectionFilter = 139,
-    kAliasMaterialIDNumber = 141,
-    kAliasBumpOffset = 145,
+    // What materials and samplers write while a hit is shaded, each for its own surface. What
+    // stands behind a see-through surface is added by the channel object, times the transparency.
+    kAliasDiffuse = 101,           ///< MtlMayaRamp: its colour ramp, times what isn't transparent
+    kAliasReflection = 102,        ///< a sampler's own reflected ray, already times its throughput
+    kAliasRefraction = 103,        ///< the same of a refracted ray
+    kAliasSelfIllumination = 104,  ///< MtlMayaRamp: incandescence; the host: a light that is seen
+    kAliasBackgroundLoss = 105,    ///< MtlWrapper as a matte: undimmed minus dimmed background
+    kAliasSpecular = 106,          ///< MtlMayaRamp, in `eval` of each light
+    kAliasMatteLight = 111,        ///< MtlWrapper, only with `generate_render_elements`
+    kAliasMatteLightLoss = 112,    ///< MtlWrapper: the unshadowed sum of the lights minus that
+    kAliasMaterialIDColor = 115,   ///< MtlMaterialID, in `shade` and `traceForward`
+    kAliasReflectivity = 118,      ///< MtlMayaRamp: factor between 119 and 102
+    kAliasRawReflection = 119,     ///< MtlMayaRamp: the reflected ray's radiance
+    kAliasRefractionWeight = 120,  ///< MtlMayaRamp: factor between 121 and 103
+    kAliasRawRefraction = 121,     ///< MtlMayaRamp: the refracted ray's radiance
+    kAliasImageBackground = 124,   ///< the same value as alias 4, for users to look at
+    kAliasMatteShadow = 128,       ///< MtlWrapper: 1 - shadowed / unshadowed direct light
+    kAliasBumpScreenNormal = 131,  ///< MtlBump, only if a channel carries it
+    kAliasReflectionFilter = 139,  ///< throughput that stands in 102; mattes dim by it
+    kAliasMaterialIDNumber = 141,  ///< MtlMaterialID; the one alias of materials that is an int
+    kAliasBumpOffset = 145,        ///< MtlBump, only if a channel carries it
 
-    // The picture itself, which a host makes of the main values, and what regions add to it.
-    kAliasImageAlpha = 125,
-    kAliasImageColor = 126,
-    kAliasHostStamp = 134,
+    // The picture itself. Hosts make its pixels from the main values; nobody writes it at a hit.
+    // Regions treat these by their numbers alone.
+    kAliasImageAlpha = 125,  ///< never mapped on read-out; the weight when regions are merged
+    kAliasImageColor = 126,  ///< merged as premultiplied colour
+    kAliasHostStamp = 134,   ///< a region that came from another computer shows its name here
 
-    // Channels that materials know nothing of; above 146, the last alias with an index of its own
-    // in regions, so that they can't collide with one that a material is compiled with.
+    // Channels that materials know nothing of. Above 146, the last alias with a bucket of its own
+    // in regions, so that no number which a material is compiled with can collide with them.
     kAliasFront = 1001,
     kAliasUV = 1002,
 };

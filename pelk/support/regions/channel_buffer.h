@@ -10,14 +10,23 @@
 
 namespace Tarnkit {
 
-/// A paged array of equal items, so that no single large allocation is needed. Item `i` lies in
-/// page `i / itemsPerPage`, at byte `(i % itemsPerPage) * itemSize`.
+/// The pixels of one channel: a paged array of equal items, so that a very large image asks the
+/// heap for blocks of bounded size and not for one of gigabytes.
+///
+/// Item `i` lies in page `i / itemsPerPage`, at byte `(i % itemsPerPage) * itemSize`; inside a page
+/// items follow one another without gaps or padding, in the byte order of the machine. The buffer
+/// knows nothing of rows: a region gives the pixel (x, y) of its rectangle the index
+/// `(x - x0) + (y - y0) * width`, so row y + 1 begins right behind the last pixel of row y. Code
+/// that moves pixels goes by `run` and not by `item`: a row then costs one or two block copies.
+///
+/// Items have no type here and no alignment beyond a float's: a colour is three floats, 12 bytes.
+/// Takes no lock. Threads may write different items at once; `resize` and `free` come alone.
 class ChannelBuffer {
 public:
     /// Items that stand one after the other in memory.
     struct Run {
-        u8* data;
-        int count;
+        u8* data;   ///< the first of them; null if there are none
+        int count;  ///< how many, 0 if there are none
     };
 
     ChannelBuffer() = default;
@@ -25,20 +34,24 @@ public:
     ChannelBuffer& operator=(const ChannelBuffer&) = delete;
     ~ChannelBuffer() { free(); }
 
-    /// Buffers take their memory where their pages do, so that its failure reads the same.
+    /// Buffers take their own memory where their pages do, so that to whoever runs out of it both
+    /// failures read the same: an ExceptionMsg with the size that was asked for.
     static void* operator new(std::size_t size) { return allocate(size); }
     static void operator delete(void* memory) noexcept { freeMemory(memory); }
 
     /// Makes room for `count` items of `itemSize` bytes in pages of about `pageBytes`, cut down to
     /// whole rows of `rowWidth` items where a row fits. Pages of a similar size stay, with what is
-    /// in them; what is new is not written. Memory failure is an ExceptionMsg, after which the
-    /// buffer may be short of items.
+    /// in them (a factor of four up or down, and whole rows), since tiles of one picture follow one
+    /// another in the same region and fresh memory is dear. What is new is not written; the
+    /// caller fills it. Where pages stay, a smaller
+    /// count leaves the items in use as many as they were. An `itemSize` below 1 frees all. Memory
+    /// failure is an ExceptionMsg, after which the buffer may be short of items but is sound.
     void resize(int count, int itemSize, int pageBytes, int rowWidth);
 
-    /// Gives all memory back.
+    /// Gives all memory back; the buffer is as new.
     void free();
 
-    /// The address of an item, null outside of the items in use.
+    /// The address of an item, null outside of the items in use. Good until `resize` or `free`.
     u8* item(int index) { return index >= 0 && index < used ? address(index) : nullptr; }
 
     /// The items from `index` on, at most `wanted` of them: as many as the page and the items in
@@ -60,9 +73,12 @@ public:
         }
     }
 
+    /// Items in use. May be more than the last `resize` asked for, never fewer.
     int size() const { return used; }
+    /// Items that the pages hold, those in use and those to spare in the last page.
     int getCapacity() const { return capacity; }
     int getItemsPerPage() const { return itemsPerPage; }
+    /// Bytes of a page: a multiple of the item size.
     int getPageBytes() const { return pageBytes; }
     int getItemSize() const { return itemSize; }
 
@@ -73,9 +89,9 @@ private:
 
     u8* address(int index) { return pages[index / itemsPerPage] + index % itemsPerPage * itemSize; }
 
-    GrowTable<u8*> pages{100};
-    int used = 0;      // items in use
-    int capacity = 0;  // items that the pages hold
+    GrowTable<u8*> pages{100};  // owned, all of pageBytes
+    int used = 0;
+    int capacity = 0;
     int itemsPerPage = 0;
     int pageBytes = 0;
     int itemSize = 0;

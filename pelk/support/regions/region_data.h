@@ -13,29 +13,33 @@
 
 namespace Tarnkit {
 
-/// Says which pixels a merge of two regions may change. Given by the region's owner.
+/// Says which pixels a merge of two regions may change. Defined and owned by whoever owns the
+/// region.
 class RegionMask;
 
-/// Channel objects, not owned; entries may be null.
+/// Channel objects by their indices, not owned. A null entry is a place without a channel: those
+/// that add channels skip it, those that compare take it for a match.
 using ChannelList = std::span<RenderChannel* const>;
 
-/// Bytes of one value of a channel type; 0 for an unknown one.
+/// Bytes of one value of a channel type, in a slot and in a pixel; 0 for an unknown one. Values are
+/// 32-bit floats or an int in the byte order of the machine, without padding.
 constexpr int channelTypeSize(int type) {
     constexpr int kSizes[] = {0, 4, 12, 8, 4, 12, 16};
     return type >= kChannelNone && type <= kChannelAColor ? kSizes[type] : 0;
 }
 
-/// One channel of a region.
+/// One channel of a region: a row of the channel table, whose place there is the channel's index.
 struct ChannelRecord {
-    int type = kChannelFloat;
-    char name[64] = "";
-    int alias = -1;
+    int type = kChannelFloat;  ///< of ChannelType
+    char name[64] = "";        ///< at most 63 bytes; longer names are cut and compared as cut
+    int alias = -1;            ///< of ChannelAlias; -1 for a channel of a scene's own
     ChannelBuffer* buffer = nullptr;   ///< the pixels, owned by the region; null when none
-    RenderChannel* channel = nullptr;  ///< not owned
-    int fragmentOffset = 0;            ///< where the slot begins in a fragment's data block
-    int fragmentSize = 0;              ///< bytes of the slot
-    int flags = 0;                     ///< of ChannelFlags
+    RenderChannel* channel = nullptr;  ///< its arithmetic, not owned; may be null
+    int fragmentOffset = 0;  ///< bytes from the start of a fragment's data block to the slot
+    int fragmentSize = 0;    ///< bytes of the slot; 0 for a channel without one
+    int flags = 0;           ///< of ChannelFlags
 
+    /// Whether the channel has that name; not for null.
     bool hasName(const char* other) const;
     /// The slot in a data block of `blockSize` bytes; null without an object, or where the block
     /// has no room for it: a channel may be younger than the block.
@@ -45,62 +49,101 @@ struct ChannelRecord {
     }
 };
 
-/// A channel in the list of those that share a bucket of aliases.
+/// A channel in the list of those that share a bucket of aliases. The buckets make a write by alias
+/// at a hit (Fragment::addAlias) independent of the number of channels.
 struct AliasNode {
     int channelIndex = 0;
-    AliasNode* next = nullptr;
+    AliasNode* next = nullptr;  ///< a channel of smaller index, or null
 };
 
-/// A rectangle of an image in the making that takes finished pixels as fragments.
+/// A rectangle of an image in the making (a tile, a bucket) that takes finished pixels as
+/// fragments. What renderers know of it; how the pixels are stored is up to the class.
+///
+/// Operations have no bodies here but for those that a store may do without.
 class OutputRegion : public FragmentManager {
 public:
+    /// The rectangle as `setRect` left it, and its width and height.
     virtual void getRect(int& x0, int& y0, int& x1, int& y1, int& width, int& height) = 0;
-    /// `x1` and `y1` are exclusive.
+    /// Sets the rectangle in pixels of the image: (0, 0) is its upper left corner, y grows
+    /// downwards, `x1` and `y1` are exclusive. Comes before the render; moves no pixels.
     virtual void setRect(int x0, int y0, int x1, int y1) = 0;
-    /// Writes the pixel at (`x`, `y`) of the image from the fragments of a list.
+    /// Writes the pixel at (`x`, `y`) of the image from the fragments of a list, which stay with
+    /// the caller. A pixel outside of the rectangle, or an empty list, stores nothing.
     virtual void storeFragments(int x, int y, const FragmentList& list) = 0;
     /// Puts the start value into all pixels, then takes all fragments back.
     virtual void clear() = 0;
-    /// Takes all fragments back at once, with their data.
+    /// Takes all fragments back at once, with their data. Pointers to them, and lists of them, are
+    /// void from then on.
     virtual void resetFragments() = 0;
-    /// 1 if the total fragments of two lists differ by more than is allowed, else 0.
+    /// Whether two estimates of one pixel still differ, for a sampler that adapts: 1 if the total
+    /// fragments of the lists differ by more than is allowed, else 0. The two numbers are not
+    /// read; `weight` scales the difference of the normals. May add an empty total to a list.
     virtual int compareFragments(FragmentList&, int, FragmentList&, int, float) { return 0; }
-    /// Writes the region into a flat block. The needed size for a null `buffer`, else 1, or 0.
+    /// Writes the region into a flat block, to be passed between computers. The needed size for a
+    /// null block, else 1, or 0 if the size is too small. Here 0: it can't be transferred.
     virtual std::int64_t getBuffer(void*, std::int64_t) { return 0; }
-    /// Takes rectangle and pixels from a flat block.
+    /// Takes rectangle and pixels from such a block. Here nothing.
     virtual void setBuffer(const void*) {}
 };
 
-/// The store of one rectangle of an image: any number of channels, each a typed array of pixels,
-/// and the fragments that collect samples until a pixel is finished. No operation takes a lock;
-/// the caller keeps calls on one region and on its fragments from overlapping.
+/// The film of one rectangle of an image: any number of channels (AOVs), each a typed array of
+/// pixels, and the fragments that collect samples until a pixel is finished.
 ///
-/// Order of use: `setRect`, channels, `beginRendering`, fragments in and out, reading, then
-/// `clear` for the next use. Fragments are handed back before `beginRendering` is called again.
+/// Order of use:
+///
+///     region.setRect(x0, y0, x1, y1);
+///     region.setChannels(channels.getList());  // beauty and alpha first: kBeautyChannel
+///     region.beginRendering();
+///     FragmentList pixel{&region};
+///     // for each pixel: add up its samples in fragments of the list, then
+///     region.storeFragments(x, y, pixel);
+///     region.resetFragments();                 // and an empty list for the next pixel
+///     region.getPixels(...);                   // and `clear` or `setRect` for the next tile
+///
+/// Fragments are handed back before `beginRendering` is called again.
+///
+/// Pixels lie in rows from the top without gaps: the one at (x, y) of the image has the index
+/// (x - x0) + (y - y0) * width in every channel's buffer. A pixel is of the channel's type, colours
+/// linear and premultiplied. Until it is stored it holds the start value of its channel.
+///
+/// Threads: no operation takes a lock. One region is rendered by one thread at a time; the pixels
+/// of a finished one may be read by any number at once, while nobody writes. A host renders on more
+/// threads by giving each a region of its own. Channel objects are shared by all of them.
 ///
 /// Channels may be added, removed and moved at any time; slots are laid out anew by the next
-/// `beginRendering`. Pixels lie in rows from the top without gaps: the one at (x, y) of the image
-/// has the index (x - x0) + (y - y0) * width. Memory failure is an ExceptionMsg that leaves the
-/// region usable, if need be without pixels.
+/// `beginRendering`, and until then a fragment passes over channels that have no room in its block.
+/// An index out of range is ignored, or answered by 0, -1 or null. Memory failure is an
+/// ExceptionMsg that leaves the region usable, if need be without pixels.
 class PKRegionData : public OutputRegion, public PixelBufferInterface3 {
 public:
     PKRegionData();
+    /// Fragments still out die with the region.
     ~PKRegionData() override;
 
-    /// The third generation is not offered by its id: who knows of it casts what the second
-    /// answers.
+    /// Answers the first two generations. The third is not offered by its id: who knows of it casts
+    /// what the second answers.
     using Offered = InterfaceList<PixelBufferInterface, PixelBufferInterface2>;
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
 
+    /// A fragment cleared by mode 0, from the region's pool: no system allocation once the first
+    /// pixels are done. The region owns it. Before `beginRendering` it has no slots.
     Fragment* newFragment() override;
+    /// Gives one back, with its slots. Null, a fragment of another region and one that is back
+    /// already are ignored.
     void deleteFragment(Fragment* fragment) override;
 
     void getRect(int& x0, int& y0, int& x1, int& y1, int& width, int& height) override;
     void setRect(int x0, int y0, int x1, int y1) override;
+    /// Chooses from the list what the pixel shows, and has every channel object write its pixel,
+    /// from the last channel to the first. The total, the whole pixel, is the fragment with
+    /// kTagTotal, else the head of the list. The front, for channels that can't be averaged, is
+    /// that of the largest weight, so the object that covers most (see frontByDepth); it may be
+    /// none.
     void storeFragments(int x, int y, const FragmentList& list) override;
     /// The same with the choice made: `front` may be null, `total` not.
     void storeFragments(int x, int y, Fragment* front, Fragment* total);
+    /// Start values come from the channel objects, or are 0 after `detachChannels`.
     void clear() override;
     void resetFragments() override;
     int compareFragments(FragmentList& listA, int a, FragmentList& listB, int b,
@@ -119,65 +162,87 @@ public:
     int findChannelByAlias(int alias) override;
     int getChannelFlags(int index) override;
 
-    /// Appends a channel described by its object. Its index, or -1 for null.
+    // The channel table. Objects must outlive the region or be detached before they go.
+
+    /// Appends a channel described by its object, without pixels until the next `beginRendering`
+    /// that makes them or `allocateChannelBuffer`. Its index, or -1 for null.
     int addChannel(RenderChannel* channel);
-    /// Drops all channels, then adds those of the list.
+    /// Drops all channels with their pixels, then adds those of the list in order: without nulls in
+    /// it, the place in the list is the channel's index.
     void setChannels(ChannelList list);
-    /// Adds, with pixels, the channels whose names the table lacks or has fewer of. Does nothing
-    /// for a list that is not longer than the table.
+    /// Adds, with pixels, the channels whose names the table lacks or has fewer of, from the
+    /// last of the list to the first. Does nothing for a list that is not longer than the table.
     void addChannels(ChannelList list);
     /// 1 if the channels agree with the list in number, names, types and in what their flags say
     /// of pixels and mappers, else 0.
     int channelsMatch(ChannelList list) const;
-    /// Moves the channels to the order of the list. Returns 1 if their number differs, else 0.
+    /// Moves the channels, with their pixels, to the order of the list. Returns 1 if their number
+    /// differs, and nothing is moved; else 0.
     int reorderChannels(ChannelList list);
-    /// Makes the channels those of the list and keeps the pixels of those that were there before;
-    /// channels 0 and 1 always stay. Returns 0, or 1 if the channels can't be brought to match.
+    /// For a region that outlives a render: makes the channels those of the list, and keeps the
+    /// pixels of those that were there before, so that a display doesn't go blank when a channel is
+    /// added. Beauty and alpha always stay. Returns 0; or 1 if the channels can't be brought to
+    /// match, and then the caller starts over with `setChannels`.
     int syncChannels(ChannelList list);
-    /// Copies the names, if there are as many as channels.
+    /// Copies the names, if there are as many as channels; "Unknown channel" where there is none.
     void setChannelNames(ChannelList list);
-    /// Drops all channels and makes `count` blank ones.
+    /// Drops all channels and makes `count` blank ones: a float without name, alias and pixels.
     void setNumChannels(int count);
-    /// Makes the channel one without object and pixels.
+    /// Describes a channel that pixels are only kept or transferred in: sets type, alias (-1 for
+    /// none) and name, and drops object, pixels, slot and flags.
     void setChannelInfo(int index, int type, int alias, const char* name);
+    /// Drops a channel with its pixels; the indices of those behind it fall by 1.
     void removeChannel(int index);
-    /// Forgets the channel objects; pixels and names stay.
+    /// Forgets the channel objects; pixels, types and names stay. After a render, when the objects
+    /// die before the picture.
     void detachChannels();
     /// The last channel with this name, -1 if there is none.
     int findChannelByName(const char* name) const;
 
-    /// Gives a channel its pixels, if it has none, filled with the start value.
+    // Memory.
+
+    /// Gives a channel its pixels, if it has none, filled with the start value. Frees them instead
+    /// if the channel keeps its pixels elsewhere (kChannelNoBuffer).
     void allocateChannelBuffer(int index);
     /// Drops the pixels of all channels and the table of aliases.
     void freeBuffers();
-    /// Makes the region ready for fragments, once the rectangle and the channels are settled.
-    /// Pixels that are large enough stay, with what is in them.
+    /// Makes the region ready for fragments, once the rectangle and the channels are settled: makes
+    /// pixels, lays out the slots, clears one data block for each mode as a template, and builds
+    /// the table of aliases. Pixels that are large enough stay, with what is in them, so tiles of
+    /// one size render without fresh memory. All fragments are void afterwards.
     void beginRendering();
     /// Gives all memory but the channel table back and takes all settings to their first values.
     void reset();
 
     const GrowTable<ChannelRecord>& getChannels() const { return channels; }
-    /// The table from alias to channels; empty until it is built. Bucket 0 has those without one.
+    /// The table from alias to channels; empty until it is built. Aliases 1 to 146 have a bucket
+    /// each; bucket 0 is shared by all others. A bucket lists its channels from the last to
+    /// the first, those without a slot left out.
     const GrowTable<AliasNode*>& getAliasBuckets() const { return aliasBuckets; }
+    /// Pixels that every channel's buffer is sized for: at least width * height while rendering.
     int getPixelCapacity() const { return pixelCapacity; }
+    /// Bytes of all slots together: where the last one ends.
     int getFragmentDataSize() const { return fragmentDataSize; }
-    /// Bytes of a fragment's data block.
+    /// Bytes of a fragment's data block: those of the slots, but at least 8.
     int getTemplateSize() const { return templateSize; }
     /// Fragments handed out and not given back.
     int getNumFragments() const { return fragmentPool.getLiveCount(); }
     /// The computer that renders this region, at most 31 characters.
     const char* getHostName() const { return hostName; }
 
-    RegionMask* mask = nullptr;  ///< not owned
+    // Settings of the region's owner, who writes them before the render; `reset` takes them back.
 
-    // What compareFragments tests, and by how much the two may differ.
+    RegionMask* mask = nullptr;  ///< not owned; null lets a merge change all pixels
+
+    // What compareFragments tests, not 0 for yes, and by how much the two may differ.
     int compareRenderID = 0;
     int compareNormal = 0;
     int compareZ = 0;
+    /// sqrt(weight) * (1 - cosine between the two normals) may reach this.
     float normalThreshold = 0.1f;
-    float zThreshold = 10.0f;
-    /// Not 0: the front of a pixel is the fragment of the largest `zDepth / weight`, else that of
-    /// the largest weight.
+    float zThreshold = 10.0f;  ///< of PKFragment::zDepth, in scene units
+    /// Not 0: the front of a pixel is the fragment of the largest `zDepth / weight`, which is the
+    /// nearest to the camera as its axis points backwards, else that of the largest weight.
     int frontByDepth = 0;
 
 private:
