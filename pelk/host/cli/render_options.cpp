@@ -4,6 +4,7 @@
 #include <array>
 #include <map>
 
+#include "pelk/contract/channel_alias.h"
 #include "pelk/host/cli/common_options.h"
 
 namespace Tarnkit {
@@ -17,6 +18,18 @@ constexpr char kEnvironment[] =
     "several\n"
     "  NO_COLOR                  Not empty: no colours on the terminal\n"
     "Ctrl-C finishes the tiles in work and writes what there is; a second one gives up at once.";
+
+/// The render channels that can be asked for by name, a line each.
+std::string channelHelp() {
+    constexpr size_t kColumn = 22;
+    std::string text = "\nRender channels:\n";
+    for (const ChannelAliasInfo& info : namedChannelAliases().subspan(kFirstExtraChannel)) {
+        std::string line = std::string("  ") + info.name;
+        line.resize(kColumn, ' ');
+        text += line + info.meaning + '\n';
+    }
+    return text;
+}
 
 void parseRegion(const std::string& text, RenderCommandOptions& options) {
     std::array<int, 4> corners{};
@@ -76,8 +89,8 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
         ->excludes(region);
     command
         .add_option("--channels", options.channels,
-                    "Render channels for EXR files, beside those that the scene asks for; \"all\" "
-                    "stands for every one that is known")
+                    "Render channels for EXR files, beside those that the scene asks for, by the "
+                    "names below; \"all\" stands for every one of them")
         ->type_name("A,B")
         ->delimiter(',')
         ->allow_extra_args(false);
@@ -109,7 +122,7 @@ void RenderCommandOptions::addTo(CLI::App& command) {
                      "Exit with 4 if colours that are not finite had to be left out");
     log.addTo(command);
     plugins.addTo(command);
-    command.footer(kEnvironment);
+    command.footer(channelHelp() + kEnvironment);
 }
 
 bool choosePixels(const RenderCommandOptions& options, int width, int height, PictureRect& pixels,

@@ -13,6 +13,7 @@ TEST(Command, HelpIsAnswerAndBadUsageIsExplained) {
         {{"--help"}, "Exit codes", 0},
         {{"--version"}, "pelk ", 0},
         {{"render", "--help"}, "--spp", 0},
+        {{"render", "--help"}, "\n  raw_refraction      What refracted rays", 0},
         {{}, "subcommand"},
         {{"rendr", "s.json"}, "did you mean \"render\"?"},
         {{"render"}, "SCENE"},

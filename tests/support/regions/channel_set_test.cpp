@@ -1,0 +1,147 @@
+#include "pelk/support/regions/channel_set.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+
+#include "pelk/support/regions/channel_kinds.h"
+#include "support/regions/test_channels.h"
+
+namespace Tarnkit {
+namespace {
+
+struct Pair {
+    float x, y;
+    bool operator==(const Pair&) const = default;
+};
+
+TEST(ChannelSetTest, IndicesFollowTheListAndAreThoseOfTheRegion) {
+    constexpr int kAsked[] = {kAliasImageColor, kAliasImageAlpha, kAliasZDepth, kAliasUV};
+    ChannelSet channels;
+    ASSERT_TRUE(channels.addAliases(kAsked));
+    PKRegionData region;
+    region.setChannels(channels.getList());
+    ASSERT_EQ(region.getNumChannels(), 4);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(channels.at(i)->getAlias(), kAsked[i]);
+        EXPECT_EQ(region.findChannelByAlias(kAsked[i]), i);
+    }
+    EXPECT_EQ(channels.at(4), nullptr);
+    EXPECT_EQ(channels.at(-1), nullptr);
+}
+
+TEST(ChannelSetTest, ANameStandsOnceAndTheFirstChannelKeepsIt) {
+    ChannelSet channels;
+    ASSERT_EQ(channels.add(newCustomChannel("mine", kChannelFloat)), 0);
+    ASSERT_EQ(channels.add(newCustomChannel("other", kChannelColor)), 1);
+    RenderChannel* const first = channels.at(0);
+    EXPECT_EQ(channels.add(newCustomChannel("mine", kChannelColor)), 0);
+    EXPECT_EQ(channels.size(), 2);
+    EXPECT_EQ(channels.at(0), first);
+    EXPECT_EQ(channels.find("mine"), 0);
+    EXPECT_EQ(channels.find("min"), -1);
+    channels.clear();
+    EXPECT_EQ(channels.find("mine"), -1);
+}
+
+TEST(ChannelSetTest, StopsAtAnAliasWithoutAChannelAndKeepsWhatCameBefore) {
+    for (const int unknown : {0, -1, 9, 100, 147, int{kAliasWeight}, int{kAliasHostStamp}}) {
+        SCOPED_TRACE(unknown);
+        const int asked[] = {kAliasDiffuse, unknown, kAliasUV};
+        ChannelSet channels;
+        EXPECT_FALSE(channels.addAliases(asked));
+        ASSERT_EQ(channels.size(), 1);
+        EXPECT_EQ(channels.at(0)->getAlias(), kAliasDiffuse);
+    }
+}
+
+/// One pixel of a region with one channel of each way of averaging.
+class ChannelKindsTest : public testing::Test {
+protected:
+    enum Index { kSpecular, kMaterialID, kUV, kDepth, kRenderID, kMine };
+
+    ChannelKindsTest() {
+        constexpr int kAsked[] = {kAliasSpecular, kAliasMaterialIDNumber, kAliasUV, kAliasZDepth,
+                                  kAliasRenderID};
+        channels.addAliases(kAsked);
+        channels.add(newCustomChannel("mine", kChannelFloat));
+        region.setRect(0, 0, 1, 1);
+        region.setChannels(channels.getList());
+        region.beginRendering();
+    }
+    PKFragment& surface(Color specular, int id, Pair uv, float distance) {
+        auto& fragment = static_cast<PKFragment&>(*region.newFragment());
+        fragment.addAlias(kAliasSpecular, &specular);
+        fragment.addAlias(kAliasMaterialIDNumber, &id);
+        fragment.setChannel(kUV, &uv);
+        fragment.setChannel(kMine, &uv.x);
+        fragment.zDepth = -distance;  // the camera's axis points backwards
+        fragment.renderID = 10 * id;
+        fragment.weight = 1.0f;
+        return fragment;
+    }
+    template <class Value>
+    Value pixel(Index channel) {
+        Value value;
+        std::memcpy(&value, region.getChannels()[channel].buffer->item(0), sizeof value);
+        return value;
+    }
+
+    ChannelSet channels;
+    PKRegionData region;
+};
+
+TEST_F(ChannelKindsTest, RadianceIsAveragedOverThePixelAndMeasuresOverTheFrontAlone) {
+    FragmentList list{&region};
+    Fragment* const total = list.getFragment(kTagTotal);
+    Fragment *const small = list.getFragment(1), *const large = list.getFragment(2);
+    small->addFragment(&surface(Color(0, 4, 8), 1, {1, 1}, 100), Color(0.25f), 0);
+    large->addFragment(&surface(Color(8, 4, 0), 2, {0.25f, 0.5f}, 2), Color(0.5f), 0);
+    large->addFragment(&surface(Color(4, 4, 4), 3, {0.75f, 0.5f}, 5), Color(0.25f), 0);
+    total->addFragment(small, Color(1), 0);
+    total->addFragment(large, Color(1), 0);
+    region.storeFragments(0, 0, list);
+
+    EXPECT_EQ(pixel<Color>(kSpecular), Color(5, 4, 3));
+    EXPECT_FLOAT_EQ(pixel<float>(kMine), 0.25f + 0.125f + 0.1875f);
+    EXPECT_FLOAT_EQ(pixel<float>(kDepth), 3) << "2, 2 and 5";
+    const Pair uv = pixel<Pair>(kUV);
+    EXPECT_FLOAT_EQ(uv.x, 1.25f / 3);
+    EXPECT_FLOAT_EQ(uv.y, 0.5f);
+    EXPECT_EQ(pixel<int>(kMaterialID), 2) << "an id is never a mean";
+    EXPECT_EQ(pixel<int>(kRenderID), 20);
+}
+
+TEST_F(ChannelKindsTest, BehindASeeThroughSurfaceRadianceCountsByTheTransparencyAndMeasuresNot) {
+    PKFragment& glass = surface(Color(1), 1, {0.5f, 0.25f}, 3);
+    glass.transparency = Color(0.5f, 0.25f, 0);
+    glass.state |= kFragmentHasData;
+    glass.addFragment(&surface(Color(2, 4, 8), 2, {1, 1}, 9), glass.transparency, 1);
+    FragmentList list{&region};
+    list.getFragment(kTagTotal)->addFragment(&glass, Color(1), 0);
+    list.getFragment(1)->addFragment(&glass, Color(1), 0);
+    region.storeFragments(0, 0, list);
+
+    EXPECT_EQ(pixel<Color>(kSpecular), Color(2, 2, 1));
+    EXPECT_FLOAT_EQ(pixel<float>(kMine), 0.5f + 0.25f) << "by the mean transparency";
+    EXPECT_EQ(pixel<Pair>(kUV), (Pair{0.5f, 0.25f}));
+    EXPECT_EQ(pixel<int>(kMaterialID), 1);
+    EXPECT_EQ(pixel<int>(kRenderID), 10);
+    EXPECT_FLOAT_EQ(pixel<float>(kDepth), 3);
+}
+
+TEST_F(ChannelKindsTest, APixelThatNothingWasStoredInLooksLikeOneThatHitNothing) {
+    EXPECT_EQ(pixel<float>(kDepth), 1e18f);
+    EXPECT_EQ(pixel<int>(kRenderID), -1);
+    EXPECT_EQ(pixel<int>(kMaterialID), 0);
+    EXPECT_EQ(pixel<Color>(kSpecular), Color(0));
+    FragmentList list{&region};
+    list.getFragment(kTagNeverFront);
+    region.storeFragments(0, 0, list);
+    EXPECT_EQ(pixel<float>(kDepth), 1e18f) << "without a front";
+    EXPECT_EQ(pixel<int>(kRenderID), -1);
+    EXPECT_EQ(pixel<Pair>(kUV), (Pair{0, 0}));
+}
+
+}  // namespace
+}  // namespace Tarnkit
