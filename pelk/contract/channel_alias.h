@@ -73,7 +73,9 @@ inline constexpr int kAlphaChannel = 1;
 /// The index of the first channel beyond the picture itself.
 inline constexpr int kFirstExtraChannel = 2;
 
-/// What is known of an alias.
+/// What is known of an alias: a row of kChannelAliases, from which hosts make their channel objects
+/// (support/regions/channel_kinds.h), scenes their names, and commands their help. The texts are
+/// literals and live as long as the module that reads them.
 struct ChannelAliasInfo {
     ChannelAlias alias;
     /// By which scenes and `--channels` ask for it; null for what can't be asked for.
@@ -83,8 +85,8 @@ struct ChannelAliasInfo {
     const char* meaning;
 };
 
-/// All aliases. Those with a name come first, in the order in which "all" adds them to a render:
-/// beauty at kBeautyChannel, alpha at kAlphaChannel.
+/// All aliases, each once. Those with a name come first, in the order in which "all" adds them to a
+/// render: beauty at kBeautyChannel, alpha at kAlphaChannel.
 inline constexpr ChannelAliasInfo kChannelAliases[] = {
     {kAliasImageColor, "beauty", kChannelColor,
      "The picture: linear colour, premultiplied by alpha, with the background"},
@@ -92,15 +94,15 @@ inline constexpr ChannelAliasInfo kChannelAliases[] = {
     {kAliasDiffuse, "diffuse", kChannelColor, "Diffuse surface colour, without the light on it"},
     {kAliasSpecular, "specular", kChannelColor, "Direct light in highlights"},
     {kAliasReflection, "reflection", kChannelColor,
-     "What reflected rays add to beauty; of a ramp, reflectivity times raw_reflection"},
+     "What reflected rays add to beauty; of a ramp, reflectivity * raw_reflection"},
     {kAliasReflectionFilter, "reflection_filter", kChannelColor,
      "Throughput of the reflected ray that a sampler spawned"},
     {kAliasReflectivity, "reflectivity", kChannelColor,
-     "Share of raw_reflection that a ramp reflects, its reflectivity ramp at the hit"},
+     "Share of raw_reflection that a ramp reflects"},
     {kAliasRawReflection, "raw_reflection", kChannelColor,
      "What reflected rays find, before reflectivity"},
     {kAliasRefraction, "refraction", kChannelColor,
-     "What refracted rays add to beauty; of a ramp, refraction_weight times raw_refraction"},
+     "What refracted rays add to beauty; of a ramp, refraction_weight * raw_refraction"},
     {kAliasRefractionWeight, "refraction_weight", kChannelColor,
      "Share of raw_refraction that a ramp lets through"},
     {kAliasRawRefraction, "raw_refraction", kChannelColor,
@@ -108,13 +110,13 @@ inline constexpr ChannelAliasInfo kChannelAliases[] = {
     {kAliasSelfIllumination, "self_illumination", kChannelColor,
      "Light that surfaces emit, and lights that are seen directly"},
     {kAliasImageBackground, "background", kChannelColor,
-     "Environment or backplate behind all surfaces, dimmed where a matte takes shadows"},
+     "Environment or backplate behind all surfaces, dimmed by mattes"},
     {kAliasBackground, "main_background", kChannelColor,
-     "The same, as the main value that beauty is made with"},
+     "The same, as the main value of fragments"},
     {kAliasBackgroundLoss, "background_loss", kChannelColor,
-     "What mattes took of the background; with background it gives the undimmed one"},
+     "What mattes took of the background; plus background, the undimmed one"},
     {kAliasMatteLight, "matte_light", kChannelColor,
-     "Direct light on mattes, with shadows; with matte_light_loss it gives that without"},
+     "Direct light on mattes, shadowed; plus matte_light_loss, unshadowed"},
     {kAliasMatteLightLoss, "matte_light_loss", kChannelColor,
      "Direct light on mattes that shadows took"},
     {kAliasMatteShadow, "matte_shadow", kChannelColor,
@@ -123,10 +125,10 @@ inline constexpr ChannelAliasInfo kChannelAliases[] = {
     {kAliasMaterialIDNumber, "material_id", kChannelInt, "Id number of MtlMaterialID"},
     {kAliasRenderID, "render_id", kChannelInt, "Id of the object in front, -1 without one"},
     {kAliasZDepth, "depth", kChannelFloat,
-     "Distance along the camera's axis, in scene units; 1e18 where nothing was hit"},
+     "Distance along the camera's axis, scene units; 1e18 where nothing was hit"},
     {kAliasNormal, "normals", kChannelVector, "Shading normal in world space, of unit length"},
     {kAliasBumpScreenNormal, "bump_screen_normals", kChannelVector,
-     "Bumped normal, negated, along the pixel's x, its y and the camera ray; unit length"},
+     "Bumped normal, negated, along the pixel's x, its y and the ray"},
     {kAliasBumpOffset, "bump_offset", kChannelVector, "Bumped minus smooth normal, world space"},
     {kAliasUV, "uv", kChannelFloat2, "Texture coordinates of the first set"},
     {kAliasTransparency, "transparency", kChannelColor,
@@ -164,7 +166,7 @@ constexpr std::span<const ChannelAliasInfo> namedChannelAliases() {
     return {kChannelAliases, count};
 }
 
-/// What is known of an alias, or null.
+/// What is known of an alias, or null. Not at hits: it searches, and a hit needs no row.
 constexpr const ChannelAliasInfo* findChannelAlias(int alias) {
     for (const ChannelAliasInfo& info : kChannelAliases) {
         if (info.alias == alias)

@@ -27,8 +27,6 @@ void store(void* data, const Value& value) {
     std::memcpy(data, &value, sizeof value);
 }
 
-// ---- pixels from main values
-
 void storeBeauty(void* pixel, const PKFragment*, const PKFragment& total) {
     store(pixel, total.color + total.background);
 }
@@ -83,13 +81,12 @@ StoreMainValue storeOf(int alias) {
     }
 }
 
-// ---- objects
-
-/// What all channels have. A cleared slot is 0, and so are pixels at the start.
-class HostChannel : public RenderChannel {
+/// What the channels here have in common: name, alias, type and flags, and an arithmetic that keeps
+/// slots at 0. A slot or pixel starts at 0, whatever the mode of the clear.
+class StandardChannel : public RenderChannel {
 public:
-    HostChannel(const std::string& channelName, int channelAlias, ChannelType channelType,
-                int channelFlags)
+    StandardChannel(const std::string& channelName, int channelAlias, ChannelType channelType,
+                    int channelFlags)
         : name(channelName),
           alias(channelAlias),
           type(channelType),
@@ -122,11 +119,13 @@ protected:
     const std::size_t size;  ///< of a slot and of a pixel, in bytes
 };
 
-/// A channel that shows main values of the fragments.
-class FieldChannel final : public HostChannel {
+/// A channel that is read from main values of the fragments when the pixel is stored, and has no
+/// slot in them.
+class MainValueChannel final : public StandardChannel {
 public:
-    FieldChannel(const ChannelAliasInfo& info, StoreMainValue with)
-        : HostChannel(info.name, info.alias, info.type, kChannelNoFragmentData), storeValue(with) {}
+    MainValueChannel(const ChannelAliasInfo& info, StoreMainValue with)
+        : StandardChannel(info.name, info.alias, info.type, kChannelNoFragmentData),
+          storeValue(with) {}
 
     /// A pixel starts as one would be in which nothing was hit.
     void fillPixels(void* pixels, int count) override {
@@ -145,14 +144,15 @@ private:
     const StoreMainValue storeValue;
 };
 
-/// Light, or a share of it: what samples and surfaces contribute adds up. `Value` is a Color, or a
-/// float, which takes the mean of what belongs to a colour.
+/// Radiance, or a share of it, of the whole pixel: what samples and surfaces contribute adds up.
+/// `Value` is a Color, or a float, which goes by the mean of weights that are colours.
 template <class Value>
-class LightChannel final : public HostChannel {
+class RadianceChannel final : public StandardChannel {
 public:
-    using HostChannel::HostChannel;
+    using StandardChannel::StandardChannel;
 
-    // Along a ray the weights are what the surfaces in front let through.
+    // One rule for both modes: in a sum of samples the weights are the sample's share, and along a
+    // ray they are the transparency of the surfaces in front.
     void addData(void* dst, const void* src, const Color& weights, int, int) override {
         store(dst, load<Value>(dst) + load<Value>(src) * factor(weights));
     }
@@ -196,12 +196,13 @@ Pair operator*(Pair p, float s) {
     return {p.x * s, p.y * s};
 }
 
-/// Something measured on a surface, of which only the front's makes sense: other surfaces along a
-/// ray add nothing. Shows the mean over the samples of the front object.
+/// A measure of a surface, such as its texture coordinates, of which only the front object's makes
+/// sense. Other surfaces along a ray add nothing; the pixel shows the mean over the front's
+/// samples.
 template <class Value>
-class MeasureChannel final : public HostChannel {
+class FrontMeanChannel final : public StandardChannel {
 public:
-    using HostChannel::HostChannel;
+    using StandardChannel::StandardChannel;
 
     void addData(void* dst, const void* src, const Color& weights, int hasData, int mode) override {
         if (mode == 0)
@@ -209,7 +210,7 @@ public:
         else if (!hasData)
             store(dst, load<Value>(src));
     }
-    // Together with the weight by which the sum is divided in the end.
+    // storePixel divides the sum by the fragment's weight, which is multiplied by the same mean.
     void multiplyData(void* data, const Color& weights, int) override {
         store(data, load<Value>(data) * mean(weights));
     }
@@ -220,10 +221,10 @@ public:
     }
 };
 
-/// An id: the first that was found on the front object.
-class IdChannel final : public HostChannel {
+/// An id: the first that was found on the front object, as the mean of ids is another object's.
+class IdChannel final : public StandardChannel {
 public:
-    using HostChannel::HostChannel;
+    using StandardChannel::StandardChannel;
 
     void addData(void* dst, const void* src, const Color&, int hasData, int) override {
         if (!hasData)
@@ -239,15 +240,15 @@ std::unique_ptr<RenderChannel> newSlotChannel(const std::string& name, int alias
                                               ChannelType type) {
     switch (type) {
         case kChannelFloat:
-            return std::make_unique<LightChannel<float>>(name, alias, type, 0);
+            return std::make_unique<RadianceChannel<float>>(name, alias, type, 0);
         case kChannelFloat2:
-            return std::make_unique<MeasureChannel<Pair>>(name, alias, type, 0);
+            return std::make_unique<FrontMeanChannel<Pair>>(name, alias, type, 0);
         case kChannelVector:
-            return std::make_unique<MeasureChannel<Vector>>(name, alias, type, 0);
+            return std::make_unique<FrontMeanChannel<Vector>>(name, alias, type, 0);
         case kChannelInt:
             return std::make_unique<IdChannel>(name, alias, type, 0);
         default:
-            return std::make_unique<LightChannel<Color>>(name, alias, kChannelColor, 0);
+            return std::make_unique<RadianceChannel<Color>>(name, alias, kChannelColor, 0);
     }
 }
 
@@ -258,7 +259,7 @@ std::unique_ptr<RenderChannel> newChannel(int alias) {
     if (!info || !info->name)
         return nullptr;
     if (const StoreMainValue store = storeOf(alias))
-        return std::make_unique<FieldChannel>(*info, store);
+        return std::make_unique<MainValueChannel>(*info, store);
     return newSlotChannel(info->name, info->alias, info->type);
 }
 

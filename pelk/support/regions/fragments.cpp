@@ -148,7 +148,7 @@ void PKFragment::addAlias(int alias, const void* value) {
         if (u8* data = slot(*record))
             record->channel->setValue(data, value);
     }
-    // Without a channel the data is as it was, and a later clear may still pass it over.
+    // Without such a channel no slot was written, so a later clear may still skip the slots.
     if (found)
         markWritten();
 }

@@ -79,7 +79,8 @@ void PKRegionData::allocateChannelBuffer(int index) {
         record.buffer = buffer.release();
         fillBuffer(record, pixelCapacity);
     } catch (...) {
-        // With a capacity and no pixels, the next beginRendering would take the region as settled.
+        // With its capacity left standing, the next beginRendering would find the region large
+        // enough and make no pixels.
         freeBuffers();
         throw;
     }
