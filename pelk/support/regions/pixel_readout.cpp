@@ -20,7 +20,7 @@ bool hasAlphaColor(int type) {
     return type != kChannelInt && type != kChannelFloat2;
 }
 
-/// Brackets a read of colours with the calls that its mappers expect.
+/// Calls beginMapping of all mappers, and endMapping on every way out of the read.
 class MapperUse {
 public:
     explicit MapperUse(std::span<ColorMapper* const> used) : mappers(used) {

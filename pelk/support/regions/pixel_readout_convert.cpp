@@ -55,7 +55,8 @@ void grayOf(const Color* __restrict from, int count, float* __restrict out) {
         out[i] = mean(from[i]);
 }
 
-/// Every third of the low 24 bits, from the lowest on, as a component from its highest bit down.
+/// One component of an id's colour: bits 0, 3, 6 to 21 of `n` become bits 7 to 0, over 256. Gathers
+/// the eight bits by folding, then turns their order around.
 float spreadBits(u32 n) {
     n &= 0x249249;
     n = (n | n >> 2) & 0x0C30C3;
@@ -67,7 +68,8 @@ float spreadBits(u32 n) {
     return static_cast<float>(static_cast<int>(n)) * 0.00390625f;
 }
 
-/// A colour that sets neighbouring ids far apart.
+/// A colour for an id. Neighbours differ in their lowest bits, which are the colour's highest here,
+/// so they are told apart at a glance.
 Color colorOfId(u32 id) {
     return {spreadBits(id), spreadBits(id >> 1), spreadBits(id >> 2)};
 }

@@ -15,7 +15,7 @@ namespace {
 constexpr int kPageBytes = 33554432;  // bounds what a very large image asks of the heap at once
 constexpr int kAliasBuckets = 147;    // aliases 1 to 146 have one each, bucket 0 is for the rest
 
-/// The way from `from` to `to`; as far as an int goes if the two are further apart.
+/// The width or height between two edges, clamped to what an int holds.
 int extent(int from, int to) {
     const std::int64_t way = std::int64_t{to} - from;
     return static_cast<int>(std::clamp<std::int64_t>(way, INT_MIN, INT_MAX));
@@ -163,7 +163,8 @@ void PKRegionData::fillBuffer(ChannelRecord& record, int count) {
     });
 }
 
-/// Brings the slots back into line after channels were added, removed or moved.
+/// Gives every channel its slot behind that of the channel before it: after channels were added,
+/// removed or moved there are gaps and overlaps.
 void PKRegionData::layOutSlots() {
     fragmentDataSize = 0;
     for (ChannelRecord& record : channels) {

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kNameChars = sizeof ChannelRecord::name - 1;
 
-/// Names count as far as a record can hold them.
+/// Compares as much of two names as a record can hold: records have theirs cut.
 bool sameName(const char* a, const char* b) {
     return std::strncmp(a, b, kNameChars) == 0;
 }
@@ -161,7 +161,7 @@ int PKRegionData::syncChannels(ChannelList list) {
     moveToOrder(list);
     if (!channelsMatch(list))
         return 1;
-    // The objects of the last render are gone or go soon; from now on the list's do the work.
+    // The objects of the last render die with it, so the records take those of the new list.
     for (int i = 0; i < channels.size(); ++i) {
         if (list[i])
             describe(channels[i], *list[i]);
@@ -172,7 +172,8 @@ int PKRegionData::syncChannels(ChannelList list) {
 
 /// Removes the channels that the list lacks, or has fewer of, from the third on.
 void PKRegionData::removeStaleChannels(ChannelList list) {
-    // The names not yet spoken for are kept at the end of this copy, from the present index on.
+    // A copy of the names, of which those from `i` on are not yet matched with a channel: of two
+    // channels of one name each takes one entry.
     GrowTable<const char*> names;
     for (RenderChannel* channel : list)
         names.append(nameOf(channel));

@@ -9,7 +9,7 @@ namespace Tarnkit {
 
 namespace {
 
-/// The fragments of which a pixel is made.
+/// What storeFragments hands to the channel objects: see PKRegionData::storeFragments.
 struct Choice {
     PKFragment* front = nullptr;
     PKFragment* total = nullptr;
@@ -21,7 +21,7 @@ PKFragment* fragmentOf(Fragment* fragment) {
     return static_cast<PKFragment*>(fragment);
 }
 
-/// The front is what weighs most.
+/// The front is the fragment with the largest share of the samples: the object that covers most.
 Choice chooseByWeight(const FragmentList& list) {
     Choice choice{nullptr, fragmentOf(list.head())};
     float best = kWorst;
@@ -37,7 +37,7 @@ Choice chooseByWeight(const FragmentList& list) {
     return choice;
 }
 
-/// The front is what has the largest depth; one without weight has none.
+/// The front is the fragment nearest to the camera. An empty one never is: 0 / 0 is above nothing.
 Choice chooseByDepth(const FragmentList& list) {
     Choice choice{nullptr, fragmentOf(list.head())};
     float best = kWorst;
@@ -75,13 +75,14 @@ Fragment* PKRegionData::newFragment() {
         throw;
     }
     fragment->region = this;
-    fragment->state = 0;  // the data is another fragment's yet, so clear must not pass it over
+    fragment->state = 0;  // or clear would skip the slots, which still hold another's data
     fragment->PKFragment::clear(0);
     return fragment;
 }
 
 void PKRegionData::deleteFragment(Fragment* fragment) {
-    // A fragment that is back already, or another region's, would break the free list.
+    // A fragment that is back already, or another region's, would make the free list a loop or lead
+    // it into that region's memory.
     if (!fragment || fragmentOf(fragment)->region != this)
         return;
     auto* element = static_cast<PoolElement<PKFragment>*>(fragment);
