@@ -21,7 +21,7 @@ constexpr char kEnvironment[] =
 
 /// The render channels that can be asked for by name, a line each.
 std::string channelHelp() {
-    constexpr size_t kColumn = 22;
+    constexpr std::size_t kColumn = 22;
     std::string text = "\nRender channels:\n";
     for (const ChannelAliasInfo& info : namedChannelAliases().subspan(kFirstExtraChannel)) {
         std::string line = std::string("  ") + info.name;

@@ -1,5 +1,6 @@
 #include "pelk/support/regions/channel_set.h"
 
+#include <cstddef>
 #include <utility>
 
 #include "pelk/support/regions/channel_kinds.h"
@@ -26,7 +27,7 @@ bool ChannelSet::addAliases(std::span<const int> aliases) {
 }
 
 int ChannelSet::find(std::string_view name) const {
-    for (size_t i = 0; i < list.size(); ++i) {
+    for (std::size_t i = 0; i < list.size(); ++i) {
         if (name == list[i]->getName())
             return static_cast<int>(i);
     }
@@ -39,7 +40,7 @@ void ChannelSet::clear() {
 }
 
 RenderChannel* ChannelSet::at(int index) const {
-    return index >= 0 && index < size() ? list[static_cast<size_t>(index)] : nullptr;
+    return index >= 0 && index < size() ? list[static_cast<std::size_t>(index)] : nullptr;
 }
 
 }  // namespace Tarnkit
