@@ -1,14 +1,9 @@
 #include "pelk/contract/context.h"
 
 #include "pelk/contract/samplers.h"
+#include "pelk/contract/shading.h"
 
 namespace Tarnkit {
-namespace {
-
-/// A surface whose mean transparency is below this lets no ray into its volume.
-constexpr float kOpaqueBelow = 1e-6f;
-
-}  // namespace
 
 PelkContext::~PelkContext() = default;
 
@@ -53,24 +48,13 @@ void PelkContext::shadeWithBSDF(BSDFSampler* bsdf, int flag) {
 void shadeBSDF(PelkContext& context, BSDFSampler* bsdf) {
     if (!bsdf)
         return setFullyTransparent(context);
-    const bool ownVolume = context.surfaceVolume == nullptr;
-    try {
-        if (ownVolume)
-            context.surfaceVolume = bsdf->getVolume(context);
-        if (context.rayType & kRayShadow) {
-            const Color transparency = bsdf->getBSDFTransparency(context);
-            setResults(context, Color(0), transparency, complement(transparency), transparency);
-        } else {
-            context.shadeWithBSDF(bsdf, 1);
-        }
-    } catch (...) {
-        // Out of memory: the hit is left as it was.
-        if (ownVolume)
-            context.surfaceVolume = nullptr;
-        throw;
-    }
-    if (ownVolume && mean(context.resultTransparency) < kOpaqueBelow)
-        context.surfaceVolume = nullptr;
+    ScopedVolume volume(context);
+    volume.show(*bsdf);
+    if (context.rayType & kRayShadow)
+        setFilterResults(context, bsdf->getBSDFTransparency(context));
+    else
+        context.shadeWithBSDF(bsdf, 1);
+    volume.keepIfTransparent();
 }
 
 void setReflectDerivs(PelkContext& context, PelkContext& newContext, const Vector& direction, int,

@@ -26,6 +26,8 @@ public:
     /// The instance's name, which warnings name the instance by; null if it has none. The text is
     /// this object's and valid until the next setPluginName.
     const char* getPluginName() const { return name; }
+    /// The same for a message or a list; `without` if it has none.
+    const char* getPluginNameOr(const char* without) const { return name ? name : without; }
     /// The name of the plug-in's kind, PluginDesc::getName; null without a descriptor.
     const char* getPluginTypeName();
     /// The number of the plug-in's kind, PluginDesc::getPluginID; 0 without a descriptor.

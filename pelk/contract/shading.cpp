@@ -27,7 +27,7 @@ void repairResultColor(PelkContext& context, const Plugin& material, bool allowN
     writeShared(warned, 1);
     if (MessageLog* log = context.renderer->sequenceData.log)
         log->warning("Material \"%s\" produced overbright or invalid color (rgb=%f %f %f).\n",
-                     messageName(material), was.r, was.g, was.b);
+                     material.getPluginNameOr(""), was.r, was.g, was.b);
 }
 
 }  // namespace Tarnkit

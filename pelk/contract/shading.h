@@ -5,10 +5,12 @@
 // materials and samplers, on the render thread of the hit; nothing here allocates.
 
 #include <algorithm>
+#include <utility>
 
 #include "pelk/base/api.h"
 #include "pelk/contract/context.h"
 #include "pelk/contract/pelk_material.h"
+#include "pelk/contract/samplers.h"
 #include "pelk/contract/scene_interfaces.h"
 #include "pelk/contract/texture.h"
 
@@ -58,23 +60,67 @@ inline Vector mirrorDirection(const PelkContext& context) {
 ///     shadeBSDF(context, sampler.get());
 class ScopedSampler {
 public:
+    /// Asks `owner` for a sampler; `flags` as in BSDFInterface::getBSDF, which may answer null.
     ScopedSampler(PelkContext& context_, BSDFInterface& owner_, int flags)
-        : context(context_), owner(owner_), sampler(owner_.getBSDF(context_, flags)) {}
+        : context(context_), owner(&owner_), sampler(owner_.getBSDF(context_, flags)) {}
+    /// Takes over what `owner` has answered; both may be null.
+    ScopedSampler(PelkContext& context_, BSDFInterface* owner_, BSDFSampler* answered)
+        : context(context_), owner(owner_), sampler(answered) {}
     ~ScopedSampler() {
         if (sampler)
-            owner.releaseBSDF(context, sampler);
+            owner->releaseBSDF(context, sampler);
     }
     ScopedSampler(const ScopedSampler&) = delete;
     ScopedSampler& operator=(const ScopedSampler&) = delete;
 
     /// Valid as long as this object; null if there is none.
     BSDFSampler* get() const { return sampler; }
+    /// The sampler, null included, from now on the caller's to give back to its plug-in. For a
+    /// material that keeps it in a sampler of its own until that one is released.
+    BSDFSampler* handOut() { return std::exchange(sampler, nullptr); }
 
 private:
     PelkContext& context;        // releaseBSDF wants the one that getBSDF got
-    BSDFInterface& owner;        // as it wants the interface that gave it
-    BSDFSampler* const sampler;  // null if there is nothing to release
+    BSDFInterface* const owner;  // as it wants the interface that gave it
+    BSDFSampler* sampler;        // null if there is nothing to release
 };
+
+/// Names the volume behind a hit to the rays that shading spawns, unless a surface around this one
+/// has done so before: refracted rays read their index of refraction from `surfaceVolume`. When the
+/// scope ends the field is as it was, but after `keepIfTransparent` it stays for the host, which
+/// takes it for the medium that a ray enters. Stands around the sampler whose volume it shows.
+class ScopedVolume {
+public:
+    explicit ScopedVolume(PelkContext& context_) : context(context_) {}
+    ~ScopedVolume() {
+        if (isShown && !isKept)
+            context.surfaceVolume = nullptr;
+    }
+    ScopedVolume(const ScopedVolume&) = delete;
+    ScopedVolume& operator=(const ScopedVolume&) = delete;
+
+    /// Asks the sampler, if the field is free. The answer may be null.
+    void show(BSDFSampler& sampler) {
+        if (context.surfaceVolume)
+            return;
+        isShown = true;
+        context.surfaceVolume = sampler.getVolume(context);
+    }
+    /// Keeps the volume of a surface that lets light through by the results as they stand. What is
+    /// opaque has no inside that a ray could enter.
+    void keepIfTransparent() { isKept = !(mean(context.resultTransparency) < 1e-6f); }
+
+private:
+    PelkContext& context;
+    bool isShown = false;
+    bool isKept = false;
+};
+
+/// Fills the four results as a shadow ray asks for them: the surface is a filter in front of the
+/// light and has no colour of its own. The alpha is what the filter keeps back, per channel.
+inline void setFilterResults(PelkContext& context, Color transparency) {
+    setResults(context, Color(0), transparency, complement(transparency), transparency);
+}
 
 /// A spawned context, for the length of a scope: takes the answer of newSpawnedContext or
 /// BRDFSampler::getNewContext, and releases it in the destructor, so that none is lost to its
@@ -136,13 +182,6 @@ inline int findChannelIndex(PluginBase* plugin) {
 inline int opaqueFlagsOf(PluginBase* plugin) {
     auto* opaque = findInterface<OpaqueShadeableInterface>(plugin);
     return opaque ? opaque->getOpaqueFlags() : 0;
-}
-
-/// The name of an instance for a message, owned by the plug-in: empty if it has none, as a null is
-/// no value for a format's %s.
-inline const char* messageName(const Plugin& plugin) {
-    const char* name = plugin.getPluginName();
-    return name ? name : "";
 }
 
 /// The last step of a `shade` that may go wrong: replaces the channels of resultColor that are not

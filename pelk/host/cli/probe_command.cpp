@@ -42,7 +42,7 @@ RenderOptions ProbeOptions::forRender(const SceneSettings& settings) const {
 }
 
 std::string nameOf(const Plugin* plugin) {
-    return plugin && plugin->getPluginName() ? plugin->getPluginName() : "";
+    return plugin ? plugin->getPluginNameOr("") : "";
 }
 
 // ---- as JSON

@@ -51,7 +51,7 @@ private:
 
 std::string nameOf(PluginInterface* face) {
     auto* plugin = static_cast<Plugin*>(face->getPlugin());
-    return plugin->getPluginName() ? plugin->getPluginName() : "";
+    return plugin->getPluginNameOr("");
 }
 
 /// Renders a rectangle on the threads of a group. `samples`, `seconds` and `stopped` of the result

@@ -10,7 +10,7 @@ namespace {
 /// Where the plug-in of a face stands in the scene.
 std::string placeOf(PluginInterface* face) {
     auto* plugin = static_cast<Plugin*>(face->getPlugin());
-    return pointerTo("/plugins", plugin->getPluginName() ? plugin->getPluginName() : "");
+    return pointerTo("/plugins", plugin->getPluginNameOr(""));
 }
 
 std::vector<Vector> faceNormalsOf(const Mesh& mesh) {

@@ -96,36 +96,31 @@ BSDFSampler* Mtl2Sided::getBSDF(PelkContext& context, int flags) {
     const int side = element->side = context.backSide ? 1 : 0;
     if (params.force1Sided)
         flags |= kSingleSided;
-    BSDFSampler *first = nullptr, *second = nullptr;
-    try {
-        {
-            const ScopedFlip toViewer(context, context.backSide && !context.flippedSide);
-            first = getSampler(context, side, flags);
-            const ScopedFlip beyond(context);
-            second = getSampler(context, 1 - side, flags);
-        }
-        // A weight that is no number shows no texture.
-        const float weight = params.translucencyTexMult;
-        const Color translucency =
-            textureBlend(context, params.translucency,
-                         weight >= 1e-12f ? params.translucencyTex : nullptr, weight);
-        element->init(context, translucency, first, second, params.multByFrontDiffuse, Color(0));
-    } catch (...) {
-        // Out of memory: the samplers so far go back.
-        if (first)
-            releaseSampler(context, side, first);
-        if (second)
-            releaseSampler(context, 1 - side, second);
-        throw;
-    }
+    // Whatever throws for memory from here on, both samplers go back to where they came from, with
+    // the context as it was.
+    ScopedSampler near(context, bsdfInterfaces[side], getSampler(context, side, false, flags));
+    ScopedSampler beyond(context, bsdfInterfaces[1 - side],
+                         getSampler(context, 1 - side, true, flags));
+    // A weight that is no number shows no texture.
+    const float weight = params.translucencyTexMult;
+    const Color translucency = textureBlend(
+        context, params.translucency, weight >= 1e-12f ? params.translucencyTex : nullptr, weight);
+    element->init(context, translucency, near.get(), beyond.get(), params.multByFrontDiffuse,
+                  Color(0));
+    near.handOut();
+    beyond.handOut();
     return element.handOut();
 }
 
-BSDFSampler* Mtl2Sided::getSampler(PelkContext& context, int side, int flags) const {
-    // The materials shall not know that the context was turned.
-    const ScopedValue flippedSide(context.flippedSide, 0);
+BSDFSampler* Mtl2Sided::getSampler(PelkContext& context, int side, bool isBeyond, int flags) const {
     BSDFInterface* bsdf = bsdfInterfaces[side];
-    return bsdf ? bsdf->getBSDF(context, flags) : nullptr;
+    if (!bsdf)
+        return nullptr;
+    // Each material sees its side as the front of a surface that has not been turned over.
+    const ScopedFlip toViewer(context, context.backSide && !context.flippedSide);
+    const ScopedFlip toFarSide(context, isBeyond);
+    const ScopedValue flippedSide(context.flippedSide, 0);
+    return bsdf->getBSDF(context, flags);
 }
 
 void Mtl2Sided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
@@ -157,7 +152,7 @@ int Mtl2Sided::getMaterialSource(void* owner, const char* sourceName, const char
     }
     if (!isSection(kind, kMaterialSection))
         return 0;
-    source.printf("dbgmtlname \"%s\"\n", messageName(*this));
+    source.printf("dbgmtlname \"%s\"\n", getPluginNameOr(""));
     source.append("two_sided\n");
     writeLayers(params, args);
     return 1;

@@ -50,7 +50,7 @@ public:
                           ShaderSource& source, OCLData& data) override;
 
 private:
-    BSDFSampler* getSampler(PelkContext& context, int side, int flags) const;
+    BSDFSampler* getSampler(PelkContext& context, int side, bool isBeyond, int flags) const;
     void releaseSampler(PelkContext& context, int side, BSDFSampler* sampler) const;
 
     GrowTable<int> channelIndices{100};     // lives from renderBegin to renderEnd

@@ -46,10 +46,8 @@ void MtlLayeredBRDF::shade(PelkContext& context) {
 }
 
 void MtlLayeredBRDF::shadeLayers(PelkContext& context, BSDFSampler* sampler) const {
-    if (context.rayType & kRayShadow) {
-        const Color through = sampler->getBSDFTransparency(context);
-        return setResults(context, Color(0), through, complement(through), through);
-    }
+    if (context.rayType & kRayShadow)
+        return setFilterResults(context, sampler->getBSDFTransparency(context));
     Color direct;
     context.computeDirectLighting(direct, sampler);
     sampler->traceBSDFForward(context, 1);

@@ -32,11 +32,6 @@ constexpr ParamTable kParams{
 // The number of sub-materials that the descriptor text has room for.
 constexpr int kDescribed = 10;
 
-const char* nameOf(const Plugin& plugin) {
-    const char* name = plugin.getPluginName();
-    return name ? name : "noname";
-}
-
 RTMtlInterface* describedBy(const MtlMultiEntry& entry) {
     return entry.mtl ? findRTMtl(entry.mtl->getPlugin()) : nullptr;
 }
@@ -108,7 +103,7 @@ void MtlMulti::frameBegin(PelkRenderer& renderer) {
         log->warning(
             "MtlMulti (%s) \"mtls\" parameter is deprecated; use \"mtls_list\" and \"ids_list\" "
             "instead.\n",
-            nameOf(*this));
+            getPluginNameOr("noname"));
     addPairs(*pairs, time);
 }
 
@@ -147,7 +142,7 @@ void MtlMulti::addEntries(PelkRenderer& renderer) {
     const int count = params.mtlsList.count;
     if (count <= 0) {
         if (MessageLog* log = renderer.sequenceData.log)
-            log->warning("MtlMulti (%s) has no sub-materials.\n", nameOf(*this));
+            log->warning("MtlMulti (%s) has no sub-materials.\n", getPluginNameOr("noname"));
         return;
     }
     indexShaderSets(renderer);
@@ -176,13 +171,13 @@ PelkIntList MtlMulti::readIds(PelkRenderer& renderer) {
     MessageLog* log = renderer.sequenceData.log;
     if (!parameter) {
         if (log && !useShaderSets)
-            log->warning("MtlMulti (%s) has no ids_list parameter.\n", nameOf(*this));
+            log->warning("MtlMulti (%s) has no ids_list parameter.\n", getPluginNameOr("noname"));
         return {};
     }
     const PelkIntList ids = parameter->getIntList(renderer.frameData.frameTime);
     if (log && ids.count < params.mtlsList.count)
-        log->warning("MtlMulti \"%s\" has more materials (%i) than ids (%i).\n", nameOf(*this),
-                     params.mtlsList.count, ids.count);
+        log->warning("MtlMulti \"%s\" has more materials (%i) than ids (%i).\n",
+                     getPluginNameOr("noname"), params.mtlsList.count, ids.count);
     return ids;
 }
 

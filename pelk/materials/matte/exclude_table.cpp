@@ -13,7 +13,7 @@ void reportNoGeometry(PluginBase* object, MessageLog* log) {
     if (auto* plugin = isPlugin ? dynamic_cast<Plugin*>(object) : nullptr) {
         const char* type = plugin->getPluginTypeName();
         log->warning("plugin %s of type %s cannot be in the exclude list (does not have geometry)",
-                     messageName(*plugin), type ? type : "");
+                     plugin->getPluginNameOr(""), type ? type : "");
     } else {
         log->warning("plugin cannot be in the exclude list (does not have geometry)");
     }

@@ -297,10 +297,11 @@ BSDFSampler* MtlWrapper::getBSDF(PelkContext& context, int flags) {
         element->setUp(context, nullptr, kMatteTracesNothing, false);
         return element.handOut();
     }
-    BSDFSampler* base = baseBSDF->getBSDF(context, flags);
+    ScopedSampler base(context, *baseBSDF, flags);
     context.surfaceProperties = &params;  // the base may have its own
     const bool isMatte = road == Road::Matte;
-    element->setUp(context, base, isMatte ? kMatteTracesBlack : kMatteTracesNothing, isMatte);
+    element->setUp(context, base.get(), isMatte ? kMatteTracesBlack : kMatteTracesNothing, isMatte);
+    base.handOut();
     return element.handOut();
 }
 
@@ -319,8 +320,7 @@ int MtlWrapper::getMaterialID(PelkContext& context) {
 int MtlWrapper::getOpaqueFlags() {
     if (params.matte_surface || params.alpha_contribution != 1.0f || params.alpha_contribution_tex)
         return 0;
-    auto* opaque = findInterface<OpaqueShadeableInterface>(params.base_material);
-    return opaque ? opaque->getOpaqueFlags() : 0;
+    return opaqueFlagsOf(params.base_material);
 }
 
 int MtlWrapper::getMaterialSource(void* owner, const char* sourceName, const char* kind,
@@ -338,6 +338,5 @@ int MtlWrapper::getMaterialSource(void* owner, const char* sourceName, const cha
 }
 
 RTMtlInterface* MtlWrapper::getMultiMtl() {
-    RTMtlInterface* base = findRTMtl(params.base_material);
-    return base ? base->getMultiMtl() : nullptr;
+    return findMultiMtl(params.base_material);
 }

@@ -65,8 +65,7 @@ void MtlDiffuse::shade(PelkContext& context) {
 }
 
 void MtlDiffuse::shadeFilter(PelkContext& context) const {
-    setResults(context, Color(0), params.transparency, complement(params.transparency),
-               params.transparency);
+    setFilterResults(context, params.transparency);
 }
 
 void MtlDiffuse::shadeSurface(PelkContext& context) const {

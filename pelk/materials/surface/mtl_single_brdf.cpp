@@ -49,7 +49,7 @@ void MtlSingleBRDF::frameBegin(PelkRenderer& renderer) {
     MessageLog* log = renderer.sequenceData.log;
     if (!bsdfInterface && log)
         log->warning("[MtlSingleBRDF] No BSDF parameter specified to material \"%s\"\n",
-                     messageName(*this));
+                     getPluginNameOr(""));
     warned = opaqueKnown = opaqueFlags = 0;
     filterActive = params.filter != Color(1) ? 1 : 0;
 }
@@ -66,31 +66,19 @@ void MtlSingleBRDF::shade(PelkContext& context) {
 
 void MtlSingleBRDF::shadeFiltered(PelkContext& context) {
     const int flags = params.doubleSided == kBackSingle ? kSingleSided : 0;
-    const bool setsVolume = !context.surfaceVolume;
-    try {
+    ScopedVolume volume(context);
+    {
         const ScopedSampler sampler(context, *bsdfInterface, flags);
         if (!sampler.get())
             return setFullyTransparent(context);
-        if (setsVolume)
-            context.surfaceVolume = sampler.get()->getVolume(context);
+        volume.show(*sampler.get());
         if (context.rayType & kRayShadow)
-            shadeShadowRay(context, sampler.get());
+            setFilterResults(context, sampler.get()->getBSDFTransparency(context));
         else
             shadeLit(context, sampler.get());
-    } catch (...) {
-        // Out of memory: the hit is left as it was.
-        if (setsVolume)
-            context.surfaceVolume = nullptr;
-        throw;
     }
-    // What lets nothing through has no inside that a ray could enter.
-    if (setsVolume && mean(context.resultTransparency) < 1e-6f)
-        context.surfaceVolume = nullptr;
-}
-
-void MtlSingleBRDF::shadeShadowRay(PelkContext& context, BSDFSampler* sampler) const {
-    const Color transparency = sampler->getBSDFTransparency(context);
-    setResults(context, Color(0), transparency, complement(transparency), transparency);
+    // The sampler goes back first: its plug-in finds the volume as it was while it shaded.
+    volume.keepIfTransparent();
 }
 
 void MtlSingleBRDF::shadeLit(PelkContext& context, BSDFSampler* sampler) {
@@ -119,17 +107,17 @@ BSDFSampler* MtlSingleBRDF::getBSDF(PelkContext& context, int flags) {
 }
 
 void MtlSingleBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
-    if (!sampler)
-        return;
     if (params.doubleSided < kBackHidesCamera) {
         if (bsdfInterface)
             bsdfInterface->releaseBSDF(context, sampler);
         return;
     }
-    auto* element = static_cast<PoolElement<BSDFBackFace>*>(sampler);
-    if (bsdfInterface && element->bsdf)
-        bsdfInterface->releaseBSDF(context, element->bsdf);
-    pool.giveBack(context, element);
+    if (!sampler)
+        return;
+    // A plug-in that had no sampler for the hit gets its null back.
+    if (bsdfInterface)
+        bsdfInterface->releaseBSDF(context, static_cast<BSDFBackFace*>(sampler)->bsdf);
+    pool.giveBack(context, sampler);
 }
 
 int MtlSingleBRDF::getOpaqueFlags() {

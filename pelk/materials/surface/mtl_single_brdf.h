@@ -68,7 +68,6 @@ public:
 
 private:
     void shadeFiltered(PelkContext& context);
-    void shadeShadowRay(PelkContext& context, BSDFSampler* sampler) const;
     void shadeLit(PelkContext& context, BSDFSampler* sampler);
 
     BSDFInterface* bsdfInterface = nullptr;  // this and filterActive: set in frameBegin

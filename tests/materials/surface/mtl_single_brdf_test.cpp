@@ -84,10 +84,11 @@ TEST_F(MtlSingleBRDFTest, BackFaceSamplerHoldsNothingOfTheLastHit) {
     EXPECT_NE(sampler->getBRDF(kFrontSide), nullptr);
     mtl.releaseBSDF(context, sampler);
     plugin.givesSampler = false;
+    plugin.takesNull = true;
     EXPECT_EQ(mtl.getBSDF(context, 0), sampler) << "the element was not given back";
     EXPECT_EQ(sampler->getBRDF(kFrontSide), nullptr);
     mtl.releaseBSDF(context, sampler);
-    EXPECT_EQ(log.count("releaseBSDF"), 1) << "nothing to give back the second time";
+    EXPECT_EQ(log.count("releaseBSDF"), 2) << "a null goes back too";
 }
 
 TEST_F(MtlSingleBRDFTest, ImpossibleColoursAreRepairedAndReportedOncePerFrame) {
