@@ -173,6 +173,16 @@ inline int findChannelIndex(PluginBase* plugin) {
     return channel ? channel->getChannelIndex() : -1;
 }
 
+/// Makes `indices` the indices of the channels in a list, in its order; what is no channel is left
+/// out. Keeps the table's memory. For renderBegin: throws ExceptionMsg if there is no memory.
+inline void listChannelIndices(const PelkPluginList& channels, GrowTable<int>& indices) {
+    indices.clear();
+    for (int i = 0; i < channels.count; ++i) {
+        if (auto* channel = findInterface<RenderChannelInterface>(channels.items[i]))
+            indices.append(channel->getChannelIndex());
+    }
+}
+
 /// The answer of a plug-in's OpaqueShadeableInterface, or 0, "ask me", if `plugin` is null or
 /// doesn't offer it. The value 1 says that no hit on the surface lets light through, so that a host
 /// may end shadow rays there without calling `shade`; a wrapper answers with what stands under it,

@@ -28,14 +28,17 @@ PelkMaterial& FakeHost::make(const char* pluginName, const char* instanceName) {
     return *material;
 }
 
-void FakeHost::setParams(PelkMaterial& material, std::initializer_list<Param> params) {
+void FakeHost::setParam(PelkMaterial& material, const Param& param) {
     auto* desc = static_cast<PelkPluginDesc*>(material.getPluginDesc());
-    for (const Param& param : params) {
-        const char* name = param.parameter->getName();
-        EXPECT_TRUE(desc->getParameterListDesc()->findParameter(name)) << name;
-        paramsSet.push_back(param);
-        material.setParameter(param.parameter.get());
-    }
+    const char* name = param.parameter->getName();
+    EXPECT_TRUE(desc->getParameterListDesc()->findParameter(name)) << name;
+    paramsSet.push_back(param);
+    material.setParameter(param.parameter.get());
+}
+
+void FakeHost::setParams(PelkMaterial& material, std::initializer_list<Param> params) {
+    for (const Param& param : params)
+        setParam(material, param);
 }
 
 void FakeHost::startFrame(PelkMaterial& material, std::initializer_list<Param> params) {

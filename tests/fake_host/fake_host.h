@@ -49,10 +49,15 @@ protected:
     FakeRenderer renderer;
     CallLog& log = callLog();
 
+    /// The descriptors of all plug-ins of the module. What holds for every material is tested over
+    /// them, so that a new one is in the test without being named there.
+    std::vector<PelkPluginDesc*> kinds() const { return module.kinds(); }
+
     /// A new instance of a plug-in of the module.
     PelkMaterial& make(const char* pluginName, const char* instanceName = "instance");
 
     /// Sets parameters. A name that the plug-in does not know fails the test.
+    void setParam(PelkMaterial& material, const Param& param);
     void setParams(PelkMaterial& material, std::initializer_list<Param> params);
     /// Ends the material's frame, if it is in one, and begins one with these parameters; before
     /// the first frame, and after endRender, the render too. The call log starts anew.

@@ -24,18 +24,23 @@ const char* MaterialsModule::path() {
 }
 
 PelkPluginDesc* MaterialsModule::find(const char* pluginName) const {
-    struct FindByName final : EnumPluginDescCallback {
-        const char* name = nullptr;
-        PelkPluginDesc* found = nullptr;
+    for (PelkPluginDesc* desc : kinds()) {
+        if (std::strcmp(desc->getName(), pluginName) == 0)
+            return desc;
+    }
+    return nullptr;
+}
+
+std::vector<PelkPluginDesc*> MaterialsModule::kinds() const {
+    struct Collect final : EnumPluginDescCallback {
+        std::vector<PelkPluginDesc*> seen;
 
         int process(PluginDesc* desc) override {
-            if (std::strcmp(desc->getName(), name) == 0)
-                found = static_cast<PelkPluginDesc*>(desc);
-            return !found;
+            seen.push_back(static_cast<PelkPluginDesc*>(desc));
+            return 1;
         }
     } callback;
-    callback.name = pluginName;
     if (libDesc)
         libDesc->enumPluginDescs(&callback);
-    return callback.found;
+    return callback.seen;
 }

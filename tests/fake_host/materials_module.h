@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "pelk/contract/plugin_desc.h"
 #include "pelk/platform/module.h"
 
@@ -17,6 +19,8 @@ public:
     Tarnkit::PluginLibDesc* getLibDesc() const { return libDesc; }
     /// The descriptor of a plug-in; null if there is none of that name.
     Tarnkit::PelkPluginDesc* find(const char* pluginName) const;
+    /// All descriptors, in the order in which hosts see them.
+    std::vector<Tarnkit::PelkPluginDesc*> kinds() const;
 
 private:
     Tarnkit::platform::ModuleHandle module = nullptr;

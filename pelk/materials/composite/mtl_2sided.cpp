@@ -42,12 +42,12 @@ void writeTranslucency(const TwoSidedParams& params, const SourceArgs& args) {
 
 void writeLayers(const TwoSidedParams& params, const SourceArgs& args) {
     if (RTMtlInterface* front = findRTMtl(params.front))
-        writeFrame(args.source, [&] {
+        writeBlock(args.source, [&] {
             writeTranslucency(params, args);
             passThrough(front, args);
         });
     if (RTMtlInterface* back = findRTMtl(params.back))
-        writeFrame(args.source, [&] {
+        writeBlock(args.source, [&] {
             args.source.append("weight_map\ncolor 1.0 1.0 1.0\n");
             passThrough(back, args);
         });
@@ -61,12 +61,7 @@ ParamRows<TwoSidedParams> TwoSidedParams::table() {
 
 void Mtl2Sided::renderBegin(PelkRenderer&) {
     paramList.cacheParams(0.0, TracePoint());  // the channels are wanted before the first frame
-    channelIndices.clear();
-    for (int i = 0; i < params.channels.count; ++i) {
-        Plugin* plugin = params.channels.items[i];
-        if (auto* channel = findInterface<RenderChannelInterface>(plugin))
-            channelIndices.append(channel->getChannelIndex());
-    }
+    listChannelIndices(params.channels, channelIndices);
 }
 
 void Mtl2Sided::renderEnd(PelkRenderer&) {

@@ -7,27 +7,29 @@
 struct TwoSidedParams {
     PluginBase* front = nullptr;  ///< material of the side to which the normal points
     PluginBase* back = nullptr;   ///< of the other side; that of the front if it is not set
-    Color translucency;           ///< share of light from one side that shows on the other
-    TextureInterface* translucencyTex = nullptr;  ///< blended over `translucency`
-    float translucencyTexMult = 1.0f;             ///< weight of the texture
-    int force1Sided = 1;         ///< the materials are told that they have one side
-    int multByFrontDiffuse = 0;  ///< light from beyond takes the diffuse colour of the near side
+    Color translucency;  ///< share of the far side's diffuse light that shows on the near side
+    TextureInterface* translucencyTex = nullptr;  ///< over `translucency`, by its alpha
+    float translucencyTexMult = 1.0f;  ///< scales the texture; below 1e-12 or NaN it is not read
+    int force1Sided = 1;               ///< not 0: both materials are asked for single-sided BSDFs
+    int multByFrontDiffuse = 0;  ///< not 0: translucent light is dyed by the near side's albedo
     PelkPluginList channels;     ///< render channels of the result
 
     static ParamRows<TwoSidedParams> table();
 };
 
-/// The two sides at one hit. Pooled and not constructed anew: Mtl2Sided::getBSDF writes `side`,
-/// init all else.
+/// The BSDFs of both sides at one hit, mixed by translucency. Pooled and not constructed anew:
+/// Mtl2Sided::getBSDF writes `side`, TwoSidedBSDF::init all else.
 class Mtl2SidedBSDF : public TwoSidedBSDF {
 public:
-    int side = 0;  ///< which material has the first sampler: 0 the front's, 1 the back's
+    int side = 0;  ///< whose sampler is the first, that of the viewer's side: 0 front, 1 back
 };
 
-/// A thin surface with a material on each side and translucency between them.
+/// A sheet, such as paper or a leaf: a material on each side, and between them diffuse transmission
+/// (translucency) without thickness or refraction.
 ///
-/// Each material makes its sampler with the context turned so that the side that was hit counts as
-/// its front; TwoSidedBSDF mixes them. Outside a frame the surface is fully transparent.
+/// Each material makes its BSDF with the context turned so that its own side counts as the front;
+/// TwoSidedBSDF mixes the two. shade() goes the same way, so that a parent may use either. Outside
+/// a frame the surface is fully transparent.
 class Mtl2Sided final
     : public FramePooled<Mtl2SidedBSDF, WithParams<TwoSidedParams, PelkRTMaterial>> {
 public:

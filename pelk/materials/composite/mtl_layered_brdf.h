@@ -5,17 +5,18 @@
 
 /// Parameters of MtlLayeredBRDF, as the host refreshes them at each frameBegin.
 struct LayeredBRDFParams {
-    PelkPluginList brdfs;  ///< the plug-ins that scatter, the outermost first
-    int doubleSided = 1;   ///< 0: the plug-ins are told that the surface has one side
+    PelkPluginList brdfs;  ///< the BSDF plug-ins, the outermost layer first; entries may be null
+    int doubleSided = 1;   ///< 0: they are asked for single-sided BSDFs
 
     static ParamRows<LayeredBRDFParams> table();
 };
 
-/// BSDF plug-ins on top of each other as a whole surface.
+/// Layers of BSDF plug-ins as a whole surface, such as varnish on paint on primer.
 ///
-/// Each layer takes its share of the light and leaves the rest to those below. A position without
-/// a plug-in that scatters is a clear layer; without any position the surface is opaque black.
-/// Colours that no light can have are repaired.
+/// Light meets them from the outermost in: each layer reflects its share and passes the rest of the
+/// throughput on, without bounces between layers (LayeredBSDF). A position without a BSDF plug-in
+/// is a clear layer; without any position the surface is opaque black. Radiance that no light can
+/// have (NaN, infinite, negative) is repaired and reported once a frame.
 class MtlLayeredBRDF final
     : public FramePooled<LayeredBSDF, WithParams<LayeredBRDFParams, PelkMaterial>> {
 public:

@@ -12,8 +12,8 @@ struct MaterialIDParams {
     static ParamRows<MaterialIDParams> table();
 };
 
-/// The base's sampler, which enters the ids once it has traced. Pooled and not constructed anew:
-/// MtlMaterialID::getBSDF writes every field.
+/// The base's BSDF, which writes the ids into the hit's channels once it has traced. Pooled and not
+/// constructed anew: MtlMaterialID::getBSDF writes every field.
 class MaterialIDBSDF : public ForwardingSampler {
 public:
     TextureInterface* idColor = nullptr;
@@ -22,10 +22,11 @@ public:
     void traceForward(PelkContext& context, int doDiffuse) override;
 };
 
-/// Stamps a colour and a number into the id channels of all hits of the base.
+/// Writes a colour and a number into the id channels (mattes for compositing) at all hits of the
+/// base.
 ///
-/// The shading is the base's; without a base the results stay as they are, and the channels are
-/// written all the same. Shadow rays write none.
+/// Radiance and BSDF are the base's; without a base the results stay as they are, and the channels
+/// are written all the same. Shadow rays write none: what they meet is not in the pixel.
 class MtlMaterialID final
     : public RenderPooled<MaterialIDBSDF, WithParams<MaterialIDParams, PelkRTMaterial>> {
 public:

@@ -215,8 +215,8 @@ int MtlMulti::surfaceID(PelkContext& context) const {
         return params.mtlidGen->getTexInt(context);
     if (params.mtlidGenFloat)
         return truncateToInt(params.mtlidGenFloat->getTexFloat(context) + 0.5f);
-    auto* faces = findInterface<SurfaceMtlIDInterface>(context.hitObject);
-    return faces ? faces->getSurfaceMtlID(context) : 0;
+    auto* ids = findInterface<SurfaceMtlIDInterface>(context.hitObject);
+    return ids ? ids->getSurfaceMtlID(context) : 0;
 }
 
 const MtlMultiEntry* MtlMulti::pickEntry(PelkContext& context) const {
@@ -306,7 +306,7 @@ void MtlMulti::writeSwitch(const SourceArgs& args) const {
         positions[i].plugin = params.mtlsList.items[i];
     ShaderSource layers;
     int offsets[kDescribed];
-    writeFramesWithOffsets(positions, SamePlugin::WrittenAgain, args, layers, offsets);
+    writeBlocksWithOffsets(positions, SamePlugin::WrittenAgain, args, layers, offsets);
 
     ShaderSource& source = args.source;
     source.append("mtl_switch\nemission\nuvw_transform ");

@@ -15,20 +15,21 @@ struct MultiParams {
     PelkPluginList mtlsList;                         ///< the sub-materials; entries may be null
     TextureIntInterface* mtlidGen = nullptr;         ///< gives the id at the hit
     TextureFloatInterface* mtlidGenFloat = nullptr;  ///< gives it, rounded, if mtlidGen is null
-    int wrapId = 0;                                  ///< not 0: ids above the largest start over
+    int wrapId = 0;  ///< not 0: ids above the largest that was given start over at 0
 
     static ParamRows<MultiParams> table();
 };
 
-/// One of the sub-materials. Faces are null where the plug-in lacks them.
+/// One of the sub-materials. An interface is null where the plug-in doesn't offer it.
 struct MtlMultiEntry {
     int id;
     MaterialInterface* mtl;
     BSDFInterface* bsdf;
 };
 
-/// What the last hit of each thread and trace depth picked, so that a sampler is asked for and
-/// given back without asking the textures again. A thread uses its own list alone.
+/// What the last hit of each thread and trace depth picked. releaseBSDF finds the owner of a
+/// sampler here: asking the textures again would cost a look-up and, for a texture that changes its
+/// mind, give the sampler to a material that never made it. A thread uses its own list alone.
 class PickCache {
 public:
     /// Forgets all and makes an empty list for each thread.
@@ -54,12 +55,13 @@ private:
     std::vector<List> lists;
 };
 
-/// Picks one of several materials for each hit, and hands the hit to it as it is.
+/// Picks one of several materials for each hit, and hands the hit to it as it is: no blend, so its
+/// BSDF and densities are those of the picked material.
 ///
-/// The pick goes by an id: of a texture, else of the face that was hit. The first entry with that
-/// id wins, and the first entry of all stands in for ids that have none. If shader sets are named,
-/// the name of the hit's set picks instead. A picked entry without material, and a table without
-/// entries, shade opaque black and have no sampler.
+/// The pick goes by an id: of a texture, else of the polygon (face) that was hit. The first entry
+/// with that id wins, and the first entry of all stands in for ids that have none. If shader sets
+/// are named, the name of the hit's set picks instead. A picked entry without material, and a table
+/// without entries, shade opaque black and have no sampler.
 class MtlMulti final : public WithParams<MultiParams, PelkRTMaterial> {
 public:
     static constexpr const char* kName = "MtlMulti";

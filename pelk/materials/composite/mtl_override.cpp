@@ -154,7 +154,7 @@ int MtlOverride::getMaterialSource(void* owner, const char* sourceName, const ch
         return 0;
     ShaderSource layers;
     int offsets[kNumSlots];
-    writeFramesWithOffsets(slotsOf(params), SamePlugin::Shared,
+    writeBlocksWithOffsets(slotsOf(params), SamePlugin::Shared,
                            {owner, sourceName, kind, source, data}, layers, offsets);
     source.append("override_mtl\n");
     source.printf("override_sub_mtls_offsets %i,%i,%i,%i,%i\n", offsets[0], offsets[1], offsets[2],

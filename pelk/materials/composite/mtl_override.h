@@ -6,22 +6,23 @@
 /// Parameters of MtlOverride, as the host refreshes them at each frameBegin.
 struct OverrideParams {
     PluginBase* baseMtl = nullptr;  ///< stands in where a ray has no material of its own
-    int enableGiMtl = 1;
-    PluginBase* giMtl = nullptr;  ///< for indirect diffuse light
+    int enableGiMtl = 1;            ///< this and the other three: 0 has its rays see the base
+    PluginBase* giMtl = nullptr;    ///< seen by indirect diffuse rays
     int enableReflectMtl = 1;
-    PluginBase* reflectMtl = nullptr;
+    PluginBase* reflectMtl = nullptr;  ///< seen by reflected rays
     int enableRefractMtl = 1;
-    PluginBase* refractMtl = nullptr;
+    PluginBase* refractMtl = nullptr;  ///< seen by refracted rays
     int enableShadowMtl = 1;
-    PluginBase* shadowMtl = nullptr;
+    PluginBase* shadowMtl = nullptr;  ///< asked by shadow rays, for transparency
     int useEnvironmentOverride = 0;
-    TextureInterface* environmentOverride = nullptr;  ///< environment of what is traced from here
-    int environmentPriority = 0;                      ///< the highest along a path holds
+    TextureInterface* environmentOverride =
+        nullptr;                  ///< what rays from here see that leave the scene
+    int environmentPriority = 0;  ///< the highest along a path holds
 
     static ParamRows<OverrideParams> table();
 };
 
-/// The picked material's sampler, with the environment of a MtlOverride around what it traces.
+/// The picked material's BSDF, with the environment of a MtlOverride for the rays that it traces.
 /// Pooled and not constructed anew: MtlOverride::getBSDF writes every field.
 class BSDFOverride : public ForwardingSampler {
 public:
@@ -35,11 +36,13 @@ public:
     PelkContext* getNewContext(PelkContext& context, int& sampler, int doDiffuse) override;
 };
 
-/// Shows each kind of ray a material of its own, and what is traced from there another environment.
+/// Shows each kind of ray a material of its own, and gives the rays that leave from here another
+/// environment: a lamp that lights the scene brighter than the camera sees it, a mirror image that
+/// differs. What is seen and what lights then disagree, on purpose.
 ///
-/// Shadow rays come before indirect ones, then reflected, then refracted ones; each falls back on
-/// the base alone. Which material there is goes by its BSDF face. Without a base the surface is
-/// fully transparent and has no sampler.
+/// Of a ray that is of several kinds shadow counts before indirect diffuse, then reflected, then
+/// refracted. Each kind falls back on the base alone, where its slot has no plug-in with a
+/// BSDFInterface. Without a base the surface is fully transparent and has no sampler.
 class MtlOverride final
     : public RenderPooled<BSDFOverride, WithParams<OverrideParams, PelkRTMaterial>> {
 public:
@@ -62,7 +65,8 @@ public:
 private:
     enum SlotIndex { kBase, kGi, kReflect, kRefract, kShadow, kNumSlots };
 
-    /// Faces of a slot's plug-in; null where it lacks them, or the slot is empty or disabled.
+    /// Interfaces of a slot's plug-in; null where it doesn't offer them, or the slot is empty or
+    /// disabled.
     struct Slot {
         BSDFInterface* bsdf = nullptr;
         MaterialInterface* material = nullptr;

@@ -17,7 +17,8 @@ struct RenderStatsParams {
     static ParamRows<RenderStatsParams> table();
 };
 
-/// A surface that is not there. It knows nothing of the hit, so all threads share one.
+/// The BSDF of a surface that is not there: transmits all light straight on and scatters none. It
+/// knows nothing of the hit, so all threads share one, and there is no pool.
 class TransparentBSDF : public BSDFSampler, public BRDFSampler {
 public:
     /// This sampler, for both sides.
@@ -34,11 +35,13 @@ public:
     Color getTransparency(PelkContext& context) override;
 };
 
-/// Hides its object from kinds of rays, and fades it as a whole.
+/// Hides its object from kinds of rays (camera, reflected, refracted, indirect, shadow), and fades
+/// it as a whole.
 ///
-/// A ray that the object is hidden from goes on as if nothing were there. To all other rays the
-/// base shows by the share `visibility`, the rest is clear. The sampler of getBSDF() knows hidden
-/// and shown alone: it is the base's own while anything shows. Without a base the surface is
+/// A ray that the object is hidden from goes straight on, as if nothing were there. To all other
+/// rays radiance and opacity of the base show by the share `visibility`, and the base gets as much
+/// less throughput. The sampler of getBSDF() knows hidden and shown alone: it is the base's own
+/// while anything shows, so a fade is seen where shade() is called. Without a base the surface is
 /// opaque black, faded like others.
 class MtlRenderStats final : public WithParams<RenderStatsParams, PelkRTMaterial> {
 public:

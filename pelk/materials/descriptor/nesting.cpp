@@ -6,8 +6,8 @@
 namespace Tarnkit {
 namespace {
 
-// The tag is looked for as plain text: in the value of a line it counts like a frame.
-int countFrames(const ShaderSource& text) {
+// The tag is looked for as plain text: in the value of a line it counts like a block.
+int countBlocks(const ShaderSource& text) {
     constexpr size_t kTagLength = sizeof(kLayerBegin) - 1;
     int count = 0;
     for (const char* at = text.c_str(); (at = std::strstr(at, kLayerBegin)); at += kTagLength)
@@ -15,13 +15,13 @@ int countFrames(const ShaderSource& text) {
     return count;
 }
 
-// Writes the child in its frame and returns the number of frames that this made. What the child
-// answers does not matter: without lines of its own it still has its frame.
-int writeChildFrame(RTMtlInterface* child, const SourceArgs& args, ShaderSource& frames) {
+// Writes the child in its block and returns the number of blocks that this made. What the child
+// answers does not matter: without lines of its own it still has its block.
+int writeChildBlock(RTMtlInterface* child, const SourceArgs& args, ShaderSource& blocks) {
     ShaderSource text;
     passThrough(child, args.into(text));
-    writeFrame(frames, [&] { frames.append(text); });
-    return 1 + countFrames(text);
+    writeBlock(blocks, [&] { blocks.append(text); });
+    return 1 + countBlocks(text);
 }
 
 // The nearest earlier position with the same plug-in, -1 if there is none.
@@ -52,8 +52,8 @@ void writeChildren(std::span<RTMtlInterface* const> children, const SourceArgs& 
     }
 }
 
-void writeFramesWithOffsets(std::span<const LayerPosition> positions, SamePlugin same,
-                            const SourceArgs& args, ShaderSource& frames, std::span<int> offsets) {
+void writeBlocksWithOffsets(std::span<const LayerPosition> positions, SamePlugin same,
+                            const SourceArgs& args, ShaderSource& blocks, std::span<int> offsets) {
     assert(offsets.size() >= positions.size());
     const int fallback = !positions.empty() && findRTMtl(positions[0].plugin) ? 1 : 0;
     int next = 1;
@@ -66,7 +66,7 @@ void writeFramesWithOffsets(std::span<const LayerPosition> positions, SamePlugin
             offsets[i] = offsets[earlier];
         } else {
             offsets[i] = next;
-            next += writeChildFrame(child, args, frames);
+            next += writeChildBlock(child, args, blocks);
         }
     }
 }

@@ -20,7 +20,8 @@ struct SourceArgs {
     SourceArgs into(ShaderSource& other) const { return {owner, name, kind, other, data}; }
 };
 
-/// The face by which a plug-in describes itself; null if it has none or there is no plug-in.
+/// The interface by which a plug-in describes itself as text; null if it offers none or there is no
+/// plug-in.
 inline RTMtlInterface* findRTMtl(PluginBase* plugin) {
     return findInterface<RTMtlInterface>(plugin);
 }
@@ -34,9 +35,10 @@ inline RTMtlInterface* findMultiMtl(PluginBase* plugin) {
 /// Lets a sub-material write its lines and returns its answer; without one, 0.
 int passThrough(RTMtlInterface* child, const SourceArgs& args);
 
-/// Writes a frame into `source`, and in it what `writeLayer` writes to the same text.
+/// Writes a block into `source`: the tags of a sub-material, and between them what `writeLayer`
+/// writes to the same text.
 template <class WriteLayer>
-void writeFrame(ShaderSource& source, WriteLayer writeLayer) {
+void writeBlock(ShaderSource& source, WriteLayer writeLayer) {
     source.append(kLayerBegin);
     source.append("\n");
     writeLayer();
@@ -56,16 +58,16 @@ struct LayerPosition {
 
 /// What becomes of a plug-in that stands at more than one position.
 enum class SamePlugin {
-    WrittenAgain,  ///< a frame for each position
+    WrittenAgain,  ///< a block for each position
     Shared         ///< takes the offset of the nearest earlier position, which may be disabled
 };
 
-/// Writes a frame into `frames` for each position that has a plug-in that describes itself, and
-/// stores the position's offset: the number of its frame among all frames of the text, nested ones
+/// Writes a block into `blocks` for each position that has a plug-in that describes itself, and
+/// stores the position's offset: the number of its block among all blocks of the text, nested ones
 /// included, counted from 1. A position without text takes 1 if the first position has a plug-in
 /// that describes itself, else 0. `offsets` has room for all positions. The source of `args` is
-/// not written to: a material first writes a header that holds the offsets, then appends `frames`.
-void writeFramesWithOffsets(std::span<const LayerPosition> positions, SamePlugin same,
-                            const SourceArgs& args, ShaderSource& frames, std::span<int> offsets);
+/// not written to: a material first writes a header that holds the offsets, then appends `blocks`.
+void writeBlocksWithOffsets(std::span<const LayerPosition> positions, SamePlugin same,
+                            const SourceArgs& args, ShaderSource& blocks, std::span<int> offsets);
 
 }  // namespace Tarnkit

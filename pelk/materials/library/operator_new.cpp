@@ -1,5 +1,5 @@
 // The operator new family of the module: all of it, so that none of its memory comes from one heap
-// and goes back to another. Failure is the ExceptionMsg of frame/memory.h, not std::bad_alloc. The
+// and goes back to another. Failure is the ExceptionMsg of base/memory.h, not std::bad_alloc. The
 // names stay inside the module; programs and other libraries keep their own.
 
 #include <new>

@@ -42,8 +42,11 @@ Color MatteBSDF::eval(PelkContext& context, const Vector& direction, Color& ligh
     if (cosine < 0.0f)
         cosine = 0.0f;
     if (lightMis) {
-        // The power heuristic against cosine sampling, in the scale of `probLight`: 2 pi times
-        // the density. Where both densities are 0 there is nothing to weight.
+        // The power heuristic for the light's sample, against the cosine sampling of the host's
+        // indirect rays, in the scale of `probLight`: 2 pi times the density per solid angle. The
+        // cosine is multiplied by the square before the division; MtlDiffuse rounds the weight
+        // first. The two differ in the last bit, and each keeps its order: rendered pictures are
+        // compared bit by bit. Where both densities are 0 there is nothing to weight.
         const float own = 2.0f * cosine, square = probLight * probLight;
         const float sum = own * own + square;
         cosine = sum != 0.0f ? cosine * square / sum : 0.0f;

@@ -61,12 +61,7 @@ void MtlWrapper::renderBegin(PelkRenderer& renderer) {
     fragmentManagers.resize(renderer.sequenceData.numThreads);
     paramList.cacheParams(0.0, TracePoint());
     params.updateSurfaceFlags();
-    channelIndices.clear();
-    for (int i = 0; i < params.channels.count; ++i) {
-        auto* channel = findInterface<RenderChannelInterface>(params.channels.items[i]);
-        if (channel)
-            channelIndices.append(channel->getChannelIndex());
-    }
+    listChannelIndices(params.channels, channelIndices);
 }
 
 void MtlWrapper::renderEnd(PelkRenderer& renderer) {

@@ -5,7 +5,8 @@
 #include "pelk/materials/matte/matte_fragment.h"
 #include "pelk/materials/matte/wrapper_params.h"
 
-/// Properties of a surface as a whole, around a base material.
+/// Properties of a surface as a whole, around a base material; above all a shadow catcher (matte)
+/// for putting rendered objects into a photograph.
 ///
 /// An ordinary hit is the base's, with `alpha_contribution` applied, and `generate_gi` on GI rays.
 /// The host finds what else is set (other GI and caustics, exclude tables) in surfaceProperties.
@@ -31,8 +32,8 @@ public:
 
     /// Leaves surfaceProperties pointing here, so that what the hit spawns knows it as a matte.
     void shade(PelkContext& context) override;
-    /// A MatteBSDF. Where the hit shows a matte it only measures light, else it stands for the
-    /// base's sampler.
+    /// A MatteBSDF. Where the hit shows a matte it only measures direct light, with and without
+    /// shadows; else it stands for the base's sampler.
     BSDFSampler* getBSDF(PelkContext& context, int flags) override;
     void releaseBSDF(PelkContext& context, BSDFSampler* sampler) override;
     int getMaterialID(PelkContext& context) override;
@@ -60,7 +61,7 @@ private:
     void finishAlpha(PelkContext& context, Color shadow, Color fade, float alphaValue) const;
 
     MaterialInterface* baseMaterial = nullptr;  // these two: set in frameBegin, null without a
-    BSDFInterface* baseBSDF = nullptr;          // base or if it lacks the face
+    BSDFInterface* baseBSDF = nullptr;          // base or if it doesn't offer the interface
     GrowTable<int> channelIndices{100};         // of the render channels; set in renderBegin
     MatteFragmentManagers fragmentManagers;
 };

@@ -17,12 +17,14 @@ constexpr ParamTable kParams{
     pluginParam<RenderChannelInterface>("render_channel_alpha", &DiffuseParams::renderChannelAlpha),
 };
 
-// What a mirror of that colour leaves to the diffuse reflection below it.
+// What a mirror of that colour leaves to the Lambert lobe below it. One number for all channels: a
+// red mirror would otherwise dye the diffuse light cyan.
 float shareBelow(Color mirror) {
     return std::max(0.0f, 1.0f - mean(mirror));
 }
 
-// Spawns, traces and adds the mirror ray; `weight` is what it sees through.
+// Spawns, traces and adds the mirror ray. `weight`: what its radiance is multiplied by, which also
+// goes into the ray's throughput.
 void addReflection(PelkContext& context, Color weight) {
     const Vector r = mirrorDirection(context);
     const ScopedRay ray(context.newSpawnedContext(0, weight, kSpawnMirror, r));
@@ -58,7 +60,7 @@ void MtlDiffuse::shade(PelkContext& context) {
     else
         shadeSurface(context);
     if (Fragment* fragment = context.resultFragment) {
-        // A fragment ignores the index -1 of a channel that isn't there.
+        // A fragment ignores the index -1, of a channel that isn't there.
         fragment->setChannel(colorChannel, &context.resultColor);
         fragment->setChannel(alphaChannel, &context.resultAlpha);
     }
@@ -127,7 +129,7 @@ int MtlDiffuse::getMaterialSource(void*, const char* sourceName, const char* kin
 
 namespace Tarnkit {
 
-// Nothing passes on to layers below: all light that arrives is used up here.
+// An opaque layer: no light is left for those below, so a coat on top of it ends here.
 Color DiffuseBRDF::getDiffuseColor(Color& lightColor) {
     const Color reflected = lightColor * diffuse;
     lightColor = Color(0);
@@ -144,10 +146,14 @@ Color DiffuseBRDF::eval(PelkContext& context, const Vector& direction, Color& li
     if (flags & kEvalDiffuse) {
         float cosine = std::max(0.0f, dotDouble(context.normal, direction));
         if (lightMis) {
-            // The power heuristic against cosine sampling, in the scale of `probLight`: 2 pi times
-            // the density. Where both densities are 0 there is nothing to weight.
+            // The power heuristic for the light's sample: against it stands the density by which
+            // cosine sampling finds this direction, cosine / pi, in the scale of `probLight`: 2 pi
+            // times the density per solid angle. The weight is rounded before it meets the cosine;
+            // the matte's sampler multiplies first. The two differ in the last bit, and each keeps
+            // its order: rendered pictures are compared bit by bit.
             const float own = 2.0f * cosine;
             const float sum = own * own + probLight * probLight;
+            // Where both densities are 0 there is nothing to weight.
             cosine *= sum != 0.0f ? probLight * probLight / sum : 0.0f;
         }
         reflected = lightColor * diffuse * cosine;
@@ -173,8 +179,9 @@ Color DiffuseBRDF::getTransparency(PelkContext&) {
     return Color(0);
 }
 
+// The one ray is the mirror's: a caller that wants diffuse light alone gets none.
 PelkContext* DiffuseBRDF::getNewContext(PelkContext& context, int&, int doDiffuse) {
-    if (doDiffuse == 2 || mean(reflection) < 1e-10f)
+    if (doDiffuse == kDiffuseAlone || mean(reflection) < 1e-10f)
         return nullptr;
     return context.newSpawnedContext(1, reflection, kSpawnMirror, -context.rayDir);
 }

@@ -4,13 +4,17 @@
 
 namespace Tarnkit {
 
-/// Lambert reflection with a mirror lobe on top, at one hit. Pooled and not constructed anew, so
-/// whoever hands it out writes every field.
+/// The BRDF of one hit: a Lambert lobe, and on top of it a perfect mirror, a delta lobe that direct
+/// light can't hit and that is therefore traced. Nothing is transmitted.
+///
+/// Pooled and not constructed anew, so whoever hands it out writes every field.
 class DiffuseBRDF : public BRDFSampler, public BSDFSampler {
 public:
-    Color diffuse;     ///< what light is multiplied by, the mirror's share already taken off
-    Color reflection;  ///< colour of the mirror lobe
-    int lightMis = 0;  ///< not 0: indirect rays may find lights too, so eval shares with them
+    Color diffuse;     ///< albedo of the Lambert lobe, what the mirror takes already left out
+    Color reflection;  ///< specular albedo, the weight of the mirror ray
+    /// Not 0: the host's indirect rays can hit lights as well, so eval weights the light's sample
+    /// against them (multiple importance sampling).
+    int lightMis = 0;
 
     Color getDiffuseColor(Color& lightColor) override;
     Color getLightMult(Color& lightColor) override;
@@ -23,7 +27,7 @@ public:
     float setupContext(PelkContext& context, PelkContext& newContext, float random,
                        int sample) override;
 
-    /// The front scatters, the back doesn't.
+    /// This sampler for the front; the back has none.
     BRDFSampler* getBRDF(BSDFSide side) override;
 };
 
@@ -31,23 +35,29 @@ public:
 
 /// Parameters of MtlDiffuse, as the host refreshes them at each frameBegin.
 struct DiffuseParams {
-    Color diffuse{0.5f};                       ///< reflectance per channel
-    TextureInterface* diffuseTex = nullptr;    ///< blended over `diffuse`
-    float diffuseTexMult = 1.0f;               ///< weight of the texture
-    Color reflection;                          ///< colour of the mirror lobe
-    Color transparency;                        ///< share of light that goes straight through
+    Color diffuse{0.5f};                       ///< albedo per channel, linear
+    TextureInterface* diffuseTex = nullptr;    ///< over `diffuse`, by its alpha; null: none
+    float diffuseTexMult = 1.0f;               ///< scales the texture; below 1e-12 it is not read
+    Color reflection;                          ///< specular albedo per channel
+    Color transparency;                        ///< transmittance per channel, straight through
     PluginBase* renderChannelColor = nullptr;  ///< channel that gets the result colour
     PluginBase* renderChannelAlpha = nullptr;  ///< channel that gets the result alpha
 
     static ParamRows<DiffuseParams> table();
 };
 
-/// A matt surface with a perfect mirror on top, let through in part.
+/// A diffuse surface with a perfect mirror on top, behind a cut-out: `transparency` is what passes
+/// straight through, without refraction.
 ///
-/// On the front, what is not transparent (O = 1 - transparency) reflects: the mirror takes its
-/// colour R, the diffuse colour is left with 1 - mean(R). The back, and every shadow ray, sees a
-/// filter of the colour `transparency`. The surface is complete in shade(); the sampler of
-/// getBSDF() leaves transparency out and splits between mirror and diffuse by R itself.
+/// On the front the opacity O = 1 - transparency is shared out so that no energy is made: the
+/// mirror reflects R = O * reflection, the Lambert lobe keeps O * diffuse * (1 - mean(R)). shade()
+/// sums direct light by next-event estimation, indirect light from the host's GI, and one mirror
+/// ray, which is skipped where the throughput makes it invisible. The back, and every shadow ray,
+/// sees a filter of the colour `transparency`.
+///
+/// The sampler of getBSDF() stands for the opaque part alone: it leaves transparency out, also from
+/// the split between mirror and diffuse. A material that wraps this one and wants the cut-out calls
+/// shade().
 class MtlDiffuse final
     : public RenderPooled<DiffuseBRDF, WithParams<DiffuseParams, PelkRTMaterial>> {
 public:

@@ -4,15 +4,18 @@
 
 /// Parameters of MtlSingleBRDF, as the host refreshes them at each frameBegin.
 struct SingleBRDFParams {
-    Color filter{1.0f};          ///< scales the colour, and the weight of what the plug-in spawns
-    PluginBase* brdf = nullptr;  ///< the plug-in that scatters
-    int doubleSided = 1;         ///< what a hit on the back does, see BackSide
-    int allowNegativeColors = 0;
+    /// Multiplies the radiance of the hit, and the throughput (rayWeight) with which the plug-in
+    /// decides whether a bounce is worth a ray; per channel.
+    Color filter{1.0f};
+    PluginBase* brdf = nullptr;   ///< the BSDF plug-in that scatters; null: the surface is black
+    int doubleSided = 1;          ///< what a hit on the back does, see BackSide
+    int allowNegativeColors = 0;  ///< not 0: negative channels are left as they come
 
     static ParamRows<SingleBRDFParams> table();
 };
 
-/// Values of `double_sided`: what a hit on the back does. It is shaded under any other value.
+/// Values of `double_sided`: what a hit on the back of the surface does. It is shaded under any
+/// other value.
 enum BackSide : int {
     kBackSingle = 0,         ///< shaded; the plug-in is told that the surface has one side
     kBackShaded = 1,         ///< shaded
@@ -22,13 +25,15 @@ enum BackSide : int {
                              ///< reflected or diffusely scattered
 };
 
-/// In front of the plug-in's sampler where backs can be see-through. Pooled and not constructed
-/// anew: MtlSingleBRDF::getBSDF writes every field.
+/// The plug-in's BSDF where backs may be see-through: scatters as that one does, but lets all light
+/// through where a back is to be looked through. It is a sampler of its own as a wrapper must be:
+/// the plug-in's can't be told of `double_sided`. Pooled and not constructed anew:
+/// MtlSingleBRDF::getBSDF writes every field.
 class BSDFBackFace : public BSDFSampler, public BRDFSampler {
 public:
-    BSDFSampler* bsdf = nullptr;  ///< the plug-in's sampler; null if it gave none
-    BRDFSampler* brdf = nullptr;  ///< its face of the side that was asked for last
-    int doubleSided = kBackShaded;
+    BSDFSampler* bsdf = nullptr;    ///< the plug-in's sampler; null if it gave none
+    BRDFSampler* brdf = nullptr;    ///< its BRDF of the side that was asked for last
+    int doubleSided = kBackShaded;  ///< a BackSide
 
     /// This sampler for each side that the plug-in's sampler has.
     BRDFSampler* getBRDF(BSDFSide side) override;
@@ -41,11 +46,13 @@ public:
     Color getTransparency(PelkContext& context) override;
 };
 
-/// Any BSDF plug-in as a whole surface.
+/// A BSDF plug-in made a whole surface.
 ///
-/// The plug-in scatters; this material adds a colour filter, the rule for hits on the back, and a
-/// guard against colours that no light can have. Without a plug-in the surface is opaque black;
-/// where the plug-in has no sampler for a hit it is fully transparent.
+/// The plug-in scatters; this material adds what a bare BSDF lacks: a filter on radiance and
+/// throughput, the rule for hits on the back, and a guard against radiance that no light can have
+/// (NaN, infinite, negative), which would spread over the picture with the first filter. It is
+/// reported once a frame. Without a plug-in the surface is opaque black; where the plug-in has no
+/// sampler for a hit it is fully transparent.
 class MtlSingleBRDF final
     : public RenderPooled<BSDFBackFace, WithParams<SingleBRDFParams, PelkRTMaterial>> {
 public:

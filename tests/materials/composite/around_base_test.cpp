@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "fake_host/fake_host.h"
 
 // What materials around another one hold to, whatever else each of them does.
@@ -21,6 +23,7 @@ const struct {
     {"MtlRenderStats", "base_mtl", false, kOpaqueBlack, true},
     {"MtlSingleBRDF", "brdf", false, kOpaqueBlack, true},
     {"MtlWrapper", "base_material", false, kOpaqueBlack, true},
+    {"MtlWrapperMaya", "base_material", false, kOpaqueBlack, true},
 };
 
 class AroundBase : public FakeHost {
@@ -32,6 +35,22 @@ protected:
     RecordingMaterial base;
     FakeContext context = hit();
 };
+
+TEST_F(AroundBase, EveryMaterialAroundOthersIsTested) {
+    for (PelkPluginDesc* desc : kinds()) {
+        const PelkParameterListDesc& list = *desc->getParameterListDesc();
+        bool isAround = false;
+        for (int i = 0; i < list.getNumParameters(); ++i) {
+            const ParameterDesc& parameter = list.getParameter(i);
+            isAround |= parameter.type == ParameterType::Plugin &&
+                        PelkMaterial::Offered::contains(parameter.interfaceID);
+        }
+        const bool isTested = std::any_of(std::begin(kCases), std::end(kCases), [=](const auto& c) {
+            return std::string(c.material) == desc->getName();
+        });
+        EXPECT_TRUE(isTested || !isAround) << desc->getName() << " is missing in kCases";
+    }
+}
 
 TEST_F(AroundBase, SamplersAreTheBasesAndGoBackToIt) {
     base.sampler.diffuse = Color(0.25f);

@@ -20,12 +20,12 @@ protected:
                       SamePlugin same = SamePlugin::WrittenAgain) {
         Offsets offsets(positions.size(), -1);
         const SourceArgs args{nullptr, "name", kMaterialSection, source, data};
-        writeFramesWithOffsets(positions, same, args, frames, offsets);
+        writeBlocksWithOffsets(positions, same, args, blocks, offsets);
         EXPECT_STREQ(source.c_str(), "") << "is for the header, which comes later";
         return offsets;
     }
 
-    ShaderSource source, frames;
+    ShaderSource source, blocks;
     OCLData data;
     RecordingMaterial a, b, mute;
 };
@@ -37,7 +37,7 @@ TEST_F(NestingTest, OffsetsCountTheFramesInsideTheChildren) {
     };
     EXPECT_EQ(secondAfter("x\n" + kFrame + "y\n" + kFrame), 4);
     EXPECT_EQ(secondAfter("<coatlayer_begin>\n" + kFrame + "<coatlayer_end>\n"), 4) << "nested";
-    EXPECT_EQ(secondAfter(""), 2) << "no text at all still makes a frame";
+    EXPECT_EQ(secondAfter(""), 2) << "no text at all still makes a block";
     EXPECT_EQ(secondAfter("name <coatlayer_begin> x\n"), 3) << "a tag inside a value is a tag";
     EXPECT_EQ(secondAfter("<coatlayer_begin"), 2) << "half a tag is none";
 }
@@ -53,8 +53,8 @@ TEST_F(NestingTest, PositionsWithoutTextFallBackOnTheFirst) {
 TEST_F(NestingTest, SharedPluginsTakeTheNearestEarlierOffset) {
     a.text = b.text = "x\n";
     EXPECT_EQ(offsetsOf({{&a}, {&b}, {&a}, {&b}}, SamePlugin::Shared), (Offsets{1, 2, 1, 2}));
-    const std::string frame = "<coatlayer_begin>\nx\n<coatlayer_end>\n";
-    EXPECT_EQ(frames.c_str(), frame + frame) << "written once each";
+    const std::string block = "<coatlayer_begin>\nx\n<coatlayer_end>\n";
+    EXPECT_EQ(blocks.c_str(), block + block) << "written once each";
     EXPECT_EQ(offsetsOf({{&a}, {&b}, {&b, false}, {&b}}, SamePlugin::Shared), (Offsets{1, 2, 1, 1}))
         << "a disabled earlier position is shared too";
 }

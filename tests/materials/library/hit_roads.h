@@ -2,8 +2,9 @@
 
 #include "fake_host/fake_host.h"
 
-/// Every material of the module on every road that a hit can take through it, set up once and
-/// then run without notes, so that what remains is what the materials do.
+/// Every material of the module on the roads that a hit can take through it, set up once and then
+/// run without notes, so that what remains is what the materials do. The module says which there
+/// are: each runs with all that its parameters can name, and some with values of their own besides.
 class HitRoads : public FakeHost {
 protected:
     HitRoads() { startAll(); }
@@ -19,6 +20,9 @@ protected:
             if (context.fragmentList)
                 context.fragmentList->getFragment(1);
         };
+        for (PelkPluginDesc* desc : kinds())
+            for (const Switches switches : {Switches::AsDefault, Switches::Turned})
+                startFrame(addMaterial(*desc, switches));
         using Plugins = std::vector<PluginBase*>;
         PelkMaterial* diffuse = start("MtlDiffuse", {{"diffuse_tex", &texture},
                                                      {"reflection", Color(0.5f)},
@@ -61,6 +65,19 @@ protected:
         start("MtlMaterialID", {{"base_mtl", &base}});
         start("MtlDoubleSided", {{"base_mtl", &base}});
         log.quiet = true;
+    }
+
+    enum class Switches { AsDefault, Turned };
+
+    /// An instance of that kind with all that it can ask others for: `base` and `channel` for
+    /// plug-ins, `texture` for textures. Its frame has not begun.
+    PelkMaterial& addMaterial(PelkPluginDesc& desc, Switches switches) {
+        PelkMaterial& material = make(desc.getName());
+        materials.push_back(&material);
+        PelkParameterListDesc& list = *desc.getParameterListDesc();
+        for (int i = 0; i < list.getNumParameters(); ++i)
+            setAny(material, list.getParameter(i), switches);
+        return material;
     }
 
     /// Makes ready in a context what hits will ask it for.
@@ -114,6 +131,42 @@ protected:
     std::vector<PelkMaterial*> materials;
 
 private:
+    void setAny(PelkMaterial& material, const ParameterDesc& desc, Switches switches) {
+        switch (desc.type) {
+            case ParameterType::Bool:
+                if (switches == Switches::Turned)
+                    setParam(material, Param(desc.name, !desc.intDefault));
+                break;
+            case ParameterType::Plugin:
+                setPlugin(material, desc);
+                break;
+            case ParameterType::Texture:
+            case ParameterType::TextureFloat:
+            case ParameterType::TextureInt:
+                if (desc.isList())
+                    setParam(material, Param(desc.name, std::vector<PluginBase*>(2, &texture)));
+                else
+                    setParam(material, Param(desc.name, &texture));
+                break;
+            default:
+                break;  // numbers and texts stay as they are
+        }
+    }
+
+    void setPlugin(PelkMaterial& material, const ParameterDesc& desc) {
+        PluginBase* plugin = nullptr;
+        if (desc.interfaceID == RenderChannelInterface::kInterfaceID)
+            plugin = &channel;
+        else if (desc.interfaceID == 0 || PelkMaterial::Offered::contains(desc.interfaceID))
+            plugin = &base;
+        if (desc.ofPairs)
+            setParam(material, Param(desc.name, std::vector<NumberAndPlugin>{{1, plugin}}));
+        else if (desc.isList())
+            setParam(material, Param(desc.name, std::vector<PluginBase*>(2, plugin)));
+        else
+            setParam(material, Param(desc.name, plugin));
+    }
+
     PelkMaterial* start(const char* name, std::initializer_list<Param> params) {
         materials.push_back(&make(name));
         startFrame(*materials.back(), params);

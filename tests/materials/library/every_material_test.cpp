@@ -1,0 +1,83 @@
+#include <set>
+#include <string>
+
+#include "materials/library/hit_roads.h"
+
+namespace {
+
+/// What holds for every material that the module has.
+class EveryMaterial : public HitRoads {
+protected:
+    EveryMaterial() { base.takesNull = true; }
+
+    /// A sampler of the material where it has one, on each thread and side, and back.
+    void sampleOnAllThreads(PelkMaterial& material) {
+        for (int thread = 0; thread < renderer.sequenceData.numThreads; ++thread) {
+            FakeContext context = hit(thread);
+            for (const int backSide : {0, 1}) {
+                context.backSide = backSide;
+                sample(material, context);
+            }
+        }
+        EXPECT_EQ(base.samplersOut, 0);
+    }
+};
+
+/// A host that only listens.
+struct Listener final : PelkPluginHost {
+    std::vector<PluginDesc*> known;
+    std::vector<std::string> names;
+
+    void addPluginDesc(PluginDesc* desc) override {
+        EXPECT_TRUE(names.empty()) << "parameters before their plug-in";
+        known.push_back(desc);
+    }
+    void removePluginDesc(PluginDesc* desc) override { std::erase(known, desc); }
+    void addParameter(PluginDesc* desc, const ParameterDesc& parameter) override {
+        ASSERT_EQ(known, std::vector{desc});
+        names.emplace_back(parameter.name);
+    }
+};
+
+TEST_F(EveryMaterial, PublishesEachParameterOnceAndInOrder) {
+    for (PelkPluginDesc* desc : kinds()) {
+        SCOPED_TRACE(desc->getName());
+        Listener host;
+        desc->registerPlugin(&host);
+        const PelkParameterListDesc& list = *desc->getParameterListDesc();
+        ASSERT_EQ(static_cast<int>(host.names.size()), list.getNumParameters());
+        EXPECT_GT(list.getNumParameters(), 0);
+        for (int i = 0; i < list.getNumParameters(); ++i)
+            EXPECT_EQ(host.names[i], list.getParameter(i).name);
+        EXPECT_EQ(std::set(host.names.begin(), host.names.end()).size(), host.names.size())
+            << "two parameters of one name";
+        desc->unregisterPlugin(&host);
+        EXPECT_TRUE(host.known.empty());
+    }
+}
+
+// Hosts ask for samplers when they like. Outside the life of its pool a material has none, and a
+// render that follows may have more threads.
+TEST_F(EveryMaterial, LosesNoSamplerAtAnyStageOfItsLife) {
+    for (PelkPluginDesc* desc : kinds())
+        for (const Switches switches : {Switches::AsDefault, Switches::Turned}) {
+            SCOPED_TRACE(desc->getName());
+            PelkMaterial& material = addMaterial(*desc, switches);
+            for (const int threads : {1, 16}) {
+                renderer.sequenceData.numThreads = threads;
+                sampleOnAllThreads(material);
+                material.renderBegin(renderer);
+                sampleOnAllThreads(material);
+                for (int frame = 0; frame < 2; ++frame) {
+                    material.frameBegin(renderer);
+                    sampleOnAllThreads(material);
+                    material.frameEnd(renderer);
+                    sampleOnAllThreads(material);
+                }
+                material.renderEnd(renderer);
+            }
+            sampleOnAllThreads(material);
+        }
+}
+
+}  // namespace
