@@ -27,9 +27,10 @@ constexpr int kEvalDiffuse = 0x1;
 /// The specular (glossy) reflection is wanted, unless the ray has kRayNoSpecular.
 constexpr int kEvalSpecular = 0x2;
 
-/// Value of `doDiffuse` that asks for diffuse light alone: samplers then offer no ray of their own
-/// in getNewContext. See BSDFSampler::traceBSDFForward for the others.
-constexpr int kDiffuseAlone = 2;
+/// Value of `doDiffuse` that leaves the sampler's own rays out, for a caller that wants the light
+/// which the host gathers and no mirrors: getNewContext then answers null. The other two values are
+/// told at BSDFSampler::traceBSDFForward.
+constexpr int kWithoutOwnRays = 2;
 
 /// The BRDF of one side of a surface at one hit: evaluates light samples (next-event estimation),
 /// gathers indirect light, and samples rays of its own for lobes that lights can't be sampled for.
@@ -171,7 +172,7 @@ public:
     virtual Color getAlpha(PelkContext& context, Color alpha);
     /// A context from newSpawnedContext for the sampler's own ray (mirror, glossy lobe,
     /// refraction), not yet set up; null if it offers none, always so if `doDiffuse` is 2
-    /// (kDiffuseAlone). `sampler` becomes the number that setupContext gets, for samplers with
+    /// (kWithoutOwnRays). `sampler` becomes the number that setupContext gets, for samplers with
     /// several lobes; the caller passes 0. The caller releases the context. The weight that was
     /// handed to newSpawnedContext is the tint of the ray and must not be in the answer of
     /// setupContext too.

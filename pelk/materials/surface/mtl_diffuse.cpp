@@ -179,9 +179,10 @@ Color DiffuseBRDF::getTransparency(PelkContext&) {
     return Color(0);
 }
 
-// The one ray is the mirror's: a caller that wants diffuse light alone gets none.
+// The one ray is the mirror's. A caller that takes no rays, as one that stores diffuse light, gets
+// none.
 PelkContext* DiffuseBRDF::getNewContext(PelkContext& context, int&, int doDiffuse) {
-    if (doDiffuse == kDiffuseAlone || mean(reflection) < 1e-10f)
+    if (doDiffuse == kWithoutOwnRays || mean(reflection) < 1e-10f)
         return nullptr;
     return context.newSpawnedContext(1, reflection, kSpawnMirror, -context.rayDir);
 }
