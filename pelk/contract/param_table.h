@@ -125,7 +125,8 @@ constexpr ParamRow<P> floatParam(const char* name, float P::*field, float value,
                        {Color(value), 1.0f});
 }
 
-/// A colour, linear, per channel and without a bound: filters may brighten.
+/// A colour, linear, per channel and without a bound: filters may brighten. The alpha that a scene
+/// may give is dropped; a parameter for which it counts is a texture.
 template <class P, ParamText... Texts>
 constexpr ParamRow<P> colorParam(const char* name, Color P::*field, Color value, Texts... texts) {
     return withDefault(paramRow(ParameterType::Color, name, field, texts...), 0, {value, 1.0f});
@@ -229,13 +230,15 @@ constexpr ParamRow<P> intListParam(const char* name, int value, Texts... texts) 
     return withDefault(intListParam<P>(name, texts...), value);
 }
 
-/// Numbers, such as the positions of a ramp. Read by name, item for item (getFloat).
+/// Numbers, such as the positions of a ramp. Read by name, item for item (getFloat), as many as
+/// getCount says: it may be longer or shorter than the lists that go with it.
 template <class P, ParamText... Texts>
 constexpr ParamRow<P> floatListParam(const char* name, Texts... texts) {
     return asList(paramRow(ParameterType::Float, name, kByName<P>, texts...));
 }
 
-/// Texts, such as names of shader sets. Read by name, item for item (getString).
+/// Texts, such as names of shader sets. Read by name, item for item (getString), which answers null
+/// for an item that is no text.
 template <class P, ParamText... Texts>
 constexpr ParamRow<P> stringListParam(const char* name, Texts... texts) {
     return asList(stringParam<P>(name, nullptr, texts...));
@@ -320,7 +323,8 @@ public:
     explicit WithParams(PelkPluginDesc* pluginDesc) : Base(pluginDesc) {
         P::table().bind(this->paramList, params);
     }
-    /// For the descriptor.
+    /// For the descriptor, which adds each kind's parameters once, when it is made. Not virtual: no
+    /// instance exists by then.
     static void addParameters(PelkParameterListDesc& list) { P::table().addTo(list); }
 
 protected:

@@ -30,6 +30,10 @@ constexpr ParamTable kTable{
     textureFloatParam("texture_float", &Fields::textureFloat, 1.0f),
     textureIntParam("texture_int", &Fields::textureInt),
     pluginListParam<RenderChannelInterface>("plugins", &Fields::plugins),
+    stringParam<Fields>("text", "none", "A text"),
+    floatListParam<Fields>("numbers", "Numbers"),
+    intListParam<Fields>("ids", 7),
+    stringListParam<Fields>("texts", nullptr, "hint=(1)"),
 };
 
 class TestDesc : public PelkPluginDesc {
@@ -73,6 +77,28 @@ TEST_F(ParameterListTest, FieldsHoldDefaultsFromBindingOnAndWhateverOverwritesTh
     EXPECT_EQ(color, Color(0.25f, 0.5f, 1));
     EXPECT_TRUE(!plugin && !texture && !textureFloat && !textureInt);
     EXPECT_EQ(plugins.count, 0);
+}
+
+TEST_F(ParameterListTest, RowsWithoutAFieldAreRegisteredAndReadByName) {
+    const auto descOf = [&](const char* name) {
+        return *desc.getParameterListDesc()->findParameter(name);
+    };
+    EXPECT_EQ(descOf("text").type, ParameterType::String);
+    EXPECT_STREQ(descOf("text").stringDefault, "none");
+    EXPECT_STREQ(descOf("text").description, "A text");
+    EXPECT_FALSE(descOf("text").isList());
+    EXPECT_EQ(descOf("numbers").type, ParameterType::Float);
+    EXPECT_TRUE(descOf("numbers").isList() && !descOf("numbers").hasDefault);
+    EXPECT_TRUE(descOf("ids").isList() && descOf("ids").hasDefault);
+    EXPECT_EQ(descOf("ids").intDefault, 7);
+    EXPECT_EQ(descOf("texts").type, ParameterType::String);
+    EXPECT_TRUE(descOf("texts").isList() && !descOf("texts").hasDefault);
+    EXPECT_STREQ(descOf("texts").guide, "hint=(1)") << "the first of two texts is the description";
+
+    FloatListParameter numbers("numbers", {0.5f, 2.0f});
+    EXPECT_EQ(list.getParam("numbers"), nullptr);
+    cache({&numbers});
+    EXPECT_EQ(list.getParam("numbers")->getFloat(1, 0.0), 2.0f);
 }
 
 TEST_F(ParameterListTest, FieldsFollowWhatIsSetUnderTheirNameLast) {
