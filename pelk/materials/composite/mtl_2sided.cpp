@@ -127,7 +127,7 @@ void Mtl2Sided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     pool.giveBack(context, element);
 }
 
-// A material that gave no sampler gets the null back.
+/// A material that gave no sampler gets the null back.
 void Mtl2Sided::releaseSampler(PelkContext& context, int side, BSDFSampler* sampler) const {
     if (BSDFInterface* bsdf = bsdfInterfaces[side])
         bsdf->releaseBSDF(context, sampler);

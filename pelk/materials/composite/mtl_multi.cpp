@@ -29,7 +29,7 @@ constexpr ParamTable kParams{
               "true to wrap the material ID's to the largest specified ID for the material"),
 };
 
-// The number of sub-materials that the descriptor text has room for.
+/// The number of sub-materials that the descriptor text has room for.
 constexpr int kDescribed = 10;
 
 RTMtlInterface* describedBy(const MtlMultiEntry& entry) {
@@ -165,7 +165,7 @@ void MtlMulti::indexShaderSets(PelkRenderer& renderer) {
     }
 }
 
-// The ids that are given, with a message if they don't cover the materials.
+/// The ids that are given, with a message if they don't cover the materials.
 PelkIntList MtlMulti::readIds(PelkRenderer& renderer) {
     PelkPluginParameter* parameter = paramList.getParam("ids_list");
     MessageLog* log = renderer.sequenceData.log;
@@ -181,7 +181,7 @@ PelkIntList MtlMulti::readIds(PelkRenderer& renderer) {
     return ids;
 }
 
-// With no id above -1 there is nothing to wrap around.
+/// With no id above -1 there is nothing to wrap around.
 int MtlMulti::wrapped(int id) const {
     return params.wrapId && maxId >= 0 && id > maxId ? id % (maxId + 1) : id;
 }
@@ -299,7 +299,7 @@ int MtlMulti::getMaterialSource(void* owner, const char* sourceName, const char*
     return 1;
 }
 
-// The switch carries the offsets of its layers in a transformation's place, as floats.
+/// The switch carries the offsets of its layers in a transformation's place, as floats.
 void MtlMulti::writeSwitch(const SourceArgs& args) const {
     LayerPosition positions[kDescribed];
     for (int i = 0; i < std::min(kDescribed, params.mtlsList.count); ++i)

@@ -44,10 +44,10 @@ constexpr ParamTable kParams{
              "enable=(::use_environment_override=1), minValue=(-1000), maxValue=(1000)"),
 };
 
-// What an override without a texture is set with: below all others.
+/// What an override without a texture is set with: below all others.
 constexpr int kNoPriority = std::numeric_limits<int>::min();
 
-// The slots in their order: base, GI, reflection, refraction, shadow.
+/// The slots in their order: base, GI, reflection, refraction, shadow.
 std::array<LayerPosition, 5> slotsOf(const OverrideParams& params) {
     return {{{params.baseMtl, true},
              {params.giMtl, params.enableGiMtl != 0},
@@ -56,7 +56,7 @@ std::array<LayerPosition, 5> slotsOf(const OverrideParams& params) {
              {params.shadowMtl, params.enableShadowMtl != 0}}};
 }
 
-// Overrides the environment of a context, and puts the old one back when the scope ends.
+/// Overrides the environment of a context, and puts the old one back when the scope ends.
 class ScopedEnvironment {
 public:
     ScopedEnvironment(PelkContext& context, TextureInterface* texture, int priority)
@@ -88,7 +88,7 @@ void MtlOverride::frameBegin(PelkRenderer& renderer) {
     environmentPriority = environment ? params.environmentPriority : kNoPriority;
 }
 
-// By ray type and GI depth alone, so that a sampler goes back to the plug-in that it came from.
+/// By ray type and GI depth alone, so that a sampler goes back to the plug-in that it came from.
 const MtlOverride::Slot& MtlOverride::pick(const PelkContext& context) const {
     const u32 type = context.rayType;
     if ((type & kRayShadow) && slots[kShadow].bsdf)

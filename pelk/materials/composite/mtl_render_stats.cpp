@@ -23,7 +23,7 @@ constexpr ParamTable kParams{
     floatParam("visibility", &P::visibility, 1.0f, "Overall visibility"),
 };
 
-// Below and from these on a visibility counts as 0 and as 1.
+/// Below and from these on a visibility counts as 0 and as 1.
 constexpr float kHiddenBelow = 1e-6f;
 constexpr float kFullFrom = 0.999999f;
 
@@ -31,7 +31,7 @@ bool hasAll(u32 rayType, u32 bits) {
     return (rayType & bits) == bits;
 }
 
-// Mixes the results with a clear surface by the share that is visible.
+/// Mixes the results with a clear surface by the share that is visible.
 void fade(PelkContext& context, float visible) {
     context.resultColor *= visible;
     context.resultTransparency *= visible;
@@ -56,8 +56,8 @@ void MtlRenderStats::frameBegin(PelkRenderer& renderer) {
     baseBSDF = findInterface<BSDFInterface>(params.baseMtl);
 }
 
-// Diffuse scattering on the way outweighs reflection and refraction: such rays are governed by
-// giVisibility alone.
+/// Diffuse scattering on the way outweighs reflection and refraction: such rays are governed by
+/// giVisibility alone.
 float MtlRenderStats::visibilityTo(const PelkContext& context) const {
     const u32 type = context.rayType;
     const bool isPrimary = context.traceDepth == 0;

@@ -6,7 +6,7 @@
 namespace Tarnkit {
 namespace {
 
-// The tag is looked for as plain text: in the value of a line it counts like a block.
+/// The tag is looked for as plain text: in the value of a line it counts like a block.
 int countBlocks(const ShaderSource& text) {
     constexpr size_t kTagLength = sizeof(kLayerBegin) - 1;
     int count = 0;
@@ -15,8 +15,8 @@ int countBlocks(const ShaderSource& text) {
     return count;
 }
 
-// Writes the child in its block and returns the number of blocks that this made. What the child
-// answers does not matter: without lines of its own it still has its block.
+/// Writes the child in its block and returns the number of blocks that this made. What the child
+/// answers does not matter: without lines of its own it still has its block.
 int writeChildBlock(RTMtlInterface* child, const SourceArgs& args, ShaderSource& blocks) {
     ShaderSource text;
     passThrough(child, args.into(text));
@@ -24,7 +24,7 @@ int writeChildBlock(RTMtlInterface* child, const SourceArgs& args, ShaderSource&
     return 1 + countBlocks(text);
 }
 
-// The nearest earlier position with the same plug-in, -1 if there is none.
+/// The nearest earlier position with the same plug-in, -1 if there is none.
 int findEarlier(std::span<const LayerPosition> positions, int position) {
     for (int i = position - 1; i >= 0; --i) {
         if (positions[i].plugin == positions[position].plugin)

@@ -7,7 +7,7 @@ Color readEnvironment(PelkContext& context) {
     return context.resultColor;
 }
 
-// The hit in the space in which the camera stands.
+/// The hit in the space in which the camera stands.
 Point hitBeforeCamera(const PelkContext& context) {
     const SequenceData& settings = context.renderer->sequenceData;
     Point point = context.hitPoint;
@@ -16,12 +16,12 @@ Point hitBeforeCamera(const PelkContext& context) {
     return point;
 }
 
-// The borders are inside. A position that is not a number is not.
+/// The borders are inside. A position that is not a number is not.
 bool isInPicture(ScreenPoint p, const FrameData& frame) {
     return p.x >= 0.0 && p.x <= frame.imageWidth && p.y >= 0.0 && p.y <= frame.imageHeight;
 }
 
-// The background at a position of the picture, read along the ray that the camera has there.
+/// The background at a position of the picture, read along the ray that the camera has there.
 Color readPicture(PelkContext& context, ScreenPoint p) {
     const Vector toCamera =
         normalizeGuarded(context.renderer->frameData.cameraPosition - context.hitPoint);

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The value of a fragment's channel. Channels of colours may come with an alpha, so there is room
-// for one.
+/// The value of a fragment's channel. Channels of colours may come with an alpha, so there is room
+/// for one.
 Color aliasColor(Fragment& fragment, int alias) {
     AColor value;
     fragment.getAlias(alias, &value);

@@ -12,10 +12,10 @@ namespace {
 
 // Channels that a matte writes.
 
-// Light below this is taken as none, so that quotients stay finite.
+/// Light below this is taken as none, so that quotients stay finite.
 constexpr float kDark = 1e-6f;
 
-// Fragments that a base asks for at a hit go back when the hit ends.
+/// Fragments that a base asks for at a hit go back when the hit ends.
 struct HitFragments : FragmentList {
     explicit HitFragments(FragmentManager* fragmentManager) : FragmentList{fragmentManager} {}
     HitFragments(const HitFragments&) = delete;
@@ -23,7 +23,7 @@ struct HitFragments : FragmentList {
     ~HitFragments() { end(); }
 };
 
-// `amount` of the colour over white.
+/// `amount` of the colour over white.
 Color overWhite(Color color, float amount) {
     return color * amount + Color(1.0f - amount);
 }
@@ -32,8 +32,8 @@ float shadowShare(float unshadowed, float shadowed) {
     return unshadowed > kDark ? 1.0f - shadowed / unshadowed : 0.0f;
 }
 
-// What the light leaves of the background in one channel. Where more light comes with shadows than
-// without, nothing is dimmed and the surplus shows as such.
+/// What the light leaves of the background in one channel. Where more light comes with shadows than
+/// without, nothing is dimmed and the surplus shows as such.
 float shadowFactor(float unshadowed, float shadowed, float& result) {
     const float surplus = shadowed - unshadowed;
     if (std::fabs(surplus) < kDark)
@@ -45,7 +45,7 @@ float shadowFactor(float unshadowed, float shadowed, float& result) {
     return unshadowed < kDark ? 1.0f : shadowed / unshadowed;
 }
 
-// The text has a whole number for a multiplier, which then says "some" or "none".
+/// The text has a whole number for a multiplier, which then says "some" or "none".
 int roundedUp(float value) {
     if (std::isnan(value))
         return 0;
@@ -179,8 +179,8 @@ void MtlWrapper::shadeMatte(PelkContext& context) {
     fragment->addAlias(kAliasImageBackground, &background);
 }
 
-// Takes the base's reflections and refractions as the colour of the hit, the rest of the results
-// as they come. Returns what the reflections leave of the background.
+/// Takes the base's reflections and refractions as the colour of the hit, the rest of the results
+/// as they come. Returns what the reflections leave of the background.
 Color MtlWrapper::showBase(PelkContext& context) {
     MatteFragment caught;
     HitFragments fragments(fragmentManagers.manager(context.threadData->threadIndex));
@@ -196,7 +196,7 @@ Color MtlWrapper::showBase(PelkContext& context) {
     return complement(caught.reflectionFilter * params.reflection_amount);
 }
 
-// Traces the mirror ray of the wrapper's own. Returns the alpha of the surface.
+/// Traces the mirror ray of the wrapper's own. Returns the alpha of the surface.
 float MtlWrapper::showMirror(PelkContext& context) const {
     const float alphaValue =
         params.alpha_contribution_tex ? params.alpha_contribution_tex->getTexFloat(context) : 0.0f;
@@ -228,7 +228,7 @@ void MtlWrapper::traceMirror(PelkContext& context, float alphaValue) const {
                Color(0));
 }
 
-// What the shadows at the hit leave of the background. A surplus of light goes to the result.
+/// What the shadows at the hit leave of the background. A surplus of light goes to the result.
 Color MtlWrapper::catchShadows(PelkContext& context) const {
     const SequenceData& settings = context.renderer->sequenceData;
     MatteBSDF catcher;

@@ -4,7 +4,7 @@ namespace {
 
 using P = WrapperParams;
 
-// Hints for user interfaces that several parameters share.
+/// Hints for user interfaces that several parameters share.
 constexpr char kMatteOnly[] = "enable=(::matte_surface=1)";
 constexpr char kMatteAmount[] = "enable=(::matte_surface=1), minValue=(0), maxValue=(1)";
 constexpr char kObjectSet[] = "attributes=(objectSet), startRollout=()";

@@ -17,14 +17,14 @@ constexpr ParamTable kParams{
     pluginParam<RenderChannelInterface>("render_channel_alpha", &DiffuseParams::renderChannelAlpha),
 };
 
-// What a mirror of that colour leaves to the Lambert lobe below it. One number for all channels: a
-// red mirror would otherwise dye the diffuse light cyan.
+/// What a mirror of that colour leaves to the Lambert lobe below it. One number for all channels: a
+/// red mirror would otherwise dye the diffuse light cyan.
 float shareBelow(Color mirror) {
     return std::max(0.0f, 1.0f - mean(mirror));
 }
 
-// Spawns, traces and adds the mirror ray. `weight`: what its radiance is multiplied by, which also
-// goes into the ray's throughput.
+/// Spawns, traces and adds the mirror ray. `weight`: what its radiance is multiplied by, which also
+/// goes into the ray's throughput.
 void addReflection(PelkContext& context, Color weight) {
     const Vector r = mirrorDirection(context);
     const ScopedRay ray(context.newSpawnedContext(0, weight, kSpawnMirror, r));
@@ -129,7 +129,7 @@ int MtlDiffuse::getMaterialSource(void*, const char* sourceName, const char* kin
 
 namespace Tarnkit {
 
-// An opaque layer: no light is left for those below, so a coat on top of it ends here.
+/// An opaque layer: no light is left for those below it.
 Color DiffuseBRDF::getDiffuseColor(Color& lightColor) {
     const Color reflected = lightColor * diffuse;
     lightColor = Color(0);
@@ -179,8 +179,8 @@ Color DiffuseBRDF::getTransparency(PelkContext&) {
     return Color(0);
 }
 
-// The one ray is the mirror's. A caller that takes no rays, as one that stores diffuse light, gets
-// none.
+/// The one ray is the mirror's. A caller that takes no rays, as one that stores diffuse light, gets
+/// none.
 PelkContext* DiffuseBRDF::getNewContext(PelkContext& context, int&, int doDiffuse) {
     if (doDiffuse == kWithoutOwnRays || mean(reflection) < 1e-10f)
         return nullptr;

@@ -18,7 +18,7 @@ constexpr ParamTable kParams{
               "true to allow negative color components; otherwise they will be clamped to 0"),
 };
 
-// Whether the ray goes through the hit as if nothing were there.
+/// Whether the ray goes through the hit as if nothing were there.
 bool isSeeThrough(const PelkContext& context, int doubleSided) {
     if (!context.backSide)
         return false;
