@@ -111,6 +111,13 @@ protected:
     /// Asks a sampler of the material for all that a host asks of it, and gives it back.
     static Color sample(PelkMaterial& material, FakeContext& context) {
         BSDFSampler* const sampler = material.getBSDF(context, 0);
+        // A host gives a null back too, and a sampler also where its use has thrown.
+        const struct Release {
+            ~Release() { material.releaseBSDF(context, sampler); }
+            PelkMaterial& material;
+            FakeContext& context;
+            BSDFSampler* sampler;
+        } release{material, context, sampler};
         Color sum;
         for (const BSDFSide side : {kFrontSide, kBackSide}) {
             Color light(1), unshadowed(1);
@@ -121,7 +128,6 @@ protected:
             sampler->traceBSDFForward(context, 1);
             sum += context.resultColor + sampler->getBSDFTransparency(context);
         }
-        material.releaseBSDF(context, sampler);
         return sum;
     }
 
