@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/camera.h"
+#include "pelk/host/plugins/host_camera.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/lights.h"
+#include "pelk/host/plugins/light_dome.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <random>
 
 #include "host/plugins/plugin_holder.h"
-#include "pelk/host/plugins/textures_procedural.h"
+#include "pelk/host/plugins/tex_noise.h"
 #include "pelk/host/trace/render_context.h"
 
 namespace Tarnkit {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "host/plugins/plugin_holder.h"
-#include "pelk/host/plugins/geom_shapes.h"
-#include "pelk/host/plugins/textures.h"
+#include "pelk/host/plugins/geom_sweep.h"
+#include "pelk/host/plugins/host_texture.h"
 #include "pelk/host/trace/surface_uv.h"
 
 namespace Tarnkit {

@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/textures.h"
+#include "pelk/host/plugins/host_texture.h"
 
 #include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/plugins/plugin_holder.h"
-#include "pelk/host/plugins/texture_image.h"
+#include "pelk/host/plugins/tex_image.h"
 #include "pelk/host/trace/render_context.h"
 #include "pelk/host/trace/scene_object.h"
 #include "recording_log.h"

@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/bsdf_glossy.h"
+#include "pelk/host/plugins/brdf_glossy.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/geometry.h"
+#include "pelk/host/plugins/host_geometry.h"
 
 #include <cmath>
 

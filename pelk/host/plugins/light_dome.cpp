@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/lights.h"
+#include "pelk/host/plugins/light_dome.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/textures.h"
+#include "pelk/host/plugins/host_texture.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pelk/host/plugins/textures.h"
+#include "pelk/host/plugins/host_texture.h"
 
 namespace Tarnkit {
 

@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/geom_shapes.h"
+#include "pelk/host/plugins/geom_sweep.h"
 
 #include <cmath>
 #include <numbers>

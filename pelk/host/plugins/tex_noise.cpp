@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/textures_procedural.h"
+#include "pelk/host/plugins/tex_noise.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pelk/host/plugins/geometry.h"
+#include "pelk/host/plugins/host_geometry.h"
 
 namespace Tarnkit {
 

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "pelk/host/plugins/file_guide.h"
+#include "pelk/host/plugins/host_texture.h"
 #include "pelk/host/plugins/image_source.h"
-#include "pelk/host/plugins/textures.h"
 
 namespace Tarnkit {
 

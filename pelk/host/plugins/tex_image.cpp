@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/texture_image.h"
+#include "pelk/host/plugins/tex_image.h"
 
 #include <cmath>
 
