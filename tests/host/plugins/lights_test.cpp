@@ -1,4 +1,8 @@
+#include "pelk/host/plugins/light_area.h"
 #include "pelk/host/plugins/light_dome.h"
+#include "pelk/host/plugins/light_sphere.h"
+#include "pelk/host/plugins/light_sun.h"
+#include "pelk/host/plugins/uvwgen_environment.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,45 @@
+#include "pelk/host/plugins/uvwgen_environment.h"
+
+#include <cmath>
+
+#include "pelk/contract/context.h"
+#include "pelk/contract/param_table.h"
+#include "pelk/host/plugins/direction_map.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr ParamTable kEnvironmentParams{
+    floatParam("rotation", &UVWGenEnvironment::Params::rotation, 0.0f,
+               "Turns the surroundings to the right, in degrees"),
+};
+
+}  // namespace
+
+UVWGenEnvironment::UVWGenEnvironment(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+    kEnvironmentParams.bind(paramList, params);
+}
+
+void UVWGenEnvironment::addParameters(PelkParameterListDesc& list) {
+    kEnvironmentParams.addTo(list);
+}
+
+PluginInterface* UVWGenEnvironment::getInterface(u64 id) {
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
+}
+
+Vector UVWGenEnvironment::getUVW(PelkContext& context) {
+    const UV map = directionToMap(context.rayDir);
+    const float u = map.u - params.rotation * (1.0f / 360.0f);
+    // Images have their first row at the top, texture coordinates start at the bottom.
+    return {u - std::floor(u), 1.0f - map.v, 0.0f};
+}
+
+Transform UVWGenEnvironment::getTangentFrame(PelkContext&, int& valid) {
+    valid = 0;
+    return {};
+}
+
+}  // namespace Tarnkit
