@@ -4,23 +4,14 @@
 #include <cmath>
 #include <cstdint>
 
+#include "pelk/contract/context.h"
 #include "pelk/contract/param_table.h"
-#include "pelk/contract/shader_source.h"
-#include "pelk/host/trace/render_context.h"
+#include "pelk/host/plugins/two_color_texture.h"
 #include "pelk/host/trace/sampling.h"
 
 namespace Tarnkit {
 
 namespace {
-
-constexpr ParamTable kGradientParams{
-    colorParam("color1", &TexGradient::Params::color1, Color(0), "Colour at the start, linear"),
-    colorParam("color2", &TexGradient::Params::color2, Color(1), "Colour at the end, linear"),
-    intParam("form", &TexGradient::Params::form, TexGradient::kAlongU,
-             "0 - along u, 1 - along v, 2 - from the middle outwards"),
-    pluginParam<UVWGenInterface>("uvwgen", &TexGradient::Params::uvwgen,
-                                 "Texture coordinates; those of the surface without one"),
-};
 
 constexpr ParamTable kNoiseParams{
     colorParam("color1", &TexNoise::Params::color1, Color(0), "First colour, linear"),
@@ -30,57 +21,6 @@ constexpr ParamTable kNoiseParams{
     pluginParam<UVWGenInterface>("uvwgen", &TexNoise::Params::uvwgen,
                                  "Texture coordinates; the place in the scene without one"),
 };
-
-constexpr ParamTable kFacingParams{
-    colorParam("color1", &TexFacing::Params::color1, Color(0),
-               "Colour where the surface faces the ray, linear"),
-    colorParam("color2", &TexFacing::Params::color2, Color(1),
-               "Colour where it is seen edge-on, linear"),
-    floatParam("power", &TexFacing::Params::power, 1.0f,
-               "The higher, the more keeps the first colour"),
-};
-
-Color blend(Color a, Color b, float share) {
-    return a * (1.0f - share) + b * share;
-}
-
-void describeBlend(ShaderSource& source, const char* word, Color a, Color b) {
-    source.printf("%s %f %f %f %f %f %f", word, a.r, a.g, a.b, b.r, b.g, b.b);
-}
-
-}  // namespace
-
-// ---- gradient
-
-TexGradient::TexGradient(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kGradientParams.bind(paramList, params);
-}
-
-void TexGradient::addParameters(PelkParameterListDesc& list) {
-    kGradientParams.addTo(list);
-}
-
-void TexGradient::frameBegin(PelkRenderer& renderer) {
-    HostTexture::frameBegin(renderer);
-    uvwgen = findInterface<UVWGenInterface>(params.uvwgen);
-}
-
-AColor TexGradient::getTexColor(PelkContext& context) {
-    const Vector uvw = textureCoordinates(context, uvwgen);
-    float place = params.form == kAlongV ? uvw.y : uvw.x;
-    if (params.form == kRadial)
-        place = 2.0f * std::hypot(uvw.x - 0.5f, uvw.y - 0.5f);
-    return {blend(params.color1, params.color2, std::clamp(place, 0.0f, 1.0f)), 1.0f};
-}
-
-void TexGradient::describe(ShaderSource& source) {
-    describeBlend(source, "gradient", params.color1, params.color2);
-    source.printf(" %i\n", params.form);
-}
-
-// ---- noise
-
-namespace {
 
 /// The product of a corner's gradient, one of twelve, with the way from the corner.
 float cornerValue(u32 hash, float x, float y, float z) {
@@ -160,26 +100,6 @@ AColor TexNoise::getTexColor(PelkContext& context) {
 void TexNoise::describe(ShaderSource& source) {
     describeBlend(source, "noise", params.color1, params.color2);
     source.printf(" %f %i\n", params.size, params.octaves);
-}
-
-// ---- facing
-
-TexFacing::TexFacing(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kFacingParams.bind(paramList, params);
-}
-
-void TexFacing::addParameters(PelkParameterListDesc& list) {
-    kFacingParams.addTo(list);
-}
-
-AColor TexFacing::getTexColor(PelkContext& context) {
-    const float cosine = std::fmin(std::fabs(dot(context.normal, context.rayDir)), 1.0f);
-    return {blend(params.color1, params.color2, std::pow(1.0f - cosine, params.power)), 1.0f};
-}
-
-void TexFacing::describe(ShaderSource& source) {
-    describeBlend(source, "facing", params.color1, params.color2);
-    source.printf(" %f\n", params.power);
 }
 
 }  // namespace Tarnkit

@@ -1,16 +1,15 @@
-#include "pelk/host/plugins/light_area.h"
-#include "pelk/host/plugins/light_dome.h"
-#include "pelk/host/plugins/light_sphere.h"
-#include "pelk/host/plugins/light_sun.h"
-#include "pelk/host/plugins/uvwgen_environment.h"
-
 #include <gtest/gtest.h>
 
 #include <numbers>
 #include <random>
 
 #include "host/plugins/plugin_holder.h"
-#include "pelk/host/plugins/tex_noise.h"
+#include "pelk/host/plugins/light_area.h"
+#include "pelk/host/plugins/light_dome.h"
+#include "pelk/host/plugins/light_sphere.h"
+#include "pelk/host/plugins/light_sun.h"
+#include "pelk/host/plugins/tex_gradient.h"
+#include "pelk/host/plugins/uvwgen_environment.h"
 #include "pelk/host/trace/render_context.h"
 
 namespace Tarnkit {

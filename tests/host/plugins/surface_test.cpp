@@ -4,7 +4,7 @@
 
 #include "host/plugins/plugin_holder.h"
 #include "pelk/host/plugins/geom_sweep.h"
-#include "pelk/host/plugins/host_texture.h"
+#include "pelk/host/plugins/uvwgen_map.h"
 #include "pelk/host/trace/surface_uv.h"
 
 namespace Tarnkit {

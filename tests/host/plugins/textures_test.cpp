@@ -1,5 +1,3 @@
-#include "pelk/host/plugins/host_texture.h"
-
 #include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 
@@ -8,7 +6,10 @@
 #include <vector>
 
 #include "host/plugins/plugin_holder.h"
+#include "pelk/host/plugins/host_texture.h"
+#include "pelk/host/plugins/tex_checker.h"
 #include "pelk/host/plugins/tex_image.h"
+#include "pelk/host/plugins/uvwgen_map.h"
 #include "pelk/host/trace/render_context.h"
 #include "pelk/host/trace/scene_object.h"
 #include "recording_log.h"

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "pelk/host/plugins/host_texture.h"
+
+namespace Tarnkit {
+
+/// Squares of two colours in turn. As an integer it is 0 where the first colour is, else 1.
+class TexChecker final : public HostTexture {
+public:
+    struct Params {
+        Color color1, color2;
+        float squares = 8.0f;  ///< along one unit of u and of v
+        PluginBase* uvwgen = nullptr;
+    };
+
+    static constexpr const char* kName = "TexChecker";
+    static constexpr u32 kID = 0x7E100032;
+
+    explicit TexChecker(PelkPluginDesc* pluginDesc);
+    static void addParameters(PelkParameterListDesc& list);
+
+    void frameBegin(PelkRenderer& renderer) override;
+    AColor getTexColor(PelkContext& context) override;
+    int getTexInt(PelkContext& context) override;
+
+private:
+    void describe(ShaderSource& source) override;
+
+    Params params;
+    UVWGenInterface* uvwgen = nullptr;  // set in frameBegin
+};
+
+}  // namespace Tarnkit

@@ -1,0 +1,33 @@
+#include "pelk/host/plugins/tex_constant.h"
+
+#include "pelk/contract/param_table.h"
+#include "pelk/contract/shader_source.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr ParamTable kConstantParams{
+    colorParam("color", &TexConstant::Params::color, Color(1), "The colour, linear"),
+    floatParam("alpha", &TexConstant::Params::alpha, 1.0f, "How much of what lies below it hides"),
+};
+
+}  // namespace
+
+TexConstant::TexConstant(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
+    kConstantParams.bind(paramList, params);
+}
+
+void TexConstant::addParameters(PelkParameterListDesc& list) {
+    kConstantParams.addTo(list);
+}
+
+AColor TexConstant::getTexColor(PelkContext&) {
+    return {params.color * params.alpha, params.alpha};
+}
+
+void TexConstant::describe(ShaderSource& source) {
+    source.printf("color %f %f %f\n", params.color.r, params.color.g, params.color.b);
+}
+
+}  // namespace Tarnkit

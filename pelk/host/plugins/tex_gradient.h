@@ -1,0 +1,34 @@
+#pragma once
+
+#include "pelk/host/plugins/host_texture.h"
+
+namespace Tarnkit {
+
+/// From one colour to another over the unit of texture coordinates; the ends hold beyond it.
+class TexGradient final : public HostTexture {
+public:
+    enum Form : int { kAlongU = 0, kAlongV = 1, kRadial = 2 };
+
+    struct Params {
+        Color color1, color2;
+        int form = kAlongU;  ///< radial: from (0.5, 0.5) to a distance of 0.5
+        PluginBase* uvwgen = nullptr;
+    };
+
+    static constexpr const char* kName = "TexGradient";
+    static constexpr u32 kID = 0x7E100034;
+
+    explicit TexGradient(PelkPluginDesc* pluginDesc);
+    static void addParameters(PelkParameterListDesc& list);
+
+    void frameBegin(PelkRenderer& renderer) override;
+    AColor getTexColor(PelkContext& context) override;
+
+private:
+    void describe(ShaderSource& source) override;
+
+    Params params;
+    UVWGenInterface* uvwgen = nullptr;  // set in frameBegin
+};
+
+}  // namespace Tarnkit

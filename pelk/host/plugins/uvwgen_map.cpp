@@ -1,0 +1,62 @@
+#include "pelk/host/plugins/uvwgen_map.h"
+
+#include <cmath>
+#include <numbers>
+
+#include "pelk/contract/context.h"
+#include "pelk/contract/param_table.h"
+#include "pelk/host/trace/surface_uv.h"
+
+namespace Tarnkit {
+
+namespace {
+
+constexpr ParamTable kMapParams{
+    colorParam("scale", &UVWGenMap::Params::scale, Color(1), "Factors of u, v and w"),
+    floatParam("rotation", &UVWGenMap::Params::rotation, 0.0f, "Degrees from u towards v"),
+    colorParam("offset", &UVWGenMap::Params::offset, Color(0), "Added to u, v and w at last"),
+    intParam("uv_set", &UVWGenMap::Params::uv_set, 0,
+             "Which texture coordinates of a mesh that has several, from 0"),
+};
+
+}  // namespace
+
+UVWGenMap::UVWGenMap(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+    kMapParams.bind(paramList, params);
+}
+
+void UVWGenMap::addParameters(PelkParameterListDesc& list) {
+    kMapParams.addTo(list);
+}
+
+PluginInterface* UVWGenMap::getInterface(u64 id) {
+    PluginInterface* const own = Offered::find(*this, id);
+    return own ? own : PelkPlugin::getInterface(id);
+}
+
+void UVWGenMap::frameBegin(PelkRenderer& renderer) {
+    PelkPlugin::frameBegin(renderer);
+    const double angle = params.rotation * (std::numbers::pi / 180.0);
+    sine = static_cast<float>(std::sin(angle));
+    cosine = static_cast<float>(std::cos(angle));
+}
+
+Vector UVWGenMap::getUVW(PelkContext& context) {
+    const UV uv = surfaceUV(context, params.uv_set);
+    const float u = uv.u * params.scale.r, v = uv.v * params.scale.g;
+    return {u * cosine - v * sine + params.offset.r, u * sine + v * cosine + params.offset.g,
+            params.offset.b};
+}
+
+Transform UVWGenMap::getTangentFrame(PelkContext& context, int& valid) {
+    valid = 1;
+    Transform frame = surfaceFrame(context, params.uv_set);
+    for (Vector* column : {&frame.axisX, &frame.axisY, &frame.axisZ}) {
+        const float u = column->x * params.scale.r, v = column->y * params.scale.g;
+        column->x = u * cosine - v * sine;
+        column->y = u * sine + v * cosine;
+    }
+    return frame;
+}
+
+}  // namespace Tarnkit
