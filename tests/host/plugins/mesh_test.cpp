@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "host/plugins/plugin_holder.h"
-#include "pelk/host/plugins/geom_sweep.h"
+#include "pelk/host/plugins/geom_sphere.h"
 #include "pelk/host/plugins/mesh_loader.h"
 #include "pelk/host/plugins/placement.h"
 #include "temporary_directory.h"

@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "host/plugins/plugin_holder.h"
-#include "pelk/host/plugins/geom_sweep.h"
+#include "pelk/host/plugins/geom_box.h"
+#include "pelk/host/plugins/geom_quad.h"
 #include "pelk/host/plugins/uvwgen_map.h"
 #include "pelk/host/trace/surface_uv.h"
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "pelk/host/plugins/host_geometry.h"
+
+namespace Tarnkit {
+
+/// A ball about the origin, of triangles. u runs around the Y axis from the front (+Z) by the
+/// right (+X), v from the lowest point to the highest.
+class GeomSphere final : public HostGeometry {
+public:
+    struct Params {
+        float radius = 1.0f;
+        int segments = 128;  ///< triangles around; half as many from pole to pole
+    };
+
+    static constexpr const char* kName = "GeomSphere";
+    static constexpr u32 kID = 0x7E100041;
+
+    explicit GeomSphere(PelkPluginDesc* pluginDesc);
+    static void addParameters(PelkParameterListDesc& list);
+
+private:
+    bool buildShape(Mesh& mesh, std::string& error) override;
+
+    Params params;
+};
+
+}  // namespace Tarnkit
