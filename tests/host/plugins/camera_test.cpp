@@ -1,8 +1,8 @@
-#include "pelk/host/plugins/host_camera.h"
-
 #include <gtest/gtest.h>
 
 #include "host/plugins/plugin_holder.h"
+#include "pelk/host/plugins/camera_orthographic.h"
+#include "pelk/host/plugins/camera_perspective.h"
 #include "pelk/host/trace/render_context.h"
 
 namespace Tarnkit {

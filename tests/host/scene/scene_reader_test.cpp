@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "pelk/contract/pelk_material.h"
-#include "pelk/host/plugins/host_camera.h"
+#include "pelk/host/plugins/camera_perspective.h"
 #include "pelk/host/plugins/host_plugin.h"
 #include "pelk/host/scene/host_session.h"
 #include "pelk/support/plugin_manager.h"
