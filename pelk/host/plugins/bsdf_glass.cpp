@@ -13,10 +13,6 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kMediumParams{
-    floatParam("ior", &VolumeMedium::Params::ior, 1.33f, "Index of refraction"),
-};
-
 constexpr ParamTable kGlassParams{
     colorParam("reflection", &GlassParams::reflection, Color(1), "Colour of what is mirrored"),
     colorParam("refraction", &GlassParams::refraction, Color(1),
@@ -31,19 +27,6 @@ constexpr ParamTable kGlassParams{
 };
 
 }  // namespace
-
-VolumeMedium::VolumeMedium(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
-    kMediumParams.bind(paramList, params);
-}
-
-void VolumeMedium::addParameters(PelkParameterListDesc& list) {
-    kMediumParams.addTo(list);
-}
-
-PluginInterface* VolumeMedium::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
-}
 
 // ---- sampler
 

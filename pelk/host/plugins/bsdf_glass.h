@@ -6,28 +6,6 @@
 
 namespace Tarnkit {
 
-/// A clear medium.
-class VolumeMedium final : public PelkPlugin, public PelkVolume {
-public:
-    struct Params {
-        float ior = 1.33f;
-    };
-
-    static constexpr const char* kName = "VolumeMedium";
-    static constexpr u32 kID = 0x7E100063;
-    using Offered = InterfaceList<PelkVolume>;
-
-    explicit VolumeMedium(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
-
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
-    float getIOR(PelkContext&) override { return params.ior; }
-
-private:
-    Params params;
-};
-
 /// What the samplers of glass know of their plug-in; it doesn't change within a frame.
 struct GlassLook {
     Color reflection, refraction;

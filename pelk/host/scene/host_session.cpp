@@ -31,6 +31,7 @@
 #include "pelk/host/plugins/tex_noise.h"
 #include "pelk/host/plugins/uvwgen_environment.h"
 #include "pelk/host/plugins/uvwgen_map.h"
+#include "pelk/host/plugins/volume_medium.h"
 #include "pelk/host/scene/interface_names.h"
 #include "pelk/platform/file.h"
 #include "pelk/support/plugin_manager_default.h"
