@@ -1,3 +1,5 @@
+#include "pelk/host/picture/exr_writer.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -5,7 +7,7 @@
 #include <vector>
 
 #include "pelk/contract/channel_alias.h"
-#include "pelk/host/picture/image_writers.h"
+#include "pelk/host/picture/origin_attributes.h"
 
 namespace Tarnkit {
 
@@ -117,7 +119,7 @@ OIIO::ImageSpec exrSpec(Picture& picture, std::span<const Layer> layers, const P
     }
     spec.nchannels = static_cast<int>(spec.channelnames.size());
     spec.alpha_channel = 3;
-    describeOrigin(info, spec);
+    addOriginAttributes(info, spec);
     return spec;
 }
 

@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "pelk/host/picture/image_writers.h"
+#include "pelk/host/picture/exr_writer.h"
+#include "pelk/host/picture/png_writer.h"
 #include "pelk/platform/file.h"
 #include "pelk/platform/output_file.h"
 
@@ -60,16 +61,6 @@ bool checkFormat(const std::string& path, std::string& error) {
 }
 
 }  // namespace
-
-void describeOrigin(const PictureInfo& info, OIIO::ImageSpec& spec) {
-    // All as texts, since PNG keeps no numbers.
-    spec.attribute("Software", info.host + " " + info.version);
-    spec.attribute("scene", info.scene);
-    spec.attribute("samples", std::to_string(info.samples));
-    spec.attribute("seconds", std::to_string(info.seconds));
-    spec.attribute("host", info.host);
-    spec.attribute("version", info.version);
-}
 
 bool canWritePicture(const std::string& path, std::string& error) {
     if (!checkFormat(path, error))

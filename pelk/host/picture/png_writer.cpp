@@ -1,10 +1,12 @@
+#include "pelk/host/picture/png_writer.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <vector>
 
 #include "pelk/contract/channel_alias.h"
-#include "pelk/host/picture/image_writers.h"
+#include "pelk/host/picture/origin_attributes.h"
 
 namespace Tarnkit {
 
@@ -79,7 +81,7 @@ bool writePng(Picture& picture, const PictureInfo& info, const std::string& file
                          OIIO::TypeDesc::UINT8);
     spec.attribute("oiio:UnassociatedAlpha", 1);
     spec.attribute("oiio:ColorSpace", "sRGB");
-    describeOrigin(info, spec);
+    addOriginAttributes(info, spec);
     if (!output.open(file, spec))
         return false;
     DisplayReader reader(picture, format);

@@ -1,3 +1,5 @@
+#include "pelk/host/trace/light_loop.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>

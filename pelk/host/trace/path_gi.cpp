@@ -1,3 +1,5 @@
+#include "pelk/host/trace/path_gi.h"
+
 #include <cmath>
 #include <numbers>
 #include <utility>
