@@ -323,9 +323,13 @@ public:
     explicit WithParams(PelkPluginDesc* pluginDesc) : Base(pluginDesc) {
         P::table().bind(this->paramList, params);
     }
-    /// For the descriptor, which adds each kind's parameters once, when it is made. Not virtual: no
-    /// instance exists by then.
-    static void addParameters(PelkParameterListDesc& list) { P::table().addTo(list); }
+    /// For the descriptor, which adds each kind's parameters once, when it is made. Parameters that
+    /// `Base` has already come first. Not virtual: no instance exists by then.
+    static void addParameters(PelkParameterListDesc& list) {
+        if constexpr (requires { Base::addParameters(list); })
+            Base::addParameters(list);
+        P::table().addTo(list);
+    }
 
 protected:
     P params;

@@ -13,7 +13,7 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kGlassParams{
+constexpr ParamTable kParams{
     colorParam("reflection", &GlassParams::reflection, Color(1), "Colour of what is mirrored"),
     colorParam("refraction", &GlassParams::refraction, Color(1),
                "Colour of what passes, taken at each surface"),
@@ -143,7 +143,7 @@ PelkVolume* GlassBSDF::getVolume(PelkContext&) {
 // ---- plug-in
 
 ParamRows<GlassParams> GlassParams::table() {
-    return kGlassParams;
+    return kParams;
 }
 
 void BSDFGlass::frameBegin(PelkRenderer& renderer) {

@@ -9,20 +9,15 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kOrthographicParams{
-    floatParam("width", &CameraOrthographic::Params::width, 2.0f,
+constexpr ParamTable kParams{
+    floatParam("width", &CameraOrthographicParams::width, 2.0f,
                "How much of the scene the picture's width shows"),
 };
 
 }  // namespace
 
-CameraOrthographic::CameraOrthographic(PelkPluginDesc* pluginDesc) : HostCamera(pluginDesc) {
-    kOrthographicParams.bind(paramList, params);
-}
-
-void CameraOrthographic::addParameters(PelkParameterListDesc& list) {
-    HostCamera::addParameters(list);
-    kOrthographicParams.addTo(list);
+ParamRows<CameraOrthographicParams> CameraOrthographicParams::table() {
+    return kParams;
 }
 
 bool CameraOrthographic::prepare(int width, int height, std::string& error) {

@@ -10,20 +10,15 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kPerspectiveParams{
-    floatParam("fov", &CameraPerspective::Params::fov, 45.0f,
+constexpr ParamTable kParams{
+    floatParam("fov", &CameraPerspectiveParams::fov, 45.0f,
                "Full angle of view across the picture's width, in degrees"),
 };
 
 }  // namespace
 
-CameraPerspective::CameraPerspective(PelkPluginDesc* pluginDesc) : HostCamera(pluginDesc) {
-    kPerspectiveParams.bind(paramList, params);
-}
-
-void CameraPerspective::addParameters(PelkParameterListDesc& list) {
-    HostCamera::addParameters(list);
-    kPerspectiveParams.addTo(list);
+ParamRows<CameraPerspectiveParams> CameraPerspectiveParams::table() {
+    return kParams;
 }
 
 bool CameraPerspective::prepare(int width, int height, std::string& error) {

@@ -36,11 +36,6 @@ void ChannelPlugin::addParameters(PelkParameterListDesc& list) {
     list.addParamString("channel_type", "color", -1, "Values of a custom channel: color or float");
 }
 
-PluginInterface* ChannelPlugin::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
-}
-
 std::unique_ptr<RenderChannel> ChannelPlugin::newChannel(std::string& error) {
     const std::string kindName = text("kind", kCustom);
     if (kindName != kCustom) {

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/fragment.h"
-#include "pelk/contract/pelk_plugin.h"
 #include "pelk/contract/scene_interfaces.h"
 #include "pelk/host/trace/interfaces.h"
 
@@ -26,19 +26,13 @@ public:
 /// A channel as an instance of the scene, to be referred to by what writes to channels. Either one
 /// of the kinds that are known by name, or a channel of the scene's own, which shows what plug-ins
 /// write to it.
-class ChannelPlugin final : public PelkPlugin,
-                            public RenderChannelInterface,
-                            public ChannelSourceInterface {
+class ChannelPlugin final : public PluginOffering<RenderChannelInterface, ChannelSourceInterface> {
 public:
     static constexpr const char* kName = "RenderChannel";
     static constexpr u32 kID = 0x7E100051;
-    using Offered = InterfaceList<RenderChannelInterface, ChannelSourceInterface>;
 
-    explicit ChannelPlugin(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {}
+    using PluginOffering::PluginOffering;
     static void addParameters(PelkParameterListDesc& list);
-
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
 
     int getChannelIndex() override { return index; }
     std::unique_ptr<RenderChannel> newChannel(std::string& error) override;

@@ -7,19 +7,14 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kBoxParams{
-    colorParam("size", &GeomBox::Params::size, Color(1), "Sides along X, Y and Z"),
+constexpr ParamTable kParams{
+    colorParam("size", &GeomBoxParams::size, Color(1), "Sides along X, Y and Z"),
 };
 
 }  // namespace
 
-GeomBox::GeomBox(PelkPluginDesc* pluginDesc) : HostGeometry(pluginDesc) {
-    kBoxParams.bind(paramList, params);
-}
-
-void GeomBox::addParameters(PelkParameterListDesc& list) {
-    HostGeometry::addParameters(list);
-    kBoxParams.addTo(list);
+ParamRows<GeomBoxParams> GeomBoxParams::table() {
+    return kParams;
 }
 
 bool GeomBox::buildShape(Mesh& mesh, std::string& error) {

@@ -4,23 +4,23 @@
 
 namespace Tarnkit {
 
-/// A box about the origin that faces outward. Each side has all of the texture.
-class GeomBox final : public HostGeometry {
-public:
-    struct Params {
-        Color size;  ///< along X, Y, Z
-    };
+/// Parameters of GeomBox, as the host refreshes them at each frameBegin.
+struct GeomBoxParams {
+    Color size;  ///< along X, Y, Z
 
+    static ParamRows<GeomBoxParams> table();
+};
+
+/// A box about the origin that faces outward. Each side has all of the texture.
+class GeomBox final : public WithParams<GeomBoxParams, HostGeometry> {
+public:
     static constexpr const char* kName = "GeomBox";
     static constexpr u32 kID = 0x7E100043;
 
-    explicit GeomBox(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
 private:
     bool buildShape(Mesh& mesh, std::string& error) override;
-
-    Params params;
 };
 
 }  // namespace Tarnkit

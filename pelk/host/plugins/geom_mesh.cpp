@@ -5,8 +5,6 @@
 
 namespace Tarnkit {
 
-GeomMesh::GeomMesh(PelkPluginDesc* pluginDesc) : HostGeometry(pluginDesc) {}
-
 void GeomMesh::addParameters(PelkParameterListDesc& list) {
     HostGeometry::addParameters(list);
     list.addParamString("file", "", -1, "OBJ, PLY, glTF or GLB file", kFileGuide);

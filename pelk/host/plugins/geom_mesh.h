@@ -10,7 +10,7 @@ public:
     static constexpr const char* kName = "GeomMesh";
     static constexpr u32 kID = 0x7E100045;
 
-    explicit GeomMesh(PelkPluginDesc* pluginDesc);
+    using HostGeometry::HostGeometry;
     static void addParameters(PelkParameterListDesc& list);
 
 private:

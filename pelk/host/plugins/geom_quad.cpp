@@ -7,20 +7,15 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kQuadParams{
-    floatParam("width", &GeomQuad::Params::width, 1.0f, "Side along X"),
-    floatParam("height", &GeomQuad::Params::height, 1.0f, "Side along Y"),
+constexpr ParamTable kParams{
+    floatParam("width", &GeomQuadParams::width, 1.0f, "Side along X"),
+    floatParam("height", &GeomQuadParams::height, 1.0f, "Side along Y"),
 };
 
 }  // namespace
 
-GeomQuad::GeomQuad(PelkPluginDesc* pluginDesc) : HostGeometry(pluginDesc) {
-    kQuadParams.bind(paramList, params);
-}
-
-void GeomQuad::addParameters(PelkParameterListDesc& list) {
-    HostGeometry::addParameters(list);
-    kQuadParams.addTo(list);
+ParamRows<GeomQuadParams> GeomQuadParams::table() {
+    return kParams;
 }
 
 bool GeomQuad::buildShape(Mesh& mesh, std::string& error) {

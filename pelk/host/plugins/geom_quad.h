@@ -4,23 +4,23 @@
 
 namespace Tarnkit {
 
-/// A rectangle about the origin that faces +Z; u runs along X, v along Y.
-class GeomQuad final : public HostGeometry {
-public:
-    struct Params {
-        float width = 1.0f, height = 1.0f;
-    };
+/// Parameters of GeomQuad, as the host refreshes them at each frameBegin.
+struct GeomQuadParams {
+    float width = 1.0f, height = 1.0f;
 
+    static ParamRows<GeomQuadParams> table();
+};
+
+/// A rectangle about the origin that faces +Z; u runs along X, v along Y.
+class GeomQuad final : public WithParams<GeomQuadParams, HostGeometry> {
+public:
     static constexpr const char* kName = "GeomQuad";
     static constexpr u32 kID = 0x7E100042;
 
-    explicit GeomQuad(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
 private:
     bool buildShape(Mesh& mesh, std::string& error) override;
-
-    Params params;
 };
 
 }  // namespace Tarnkit

@@ -10,21 +10,16 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kSphereParams{
-    floatParam("radius", &GeomSphere::Params::radius, 1.0f, "Radius of the ball"),
-    intParam("segments", &GeomSphere::Params::segments, 128,
+constexpr ParamTable kParams{
+    floatParam("radius", &GeomSphereParams::radius, 1.0f, "Radius of the ball"),
+    intParam("segments", &GeomSphereParams::segments, 128,
              "Triangles around the ball, 3 to 4096; half as many from pole to pole"),
 };
 
 }  // namespace
 
-GeomSphere::GeomSphere(PelkPluginDesc* pluginDesc) : HostGeometry(pluginDesc) {
-    kSphereParams.bind(paramList, params);
-}
-
-void GeomSphere::addParameters(PelkParameterListDesc& list) {
-    HostGeometry::addParameters(list);
-    kSphereParams.addTo(list);
+ParamRows<GeomSphereParams> GeomSphereParams::table() {
+    return kParams;
 }
 
 bool GeomSphere::buildShape(Mesh& mesh, std::string& error) {

@@ -4,25 +4,25 @@
 
 namespace Tarnkit {
 
+/// Parameters of GeomSphere, as the host refreshes them at each frameBegin.
+struct GeomSphereParams {
+    float radius = 1.0f;
+    int segments = 128;  ///< triangles around; half as many from pole to pole
+
+    static ParamRows<GeomSphereParams> table();
+};
+
 /// A ball about the origin, of triangles. u runs around the Y axis from the front (+Z) by the
 /// right (+X), v from the lowest point to the highest.
-class GeomSphere final : public HostGeometry {
+class GeomSphere final : public WithParams<GeomSphereParams, HostGeometry> {
 public:
-    struct Params {
-        float radius = 1.0f;
-        int segments = 128;  ///< triangles around; half as many from pole to pole
-    };
-
     static constexpr const char* kName = "GeomSphere";
     static constexpr u32 kID = 0x7E100041;
 
-    explicit GeomSphere(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
 private:
     bool buildShape(Mesh& mesh, std::string& error) override;
-
-    Params params;
 };
 
 }  // namespace Tarnkit

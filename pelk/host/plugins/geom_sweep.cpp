@@ -10,23 +10,18 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kSweepParams{
-    floatParam("width", &GeomSweep::Params::width, 10.0f, "Side along X"),
-    floatParam("depth", &GeomSweep::Params::depth, 10.0f, "From the wall to the front edge"),
-    floatParam("height", &GeomSweep::Params::height, 5.0f, "From the floor to the upper edge"),
-    floatParam("radius", &GeomSweep::Params::radius, 2.0f, "Radius of the bend"),
-    intParam("segments", &GeomSweep::Params::segments, 48, "Strips of the bend, 3 to 4096"),
+constexpr ParamTable kParams{
+    floatParam("width", &GeomSweepParams::width, 10.0f, "Side along X"),
+    floatParam("depth", &GeomSweepParams::depth, 10.0f, "From the wall to the front edge"),
+    floatParam("height", &GeomSweepParams::height, 5.0f, "From the floor to the upper edge"),
+    floatParam("radius", &GeomSweepParams::radius, 2.0f, "Radius of the bend"),
+    intParam("segments", &GeomSweepParams::segments, 48, "Strips of the bend, 3 to 4096"),
 };
 
 }  // namespace
 
-GeomSweep::GeomSweep(PelkPluginDesc* pluginDesc) : HostGeometry(pluginDesc) {
-    kSweepParams.bind(paramList, params);
-}
-
-void GeomSweep::addParameters(PelkParameterListDesc& list) {
-    HostGeometry::addParameters(list);
-    kSweepParams.addTo(list);
+ParamRows<GeomSweepParams> GeomSweepParams::table() {
+    return kParams;
 }
 
 bool GeomSweep::buildShape(Mesh& mesh, std::string& error) {

@@ -21,17 +21,12 @@ Vector toVector(Color c) {
 
 }  // namespace
 
-HostCamera::HostCamera(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+HostCamera::HostCamera(PelkPluginDesc* pluginDesc) : PluginOffering(pluginDesc) {
     kViewParams.bind(paramList, view);
 }
 
 void HostCamera::addParameters(PelkParameterListDesc& list) {
     kViewParams.addTo(list);
-}
-
-PluginInterface* HostCamera::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
 }
 
 bool HostCamera::place(int width, int height, std::string& error) {

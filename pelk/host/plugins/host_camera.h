@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/desc_of.h"
 #include "pelk/host/trace/interfaces.h"
 
 namespace Tarnkit {
@@ -12,15 +12,10 @@ struct CameraParams {
 
 /// Base of the cameras of this host. A class that derives from it registers and binds the
 /// parameters of CameraParams in front of its own.
-class HostCamera : public PelkPlugin, public CameraInterface {
+class HostCamera : public PluginOffering<CameraInterface> {
 public:
     explicit HostCamera(PelkPluginDesc* pluginDesc);
-
-    using Offered = InterfaceList<CameraInterface>;
     static void addParameters(PelkParameterListDesc& list);
-
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
 
     Point getPosition() const override { return position; }
     void getAxes(Vector axes[3]) const override;

@@ -40,17 +40,12 @@ bool isFinite3(Color c) {
 
 }  // namespace
 
-HostGeometry::HostGeometry(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+HostGeometry::HostGeometry(PelkPluginDesc* pluginDesc) : PluginOffering(pluginDesc) {
     kGeometryParams.bind(paramList, geometry);
 }
 
 void HostGeometry::addParameters(PelkParameterListDesc& list) {
     kGeometryParams.addTo(list);
-}
-
-PluginInterface* HostGeometry::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
 }
 
 void HostGeometry::frameBegin(PelkRenderer& renderer) {

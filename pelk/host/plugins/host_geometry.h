@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/scene_interfaces.h"
 #include "pelk/host/plugins/placement.h"
 #include "pelk/host/trace/interfaces.h"
@@ -21,23 +21,12 @@ struct GeometryParams {
 /// Base of the geometry of this host. A class that derives from it makes its triangles in its own
 /// space, with the number of the part that each belongs to as material id; the base brings them to
 /// the scene. It registers and binds the parameters of GeometryParams in front of its own.
-class HostGeometry : public PelkPlugin,
-                     public GeometryInterface,
-                     public SurfaceMtlIDInterface,
-                     public ShaderSetInterface,
-                     public GeomObjectInterface,
-                     public SurfaceFrameInterface,
-                     public ObjectMappingInterface {
+class HostGeometry
+    : public PluginOffering<GeometryInterface, SurfaceMtlIDInterface, ShaderSetInterface,
+                            GeomObjectInterface, SurfaceFrameInterface, ObjectMappingInterface> {
 public:
     explicit HostGeometry(PelkPluginDesc* pluginDesc);
-
-    using Offered =
-        InterfaceList<GeometryInterface, SurfaceMtlIDInterface, ShaderSetInterface,
-                      GeomObjectInterface, SurfaceFrameInterface, ObjectMappingInterface>;
     static void addParameters(PelkParameterListDesc& list);
-
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
 
     void frameBegin(PelkRenderer& renderer) override;
 

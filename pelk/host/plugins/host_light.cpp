@@ -20,17 +20,12 @@ constexpr ParamTable kLightParams{
 
 }  // namespace
 
-HostLight::HostLight(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
+HostLight::HostLight(PelkPluginDesc* pluginDesc) : PluginOffering(pluginDesc) {
     kLightParams.bind(paramList, light);
 }
 
 void HostLight::addParameters(PelkParameterListDesc& list) {
     kLightParams.addTo(list);
-}
-
-PluginInterface* HostLight::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
 }
 
 bool HostLight::isVisibleTo(u32 rayType, int traceDepth) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/desc_of.h"
 #include "pelk/host/trace/interfaces.h"
 
 namespace Tarnkit {
@@ -17,15 +17,10 @@ struct LightParams {
 
 /// Base of the lights of this host. A class that derives from it registers and binds the
 /// parameters of LightParams in front of its own.
-class HostLight : public PelkPlugin, public LightInterface {
+class HostLight : public PluginOffering<LightInterface> {
 public:
     explicit HostLight(PelkPluginDesc* pluginDesc);
-
-    using Offered = InterfaceList<LightInterface>;
     static void addParameters(PelkParameterListDesc& list);
-
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
 
     bool isVisibleTo(u32 rayType, int traceDepth) const override;
     bool hasExtent() const override { return true; }

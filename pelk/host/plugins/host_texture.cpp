@@ -17,11 +17,6 @@ int nearestInt(float x) {
     return static_cast<int>(std::fmin(std::fmax(std::round(x), -2147483648.0f), kMax));
 }
 
-PluginInterface* HostTexture::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
-}
-
 float HostTexture::getTexFloat(PelkContext& context) {
     return mean(getTexColor(context).color);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/texture.h"
 
 namespace Tarnkit {
@@ -8,19 +8,10 @@ namespace Tarnkit {
 /// Base of the textures of this host. A texture gives a colour, multiplied by its alpha already;
 /// as a number it is the mean of the channels, as an integer the nearest one to that. None has a
 /// bump or a tangent frame of its own.
-class HostTexture : public PelkPlugin,
-                    public TextureInterface,
-                    public TextureFloatInterface,
-                    public TextureIntInterface,
-                    public RTTexInterface {
+class HostTexture : public PluginOffering<TextureInterface, TextureFloatInterface,
+                                          TextureIntInterface, RTTexInterface> {
 public:
-    explicit HostTexture(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {}
-
-    using Offered =
-        InterfaceList<TextureInterface, TextureFloatInterface, TextureIntInterface, RTTexInterface>;
-
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
+    using PluginOffering::PluginOffering;
 
     float getTexFloat(PelkContext& context) override;
     int getTexInt(PelkContext& context) override;

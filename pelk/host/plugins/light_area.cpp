@@ -11,25 +11,20 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kAreaParams{
-    colorParam("position", &LightArea::Params::position, Color(0), "Centre of the rectangle"),
-    colorParam("direction", &LightArea::Params::direction, Color(0, -1, 0),
+constexpr ParamTable kParams{
+    colorParam("position", &LightAreaParams::position, Color(0), "Centre of the rectangle"),
+    colorParam("direction", &LightAreaParams::direction, Color(0, -1, 0),
                "Direction to which the light shines"),
-    colorParam("up", &LightArea::Params::up, Color(0, 1, 0),
+    colorParam("up", &LightAreaParams::up, Color(0, 1, 0),
                "Direction along which the height is measured, as far as it lies in the rectangle"),
-    floatParam("width", &LightArea::Params::width, 1.0f, "Side across the up direction"),
-    floatParam("height", &LightArea::Params::height, 1.0f, "Side along the up direction"),
+    floatParam("width", &LightAreaParams::width, 1.0f, "Side across the up direction"),
+    floatParam("height", &LightAreaParams::height, 1.0f, "Side along the up direction"),
 };
 
 }  // namespace
 
-LightArea::LightArea(PelkPluginDesc* pluginDesc) : HostLight(pluginDesc) {
-    kAreaParams.bind(paramList, params);
-}
-
-void LightArea::addParameters(PelkParameterListDesc& list) {
-    HostLight::addParameters(list);
-    kAreaParams.addTo(list);
+ParamRows<LightAreaParams> LightAreaParams::table() {
+    return kParams;
 }
 
 bool LightArea::prepare(const SceneBounds&, std::string& error) {

@@ -14,8 +14,8 @@ namespace {
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
-constexpr ParamTable kDomeParams{
-    textureParam("texture", &LightDome::Params::texture,
+constexpr ParamTable kParams{
+    textureParam("texture", &LightDomeParams::texture,
                  "What surrounds the scene, read along directions; white without one"),
 };
 
@@ -35,13 +35,8 @@ int chooseCell(const float* sums, int count, float& random) {
 
 }  // namespace
 
-LightDome::LightDome(PelkPluginDesc* pluginDesc) : HostLight(pluginDesc) {
-    kDomeParams.bind(paramList, params);
-}
-
-void LightDome::addParameters(PelkParameterListDesc& list) {
-    HostLight::addParameters(list);
-    kDomeParams.addTo(list);
+ParamRows<LightDomeParams> LightDomeParams::table() {
+    return kParams;
 }
 
 bool LightDome::prepare(const SceneBounds&, std::string&) {

@@ -7,19 +7,21 @@
 
 namespace Tarnkit {
 
+/// Parameters of LightDome, as the host refreshes them at each frameBegin.
+struct LightDomeParams {
+    TextureInterface* texture = nullptr;
+
+    static ParamRows<LightDomeParams> table();
+};
+
 /// The surroundings. `intensity` scales a colour or a texture, which is read along directions.
 /// Bright parts of a texture are sampled more often.
-class LightDome final : public HostLight {
+class LightDome final : public WithParams<LightDomeParams, HostLight> {
 public:
-    struct Params {
-        TextureInterface* texture = nullptr;
-    };
-
     static constexpr const char* kName = "LightDome";
     static constexpr u32 kID = 0x7E100004;
 
-    explicit LightDome(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
     bool isInfinite() const override { return true; }
     bool isDome() const override { return true; }
@@ -33,7 +35,6 @@ private:
     float densityAlong(const Vector& direction) const;
     void tabulate();
 
-    Params params;
     // Sums over the cells of a longitude-latitude map, rows from the top: of each row's cells, and
     // of the rows. Empty without a texture.
     std::vector<float> cellSums, rowSums;

@@ -14,20 +14,15 @@ namespace {
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
-constexpr ParamTable kSphereParams{
-    colorParam("position", &LightSphere::Params::position, Color(0), "Centre of the ball"),
-    floatParam("radius", &LightSphere::Params::radius, 1.0f, "Radius of the ball"),
+constexpr ParamTable kParams{
+    colorParam("position", &LightSphereParams::position, Color(0), "Centre of the ball"),
+    floatParam("radius", &LightSphereParams::radius, 1.0f, "Radius of the ball"),
 };
 
 }  // namespace
 
-LightSphere::LightSphere(PelkPluginDesc* pluginDesc) : HostLight(pluginDesc) {
-    kSphereParams.bind(paramList, params);
-}
-
-void LightSphere::addParameters(PelkParameterListDesc& list) {
-    HostLight::addParameters(list);
-    kSphereParams.addTo(list);
+ParamRows<LightSphereParams> LightSphereParams::table() {
+    return kParams;
 }
 
 bool LightSphere::prepare(const SceneBounds&, std::string& error) {

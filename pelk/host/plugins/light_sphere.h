@@ -4,19 +4,21 @@
 
 namespace Tarnkit {
 
-/// A ball that shines to all sides. `intensity` is radiance.
-class LightSphere final : public HostLight {
-public:
-    struct Params {
-        Color position;
-        float radius = 1.0f;
-    };
+/// Parameters of LightSphere, as the host refreshes them at each frameBegin.
+struct LightSphereParams {
+    Color position;
+    float radius = 1.0f;
 
+    static ParamRows<LightSphereParams> table();
+};
+
+/// A ball that shines to all sides. `intensity` is radiance.
+class LightSphere final : public WithParams<LightSphereParams, HostLight> {
+public:
     static constexpr const char* kName = "LightSphere";
     static constexpr u32 kID = 0x7E100002;
 
-    explicit LightSphere(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
     bool prepare(const SceneBounds& bounds, std::string& error) override;
     bool sample(PelkContext& context, float random1, float random2, LightSample& out) override;
@@ -24,7 +26,6 @@ public:
                    LightHit& out) override;
 
 private:
-    Params params;
     Point centre;
 };
 

@@ -14,22 +14,17 @@ namespace {
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
-constexpr ParamTable kSunParams{
-    colorParam("direction", &LightSun::Params::direction, Color(0, -1, 0),
+constexpr ParamTable kParams{
+    colorParam("direction", &LightSunParams::direction, Color(0, -1, 0),
                "Direction in which the light travels"),
-    floatParam("angle", &LightSun::Params::angle, 0.53f,
+    floatParam("angle", &LightSunParams::angle, 0.53f,
                "Diameter of the sun's disc in degrees; 0 gives hard shadows"),
 };
 
 }  // namespace
 
-LightSun::LightSun(PelkPluginDesc* pluginDesc) : HostLight(pluginDesc) {
-    kSunParams.bind(paramList, params);
-}
-
-void LightSun::addParameters(PelkParameterListDesc& list) {
-    HostLight::addParameters(list);
-    kSunParams.addTo(list);
+ParamRows<LightSunParams> LightSunParams::table() {
+    return kParams;
 }
 
 bool LightSun::prepare(const SceneBounds&, std::string& error) {

@@ -4,20 +4,22 @@
 
 namespace Tarnkit {
 
+/// Parameters of LightSun, as the host refreshes them at each frameBegin.
+struct LightSunParams {
+    Color direction;      ///< in which the light travels
+    float angle = 0.53f;  ///< diameter of the disc in degrees; 0 is a light without extent
+
+    static ParamRows<LightSunParams> table();
+};
+
 /// Light from one direction, or from a small disc of the sky. A white surface that faces it gets
 /// the brightness `intensity`.
-class LightSun final : public HostLight {
+class LightSun final : public WithParams<LightSunParams, HostLight> {
 public:
-    struct Params {
-        Color direction;      ///< in which the light travels
-        float angle = 0.53f;  ///< diameter of the disc in degrees; 0 is a light without extent
-    };
-
     static constexpr const char* kName = "LightSun";
     static constexpr u32 kID = 0x7E100003;
 
-    explicit LightSun(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
     bool isInfinite() const override { return true; }
     bool hasExtent() const override { return params.angle > 0.0f; }
@@ -27,7 +29,6 @@ public:
                    LightHit& out) override;
 
 private:
-    Params params;
     Vector toSun, tangent, bitangent;
     float cosRadius = 1.0f;
     float density = 0.0f;

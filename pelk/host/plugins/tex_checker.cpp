@@ -9,23 +9,19 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kCheckerParams{
-    colorParam("color1", &TexChecker::Params::color1, Color(0.8f), "First colour, linear"),
-    colorParam("color2", &TexChecker::Params::color2, Color(0.2f), "Second colour, linear"),
-    floatParam("squares", &TexChecker::Params::squares, 8.0f,
+constexpr ParamTable kParams{
+    colorParam("color1", &TexCheckerParams::color1, Color(0.8f), "First colour, linear"),
+    colorParam("color2", &TexCheckerParams::color2, Color(0.2f), "Second colour, linear"),
+    floatParam("squares", &TexCheckerParams::squares, 8.0f,
                "Squares along one unit of the texture coordinates"),
-    pluginParam<UVWGenInterface>("uvwgen", &TexChecker::Params::uvwgen,
+    pluginParam<UVWGenInterface>("uvwgen", &TexCheckerParams::uvwgen,
                                  "Texture coordinates; those of the surface without one"),
 };
 
 }  // namespace
 
-TexChecker::TexChecker(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kCheckerParams.bind(paramList, params);
-}
-
-void TexChecker::addParameters(PelkParameterListDesc& list) {
-    kCheckerParams.addTo(list);
+ParamRows<TexCheckerParams> TexCheckerParams::table() {
+    return kParams;
 }
 
 void TexChecker::frameBegin(PelkRenderer& renderer) {

@@ -4,20 +4,22 @@
 
 namespace Tarnkit {
 
-/// Squares of two colours in turn. As an integer it is 0 where the first colour is, else 1.
-class TexChecker final : public HostTexture {
-public:
-    struct Params {
-        Color color1, color2;
-        float squares = 8.0f;  ///< along one unit of u and of v
-        PluginBase* uvwgen = nullptr;
-    };
+/// Parameters of TexChecker, as the host refreshes them at each frameBegin.
+struct TexCheckerParams {
+    Color color1, color2;
+    float squares = 8.0f;  ///< along one unit of u and of v
+    PluginBase* uvwgen = nullptr;
 
+    static ParamRows<TexCheckerParams> table();
+};
+
+/// Squares of two colours in turn. As an integer it is 0 where the first colour is, else 1.
+class TexChecker final : public WithParams<TexCheckerParams, HostTexture> {
+public:
     static constexpr const char* kName = "TexChecker";
     static constexpr u32 kID = 0x7E100032;
 
-    explicit TexChecker(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
     void frameBegin(PelkRenderer& renderer) override;
     AColor getTexColor(PelkContext& context) override;
@@ -26,7 +28,6 @@ public:
 private:
     void describe(ShaderSource& source) override;
 
-    Params params;
     UVWGenInterface* uvwgen = nullptr;  // set in frameBegin
 };
 

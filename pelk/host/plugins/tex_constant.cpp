@@ -7,19 +7,15 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kConstantParams{
-    colorParam("color", &TexConstant::Params::color, Color(1), "The colour, linear"),
-    floatParam("alpha", &TexConstant::Params::alpha, 1.0f, "How much of what lies below it hides"),
+constexpr ParamTable kParams{
+    colorParam("color", &TexConstantParams::color, Color(1), "The colour, linear"),
+    floatParam("alpha", &TexConstantParams::alpha, 1.0f, "How much of what lies below it hides"),
 };
 
 }  // namespace
 
-TexConstant::TexConstant(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kConstantParams.bind(paramList, params);
-}
-
-void TexConstant::addParameters(PelkParameterListDesc& list) {
-    kConstantParams.addTo(list);
+ParamRows<TexConstantParams> TexConstantParams::table() {
+    return kParams;
 }
 
 AColor TexConstant::getTexColor(PelkContext&) {

@@ -4,26 +4,26 @@
 
 namespace Tarnkit {
 
-/// The same colour everywhere.
-class TexConstant final : public HostTexture {
-public:
-    struct Params {
-        Color color;
-        float alpha = 1.0f;
-    };
+/// Parameters of TexConstant, as the host refreshes them at each frameBegin.
+struct TexConstantParams {
+    Color color;
+    float alpha = 1.0f;
 
+    static ParamRows<TexConstantParams> table();
+};
+
+/// The same colour everywhere.
+class TexConstant final : public WithParams<TexConstantParams, HostTexture> {
+public:
     static constexpr const char* kName = "TexConstant";
     static constexpr u32 kID = 0x7E100031;
 
-    explicit TexConstant(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
     AColor getTexColor(PelkContext& context) override;
 
 private:
     void describe(ShaderSource& source) override;
-
-    Params params;
 };
 
 }  // namespace Tarnkit

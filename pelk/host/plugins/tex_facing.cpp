@@ -10,23 +10,19 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kFacingParams{
-    colorParam("color1", &TexFacing::Params::color1, Color(0),
+constexpr ParamTable kParams{
+    colorParam("color1", &TexFacingParams::color1, Color(0),
                "Colour where the surface faces the ray, linear"),
-    colorParam("color2", &TexFacing::Params::color2, Color(1),
+    colorParam("color2", &TexFacingParams::color2, Color(1),
                "Colour where it is seen edge-on, linear"),
-    floatParam("power", &TexFacing::Params::power, 1.0f,
+    floatParam("power", &TexFacingParams::power, 1.0f,
                "The higher, the more keeps the first colour"),
 };
 
 }  // namespace
 
-TexFacing::TexFacing(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kFacingParams.bind(paramList, params);
-}
-
-void TexFacing::addParameters(PelkParameterListDesc& list) {
-    kFacingParams.addTo(list);
+ParamRows<TexFacingParams> TexFacingParams::table() {
+    return kParams;
 }
 
 AColor TexFacing::getTexColor(PelkContext& context) {

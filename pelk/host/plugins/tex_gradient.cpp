@@ -10,23 +10,19 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kGradientParams{
-    colorParam("color1", &TexGradient::Params::color1, Color(0), "Colour at the start, linear"),
-    colorParam("color2", &TexGradient::Params::color2, Color(1), "Colour at the end, linear"),
-    intParam("form", &TexGradient::Params::form, TexGradient::kAlongU,
+constexpr ParamTable kParams{
+    colorParam("color1", &TexGradientParams::color1, Color(0), "Colour at the start, linear"),
+    colorParam("color2", &TexGradientParams::color2, Color(1), "Colour at the end, linear"),
+    intParam("form", &TexGradientParams::form, TexGradientParams::kAlongU,
              "0 - along u, 1 - along v, 2 - from the middle outwards"),
-    pluginParam<UVWGenInterface>("uvwgen", &TexGradient::Params::uvwgen,
+    pluginParam<UVWGenInterface>("uvwgen", &TexGradientParams::uvwgen,
                                  "Texture coordinates; those of the surface without one"),
 };
 
 }  // namespace
 
-TexGradient::TexGradient(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kGradientParams.bind(paramList, params);
-}
-
-void TexGradient::addParameters(PelkParameterListDesc& list) {
-    kGradientParams.addTo(list);
+ParamRows<TexGradientParams> TexGradientParams::table() {
+    return kParams;
 }
 
 void TexGradient::frameBegin(PelkRenderer& renderer) {
@@ -36,8 +32,8 @@ void TexGradient::frameBegin(PelkRenderer& renderer) {
 
 AColor TexGradient::getTexColor(PelkContext& context) {
     const Vector uvw = textureCoordinates(context, uvwgen);
-    float place = params.form == kAlongV ? uvw.y : uvw.x;
-    if (params.form == kRadial)
+    float place = params.form == TexGradientParams::kAlongV ? uvw.y : uvw.x;
+    if (params.form == TexGradientParams::kRadial)
         place = 2.0f * std::hypot(uvw.x - 0.5f, uvw.y - 0.5f);
     return {blend(params.color1, params.color2, std::clamp(place, 0.0f, 1.0f)), 1.0f};
 }

@@ -4,22 +4,24 @@
 
 namespace Tarnkit {
 
-/// From one colour to another over the unit of texture coordinates; the ends hold beyond it.
-class TexGradient final : public HostTexture {
-public:
+/// Parameters of TexGradient, as the host refreshes them at each frameBegin.
+struct TexGradientParams {
     enum Form : int { kAlongU = 0, kAlongV = 1, kRadial = 2 };
 
-    struct Params {
-        Color color1, color2;
-        int form = kAlongU;  ///< radial: from (0.5, 0.5) to a distance of 0.5
-        PluginBase* uvwgen = nullptr;
-    };
+    Color color1, color2;
+    int form = kAlongU;  ///< radial: from (0.5, 0.5) to a distance of 0.5
+    PluginBase* uvwgen = nullptr;
 
+    static ParamRows<TexGradientParams> table();
+};
+
+/// From one colour to another over the unit of texture coordinates; the ends hold beyond it.
+class TexGradient final : public WithParams<TexGradientParams, HostTexture> {
+public:
     static constexpr const char* kName = "TexGradient";
     static constexpr u32 kID = 0x7E100034;
 
-    explicit TexGradient(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
     void frameBegin(PelkRenderer& renderer) override;
     AColor getTexColor(PelkContext& context) override;
@@ -27,7 +29,6 @@ public:
 private:
     void describe(ShaderSource& source) override;
 
-    Params params;
     UVWGenInterface* uvwgen = nullptr;  // set in frameBegin
 };
 

@@ -10,23 +10,23 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kImageParams{
-    ParamRow<TexImage::Params>{.desc = {.name = "file",
-                                        .type = ParameterType::String,
-                                        .hasDefault = true,
-                                        .stringDefault = "",
-                                        .description = "Image file: PNG, JPEG, EXR, TIFF and more",
-                                        .guide = kFileGuide}},
-    ParamRow<TexImage::Params>{
+constexpr ParamTable kParams{
+    ParamRow<TexImageParams>{.desc = {.name = "file",
+                                      .type = ParameterType::String,
+                                      .hasDefault = true,
+                                      .stringDefault = "",
+                                      .description = "Image file: PNG, JPEG, EXR, TIFF and more",
+                                      .guide = kFileGuide}},
+    ParamRow<TexImageParams>{
         .desc = {.name = "color_space",
                  .type = ParameterType::String,
                  .hasDefault = true,
                  .stringDefault = "auto",
                  .description = "How the file's numbers stand for light: srgb, linear, or auto, "
                                 "which takes whole numbers for sRGB and fractions for linear"}},
-    boolParam("repeat", &TexImage::Params::repeat, true,
+    boolParam("repeat", &TexImageParams::repeat, true,
               "The picture repeats; else its border goes on"),
-    pluginParam<UVWGenInterface>("uvwgen", &TexImage::Params::uvwgen,
+    pluginParam<UVWGenInterface>("uvwgen", &TexImageParams::uvwgen,
                                  "Texture coordinates; those of the surface without one"),
 };
 
@@ -47,12 +47,8 @@ bool parseColorSpace(const std::string& text, ColorSpace& space) {
 
 }  // namespace
 
-TexImage::TexImage(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kImageParams.bind(paramList, params);
-}
-
-void TexImage::addParameters(PelkParameterListDesc& list) {
-    kImageParams.addTo(list);
+ParamRows<TexImageParams> TexImageParams::table() {
+    return kParams;
 }
 
 PluginInterface* TexImage::getInterface(u64 id) {

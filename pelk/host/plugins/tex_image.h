@@ -8,22 +8,24 @@
 
 namespace Tarnkit {
 
+/// Parameters of TexImage, as the host refreshes them at each frameBegin.
+struct TexImageParams {
+    int repeat = 1;  ///< 0: the picture's border goes on outside of it
+    PluginBase* uvwgen = nullptr;
+
+    static ParamRows<TexImageParams> table();
+};
+
 /// A picture from a file, read through one cache for all. Colours are decoded to linear before
 /// they are blended. As an integer it is the nearest pixel's first channel as the file holds it,
 /// since ids don't blend: 0 to 255 for 8 bits, 0 to 65535 for 16.
-class TexImage final : public HostTexture, public FileUserInterface {
+class TexImage final : public WithParams<TexImageParams, HostTexture>, public FileUserInterface {
 public:
-    struct Params {
-        int repeat = 1;  ///< 0: the picture's border goes on outside of it
-        PluginBase* uvwgen = nullptr;
-    };
-
     static constexpr const char* kName = "TexImage";
     static constexpr u32 kID = 0x7E100033;
     using Offered = HostTexture::Offered::With<FileUserInterface>;
 
-    explicit TexImage(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
+    using WithParams::WithParams;
 
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
@@ -38,7 +40,6 @@ private:
     std::string text(const char* parameterName);
     void describe(ShaderSource& source) override;
 
-    Params params;
     UVWGenInterface* uvwgen = nullptr;  // set in frameBegin
     ImageSource image;
     std::string openedFile, openedSpace;

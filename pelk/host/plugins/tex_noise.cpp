@@ -13,12 +13,12 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kNoiseParams{
-    colorParam("color1", &TexNoise::Params::color1, Color(0), "First colour, linear"),
-    colorParam("color2", &TexNoise::Params::color2, Color(1), "Second colour, linear"),
-    floatParam("size", &TexNoise::Params::size, 1.0f, "Size of the largest clouds"),
-    intParam("octaves", &TexNoise::Params::octaves, 4, "Layers of ever finer clouds, 1 to 16"),
-    pluginParam<UVWGenInterface>("uvwgen", &TexNoise::Params::uvwgen,
+constexpr ParamTable kParams{
+    colorParam("color1", &TexNoiseParams::color1, Color(0), "First colour, linear"),
+    colorParam("color2", &TexNoiseParams::color2, Color(1), "Second colour, linear"),
+    floatParam("size", &TexNoiseParams::size, 1.0f, "Size of the largest clouds"),
+    intParam("octaves", &TexNoiseParams::octaves, 4, "Layers of ever finer clouds, 1 to 16"),
+    pluginParam<UVWGenInterface>("uvwgen", &TexNoiseParams::uvwgen,
                                  "Texture coordinates; the place in the scene without one"),
 };
 
@@ -68,12 +68,8 @@ float gradientNoise(double x, double y, double z) {
 
 }  // namespace
 
-TexNoise::TexNoise(PelkPluginDesc* pluginDesc) : HostTexture(pluginDesc) {
-    kNoiseParams.bind(paramList, params);
-}
-
-void TexNoise::addParameters(PelkParameterListDesc& list) {
-    kNoiseParams.addTo(list);
+ParamRows<TexNoiseParams> TexNoiseParams::table() {
+    return kParams;
 }
 
 void TexNoise::frameBegin(PelkRenderer& renderer) {

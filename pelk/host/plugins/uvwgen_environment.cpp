@@ -10,24 +10,15 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kEnvironmentParams{
-    floatParam("rotation", &UVWGenEnvironment::Params::rotation, 0.0f,
+constexpr ParamTable kParams{
+    floatParam("rotation", &UVWGenEnvironmentParams::rotation, 0.0f,
                "Turns the surroundings to the right, in degrees"),
 };
 
 }  // namespace
 
-UVWGenEnvironment::UVWGenEnvironment(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
-    kEnvironmentParams.bind(paramList, params);
-}
-
-void UVWGenEnvironment::addParameters(PelkParameterListDesc& list) {
-    kEnvironmentParams.addTo(list);
-}
-
-PluginInterface* UVWGenEnvironment::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
+ParamRows<UVWGenEnvironmentParams> UVWGenEnvironmentParams::table() {
+    return kParams;
 }
 
 Vector UVWGenEnvironment::getUVW(PelkContext& context) {

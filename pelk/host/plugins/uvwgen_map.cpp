@@ -11,27 +11,18 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr ParamTable kMapParams{
-    colorParam("scale", &UVWGenMap::Params::scale, Color(1), "Factors of u, v and w"),
-    floatParam("rotation", &UVWGenMap::Params::rotation, 0.0f, "Degrees from u towards v"),
-    colorParam("offset", &UVWGenMap::Params::offset, Color(0), "Added to u, v and w at last"),
-    intParam("uv_set", &UVWGenMap::Params::uv_set, 0,
+constexpr ParamTable kParams{
+    colorParam("scale", &UVWGenMapParams::scale, Color(1), "Factors of u, v and w"),
+    floatParam("rotation", &UVWGenMapParams::rotation, 0.0f, "Degrees from u towards v"),
+    colorParam("offset", &UVWGenMapParams::offset, Color(0), "Added to u, v and w at last"),
+    intParam("uv_set", &UVWGenMapParams::uv_set, 0,
              "Which texture coordinates of a mesh that has several, from 0"),
 };
 
 }  // namespace
 
-UVWGenMap::UVWGenMap(PelkPluginDesc* pluginDesc) : PelkPlugin(pluginDesc) {
-    kMapParams.bind(paramList, params);
-}
-
-void UVWGenMap::addParameters(PelkParameterListDesc& list) {
-    kMapParams.addTo(list);
-}
-
-PluginInterface* UVWGenMap::getInterface(u64 id) {
-    PluginInterface* const own = Offered::find(*this, id);
-    return own ? own : PelkPlugin::getInterface(id);
+ParamRows<UVWGenMapParams> UVWGenMapParams::table() {
+    return kParams;
 }
 
 void UVWGenMap::frameBegin(PelkRenderer& renderer) {

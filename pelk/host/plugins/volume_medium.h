@@ -1,30 +1,25 @@
 #pragma once
 
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/material.h"
-#include "pelk/contract/pelk_plugin.h"
 
 namespace Tarnkit {
 
-/// A clear medium.
-class VolumeMedium final : public PelkPlugin, public PelkVolume {
-public:
-    struct Params {
-        float ior = 1.33f;
-    };
+/// Parameters of VolumeMedium, as the host refreshes them at each frameBegin.
+struct VolumeMediumParams {
+    float ior = 1.33f;
 
+    static ParamRows<VolumeMediumParams> table();
+};
+
+/// A clear medium.
+class VolumeMedium final : public WithParams<VolumeMediumParams, PluginOffering<PelkVolume>> {
+public:
     static constexpr const char* kName = "VolumeMedium";
     static constexpr u32 kID = 0x7E100063;
-    using Offered = InterfaceList<PelkVolume>;
+    using WithParams::WithParams;
 
-    explicit VolumeMedium(PelkPluginDesc* pluginDesc);
-    static void addParameters(PelkParameterListDesc& list);
-
-    PluginInterface* getInterface(u64 id) override;
-    PluginBase* getPlugin() override { return this; }
     float getIOR(PelkContext&) override { return params.ior; }
-
-private:
-    Params params;
 };
 
 }  // namespace Tarnkit

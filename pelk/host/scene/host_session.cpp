@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "pelk/base/thrown_text.h"
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/plugin.h"
 #include "pelk/host/plugins/brdf_glossy.h"
 #include "pelk/host/plugins/bsdf_glass.h"
@@ -18,7 +19,6 @@
 #include "pelk/host/plugins/geom_quad.h"
 #include "pelk/host/plugins/geom_sphere.h"
 #include "pelk/host/plugins/geom_sweep.h"
-#include "pelk/host/plugins/host_plugin.h"
 #include "pelk/host/plugins/light_area.h"
 #include "pelk/host/plugins/light_dome.h"
 #include "pelk/host/plugins/light_sphere.h"
@@ -82,7 +82,7 @@ private:
 /// The kinds that this host comes with, in the order in which they are listed.
 struct HostSession::OwnPlugins {
     template <class... T>
-    using Descs = std::tuple<HostPluginDesc<T>...>;
+    using Descs = std::tuple<DescOf<T>...>;
 
     Descs<BRDFGlossy, BSDFGlass, CameraOrthographic, CameraPerspective, ChannelPlugin, GeomBox,
           GeomMesh, GeomQuad, GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun,

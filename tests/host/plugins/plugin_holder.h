@@ -4,8 +4,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/plugin_parameters.h"
-#include "pelk/host/plugins/host_plugin.h"
 #include "pelk/host/trace/host_renderer.h"
 
 namespace Tarnkit {
@@ -24,7 +24,7 @@ public:
     void startFrame() { plugin.frameBegin(renderer); }
 
     HostRenderer renderer;
-    HostPluginDesc<T> desc;
+    DescOf<T> desc;
     T plugin{&desc};
     std::vector<std::unique_ptr<PelkPluginParameter>> parameters;
 };

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "pelk/contract/desc_of.h"
 #include "pelk/contract/pelk_material.h"
 #include "pelk/host/plugins/camera_perspective.h"
-#include "pelk/host/plugins/host_plugin.h"
 #include "pelk/host/scene/host_session.h"
 #include "pelk/support/plugin_manager.h"
 #include "temporary_directory.h"
@@ -89,7 +89,7 @@ protected:
         return *face->getParameter(name);
     }
 
-    HostPluginDesc<Probe> probeDesc;
+    DescOf<Probe> probeDesc;
     HostSession session;
     TemporaryDirectory dir;
     std::unique_ptr<Scene> scene;
