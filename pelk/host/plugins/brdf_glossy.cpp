@@ -39,11 +39,11 @@ float GlossyLook::albedoAt(float cosine) const {
 
 // ---- sampler
 
-float GlossyBRDF::fresnel(float cosine) const {
+float GlossySampler::fresnel(float cosine) const {
     return ior > 0.0f ? fresnelShare(std::clamp(cosine, 0.0f, 1.0f), ior) : 1.0f;
 }
 
-void GlossyBRDF::set(const GlossyLook& look, PelkContext& context, bool singleSided_) {
+void GlossySampler::set(const GlossyLook& look, PelkContext& context, bool singleSided_) {
     lobe.place(look.shape, context);
     ior = look.ior;
     singleSided = singleSided_;
@@ -54,19 +54,19 @@ void GlossyBRDF::set(const GlossyLook& look, PelkContext& context, bool singleSi
     lights = lightSearchAt(context, tracesMirrorRays(context) && !(mean(look.color) < 1e-10f));
 }
 
-Color GlossyBRDF::getDiffuseColor(Color& lightColor) {
+Color GlossySampler::getDiffuseColor(Color& lightColor) {
     lightColor *= passes;
     return Color(0);
 }
 
-Color GlossyBRDF::getLightMult(Color& lightColor) {
+Color GlossySampler::getLightMult(Color& lightColor) {
     const Color mirrors = lightColor * complement(passes);
     lightColor *= passes;
     return mirrors;
 }
 
-Color GlossyBRDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
-                       Color& origLightColor, float probLight, int flags) {
+Color GlossySampler::eval(PelkContext& context, const Vector& direction, Color& lightColor,
+                          Color& origLightColor, float probLight, int flags) {
     Color light;
     const bool wanted = (flags & kEvalSpecular) && !(context.rayType & kRayNoSpecular);
     if (wanted && lights != LightSearch::OwnRays) {
@@ -84,11 +84,11 @@ Color GlossyBRDF::eval(PelkContext& context, const Vector& direction, Color& lig
     return light;
 }
 
-int GlossyBRDF::getNumSamples(PelkContext&, int) {
+int GlossySampler::getNumSamples(PelkContext&, int) {
     return lights == LightSearch::LightLoop ? 0 : 1;
 }
 
-PelkContext* GlossyBRDF::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
+PelkContext* GlossySampler::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
     if (lights == LightSearch::LightLoop || doDiffuse == 2)
         return nullptr;
     sampler = 0;
@@ -96,7 +96,7 @@ PelkContext* GlossyBRDF::getNewContext(PelkContext& context, int& sampler, int d
                                      -context.rayDir);
 }
 
-float GlossyBRDF::setupContext(PelkContext& context, PelkContext& newContext, float, int) {
+float GlossySampler::setupContext(PelkContext& context, PelkContext& newContext, float, int) {
     const RenderContext& hit = hostContext(context);
     FacetSample s = lobe.sample(hit.random(RandomUse::Facet));
     if (!leavesOnViewerSide(context, s.direction)) {
@@ -111,7 +111,7 @@ float GlossyBRDF::setupContext(PelkContext& context, PelkContext& newContext, fl
     return s.weight * fresnel(-dot(lobe.view, s.facet));
 }
 
-BRDFSampler* GlossyBRDF::getBRDF(BSDFSide side) {
+BRDFSampler* GlossySampler::getBRDF(BSDFSide side) {
     return singleSided && side == kBackSide ? nullptr : this;
 }
 

@@ -20,7 +20,7 @@ struct GlossyLook {
 };
 
 /// Rough reflection at one hit. Pooled and not constructed anew: `set` writes every field.
-class GlossyBRDF : public BRDFSampler, public BSDFSampler {
+class GlossySampler : public BRDFSampler, public BSDFSampler {
 public:
     void set(const GlossyLook& look, PelkContext& context, bool singleSided);
 
@@ -61,7 +61,7 @@ struct GlossyParams {
 /// than one facet isn't lost: the lobe is scaled so that a white surface in white surroundings is
 /// white. Turquin, "Practical multiple scattering compensation for microfacet models", 2019,
 /// eq. 16.
-class BRDFGlossy final : public FacetBSDF<GlossyParams, GlossyBRDF, GlossyLook> {
+class BRDFGlossy final : public FacetBSDF<GlossyParams, GlossySampler, GlossyLook> {
 public:
     static constexpr const char* kName = "BRDFGlossy";
     static constexpr u32 kID = 0x7E100061;

@@ -30,7 +30,7 @@ constexpr ParamTable kParams{
 
 // ---- sampler
 
-void GlassBSDF::set(const GlassLook& newLook, PelkContext& context, bool singleSided_) {
+void GlassSampler::set(const GlassLook& newLook, PelkContext& context, bool singleSided_) {
     look = &newLook;
     singleSided = singleSided_;
     lobe.place(look->shape, context);
@@ -43,8 +43,8 @@ void GlassBSDF::set(const GlassLook& newLook, PelkContext& context, bool singleS
     lights = lightSearchAt(context, tracesMirrorRays(context));
 }
 
-Color GlassBSDF::eval(PelkContext& context, const Vector& direction, Color& lightColor,
-                      Color& origLightColor, float probLight, int flags) {
+Color GlassSampler::eval(PelkContext& context, const Vector& direction, Color& lightColor,
+                         Color& origLightColor, float probLight, int flags) {
     Color light;
     const bool wanted = (flags & kEvalSpecular) && !(context.rayType & kRayNoSpecular);
     if (wanted && lights != LightSearch::OwnRays) {
@@ -63,18 +63,18 @@ Color GlassBSDF::eval(PelkContext& context, const Vector& direction, Color& ligh
     return light;
 }
 
-int GlassBSDF::getNumSamples(PelkContext&, int) {
+int GlassSampler::getNumSamples(PelkContext&, int) {
     return 1;
 }
 
-Color GlassBSDF::getTransparency(PelkContext& context) {
+Color GlassSampler::getTransparency(PelkContext& context) {
     const bool passes = look->passesShadows && (context.rayType & kRayShadow);
     return passes ? look->refraction * (1.0f - fresnelShare(std::max(0.0f, lobe.viewCosine()), n))
                   : Color(0);
 }
 
-void GlassBSDF::chooseReflection(const PelkContext& context, const FacetSample& sample,
-                                 float share) {
+void GlassSampler::chooseReflection(const PelkContext& context, const FacetSample& sample,
+                                    float share) {
     chosen.refracts = false;
     chosen.direction = sample.direction;
     chosen.weight = leavesOnViewerSide(context, sample.direction) ? sample.weight : 0.0f;
@@ -82,7 +82,7 @@ void GlassBSDF::chooseReflection(const PelkContext& context, const FacetSample& 
                                      sample.pdf * share * (0.5f * std::numbers::inv_pi_v<float>));
 }
 
-bool GlassBSDF::chooseRefraction(const PelkContext& context, const Vector& facet) {
+bool GlassSampler::chooseRefraction(const PelkContext& context, const Vector& facet) {
     // The facet looks at the viewer: seen so, the ray always enters.
     const Refraction ray = refract(lobe.view, facet, n, context.rayDerivX, context.rayDerivY);
     if (ray.total)
@@ -98,7 +98,7 @@ bool GlassBSDF::chooseRefraction(const PelkContext& context, const Vector& facet
     return true;
 }
 
-void GlassBSDF::choose(PelkContext& context) {
+void GlassSampler::choose(PelkContext& context) {
     const RenderContext& hit = hostContext(context);
     const FacetSample sample = lobe.sample(hit.random(RandomUse::Facet));
     const float cosine = std::clamp(-dot(lobe.view, sample.facet), 0.0f, 1.0f);
@@ -108,7 +108,7 @@ void GlassBSDF::choose(PelkContext& context) {
         chooseReflection(context, sample, share);
 }
 
-PelkContext* GlassBSDF::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
+PelkContext* GlassSampler::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
     if (doDiffuse == 2)
         return nullptr;
     choose(context);
@@ -121,7 +121,7 @@ PelkContext* GlassBSDF::getNewContext(PelkContext& context, int& sampler, int do
         1, look->reflection, lobe.shape.isSmooth() ? kSpawnMirror : kRayReflect, chosen.direction);
 }
 
-float GlassBSDF::setupContext(PelkContext& context, PelkContext& newContext, float, int) {
+float GlassSampler::setupContext(PelkContext& context, PelkContext& newContext, float, int) {
     setMirrorRay(context, newContext, chosen.direction);
     if (chosen.refracts) {
         newContext.rayOrigin = context.refractionOrigin;
@@ -132,11 +132,11 @@ float GlassBSDF::setupContext(PelkContext& context, PelkContext& newContext, flo
     return chosen.weight;
 }
 
-BRDFSampler* GlassBSDF::getBRDF(BSDFSide side) {
+BRDFSampler* GlassSampler::getBRDF(BSDFSide side) {
     return singleSided && side == kBackSide ? nullptr : this;
 }
 
-PelkVolume* GlassBSDF::getVolume(PelkContext&) {
+PelkVolume* GlassSampler::getVolume(PelkContext&) {
     return look->volume;
 }
 

@@ -16,7 +16,7 @@ struct GlassLook {
 
 /// Reflection and refraction at one hit. Pooled and not constructed anew: `set` writes every field
 /// but those of `chosen`, which getNewContext writes.
-class GlassBSDF : public BRDFSampler, public BSDFSampler {
+class GlassSampler : public BRDFSampler, public BSDFSampler {
 public:
     void set(const GlassLook& look, PelkContext& context, bool singleSided);
 
@@ -66,7 +66,7 @@ struct GlassParams {
 /// Glass, water or ice as a BSDF plug-in: reflects and refracts by the indices of refraction of the
 /// media on its sides. Objects that lie in one another need no gap: the medium outside is the one
 /// that the ray is in.
-class BSDFGlass final : public FacetBSDF<GlassParams, GlassBSDF, GlassLook> {
+class BSDFGlass final : public FacetBSDF<GlassParams, GlassSampler, GlassLook> {
 public:
     static constexpr const char* kName = "BSDFGlass";
     static constexpr u32 kID = 0x7E100062;

@@ -1,6 +1,7 @@
 #include "pelk/host/scene/host_session.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <set>
 #include <tuple>
@@ -79,15 +80,31 @@ private:
     std::unordered_map<PluginDesc*, std::vector<const ParameterDesc*>> parameters;
 };
 
-/// The kinds that this host comes with, in the order in which they are listed.
-struct HostSession::OwnPlugins {
-    template <class... T>
-    using Descs = std::tuple<DescOf<T>...>;
+namespace {
 
-    Descs<BRDFGlossy, BSDFGlass, CameraOrthographic, CameraPerspective, ChannelPlugin, GeomBox,
-          GeomMesh, GeomQuad, GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun,
-          TexChecker, TexConstant, TexFacing, TexGradient, TexImage, TexNoise, UVWGenEnvironment,
-          UVWGenMap, VolumeMedium>
+template <std::size_t N>
+consteval bool areUnique(std::array<u32, N> ids) {
+    std::sort(ids.begin(), ids.end());
+    return std::adjacent_find(ids.begin(), ids.end()) == ids.end();
+}
+
+/// A descriptor for each class of a list.
+template <class... T>
+struct DescsOf {
+    // Hosts find a kind by its id too.
+    static_assert(areUnique(std::array{T::kID...}));
+    std::tuple<DescOf<T>...> all;
+};
+
+}  // namespace
+
+/// The kinds that this host comes with, sorted by the names of their classes. They are registered
+/// in this order, which is the one in which the manager enumerates them, behind those of modules.
+struct HostSession::OwnPlugins {
+    DescsOf<BRDFGlossy, BSDFGlass, CameraOrthographic, CameraPerspective, ChannelPlugin, GeomBox,
+            GeomMesh, GeomQuad, GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun,
+            TexChecker, TexConstant, TexFacing, TexGradient, TexImage, TexNoise, UVWGenEnvironment,
+            UVWGenMap, VolumeMedium>
         descs;
 };
 
@@ -179,7 +196,7 @@ HostSession::HostSession()
       manager(newDefaultPluginManager()) {
     manager->setRefusedCallback(registry.get());
     std::apply([&](auto&... desc) { (manager->registerPluginDesc(&desc, registry.get()), ...); },
-               own->descs);
+               own->descs.all);
     registry->listKinds(*manager);
 }
 
