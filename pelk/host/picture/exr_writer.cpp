@@ -15,7 +15,8 @@ namespace {
 
 constexpr float kLargestHalf = 65504.0f;
 
-/// How a channel of the picture is read, and what it is called in a file.
+/// A layer of an EXR file: the channel of the picture that it stores, how that is read, and the
+/// names of its components.
 struct Layer {
     int channel = 0;
     int alphaChannel = -1;
@@ -85,7 +86,7 @@ public:
     }
 
 private:
-    /// Limits what 16-bit fractions would turn into infinity.
+    /// Clamps to the range of 16-bit floats, beyond which a value would become infinite.
     void storeHalf(const std::uint8_t* pixel, std::uint8_t* out) const {
         float values[4];
         const int count = layer.values();

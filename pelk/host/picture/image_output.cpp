@@ -30,8 +30,8 @@ bool fail(const std::string& path, const std::string& reason, std::string& error
     return false;
 }
 
-/// Where the writers of the formats write. They pass over some failures of the disk, so they never
-/// hear of one: the file keeps it and refuses to be committed.
+/// The stream that OpenImageIO's writers write to. Some of them ignore failed writes, so it reports
+/// none: the file remembers the failure, and commit() reports it.
 class OutputProxy final : public OIIO::Filesystem::IOProxy {
 public:
     explicit OutputProxy(platform::OutputFile& output)

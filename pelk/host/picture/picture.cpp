@@ -6,7 +6,7 @@ namespace Tarnkit {
 
 namespace {
 
-/// Copies `count` pixels that stand side by side, run by run: pages end where they will.
+/// Copies `count` neighbouring pixels. Buffers are paged, so a run may end before the row does.
 void copyRow(ChannelBuffer& from, int fromIndex, ChannelBuffer& to, int toIndex, int count) {
     while (count > 0) {
         const ChannelBuffer::Run source = from.run(fromIndex, count);

@@ -4,12 +4,13 @@
 
 namespace Tarnkit {
 
-/// The picture that a render fills, with all its channels: beauty, which is linear colour
-/// multiplied by alpha already, is channel 0, alpha is channel 1.
+/// The framebuffer of a render, with all its channels: kBeautyChannel, linear and premultiplied by
+/// alpha, kAlphaChannel, and the render channels that were asked for. Render threads fill it tile
+/// by tile; the writers read it afterwards.
 class Picture {
 public:
-    /// Gives the picture its size and channels, and all pixels the value of where nothing was hit.
-    /// The channel objects are not kept. Memory failure, and a size beyond reason, is an
+    /// Allocates the pixels of all channels and gives each its value for "nothing hit". The channel
+    /// objects are not kept. Memory failure, and a size beyond reason, is an
     /// ExceptionMsg.
     void begin(int width, int height, ChannelList channels);
 
@@ -19,7 +20,7 @@ public:
 
     int getWidth() { return region.getWidth(); }
     int getHeight() { return region.getHeight(); }
-    /// What pixels are read from.
+    /// The region that holds the pixels.
     PKRegionData& getRegion() { return region; }
 
 private:

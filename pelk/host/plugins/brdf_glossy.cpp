@@ -24,7 +24,8 @@ constexpr ParamTable kParams{
                "the same from all sides"),
 };
 
-/// A surface that mirrors less of white than this is not lifted any further.
+/// Lower bound of the albedo in the energy compensation, so that grazing views aren't amplified
+/// without bound.
 constexpr float kLeastAlbedo = 0.05f;
 
 }  // namespace
@@ -126,7 +127,7 @@ void BRDFGlossy::frameBegin(PelkRenderer& renderer) {
     look.color = params.color;
     look.ior = params.ior;
     look.shape = FacetShape::of(params.roughness, params.tail);
-    // The first entry stands for views along the surface; at 0 itself nothing is seen.
+    // The first entry stands for grazing views; at a cosine of 0 the lobe is undefined.
     const float step = 1.0f / static_cast<float>(look.albedo.size() - 1);
     for (size_t i = 0; i < look.albedo.size(); ++i)
         look.albedo[i] = look.shape.albedo(std::max(static_cast<float>(i) * step, 0.01f));

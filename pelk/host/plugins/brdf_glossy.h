@@ -8,18 +8,19 @@
 
 namespace Tarnkit {
 
-/// What the samplers of glossy surfaces know of their plug-in; it doesn't change within a frame.
+/// What the samplers of BRDFGlossy read of their plug-in; constant within a frame.
 struct GlossyLook {
     Color color;
     float ior = 0.0f;
     FacetShape shape;
-    /// What a white surface mirrors, by the cosine of the view; 0 to 1 in even steps.
+    /// FacetShape::albedo by the cosine of the view, 0 to 1 in even steps.
     std::array<float, 33> albedo{};
 
     float albedoAt(float cosine) const;
 };
 
-/// Rough reflection at one hit. Pooled and not constructed anew: `set` writes every field.
+/// The microfacet reflection of BRDFGlossy at one hit: sampler and both sides' BRDF in one. Pooled
+/// and not constructed anew: `set` writes every field.
 class GlossySampler : public BRDFSampler, public BSDFSampler {
 public:
     void set(const GlossyLook& look, PelkContext& context, bool singleSided);
@@ -39,9 +40,9 @@ private:
     float fresnel(float cosine) const;
 
     FacetLobe lobe;
-    Color color;       ///< what the lobe is multiplied by, but for the part of the angle
-    Color passes;      ///< share of light that goes on to layers below
-    float ior = 0.0f;  ///< 0: the angle makes no difference
+    Color color;       ///< factor of the lobe, energy compensation included, Fresnel not
+    Color passes;      ///< transmitted to layers below
+    float ior = 0.0f;  ///< 0: no Fresnel, the same from all angles
     LightSearch lights = LightSearch::LightLoop;
     bool singleSided = false;
 };
@@ -55,12 +56,12 @@ struct GlossyParams {
     static ParamRows<GlossyParams> table();
 };
 
-/// A rough mirror as a BSDF plug-in, or a coat of varnish on top of another layer.
+/// A GTR microfacet reflection as a BSDF plug-in: a rough metal, or with `ior` a coat of varnish
+/// over another layer.
 ///
-/// Its highlights have the width of the roughness and fall off by the tail. Light that meets more
-/// than one facet isn't lost: the lobe is scaled so that a white surface in white surroundings is
-/// white. Turquin, "Practical multiple scattering compensation for microfacet models", 2019,
-/// eq. 16.
+/// A single-scattering lobe loses the light that hits a second facet, so it is scaled until a white
+/// surface passes the furnace test (white in white surroundings). Turquin, "Practical multiple
+/// scattering compensation for microfacet models", 2019, eq. 16.
 class BRDFGlossy final : public FacetBSDF<GlossyParams, GlossySampler, GlossyLook> {
 public:
     static constexpr const char* kName = "BRDFGlossy";

@@ -34,7 +34,7 @@ void GlassSampler::set(const GlassLook& newLook, PelkContext& context, bool sing
     look = &newLook;
     singleSided = singleSided_;
     lobe.place(look->shape, context);
-    // By the true side, as media are kept, whichever side the hit was turned to.
+    // By the geometric side, as the stack of media is kept, even if the hit was turned over.
     const bool leaves = hostContext(context).isInside();
     PelkVolume* const outside = context.currentVolume(leaves ? look->volume : nullptr);
     const float outer = outside ? outside->getIOR(context) : 1.0f;
@@ -83,7 +83,8 @@ void GlassSampler::chooseReflection(const PelkContext& context, const FacetSampl
 }
 
 bool GlassSampler::chooseRefraction(const PelkContext& context, const Vector& facet) {
-    // The facet looks at the viewer: seen so, the ray always enters.
+    // The facet normal faces the viewer and n is relative to the viewer's side: the ray always
+    // enters.
     const Refraction ray = refract(lobe.view, facet, n, context.rayDerivX, context.rayDerivY);
     if (ray.total)
         return false;

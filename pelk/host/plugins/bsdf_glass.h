@@ -6,7 +6,7 @@
 
 namespace Tarnkit {
 
-/// What the samplers of glass know of their plug-in; it doesn't change within a frame.
+/// What the samplers of BSDFGlass read of their plug-in; constant within a frame.
 struct GlassLook {
     Color reflection, refraction;
     FacetShape shape;
@@ -14,8 +14,8 @@ struct GlassLook {
     bool passesShadows = false;
 };
 
-/// Reflection and refraction at one hit. Pooled and not constructed anew: `set` writes every field
-/// but those of `chosen`, which getNewContext writes.
+/// Microfacet reflection and refraction of BSDFGlass at one hit. Pooled and not constructed anew:
+/// `set` writes every field but those of `chosen`, which getNewContext writes.
 class GlassSampler : public BRDFSampler, public BSDFSampler {
 public:
     void set(const GlassLook& look, PelkContext& context, bool singleSided);
@@ -24,7 +24,8 @@ public:
                Color& origLightColor, float probLight, int flags) override;
     int getNumSamples(PelkContext& context, int doDiffuse) override;
     Color getTransparency(PelkContext& context) override;
-    /// Chooses between the two by how much each carries.
+    /// Samples a facet, then reflection or refraction with a probability of its Fresnel
+    /// reflectance.
     PelkContext* getNewContext(PelkContext& context, int& sampler, int doDiffuse) override;
     float setupContext(PelkContext& context, PelkContext& newContext, float random,
                        int sample) override;
@@ -38,7 +39,8 @@ private:
         Vector direction;
         Vector derivX, derivY;  ///< of a refracted ray
         float weight = 0.0f;
-        float density = 0.0f;  ///< per solid angle; below 0 if lights aren't looked for otherwise
+        float density =
+            0.0f;  ///< per solid angle; below 0 without MIS (RenderContext::bsdfDensity)
     };
     void choose(PelkContext& context);
     void chooseReflection(const PelkContext& context, const FacetSample& sample, float share);
@@ -46,8 +48,8 @@ private:
 
     const GlassLook* look = nullptr;
     FacetLobe lobe;
-    float n = 1.0f;  ///< index of the medium beyond over that of the viewer's
-    LightSearch lights = LightSearch::LightLoop;  ///< mirrored ones
+    float n = 1.0f;  ///< relative index of refraction: far medium over the viewer's
+    LightSearch lights = LightSearch::LightLoop;  ///< for the reflected part
     bool singleSided = false;
     Chosen chosen;
 };
@@ -63,9 +65,9 @@ struct GlassParams {
     static ParamRows<GlassParams> table();
 };
 
-/// Glass, water or ice as a BSDF plug-in: reflects and refracts by the indices of refraction of the
-/// media on its sides. Objects that lie in one another need no gap: the medium outside is the one
-/// that the ray is in.
+/// A rough or smooth dielectric (glass, water, ice) as a BSDF plug-in. The medium outside is taken
+/// from the ray's stack of media, so nested objects, as ice in water in a glass, need no gap
+/// between them.
 class BSDFGlass final : public FacetBSDF<GlassParams, GlassSampler, GlassLook> {
 public:
     static constexpr const char* kName = "BSDFGlass";

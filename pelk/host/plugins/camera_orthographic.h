@@ -6,12 +6,12 @@ namespace Tarnkit {
 
 /// Parameters of CameraOrthographic, as the host refreshes them at each frameBegin.
 struct CameraOrthographicParams {
-    float width = 2.0f;  ///< of what the picture shows
+    float width = 2.0f;  ///< of the view, in scene units
 
     static ParamRows<CameraOrthographicParams> table();
 };
 
-/// Looks along parallel rays, as a plan does. What lies behind the position isn't seen.
+/// An orthographic camera: parallel rays that start on the plane through the position.
 class CameraOrthographic final : public WithParams<CameraOrthographicParams, HostCamera> {
 public:
     static constexpr const char* kName = "CameraOrthographic";

@@ -33,7 +33,7 @@ bool CameraPerspective::prepare(int width, int height, std::string& error) {
 }
 
 void CameraPerspective::makeRay(double x, double y, PelkContext& context) const {
-    // Pixels are square: one is this large at distance 1.
+    // Side of a (square) pixel on the image plane at distance 1.
     const double pixel = halfWidth / centreX;
     const Vector way = right * static_cast<float>((x - centreX) * pixel) +
                        up * static_cast<float>((centreY - y) * pixel) - back;

@@ -11,7 +11,7 @@ struct CameraPerspectiveParams {
     static ParamRows<CameraPerspectiveParams> table();
 };
 
-/// Looks from a point, as a pinhole does.
+/// A pinhole camera.
 class CameraPerspective final : public WithParams<CameraPerspectiveParams, HostCamera> {
 public:
     static constexpr const char* kName = "CameraPerspective";
@@ -24,7 +24,7 @@ public:
     bool project(const Point& point, ScreenPoint& screen, float* distance) const override;
 
 private:
-    double halfWidth = 1.0;  ///< of the picture at distance 1
+    double halfWidth = 1.0;  ///< of the image plane at distance 1
 };
 
 }  // namespace Tarnkit

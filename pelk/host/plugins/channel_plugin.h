@@ -10,7 +10,8 @@
 
 namespace Tarnkit {
 
-/// A plug-in by which a scene asks for a channel.
+/// A plug-in by which a scene asks for a render channel (AOV). RenderChannels calls it before a
+/// render.
 class ChannelSourceInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<ChannelSourceInterface> kInterfaceID{0x7E1C0005,
@@ -19,13 +20,13 @@ public:
     const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// A new object for the channel; null with a text that starts with the parameter at fault.
     virtual std::unique_ptr<RenderChannel> newChannel(std::string& error) = 0;
-    /// Tells the place of the channel in the render to come.
+    /// Tells the index that the channel has among those of the coming render.
     virtual void setChannelIndex(int index) = 0;
 };
 
-/// A channel as an instance of the scene, to be referred to by what writes to channels. Either one
-/// of the kinds that are known by name, or a channel of the scene's own, which shows what plug-ins
-/// write to it.
+/// A render channel (AOV) as a plug-in of the scene, so that materials that write to channels can
+/// refer to it: one of the kinds known by name, or a channel of the scene's own, which holds what
+/// plug-ins write to it.
 class ChannelPlugin final : public PluginOffering<RenderChannelInterface, ChannelSourceInterface> {
 public:
     static constexpr const char* kName = "RenderChannel";

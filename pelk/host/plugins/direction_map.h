@@ -9,12 +9,17 @@
 
 namespace Tarnkit {
 
-/// Longitude from 0 to 1, the middle at -Z; latitude from 0 at +Y to 1 at -Y.
+// The longitude-latitude map of environments: u is longitude, 0 to 1 with 0.5 at -Z and growing
+// towards +X; v is the angle from +Y, 0 to 1 at -Y. A cell of the map covers a solid angle of
+// 2 pi^2 sin(pi v) du dv.
+
+/// The place of a unit direction on the map.
 inline UV directionToMap(const Vector& d) {
     return {0.5f + std::atan2(d.x, -d.z) * (0.5f / std::numbers::pi_v<float>),
             std::acos(std::clamp(d.y, -1.0f, 1.0f)) * (1.0f / std::numbers::pi_v<float>)};
 }
 
+/// The unit direction of a place on the map.
 inline Vector mapToDirection(UV map) {
     const float longitude = (map.u - 0.5f) * 2.0f * std::numbers::pi_v<float>,
                 latitude = map.v * std::numbers::pi_v<float>;

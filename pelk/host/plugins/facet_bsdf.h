@@ -5,8 +5,8 @@
 
 namespace Tarnkit {
 
-/// Base of the BSDF plug-ins of this host. Their samplers come from pools and read what a frame
-/// has in common from a `Look`, which the derived class writes in frameBegin.
+/// Base of the microfacet BSDF plug-ins of this host. Their pooled samplers read what is the same
+/// at all hits of a frame from a `Look`, which the derived class writes in frameBegin.
 template <class Params, class Sampler, class Look>
 class FacetBSDF : public RenderPooled<Sampler, WithParams<Params, PluginOffering<BSDFInterface>>> {
 public:

@@ -32,7 +32,7 @@ FacetShape FacetShape::of(float roughness, float tail) {
         shape.type = kGtrGgx;
         return shape;
     }
-    // The forms of other tails divide by what is left of the roughness to 1, or of the tail.
+    // The GTR formulas divide by 1 - alpha^2 for a tail other than 2, and by 1 - tail.
     shape.alpha = std::min(shape.alpha, 0.999f);
     shape.type = std::fabs(shape.tail - 1.0f) <= 0.01f ? kGtrTailOne : kGtrFreeTail;
     return shape;
@@ -58,7 +58,7 @@ void FacetLobe::place(const FacetShape& shape_, const PelkContext& context) {
     shape = shape_;
     view = context.rayDir;
     Vector n = context.normal;
-    // A shading normal that leans away from the viewer would show the surface from below.
+    // A shading normal that faces away from the viewer would give the lobe a view from below.
     if ((dot(n, view) < 0.0f) == (context.backSide != 0))
         n = context.geomNormal;
     Matrix& m = toWorld;
@@ -96,7 +96,7 @@ float FacetLobe::refractedWeight(const Vector& facet, const Vector& direction) c
     const float product = viewCosine() * dot(n, facet);
     if (!(product > 1e-6f))
         return 0.0f;
-    // The far side masks as the near one does, seen along the opposite direction.
+    // Smith masking is the same below the surface, for the opposite direction.
     return gtrMasking(-view, facet, n, shape.alpha, shape.tail, 0) *
            gtrMasking(-direction, facet, n, shape.alpha, shape.tail, 0) * -dot(view, facet) /
            product;

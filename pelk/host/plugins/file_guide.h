@@ -7,11 +7,9 @@
 
 namespace Tarnkit {
 
-/// Guide text of a string parameter that names a file. A scene's own files are looked for beside
-/// it, so its reader puts the scene's directory in front.
+/// Guide text that marks a string parameter as a file name. The scene reader makes such a value, if
+/// it is relative, relative to the directory of the scene file.
 inline constexpr const char* kFileGuide = "file";
-
-/// Id of FileUserInterface.
 
 /// A plug-in that needs a file. Scenes ask it right after they are read, so that a missing file is
 /// known before a render starts.

@@ -4,7 +4,7 @@
 
 namespace Tarnkit {
 
-/// A mesh from a file. Each of the file's materials is a part.
+/// A mesh from a file (OBJ, PLY, glTF). Each material of the file is a part.
 class GeomMesh final : public HostGeometry {
 public:
     static constexpr const char* kName = "GeomMesh";

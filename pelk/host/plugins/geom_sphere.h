@@ -12,8 +12,8 @@ struct GeomSphereParams {
     static ParamRows<GeomSphereParams> table();
 };
 
-/// A ball about the origin, of triangles. u runs around the Y axis from the front (+Z) by the
-/// right (+X), v from the lowest point to the highest.
+/// A tessellated sphere about the origin with exact vertex normals. u runs around the Y axis from
+/// the front (+Z) by the right (+X), v from the lowest point to the highest.
 class GeomSphere final : public WithParams<GeomSphereParams, HostGeometry> {
 public:
     static constexpr const char* kName = "GeomSphere";

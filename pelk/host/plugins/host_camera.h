@@ -5,7 +5,7 @@
 
 namespace Tarnkit {
 
-/// What all cameras have: where they stand, and to where they look.
+/// Parameters that all cameras have: the view, as a look-at. World space.
 struct CameraParams {
     Color position, target, up;
 };
@@ -21,12 +21,13 @@ public:
     void getAxes(Vector axes[3]) const override;
 
 protected:
-    /// Finds position and axes, and the middle of a picture of that size.
+    /// Sets position, axes and image centre from the look-at parameters and the picture's size in
+    /// pixels. Returns false with a text if they give no frame.
     bool place(int width, int height, std::string& error);
 
     Point position;
     Vector right, up, back;
-    double centreX = 0.0, centreY = 0.0;  ///< half the picture, in pixels
+    double centreX = 0.0, centreY = 0.0;  ///< of the image, in pixels
 
 private:
     CameraParams view;

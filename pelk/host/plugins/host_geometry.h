@@ -9,18 +9,19 @@
 
 namespace Tarnkit {
 
-/// What all geometry has: its material and its place in the scene.
+/// Parameters that all geometry has: its material and its object-to-world transform.
 struct GeometryParams {
     PluginBase* material = nullptr;
     Color translate;    ///< applied last
     Color rotate;       ///< degrees about X, then Y, then Z
     Color scale{1.0f};  ///< applied first; a negative factor mirrors, and fronts stay fronts
-    int smooth = 1;     ///< 0: every triangle is flat
+    int smooth = 1;     ///< 0: flat shading, without vertex normals
 };
 
-/// Base of the geometry of this host. A class that derives from it makes its triangles in its own
-/// space, with the number of the part that each belongs to as material id; the base brings them to
-/// the scene. It registers and binds the parameters of GeometryParams in front of its own.
+/// Base of the geometry of this host. A class that derives from it builds a mesh in object space in
+/// which each triangle's material id is the number of its part (a side of a box, a material of a
+/// file); the base maps parts to material ids and transforms the mesh to world space. It registers
+/// and binds the parameters of GeometryParams in front of its own.
 class HostGeometry
     : public PluginOffering<GeometryInterface, SurfaceMtlIDInterface, ShaderSetInterface,
                             GeomObjectInterface, SurfaceFrameInterface, ObjectMappingInterface> {
@@ -41,7 +42,7 @@ public:
     Vector objectToWorld(PelkContext& context, Vector vector) override;
 
 protected:
-    /// Makes the triangles in the plug-in's own space.
+    /// Builds the mesh in object space. Returns false with a text that says what is wrong.
     virtual bool buildShape(Mesh& mesh, std::string& error) = 0;
 
     GeometryParams geometry;

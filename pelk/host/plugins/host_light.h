@@ -5,18 +5,18 @@
 
 namespace Tarnkit {
 
-/// What all lights have: colour and brightness, and which rays see them.
+/// Parameters that all lights have, as the host refreshes them at each frameBegin.
 struct LightParams {
-    Color color;
-    float intensity = 1.0f;      ///< scales the colour; units as each light tells
-    int visible = 1;             ///< camera rays see the light itself
-    int reflection_visible = 1;  ///< reflected and refracted rays see it
-    int shadows = 1;             ///< geometry stands in its way
-    int affect_specular = 1;     ///< surfaces show highlights of it
+    Color color;                 ///< linear, 0 to 1 as a rule
+    float intensity = 1.0f;      ///< factor of the colour; its unit is the light's own
+    int visible = 1;             ///< 0: camera rays pass through the light
+    int reflection_visible = 1;  ///< 0: so do rays of later bounces that are not under MIS
+    int shadows = 1;             ///< 0: next-event estimation traces no shadow rays to it
+    int affect_specular = 1;     ///< 0: it lights the diffuse part of BRDFs alone
 };
 
-/// Base of the lights of this host. A class that derives from it registers and binds the
-/// parameters of LightParams in front of its own.
+/// Base of the lights of this host: the answers that come from LightParams. A class that derives
+/// from it registers and binds the parameters of LightParams in front of its own.
 class HostLight : public PluginOffering<LightInterface> {
 public:
     explicit HostLight(PelkPluginDesc* pluginDesc);

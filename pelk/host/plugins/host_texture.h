@@ -5,9 +5,9 @@
 
 namespace Tarnkit {
 
-/// Base of the textures of this host. A texture gives a colour, multiplied by its alpha already;
-/// as a number it is the mean of the channels, as an integer the nearest one to that. None has a
-/// bump or a tangent frame of its own.
+/// Base of the textures of this host. Derived classes write getTexColor, whose colour is linear and
+/// premultiplied by alpha; read as a float a texture is the mean of the components, as an integer
+/// that rounded. Looked up on all render threads at once. None displaces normals (bump).
 class HostTexture : public PluginOffering<TextureInterface, TextureFloatInterface,
                                           TextureIntInterface, RTTexInterface> {
 public:
@@ -21,14 +21,16 @@ public:
                        OCLData& data) final;
 
 protected:
+    /// Writes the texture as one line of the material's descriptor.
     virtual void describe(ShaderSource& source) = 0;
 };
 
-/// The nearest integer, within its limits; 0 for what is no number.
+/// The nearest integer, clamped to the range of int; 0 for NaN.
 int nearestInt(float x);
 
-/// Texture coordinates at the hit: by the generator, or those of the surface without one. What is
-/// read as the background of the picture covers the picture.
+/// Texture coordinates at the hit: of the generator, or without one (null) set 0 of the mesh. A
+/// lookup for the backplate, which has no hit, gets the pixel's place on the picture, 0 to 1 from
+/// the lower left corner.
 Vector textureCoordinates(PelkContext& context, UVWGenInterface* uvwgen);
 
 }  // namespace Tarnkit

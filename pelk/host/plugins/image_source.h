@@ -9,26 +9,28 @@
 
 namespace Tarnkit {
 
-/// How the numbers of an image file stand for light.
+/// The transfer function of an image file.
 enum class ColorSpace {
-    Auto,   ///< whole numbers by the sRGB curve, fractions linear
-    SRGB,   ///< by the sRGB curve
-    Linear  ///< as they are
+    Auto,   ///< sRGB for integer pixels, linear for floats
+    SRGB,   ///< sRGB encoded
+    Linear  ///< linear as stored
 };
 
-/// The sRGB curve's way back: the linear light of an encoded value from 0 to 1.
+/// Decodes an sRGB value, 0 to 1, to linear light: IEC 61966-2-1.
 float decodeSRGB(float value);
 
-/// An image file whose pixels are fetched when they are needed, from all threads at once.
+/// An image file whose pixels are fetched through OpenImageIO's shared cache when a lookup needs
+/// them. `open` on one thread; lookups on all threads at once.
 class ImageSource {
 public:
-    /// Opens the file and reads it through once, so that one that is cut short is known now.
-    /// Returns false with a text that names it; the source is closed then.
+    /// Opens the file and reads all of it once, so that a truncated file is an error now and not at
+    /// a hit, where it could only be black. Returns false with a text that names it; the source is
+    /// closed then.
     bool open(const std::string& file, ColorSpace space, std::string& error);
 
     bool isOpen() const { return handle != nullptr; }
-    /// The colour at (u, v), linear and multiplied by its alpha, blended from the four pixels
-    /// around. v runs upward. `repeat` false: the border goes on outside. Black if closed.
+    /// The bilinearly filtered colour at (u, v), linear and premultiplied; (0, 0) is the lower left
+    /// corner. `repeat`: tiles, else clamps to the border pixels. Opaque black if closed.
     AColor sample(float u, float v, bool repeat) const;
     /// The first channel of the pixel at (u, v), as the file holds it; 0 if closed.
     float nearest(float u, float v, bool repeat) const;
@@ -46,7 +48,7 @@ private:
 
     OIIO::ImageCache* cache = nullptr;
     OIIO::ImageCache::ImageHandle* handle = nullptr;
-    int left = 0, top = 0, width = 0, height = 0;  // of the pixels that there are
+    int left = 0, top = 0, width = 0, height = 0;  // the data window
     int channels = 0, colorChannels = 0, alphaChannel = -1;
     bool associatedAlpha = true, srgb = false, bytes = false;
     float unit = 1.0f;  // what the fetched value 1 is in the file

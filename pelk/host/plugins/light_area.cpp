@@ -38,7 +38,7 @@ bool LightArea::prepare(const SceneBounds&, std::string& error) {
         return false;
     }
     Vector u = cross(up, normal);
-    if (length(u) < 1e-4f) {  // the rectangle lies across `up`: any direction in it will do
+    if (length(u) < 1e-4f) {  // `up` is the normal: any edge direction will do
         Vector unused;
         makeBasis(normal, u, unused);
     }
@@ -57,12 +57,13 @@ bool LightArea::sample(PelkContext& context, float random1, float random2, Light
         (centre - context.hitPoint) + edgeU * (random1 - 0.5f) + edgeV * (random2 - 0.5f);
     const float squared = dot(way, way);
     const float distance = std::sqrt(squared);
-    const float cosine = -dot(way, normal);  // times the distance
+    const float cosine = -dot(way, normal);  // to the light's normal, times the distance
     if (!(cosine > 0.0f))
         return false;
     out.direction = way * (1.0f / distance);
     out.distance = distance;
     out.radiance = emission();
+    // 1 / area per area, as a density per solid angle: times distance^2 over the cosine.
     out.density = squared * distance / (cosine * area);
     return true;
 }

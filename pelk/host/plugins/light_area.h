@@ -8,13 +8,14 @@ namespace Tarnkit {
 struct LightAreaParams {
     Color position;   ///< centre
     Color direction;  ///< to which the front looks, of any length
-    Color up;         ///< the side of length `height` lies in the plane of this and `direction`
+    Color up;         ///< `height` is measured along this, projected into the rectangle
     float width = 1.0f, height = 1.0f;
 
     static ParamRows<LightAreaParams> table();
 };
 
-/// A rectangle that shines from its front. `intensity` is radiance.
+/// A rectangular area light that emits from its front, the same radiance (`intensity`) in all
+/// directions. Sampled uniformly over its area.
 class LightArea final : public WithParams<LightAreaParams, HostLight> {
 public:
     static constexpr const char* kName = "LightArea";
@@ -29,7 +30,7 @@ public:
 
 private:
     Point centre;
-    Vector normal, edgeU, edgeV;  // unit normal; whole edges
+    Vector normal, edgeU, edgeV;  // unit normal; edges from side to side
     Vector inverseU, inverseV;    // edges over their squared length
     float area = 1.0f;
 };

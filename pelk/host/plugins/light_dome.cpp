@@ -19,11 +19,11 @@ constexpr ParamTable kParams{
                  "What surrounds the scene, read along directions; white without one"),
 };
 
-// Cells of the table by which a dome is sampled. Each spans 0.7 degrees.
+// Cells of the importance-sampling table; each spans 0.7 degrees.
 constexpr int kColumns = 512, kRows = 256;
 
-/// The cell of sums[0 .. count) in which `random` times the last sum lies; `random` becomes the
-/// place inside the cell, 0 to 1.
+/// Samples a cell in proportion to its weight, by inverting the cumulative sums[0 .. count).
+/// `random`, in [0, 1), is reused: it becomes the place inside the cell, again in [0, 1).
 int chooseCell(const float* sums, int count, float& random) {
     const float target = random * sums[count - 1];
     const int cell = std::min<int>(
@@ -68,7 +68,8 @@ void LightDome::tabulate() {
             total += b;
         }
     }
-    // A cell that looks black at its middle may still hold light: each keeps a small share.
+    // A cell that is black at its centre may still hold light, and a density of 0 there would be
+    // biased: each cell keeps a small probability.
     const float least = static_cast<float>(total / brightness.size()) * 0.05f + 1e-6f;
     cellSums.resize(brightness.size());
     rowSums.resize(kRows);

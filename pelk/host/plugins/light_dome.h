@@ -14,8 +14,9 @@ struct LightDomeParams {
     static ParamRows<LightDomeParams> table();
 };
 
-/// The surroundings. `intensity` scales a colour or a texture, which is read along directions.
-/// Bright parts of a texture are sampled more often.
+/// Environment light: an infinite sphere around the scene with the radiance of a colour, or of a
+/// texture that is looked up by direction, times `intensity`. A texture is importance-sampled by a
+/// table of its brightness that `prepare` fills; a plain colour is sampled uniformly.
 class LightDome final : public WithParams<LightDomeParams, HostLight> {
 public:
     static constexpr const char* kName = "LightDome";
@@ -35,8 +36,9 @@ private:
     float densityAlong(const Vector& direction) const;
     void tabulate();
 
-    // Sums over the cells of a longitude-latitude map, rows from the top: of each row's cells, and
-    // of the rows. Empty without a texture.
+    // Importance sampling: running sums of brightness times solid angle over the cells of a
+    // longitude-latitude map, row by row from the top, and of the rows' totals. Empty without a
+    // texture.
     std::vector<float> cellSums, rowSums;
 };
 

@@ -8,11 +8,13 @@
 
 namespace Tarnkit {
 
+// What lights make of their parameters, and the solid angle that two of them are sampled over.
+
 inline Point toPoint(Color c) {
     return {c.r, c.g, c.b};
 }
 
-/// False if the vector has no direction.
+/// Writes the unit vector along `c`. False if it has no direction or isn't finite.
 inline bool toDirection(Color c, Vector& out) {
     const Vector v{c.r, c.g, c.b};
     const float len = length(v);
@@ -22,12 +24,13 @@ inline bool toDirection(Color c, Vector& out) {
     return true;
 }
 
+/// Whether a size is usable: above 0 and finite.
 inline bool isPositive(float x) {
     return x > 0.0f && std::isfinite(x);
 }
 
-/// Solid angle of the cone in which a ball is seen: 2 pi (1 - cos). For small balls the
-/// difference would lose all digits, so it is formed from the sine.
+/// Solid angle of a cone, 2 pi (1 - cos), by the squared sine and the cosine of its half angle. For
+/// a narrow cone that difference would cancel to nothing, so it is computed as sin^2 / (1 + cos).
 inline float coneSolidAngle(float sine2, float cosine) {
     return 2.0f * std::numbers::pi_v<float> * sine2 / (1.0f + cosine);
 }

@@ -12,7 +12,8 @@ struct LightSphereParams {
     static ParamRows<LightSphereParams> table();
 };
 
-/// A ball that shines to all sides. `intensity` is radiance.
+/// A spherical area light; `intensity` is radiance. Sampled uniformly over the cone of directions
+/// in which it is seen, so that no sample falls on its far half. Dark from inside.
 class LightSphere final : public WithParams<LightSphereParams, HostLight> {
 public:
     static constexpr const char* kName = "LightSphere";

@@ -46,7 +46,7 @@ bool LightSun::prepare(const SceneBounds&, std::string& error) {
         const float sine2 = std::sin(radius) * std::sin(radius);
         cosRadius = std::cos(radius);
         density = 1.0f / coneSolidAngle(sine2, cosRadius);
-        // Over the disc, cosine / pi integrates to the squared sine.
+        // The integral of cosine / pi over the disc is the squared sine of its radius.
         radiance *= 1.0f / sine2;
     }
     return true;

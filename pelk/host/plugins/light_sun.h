@@ -7,13 +7,14 @@ namespace Tarnkit {
 /// Parameters of LightSun, as the host refreshes them at each frameBegin.
 struct LightSunParams {
     Color direction;      ///< in which the light travels
-    float angle = 0.53f;  ///< diameter of the disc in degrees; 0 is a light without extent
+    float angle = 0.53f;  ///< diameter of the disc in degrees, 0 to 180; 0: a delta light
 
     static ParamRows<LightSunParams> table();
 };
 
-/// Light from one direction, or from a small disc of the sky. A white surface that faces it gets
-/// the brightness `intensity`.
+/// A directional light, or a disc of the sky of small diameter, sampled uniformly over its cone.
+/// `intensity` is irradiance / pi: a white diffuse surface that faces the sun has that radiance,
+/// whatever the diameter.
 class LightSun final : public WithParams<LightSunParams, HostLight> {
 public:
     static constexpr const char* kName = "LightSun";

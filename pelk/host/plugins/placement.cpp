@@ -68,7 +68,7 @@ void Placement::apply(Mesh& mesh) const {
              roundToFloat(turned(x, y, z, 1) + offset[1]),
              roundToFloat(turned(x, y, z, 2) + offset[2])};
     }
-    // Normals scale by the inverse, or they would lean over on a stretched object.
+    // Inverse transpose: rotations stay, scales are inverted.
     for (Vector& n : mesh.normals) {
         const double x = n.x / scale[0], y = n.y / scale[1], z = n.z / scale[2];
         const double len = std::sqrt(x * x + y * y + z * z);

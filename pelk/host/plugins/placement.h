@@ -5,7 +5,7 @@
 
 namespace Tarnkit {
 
-/// The place of an object in the scene: scaled, turned about X, then Y, then Z, and moved. Turning
+/// An object-to-world transform: scaled, rotated about X, then Y, then Z, and translated. Rotation
 /// by t about Y maps (x, z) to (x cos t + z sin t, -x sin t + z cos t); the other axes follow in
 /// their cyclic order. A right angle is exact.
 class Placement {
@@ -13,10 +13,10 @@ public:
     /// `rotate` in degrees. No component of `scale` is 0, and all numbers are finite.
     Placement(Color scale, Color rotate, Color translate);
 
-    /// Brings positions and normals to the scene. A mirroring scale turns the triangles, so that
-    /// fronts stay fronts.
+    /// Transforms positions, and normals by the inverse transpose, to world space. A mirroring
+    /// scale reverses the winding of the triangles, so that fronts stay fronts.
     void apply(Mesh& mesh) const;
-    /// A direction of the object's own space in the scene; its length follows the scale.
+    /// Transforms a vector of object space to world space; its length follows the scale.
     Vector direction(Vector v) const;
 
 private:

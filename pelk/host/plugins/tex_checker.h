@@ -13,7 +13,7 @@ struct TexCheckerParams {
     static ParamRows<TexCheckerParams> table();
 };
 
-/// Squares of two colours in turn. As an integer it is 0 where the first colour is, else 1.
+/// A checkerboard of two colours. Read as an integer it is 0 on squares of color1, 1 on color2.
 class TexChecker final : public WithParams<TexCheckerParams, HostTexture> {
 public:
     static constexpr const char* kName = "TexChecker";

@@ -12,7 +12,7 @@ struct TexConstantParams {
     static ParamRows<TexConstantParams> table();
 };
 
-/// The same colour everywhere.
+/// A constant colour.
 class TexConstant final : public WithParams<TexConstantParams, HostTexture> {
 public:
     static constexpr const char* kName = "TexConstant";

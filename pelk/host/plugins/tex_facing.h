@@ -12,7 +12,8 @@ struct TexFacingParams {
     static ParamRows<TexFacingParams> table();
 };
 
-/// One colour where the surface faces the ray, another where it is seen edge-on.
+/// A facing ratio, as for a falloff: from color1 where the surface faces the ray to color2 at
+/// grazing angles, by (1 - cosine) ^ power with the shading normal.
 class TexFacing final : public WithParams<TexFacingParams, HostTexture> {
 public:
     static constexpr const char* kName = "TexFacing";

@@ -15,7 +15,7 @@ struct TexGradientParams {
     static ParamRows<TexGradientParams> table();
 };
 
-/// From one colour to another over the unit of texture coordinates; the ends hold beyond it.
+/// A linear or radial gradient of two colours over texture coordinates 0 to 1, clamped beyond.
 class TexGradient final : public WithParams<TexGradientParams, HostTexture> {
 public:
     static constexpr const char* kName = "TexGradient";

@@ -10,15 +10,16 @@ namespace Tarnkit {
 
 /// Parameters of TexImage, as the host refreshes them at each frameBegin.
 struct TexImageParams {
-    int repeat = 1;  ///< 0: the picture's border goes on outside of it
+    int repeat = 1;  ///< 0: clamps to the border pixels instead of tiling
     PluginBase* uvwgen = nullptr;
 
     static ParamRows<TexImageParams> table();
 };
 
-/// A picture from a file, read through one cache for all. Colours are decoded to linear before
-/// they are blended. As an integer it is the nearest pixel's first channel as the file holds it,
-/// since ids don't blend: 0 to 255 for 8 bits, 0 to 65535 for 16.
+/// A bitmap texture, bilinearly filtered, read through a cache that all bitmaps share. Pixels are
+/// decoded to linear before they are filtered. Read as an integer it is the first channel of the
+/// nearest pixel as the file stores it, since ids must not be blended: 0 to 255 of 8 bits, 0 to
+/// 65535 of 16.
 class TexImage final : public WithParams<TexImageParams, HostTexture>, public FileUserInterface {
 public:
     static constexpr const char* kName = "TexImage";

@@ -22,7 +22,7 @@ constexpr ParamTable kParams{
                                  "Texture coordinates; the place in the scene without one"),
 };
 
-/// The product of a corner's gradient, one of twelve, with the way from the corner.
+/// Dot product of a lattice point's gradient, one of twelve by its hash, with the offset from it.
 float cornerValue(u32 hash, float x, float y, float z) {
     const u32 h = hash & 15u;
     const float u = h < 8 ? x : y;
@@ -38,7 +38,7 @@ float fade(float t) {
     return t * t * t * (t * (t * 6.0f - 15.0f) + 10.0f);
 }
 
-/// The cell of a coordinate, taken around where it leaves the range of numbers.
+/// The lattice cell of a coordinate, modulo 2^32; 0 where floats no longer tell cells apart.
 u32 cellOf(double floored) {
     return std::fabs(floored) < 0x1p62 ? static_cast<u32>(static_cast<std::int64_t>(floored)) : 0u;
 }

@@ -7,14 +7,15 @@ namespace Tarnkit {
 /// Parameters of TexNoise, as the host refreshes them at each frameBegin.
 struct TexNoiseParams {
     Color color1, color2;
-    float size = 1.0f;  ///< of the largest clouds, in units of the space
-    int octaves = 4;    ///< layers, each half as large and half as strong as the one before
+    float size = 1.0f;  ///< of the coarsest octave's features, in units of the coordinates
+    int octaves = 4;  ///< 1 to 16; each has half the size and half the amplitude of the one before
     PluginBase* uvwgen = nullptr;
 
     static ParamRows<TexNoiseParams> table();
 };
 
-/// Clouds of two colours in space.
+/// Fractal gradient (Perlin) noise between two colours, solid in world space unless a generator
+/// gives the coordinates.
 class TexNoise final : public WithParams<TexNoiseParams, HostTexture> {
 public:
     static constexpr const char* kName = "TexNoise";

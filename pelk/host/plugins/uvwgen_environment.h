@@ -7,13 +7,13 @@ namespace Tarnkit {
 
 /// Parameters of UVWGenEnvironment, as the host refreshes them at each frameBegin.
 struct UVWGenEnvironmentParams {
-    float rotation = 0.0f;  ///< about +Y, in degrees; turns the surroundings to the right
+    float rotation = 0.0f;  ///< of the image about +Y, in degrees; positive moves it to the right
 
     static ParamRows<UVWGenEnvironmentParams> table();
 };
 
-/// Texture coordinates by direction: a map of the surroundings whose width goes once around. The
-/// middle of the map lies at -Z, the top at +Y.
+/// Environment mapping: texture coordinates by the direction of the ray, for a longitude-latitude
+/// image whose centre lies at -Z and whose top edge is +Y.
 class UVWGenEnvironment final
     : public WithParams<UVWGenEnvironmentParams, PluginOffering<UVWGenInterface>> {
 public:

@@ -10,12 +10,13 @@ struct UVWGenMapParams {
     Color scale;
     float rotation = 0.0f;  ///< degrees, from u towards v
     Color offset;
-    int uv_set = 0;
+    int uv_set = 0;  ///< of the mesh, from 0; a set that it lacks is replaced by set 0
 
     static ParamRows<UVWGenMapParams> table();
 };
 
-/// The texture coordinates of the surface: scaled, turned about their origin, and moved.
+/// UV mapping: a set of the mesh's texture coordinates, scaled, then rotated about their origin,
+/// then moved.
 class UVWGenMap final : public WithParams<UVWGenMapParams, PluginOffering<UVWGenInterface>> {
 public:
     static constexpr const char* kName = "UVWGenMap";

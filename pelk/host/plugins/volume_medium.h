@@ -12,7 +12,7 @@ struct VolumeMediumParams {
     static ParamRows<VolumeMediumParams> table();
 };
 
-/// A clear medium.
+/// A non-absorbing medium, given by its index of refraction.
 class VolumeMedium final : public WithParams<VolumeMediumParams, PluginOffering<PelkVolume>> {
 public:
     static constexpr const char* kName = "VolumeMedium";

@@ -1,5 +1,7 @@
 #include "pelk/host/render/render_setup.h"
 
+#include <cassert>
+
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/scene/scene_json.h"
 
@@ -83,6 +85,7 @@ bool RenderSetup::prepare(std::string& error) {
 }
 
 bool RenderSetup::buildObjects(std::string& error) {
+    [[maybe_unused]] RenderContext noHit;  // the id of an object is the same all over it
     for (GeometryInterface* geometry : scene.collect<GeometryInterface>()) {
         auto object = std::make_unique<SceneObject>();
         if (!geometry->buildMesh(object->mesh, error)) {
@@ -94,6 +97,10 @@ bool RenderSetup::buildObjects(std::string& error) {
         object->material = findInterface<MaterialInterface>(geometry->getMaterial());
         object->renderIDs = findInterface<GeomObjectInterface>(object->plugin);
         object->index = static_cast<u32>(renderer.objects.size());
+        // A ray compares Embree's geometry ids, which are these, with the render ids in a surface's
+        // exclude tables. Both number the same geometry in the same order.
+        assert(!object->renderIDs ||
+               object->renderIDs->getRenderID(noHit) == static_cast<int>(object->index));
         renderer.objects.push_back(std::move(object));
     }
     return renderer.intersector.build(renderer.objects, error);

@@ -23,7 +23,7 @@ void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u
     c.rayType = kRayCamera;
     c.traceDepth = c.giDepth = 0;
     c.parentHitLink = 0;
-    c.rayClipDistance = 1e18f;
+    c.rayClipDistance = static_cast<float>(kRayFar);
     c.rayContribution = 1.0f;
     c.rayWeight = c.rayWeight2 = c.spawnWeight = Color(1);
     c.environment = nullptr;

@@ -7,13 +7,15 @@
 
 namespace Tarnkit {
 
-/// The objects that rays from a surface don't meet, by a table of the surface's properties, which
-/// lives as long as the frame.
+/// The objects that a ray does not hit: the exclude list of the surface it left, for reflected or
+/// for refracted rays (PelkSurfaceProperties). An inclusive list names the only objects that it
+/// does hit. Points to the surface's table, which lives as long as the frame.
 struct HiddenObjects {
     const GrowTable<int>* table = nullptr;  ///< render ids, ascending; null hides nothing
-    bool othersHidden = false;              ///< all but those in the table
+    bool othersHidden = false;              ///< an inclusive list: hides all but those in the table
 
-    /// What is hidden from rays that were asked for with these bits of RayType.
+    /// What a ray spawned with these bits of RayType does not hit. Of diffuse and shadow rays
+    /// nothing is hidden.
     static HiddenObjects from(const PelkSurfaceProperties& surface, u32 rayFlags) {
         const bool refracts = rayFlags & kRayRefract;
         if (!refracts && !(rayFlags & kRayReflect))

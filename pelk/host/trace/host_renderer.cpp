@@ -12,7 +12,7 @@ namespace Tarnkit {
 
 namespace {
 
-/// A ray ends after this many surfaces that let it through.
+/// Transparent surfaces that a ray passes straight through before it is ended.
 constexpr int kMaxSurfacesAlongRay = 256;
 
 bool isBlack(Color c) {
@@ -24,7 +24,7 @@ bool isBlack(Color c) {
 StringHandle HostStringTable::intern(const char* text) {
     if (!text)
         return {};
-    // The number that comes next, from 1, stays if the text is new.
+    // try_emplace keeps the number of a known text; a new one gets the next, from 1.
     return {ids.try_emplace(text, static_cast<u32>(ids.size()) + 1).first->second};
 }
 
@@ -99,19 +99,20 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
     setNothing(c);
 }
 
-/// A ray whose direction is weighted against the lights must meet all that were sampled with a
-/// weight; light that nothing stops has none, nor has one without highlights for a reflected ray.
-/// Other rays meet what they may see.
-static bool meets(const RenderContext& c, const SceneLight& light) {
+/// Whether this ray may hit `light` by itself. A ray under MIS (bsdfDensity >= 0) must hit exactly
+/// the lights that next-event estimation weighted against it, or the other half of their weight is
+/// lost: those that cast shadows and, for a specular ray, have highlights. Any other ray goes by
+/// the light's visibility.
+static bool canHit(const RenderContext& c, const SceneLight& light) {
     if (c.bsdfDensity < 0.0f)
         return light.plugin->isVisibleTo(c.rayType, c.traceDepth);
     return light.castsShadows && (c.gathers || light.affectsSpecular);
 }
 
-bool HostRenderer::meetLight(const RenderContext& c, double limit, LightHit& nearest) const {
+bool HostRenderer::hitLight(const RenderContext& c, double limit, LightHit& nearest) const {
     bool met = false;
     for (const SceneLight& light : lightLoop.getFiniteLights()) {
-        if (!meets(c, light))
+        if (!canHit(c, light))
             continue;
         LightHit hit;
         if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
@@ -123,10 +124,10 @@ bool HostRenderer::meetLight(const RenderContext& c, double limit, LightHit& nea
     return met;
 }
 
-Color HostRenderer::shareOfLight(const RenderContext& c, const LightHit& hit) const {
+Color HostRenderer::weightedRadiance(const RenderContext& c, const LightHit& hit) const {
     if (c.bsdfDensity < 0.0f)
         return hit.radiance;
-    return hit.radiance * powerShare(c.bsdfDensity, hit.density * lightLoop.choiceDensity());
+    return hit.radiance * powerShare(c.bsdfDensity, hit.density * lightLoop.choiceProbability());
 }
 
 Color HostRenderer::plainSurroundings(RenderContext& c, const Vector& direction) const {
@@ -152,18 +153,18 @@ Color HostRenderer::environmentAlong(RenderContext& c) const {
     for (const SceneLight& light : lightLoop.getInfiniteLights()) {
         if (c.environment && light.isDome)
             continue;
-        if (!meets(c, light))
+        if (!canHit(c, light))
             continue;
         LightHit hit;
         if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
-            sum += shareOfLight(c, hit);
+            sum += weightedRadiance(c, hit);
     }
     return sum;
 }
 
 void HostRenderer::evalEnvironment(PelkContext& context) {
     RenderContext& c = hostContext(context);
-    const ScopedValue seenInFull(c.bsdfDensity, -1.0f);
+    const ScopedValue withoutMis(c.bsdfDensity, -1.0f);
     c.resultColor = environmentAlong(c);
 }
 
@@ -179,8 +180,8 @@ void HostRenderer::trace(RenderContext& c) {
         const float distance = intersector.closest(c, object, c);
         const bool hitSurface = distance >= 0.0f;
         LightHit light;
-        if (meetLight(c, hitSurface ? distance : c.rayMaxT, light)) {
-            const Color shown = shareOfLight(c, light);
+        if (hitLight(c, hitSurface ? distance : c.rayMaxT, light)) {
+            const Color shown = weightedRadiance(c, light);
             color += through * shown;
             alpha += alphaThrough;
             if (recorder)
@@ -227,7 +228,7 @@ void HostRenderer::shadeHit(RenderContext& c) {
     if (!material) [[unlikely]]
         return setOpaqueBlack(c);
     material->shade(c);
-    // With a fragment, a matte leaves its background there and not in the colour.
+    // Where there is a fragment, a matte writes the background that shows through it there only.
     if (c.resultFragment) [[unlikely]]
         c.resultColor += static_cast<PKFragment*>(c.resultFragment)->background;
     const Color sum = c.resultColor + c.resultTransparency;
@@ -239,7 +240,9 @@ void HostRenderer::shadeHit(RenderContext& c) {
 
 namespace {
 
-/// A shadow ray on its way: each surface takes its share of the light.
+/// A shadow ray through transparent surfaces: every one that it crosses is shaded, for its opacity
+/// alone, and attenuates the light. The context for that is made at the first surface only, as most
+/// shadow rays cross none.
 class ShadowRay final : public ShadowVisitor {
 public:
     ShadowRay(HostRenderer& renderer_, RenderContext& from_, const Vector& direction_,

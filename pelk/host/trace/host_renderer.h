@@ -14,7 +14,8 @@
 
 namespace Tarnkit {
 
-/// Names that materials compare at hits.
+/// Interned strings: equal texts get one number, so that materials compare names at hits without
+/// reading them. Filled while frames begin, on one thread.
 class HostStringTable final : public StringTable {
 public:
     StringHandle intern(const char* text) override;
@@ -23,7 +24,10 @@ private:
     std::unordered_map<std::string, u32> ids;
 };
 
-/// Traces rays and shades what they hit.
+/// The integrator: a unidirectional path tracer with next-event estimation (LightLoop), MIS and
+/// indirect diffuse light (PathGi), in which the materials spawn specular rays themselves and the
+/// renderer traces them. Set up once per render by RenderSetup, which writes the public fields;
+/// from then on every render thread calls it at once, with contexts of its own.
 class HostRenderer final : public PelkRenderer {
 public:
     HostRenderer();
@@ -32,36 +36,46 @@ public:
     void traceRay(PelkContext& context) override;
     StringTable* getStringTable() override { return &strings; }
 
-    /// Traces a ray that is set up, through transparent surfaces, to its end.
+    /// Traces a ray whose fields are set and writes traceResult and traceAlpha. Transparent
+    /// surfaces are crossed with the throughput that they leave; an opaque one, a light or the
+    /// environment ends the ray.
     void trace(RenderContext& context);
-    /// Colour of what shines from `distance` along `direction` through what stands in between.
+    /// Visibility of a light sample from the hit: `light` times the transparency of each surface up
+    /// to `distance` along `direction`; black if one is opaque.
     Color shadowed(RenderContext& context, const Vector& direction, double distance, Color light);
-    /// The light of lights around the scene and of the plain surroundings along the ray, or the
-    /// backplate.
+    /// Radiance of the environment along a ray that has hit nothing: the plain surroundings and the
+    /// infinite lights, with their MIS weights; or the backplate in their place.
     Color environmentAlong(RenderContext& context) const;
-    /// The plain surroundings, or what overrides them, along a direction.
+    /// Radiance along `direction` of the scene's background colour, or of the environment with
+    /// which a material overrides it for the rays that it spawns. No lights.
     Color plainSurroundings(RenderContext& context, const Vector& direction) const;
 
-    /// A spawned context with all that it takes over from `parent`; its direction and type are
-    /// still to be set.
+    /// A context for a ray from the hit of `parent`, with all that rays inherit. The caller writes
+    /// direction, type, depths and weights, and releases it. `branch` tells the rays of one hit
+    /// apart, so that their random numbers are independent.
     RenderContext* spawn(RenderContext& parent, u32 branch);
 
     std::vector<std::unique_ptr<SceneObject>> objects;
     Intersector intersector;
     LightLoop lightLoop{*this};
     PathGi gi{*this};
-    Color background;                       ///< the plain surroundings
-    TextureInterface* backplate = nullptr;  ///< what camera rays see in their place, by the pixel
+    Color background;                       ///< the plain surroundings, radiance
+    TextureInterface* backplate = nullptr;  ///< by pixel, in their place for camera rays; or null
 
-    /// Fills the hit fields of a context whose triangle and weights are set.
+    /// Fills the hit fields of a context whose triangle and barycentric coordinates are set.
     void fillHit(RenderContext& context, u32 object, float distance);
-    /// Has the material shade the hit. Colours that aren't finite end here.
+    /// Has the material shade the hit. A result that isn't finite becomes opaque black and marks
+    /// the sample as bad, or one NaN would spoil the pixel.
     void shadeHit(RenderContext& context);
 
 private:
+    /// Whether the backplate stands in for the environment: for camera rays and background lookups.
     bool seesBackplate(const RenderContext& context) const;
-    bool meetLight(const RenderContext& context, double limit, LightHit& nearest) const;
-    Color shareOfLight(const RenderContext& context, const LightHit& hit) const;
+    /// The nearest light within `limit` that the ray may hit; false if there is none.
+    bool hitLight(const RenderContext& context, double limit, LightHit& nearest) const;
+    /// What a light that the ray has hit adds to it: its radiance, times the MIS weight of the ray
+    /// if next-event estimation samples the same light.
+    Color weightedRadiance(const RenderContext& context, const LightHit& hit) const;
 
     HostStringTable strings;
 };

@@ -10,7 +10,8 @@
 
 namespace Tarnkit {
 
-/// A plug-in that puts triangles into the scene.
+/// A plug-in that puts a triangle mesh into the scene. RenderSetup calls it on one thread, before
+/// rendering.
 class GeometryInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<GeometryInterface> kInterfaceID{0x7E1C0001, "EXT_GEOMETRY"};
@@ -21,32 +22,35 @@ public:
     virtual bool buildMesh(Mesh& mesh, std::string& error) = 0;
     /// The plug-in whose EXT_MATERIAL shades the triangles; may be null.
     virtual PluginBase* getMaterial() = 0;
-    /// The number by which the renderer knows the object. Set before the frame begins.
+    /// The number of the object in the scene: Embree's geometry id, the value of the render_id
+    /// channel and what exclude lists hold. Set before frameBegin, in which materials ask for it.
     virtual void setRenderID(int id) = 0;
 };
 
-/// A sphere that holds the scene's geometry.
+/// Bounding sphere of the scene's geometry, world space.
 struct SceneBounds {
     Point centre;
     double radius = 1.0;
 };
 
-/// One sample of a light, seen from a point.
+/// One sample of next-event estimation: a direction from the hit to a point of a light.
 struct LightSample {
     Vector direction;       ///< unit, towards the light
     double distance = 0.0;  ///< kRayFar for a light at infinity
-    Color radiance;         ///< along the direction; of a light without extent: irradiance / pi
-    float density = 0.0f;   ///< per solid angle; 0 for a light without extent
+    Color radiance;         ///< that arrives; of a delta light, irradiance / pi
+    float density = 0.0f;   ///< of the direction, per solid angle; 0 for a delta light
 };
 
-/// Where a ray meets a light.
+/// Where a ray hits a light.
 struct LightHit {
     double distance = 0.0;
     Color radiance;
-    float density = 0.0f;  ///< with which `sample` would have chosen this direction
+    float density = 0.0f;  ///< per solid angle, with which `sample` chooses this direction: for MIS
 };
 
-/// A plug-in that lights the scene. What it answers doesn't change while a frame is rendered.
+/// A plug-in that lights the scene. Its radiance is found in two ways, which must agree: `sample`
+/// for next-event estimation, `intersect` for rays that hit it by chance. Both run on all render
+/// threads at once; the answers don't change while a frame is rendered.
 class LightInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<LightInterface> kInterfaceID{0x7E1C0002, "EXT_LIGHT"};
@@ -56,25 +60,30 @@ public:
     /// Called once before a render, when parameters and geometry are up to date. Returns false
     /// with a text that says what is wrong.
     virtual bool prepare(const SceneBounds& bounds, std::string& error) = 0;
-    /// Chooses a direction by two numbers below 1. Returns false if the point gets no light.
+    /// Samples a direction from context.hitPoint by two random numbers in [0, 1). Returns false if
+    /// no light reaches the point.
     virtual bool sample(PelkContext& context, float random1, float random2, LightSample& out) = 0;
-    /// Meets the ray at a distance in (minT, maxT); a light at infinity is met at kRayFar if
-    /// maxT is that. Lights without extent are never met.
+    /// Intersects the light with a ray, at a distance in (minT, maxT). A light at infinity is hit
+    /// at kRayFar if maxT is not less. Delta lights are never hit. `direction` is of unit length.
     virtual bool intersect(const Point& origin, const Vector& direction, double minT, double maxT,
                            LightHit& out) = 0;
-    /// A light outside the scene, met by rays that meet nothing else.
+    /// True for a light at infinity: hit by rays that hit nothing else.
     virtual bool isInfinite() const { return false; }
-    /// A light that surrounds the scene, and is left out where the environment is overridden.
+    /// True for an environment light, which a material's own environment replaces for its rays.
     virtual bool isDome() const { return false; }
-    /// Not 0 if rays of the type see the light itself; `rayType` and `traceDepth` of the ray.
+    /// Whether a ray that is not under MIS sees the light itself. `rayType`: bits of RayType.
+    /// `traceDepth`: bounces before this ray, 0 for a camera ray.
     virtual bool isVisibleTo(u32 rayType, int traceDepth) const = 0;
-    /// Not 0 if rays can meet the light at all, so that two ways of finding it must be weighted.
+    /// False for a delta light (no area, no solid angle), which only `sample` finds. Others can be
+    /// hit by rays too, so MIS weights the two ways.
     virtual bool hasExtent() const = 0;
+    /// False if no shadow rays are traced to the light: it shines through geometry.
     virtual bool castsShadows() const { return true; }
+    /// False if the light makes no highlights: only the diffuse part of BRDFs shows it.
     virtual bool affectsSpecular() const { return true; }
 };
 
-/// A plug-in that looks at the scene.
+/// A plug-in that makes camera rays. `prepare` runs on one thread, all else on all render threads.
 class CameraInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<CameraInterface> kInterfaceID{0x7E1C0003, "EXT_CAMERA"};
@@ -83,10 +92,12 @@ public:
 
     /// Called once before a render. Returns false with a text that says what is wrong.
     virtual bool prepare(int width, int height, std::string& error) = 0;
-    /// The ray through a place on the picture, in pixels from the upper left corner, and its
-    /// derivatives by one pixel to the right and one down. Writes ray fields only.
+    /// The camera ray through (x, y), in pixels from the upper left corner, with its ray
+    /// differentials per pixel to the right and down. Writes origin, direction, derivatives and
+    /// screen position.
     virtual void makeRay(double x, double y, PelkContext& context) const = 0;
-    /// Answers of PelkCamera::mapToScreen.
+    /// Projects a point to the picture, as PelkCamera::mapToScreen answers: false behind the
+    /// camera; `distance`, along the camera's axis, may be null.
     virtual bool project(const Point& point, ScreenPoint& screen, float* distance) const = 0;
     virtual Point getPosition() const = 0;
     /// Columns of the camera's axes in world space: right, up, backwards.

@@ -1,5 +1,6 @@
 #include "pelk/host/trace/intersector.h"
 
+#include <cassert>
 #include <cmath>
 #include <limits>
 
@@ -11,14 +12,15 @@ namespace Tarnkit {
 
 namespace {
 
-// The race checker knows nothing of the locks of Embree's own threads.
+// The thread sanitizer does not see the locks between Embree's own threads.
 #ifdef __SANITIZE_THREAD__
 constexpr const char* kDeviceSettings = "threads=1";
 #else
 constexpr const char* kDeviceSettings = nullptr;
 #endif
 
-/// The query that a filter belongs to. Embree hands filters the address of `context`.
+/// What the filter functions of one ray need to know. Embree passes them a pointer to `context`,
+/// which is the first member so that the query can be had from it.
 struct Query {
     RTCIntersectContext context;
     u32 skipObject, skipTriangle;
@@ -26,7 +28,8 @@ struct Query {
     HiddenObjects hidden;
 };
 
-/// Rays are traced one by one, so a filter sees one ray and one hit.
+/// Intersection filter of every geometry: rejects the triangle that the ray leaves. Rays are traced
+/// one at a time (rtcIntersect1), so there is one ray and one hit to look at.
 void dropOwnTriangle(const RTCFilterFunctionNArguments* args) {
     const Query& query = *reinterpret_cast<const Query*>(args->context);
     const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
@@ -34,7 +37,8 @@ void dropOwnTriangle(const RTCFilterFunctionNArguments* args) {
         args->valid[0] = 0;
 }
 
-/// The filter of a ray to which objects are hidden.
+/// The filter of a ray to which objects are hidden. The exclude tables hold render ids; geometry
+/// ids are the same numbers, as RenderSetup::buildObjects sees to.
 void dropHidden(const RTCFilterFunctionNArguments* args) {
     const Query& query = *reinterpret_cast<const Query*>(args->context);
     const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
@@ -53,6 +57,7 @@ void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* vi
         query.context.filter = dropHidden;
 }
 
+/// Occlusion filter of every geometry: rejecting a hit lets the shadow ray go on behind it.
 void visitShadowHit(const RTCFilterFunctionNArguments* args) {
     const Query& query = *reinterpret_cast<const Query*>(args->context);
     const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
@@ -62,8 +67,9 @@ void visitShadowHit(const RTCFilterFunctionNArguments* args) {
         args->valid[0] = 0;
 }
 
-/// The smallest distance that counts for a ray from `origin`: within the rounding of its start a
-/// ray can't tell the surface it leaves from another.
+/// The start of a ray's interval, as Embree takes it: `minT` and an epsilon against
+/// self-intersection. Embree has the origin in single precision, so the epsilon grows with the
+/// coordinates, by a few of their rounding steps.
 float nearBound(const Point& origin, double minT) {
     const float size =
         static_cast<float>(std::fabs(origin.x) + std::fabs(origin.y) + std::fabs(origin.z));
@@ -113,7 +119,8 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
         &failure);
     scene = rtcNewScene(device);
     rtcSetSceneFlags(scene, RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION);
-    // Spatial splits would show a triangle to a shadow ray twice.
+    // Not high quality: its spatial splits put a triangle into several leaves, and a transparent
+    // one would attenuate a shadow ray more than once.
     rtcSetSceneBuildQuality(scene, RTC_BUILD_QUALITY_MEDIUM);
     for (const auto& object : objects) {
         const Mesh& mesh = object->mesh;
@@ -139,6 +146,8 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
         rtcSetGeometryIntersectFilterFunction(geometry, dropOwnTriangle);
         rtcSetGeometryOccludedFilterFunction(geometry, visitShadowHit);
         rtcCommitGeometry(geometry);
+        // A hit brings back the geometry id alone: the number of the object, and its render id.
+        assert(objects[object->index] == object);
         rtcAttachGeometryByID(scene, geometry, object->index);
         rtcReleaseGeometry(geometry);
     }
@@ -183,7 +192,7 @@ bool Intersector::walkShadow(const Point& origin, const Vector& direction, doubl
     Query query;
     initQuery(query, skipObject, skipTriangle, &visitor, {});
     alignas(16) RTCRay ray;
-    // The light's own place doesn't stand in its way.
+    // Ends just before the light, so that a surface that it lies on doesn't shadow it.
     const double end = distance < kRayFar ? distance * 0.9999 : distance;
     fillRay(ray, origin, direction, 0.0, end);
     rtcOccluded1(scene, &query.context, &ray);

@@ -15,18 +15,20 @@ namespace Tarnkit {
 
 class RenderContext;
 
-/// Asked by a shadow ray for each surface that stands in its way.
+/// Any-hit callback of a shadow ray, for transparent shadows.
 class ShadowVisitor {
 public:
-    /// Returns false if the light is used up.
+    /// Called for each surface in the way, in no order. `u`, `v`: barycentric, of the second and
+    /// third vertex. Returns false once nothing of the light is left, which ends the ray.
     virtual bool visit(u32 object, u32 triangle, float u, float v, float distance) = 0;
 
 protected:
     ~ShadowVisitor() = default;
 };
 
-/// Finds where rays meet the triangles of the scene. Any number of threads may ask at once.
-/// A hit on the triangle that a ray leaves is passed over, since rays start on the surface itself.
+/// Ray-triangle intersection by Embree. After build, any number of threads may ask at once.
+/// A hit on the triangle that a ray leaves is ignored (self-intersection): a flat triangle can't be
+/// hit again from its own plane, and no offset has to be tuned for it.
 class Intersector {
 public:
     Intersector();
@@ -39,8 +41,9 @@ public:
     bool build(const std::vector<std::unique_ptr<SceneObject>>& objects, std::string& error);
     SceneBounds bounds() const;
 
-    /// The nearest hit in the ray's interval: fills object number, triangle and weights, and
-    /// returns its distance, or a negative number if there is none.
+    /// The nearest hit in the ray's interval (rayMinT, rayMaxT), but not on hidden objects: writes
+    /// `object`, the triangle and its barycentric coordinates, and returns the distance; -1 without
+    /// one.
     float closest(const RenderContext& ray, u32& object, RenderContext& hit) const;
 
     /// Shows `visitor` every surface between the ray's origin and `distance`, in any order and

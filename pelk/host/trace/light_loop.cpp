@@ -13,30 +13,33 @@ namespace Tarnkit {
 
 namespace {
 
-/// More lights than this are not all visited at a hit.
+/// With more lights than this, a hit samples only a subset of so many.
 constexpr u32 kMaxVisits = 64;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
-/// The density that stands for certainty: of a light without extent.
-constexpr float kCertain = 1e18f;
+/// What eval is told as the density of a delta light: no other density has any weight against it.
+constexpr float kDeltaDensity = 1e18f;
 
-/// The density as samplers weight it against their own. A light whose rays nothing stops is not
-/// left to indirect rays, which something might stop.
+/// The density of a light sample as BRDFSampler::eval takes it for MIS: 2 pi times that per solid
+/// angle. A light that casts no shadows shines through geometry that would stop a BSDF ray, so such
+/// rays don't look for it (see HostRenderer) and next-event estimation keeps its full weight.
 float densityForEval(const SceneLight& light, const LightSample& sample, float density) {
     if (!(sample.density > 0.0f) || !light.castsShadows)
-        return kCertain;
-    return std::min(kCertain, 2.0f * kPi * density);
+        return kDeltaDensity;
+    return std::min(kDeltaDensity, 2.0f * kPi * density);
 }
 
-/// By how much a highlight counts. One that an indirect ray sees is a caustic where it came from.
+/// Factor of the specular part of direct light. At a hit of an indirect diffuse ray a highlight is
+/// a caustic on the surface where that ray began, so the settings of caustics scale it: 0 where
+/// they are off.
 float causticFactor(const RenderContext& c) {
     if (!(c.rayType & kRayGi))
         return 1.0f;
     if (!c.renderer->sequenceData.reflectiveGi)
         return 0.0f;
     if (!c.gathers)
-        return 1.0f;  // a mirror on the way has counted already
+        return 1.0f;  // behind a mirror: newSpawnedContext has scaled its ray (resultScale)
     return c.receiveCaustics *
            (c.surfaceProperties ? c.surfaceProperties->generate_caustics : 1.0f);
 }
@@ -52,26 +55,26 @@ void LightLoop::setLights(const std::vector<LightInterface*>& all) {
         if (light->hasExtent())
             (light->isInfinite() ? infinite : finite).push_back(lights.back());
     }
-    // Of that many lights each is taken with this probability.
     choice = lights.size() > kMaxVisits
                  ? static_cast<float>(kMaxVisits) / static_cast<float>(lights.size())
                  : 1.0f;
 }
 
-/// The faces that a sampler shows to lights on the viewer's side and to lights beyond. A sampler
-/// may have one object for both sides, so a face is asked for anew before each use.
-class LightLoop::Faces {
+/// The BRDFs with which a sampler reflects lights on the viewer's side and transmits those behind
+/// the surface. A sampler may answer getBRDF with one object for both sides, which it switches
+/// over, so the side's BRDF is asked for again before each use.
+class LightLoop::SideBRDFs {
 public:
-    explicit Faces(BRDFSampler* only_) : only(only_) {}
+    explicit SideBRDFs(BRDFSampler* only_) : only(only_) {}
 
-    Faces(BSDFSampler* bsdf_, bool backSide)
+    SideBRDFs(BSDFSampler* bsdf_, bool backSide)
         : bsdf(bsdf_),
           viewerSide(backSide ? kBackSide : kFrontSide),
           farSide(backSide ? kFrontSide : kBackSide) {
         BRDFSampler* far = bsdf->getBRDF(farSide);
         BRDFSampler* viewer = bsdf->getBRDF(viewerSide);
         hasFar = far && viewer && far != viewer;
-        // Made with a turned context: the one face there is gets the lights of the viewer's side.
+        // A one-sided sampler made for a turned-over hit: its one BRDF is the viewer's.
         if (!viewer && far)
             viewerSide = farSide;
     }
@@ -89,41 +92,43 @@ private:
 
 void LightLoop::computeDirectLight(Color& out, PelkContext& context, BRDFSampler* sampler) {
     out = Color(0);
-    run(out, hostContext(context), Faces(sampler));
+    run(out, hostContext(context), SideBRDFs(sampler));
 }
 
 void LightLoop::computeDirectLighting(Color& out, RenderContext& c, BSDFSampler* bsdf) {
     out = Color(0);
-    const Faces faces(bsdf, c.backSide != 0);
-    if (BRDFSampler* viewer = faces.viewer()) {
-        // What a matte is lit through says nothing of the surface that asks for indirect light.
+    const SideBRDFs sides(bsdf, c.backSide != 0);
+    if (BRDFSampler* viewer = sides.viewer()) {
+        // A black diffuse part needs no indirect light either (PathGi::irradiance). Not so for a
+        // matte: its direct light goes through another sampler than its indirect light.
         const bool matte = c.surfaceProperties && c.surfaceProperties->matte_surface;
         Color white(1);
-        c.diffuseIsBlack = !matte && faces.isSingle() && viewer->getDiffuseColor(white) == Color(0);
-        run(out, c, faces);
+        c.diffuseIsBlack = !matte && sides.isSingle() && viewer->getDiffuseColor(white) == Color(0);
+        run(out, c, sides);
     }
 }
 
-void LightLoop::run(Color& out, RenderContext& c, const Faces& faces) {
+void LightLoop::run(Color& out, RenderContext& c, const SideBRDFs& sides) {
     if (lights.empty())
         return;
-    const ScopedValue transparency(c.resultTransparency, faces.viewer()->getTransparency(c));
+    const ScopedValue transparency(c.resultTransparency, sides.viewer()->getTransparency(c));
     const u32 count = static_cast<u32>(lights.size());
     if (count <= kMaxVisits) [[likely]] {
         for (u32 index = 0; index < count; ++index)
-            runLight(out, c, index, faces);
+            runLight(out, c, index, sides);
         return;
     }
     const auto first =
         static_cast<u32>(c.random(RandomUse::LightChoice).x * static_cast<float>(count));
     for (u32 visit = 0; visit < kMaxVisits; ++visit) {
-        // Lights are taken at even steps from a random first one: each is as likely as any other.
+        // Systematic sampling: even steps from a random first light, so that all are equally
+        // likely.
         const u32 step = static_cast<u32>(u64{visit} * count / kMaxVisits);
-        runLight(out, c, (first + step) % count, faces);
+        runLight(out, c, (first + step) % count, sides);
     }
 }
 
-void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& faces) {
+void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const SideBRDFs& sides) {
     const SceneLight& light = lights[index];
     if (c.environment && light.isDome)
         return;
@@ -132,8 +137,8 @@ void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& f
     if (!light.plugin->sample(c, random.x, random.y, sample))
         return;
     const bool before = (dot(c.geomNormal, sample.direction) > 0.0f) != (c.backSide != 0);
-    BRDFSampler* face = before ? faces.viewer() : faces.beyond();
-    if (!face)
+    BRDFSampler* brdf = before ? sides.viewer() : sides.beyond();
+    if (!brdf)
         return;
     const bool hasExtent = sample.density > 0.0f;
     const float density = sample.density * choice;
@@ -145,18 +150,18 @@ void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const Faces& f
 
     const float highlights = light.affectsSpecular ? causticFactor(c) : 0.0f;
     const float evalDensity = densityForEval(light, sample, density);
-    const ScopedValue normal(c.normal, face->getDiffuseNormal(c));
+    const ScopedValue normal(c.normal, brdf->getDiffuseNormal(c));
     if (highlights != 0.0f && highlights != 1.0f && !(c.shadedFlags & kShadedMatte)) {
         Color arrives = shadowed, asked = unshadowed;
         out += highlights *
-               face->eval(c, sample.direction, arrives, asked, evalDensity, kEvalSpecular);
+               brdf->eval(c, sample.direction, arrives, asked, evalDensity, kEvalSpecular);
     }
     const u32 noSpecular = highlights == 1.0f ? 0u : u32{kRayNoSpecular};
     const ScopedValue rayType(c.rayType, c.rayType | noSpecular);
-    out += face->eval(c, sample.direction, shadowed, unshadowed, evalDensity,
+    out += brdf->eval(c, sample.direction, shadowed, unshadowed, evalDensity,
                       kEvalDiffuse | kEvalSpecular);
-    face->multiplyLight(1.0f);
-    face->lightFinished(static_cast<int>(index));
+    brdf->multiplyLight(1.0f);
+    brdf->lightFinished(static_cast<int>(index));
 }
 
 }  // namespace Tarnkit

@@ -11,34 +11,41 @@ class BSDFSampler;
 class HostRenderer;
 class RenderContext;
 
-/// A light of the scene, with what it says of itself, which holds for the frame.
+/// A light of the scene, with its answers for the frame: they are asked for at every hit, and a
+/// field costs less than a virtual call.
 struct SceneLight {
     LightInterface* plugin;
     bool isDome, castsShadows, affectsSpecular;
 };
 
-/// Direct light: every light once at each hit, a random choice of them if there are very many.
+/// Direct light by next-event estimation. At each hit every light is sampled once; a scene with
+/// very many lights gets a random subset per hit, whose samples are divided by the probability of
+/// being in it. The sampler's eval weights each sample against its own rays (MIS, power heuristic);
+/// the other half of that weight is taken by HostRenderer, where a ray hits a light. Part of
+/// HostRenderer. setLights is called once before rendering; all else on all render threads.
 class LightLoop final : public LightManager {
 public:
     explicit LightLoop(HostRenderer& renderer_) : renderer(renderer_) {}
 
-    /// Runs the lights of the viewer's side, whatever face of a surface the sampler is.
+    /// The lights on the viewer's side of the hit, through `sampler`, whichever side's BRDF it is.
     void computeDirectLight(Color& out, PelkContext& context, BRDFSampler* sampler) override;
-    /// Runs all lights: those on the viewer's side through the face that the viewer sees, those
-    /// behind through the other face, if that is one of its own.
+    /// All lights: those on the viewer's side through the viewer's side's BRDF, those behind the
+    /// surface through the far side's BRDF if it is a different one (a translucent surface).
     void computeDirectLighting(Color& out, RenderContext& context, BSDFSampler* bsdf);
 
-    /// Share of the density with which a light is sampled that is left when only some are chosen.
-    float choiceDensity() const { return choice; }
+    /// Probability, 0 to 1, that a given light is sampled at a hit: the factor between the density
+    /// of LightInterface::sample and the one that MIS needs. 1 unless there are very many lights.
+    float choiceProbability() const { return choice; }
+    /// The lights of the render, which stay the caller's. Their parameters are up to date.
     void setLights(const std::vector<LightInterface*>& all);
-    /// Lights that rays can meet, in the scene and around it.
+    /// Lights that a ray can hit, which delta lights are not: inside the scene, and at infinity.
     const std::vector<SceneLight>& getFiniteLights() const { return finite; }
     const std::vector<SceneLight>& getInfiniteLights() const { return infinite; }
 
 private:
-    class Faces;
-    void run(Color& out, RenderContext& context, const Faces& faces);
-    void runLight(Color& out, RenderContext& context, u32 index, const Faces& faces);
+    class SideBRDFs;
+    void run(Color& out, RenderContext& context, const SideBRDFs& sides);
+    void runLight(Color& out, RenderContext& context, u32 index, const SideBRDFs& sides);
 
     HostRenderer& renderer;
     std::vector<SceneLight> lights, finite, infinite;

@@ -13,13 +13,13 @@ struct UV {
     float u = 0.0f, v = 0.0f;
 };
 
-/// Triangles in world space. Front faces run counter-clockwise.
+/// A triangle mesh in world space. Seen from the front, the vertices run counter-clockwise.
 struct Mesh {
     std::vector<Vector> positions;
     std::vector<Vector> normals;  ///< unit, one per vertex; empty for flat shading
     std::vector<UV> uvs;          ///< one per vertex; empty if there are none
     std::vector<std::vector<UV>>
-        furtherUVs;  ///< more sets of them, only where there are first ones
+        furtherUVs;  ///< sets 1, 2, ... per vertex; none without set 0, `uvs`
     std::vector<std::array<u32, 3>> triangles;
     std::vector<int> materialIDs;  ///< one per triangle; empty stands for 0 everywhere
     std::vector<int> parts;  ///< number of the part of each triangle; empty stands for 0 everywhere

@@ -13,13 +13,13 @@ namespace Tarnkit {
 
 namespace {
 
-/// A one-sided sampler's back gets no indirect light, unless the context was turned over for it.
+/// Whether the viewer is on the front side of the hit as it now stands; backs get no indirect light
+/// by default. A two-sided material turns the hit over for the sampler of its back.
 bool facesIndirectLight(const PelkContext& c) {
     return !c.backSide || c.flippedSide;
 }
 
-/// A surface may ask for more rays; what is itself only seen by indirect rays gets one, or paths
-/// would multiply.
+/// Indirect rays to trace from the hit. Behind a diffuse bounce it is one, or paths would multiply.
 int raysAt(const RenderContext& c) {
     constexpr float kMostRays = 1024.0f;
     if (!c.surfaceProperties || c.giDepth > 0)
@@ -33,10 +33,11 @@ int raysAt(const RenderContext& c) {
 void PathGi::irradiance(Color& out, PelkContext& context) {
     RenderContext& c = hostContext(context);
     out = Color(0);
-    // Found out for one sampler, so it holds for the light that is asked for right after.
-    const bool unseen = std::exchange(c.diffuseIsBlack, false) && !c.gathersBeyond;
+    // The light loop leaves this note on the sampler that it lit last, and the caller asks for that
+    // sampler's indirect light next: one use, then it is forgotten.
+    const bool isBlack = std::exchange(c.diffuseIsBlack, false) && !c.gathersBeyond;
     const float received = c.surfaceProperties ? c.surfaceProperties->receive_gi : 1.0f;
-    if (!enabled || unseen || received == 0.0f || !(facesIndirectLight(c) || c.gathersBeyond))
+    if (!enabled || isBlack || received == 0.0f || !(facesIndirectLight(c) || c.gathersBeyond))
         return;
     const int rays = raysAt(c);
     for (int ray = 0; ray < rays; ++ray)
@@ -45,7 +46,7 @@ void PathGi::irradiance(Color& out, PelkContext& context) {
 }
 
 Color PathGi::gather(RenderContext& c, int index) {
-    // The viewer's side, whichever way the context is turned; or the other one.
+    // The hemisphere on the viewer's side of the surface, or behind it for a translucent one.
     const bool turned = (c.backSide != 0) != (c.gathersBeyond != 0);
     const Vector normal = turned ? -c.normal : c.normal;
     float cosine;
@@ -53,7 +54,7 @@ Color PathGi::gather(RenderContext& c, int index) {
         cosineDirection(normal, c.random(RandomUse::Indirect, static_cast<u32>(index)), cosine);
     const float above = dot(direction, c.geomNormal);
     if (!(turned ? above < 0.0f : above > 0.0f))
-        return Color(0);  // below the surface, by the difference of its two normals
+        return Color(0);  // above the shading normal's plane, yet below the geometric surface
     RenderContext* const ray = renderer.spawn(c, kRayGi + (static_cast<u32>(index) << 8));
     const ScopedRay owner(ray);
     ray->rayType =
@@ -61,8 +62,9 @@ Color PathGi::gather(RenderContext& c, int index) {
     ray->traceDepth = c.traceDepth + 1;
     ray->giDepth = c.giDepth + 1;
     ray->rayDir = ray->rayDir2 = direction;
-    // A surface that leaves lights out of the weighting has had all their light from the light
-    // loop; so has the side beyond, whose samplers were told so as backs.
+    // Density per solid angle for the MIS weight of a light that the ray hits. Without MIS the
+    // light loop has brought all direct light already, and the ray must find next to none again.
+    // The far side of a translucent surface has no MIS, as usesLightMis told the sampler of a back.
     const bool weighted = !c.gathersBeyond && (c.lightMis == -1 ? usesLightMis(c) : c.lightMis);
     ray->bsdfDensity = weighted ? cosine * std::numbers::inv_pi_v<float> : kLeavesLights;
     ray->gathers = true;
@@ -77,8 +79,8 @@ Color PathGi::gather(RenderContext& c, int index) {
 int PathGi::usesLightMis(PelkContext& context) {
     if (!enabled || !facesIndirectLight(context))
         return 0;
-    // One answer at a hit: what one sampler has been told must hold when light is gathered, though
-    // another one has changed the surface's properties since.
+    // One answer at a hit: a sampler that left out half of the MIS weight counts on indirect rays
+    // to bring it, even if another sampler has changed the surface's properties by then.
     int& told = hostContext(context).lightMis;
     if (told == -1)
         told = sharesLights(context);
@@ -86,10 +88,11 @@ int PathGi::usesLightMis(PelkContext& context) {
 }
 
 int PathGi::sharesLights(const PelkContext& context) const {
-    // Indirect light of a matte isn't asked for, and what is scaled would scale lights too.
+    // A matte traces no indirect rays that could bring the other half of the MIS weight, and a
+    // receive_gi other than 1 would scale that half, which is direct light, too.
     const PelkSurfaceProperties* surface = context.surfaceProperties;
     const bool scaled = surface && (surface->matte_surface || surface->receive_gi != 1.0f);
-    // Light without shadows comes from where no ray could meet it.
+    // Without shadows lights shine through geometry that would stop an indirect ray.
     const bool isShadowed = !(context.shadeFlags & kShadeNoShadows);
     return !scaled && isShadowed;
 }
@@ -113,7 +116,7 @@ void PathGi::gatherMatte(RenderContext& c, int index, Color& unshadowed, Color& 
         cosineDirection(fromBehind ? -c.normal : c.normal,
                         c.random(RandomUse::Matte, static_cast<u32>(index)), cosine);
     if ((dot(direction, c.geomNormal) > 0.0f) == fromBehind)
-        return;  // the surface's own shape is no shadow on it
+        return;  // below the geometric surface: left out of both sums, so it darkens neither alone
     const Color light = renderer.plainSurroundings(c, direction);
     unshadowed += light;
     shadowed +=

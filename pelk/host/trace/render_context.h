@@ -12,41 +12,44 @@ namespace Tarnkit {
 class RenderThread;
 struct SceneObject;
 
-/// This host's context: a ray and its hit on a triangle. Contexts come from a pool of their thread
-/// and are not made anew: who hands one out writes every field that is read before it is written.
+/// This host's context: a ray, the path that it belongs to, and its hit on a triangle. Contexts
+/// come from a pool of their thread (RenderThread) and are not constructed anew, so whoever hands
+/// one out writes every field that may be read before the hit writes it.
 class RenderContext final : public PelkContext {
 public:
     static constexpr u32 kNone = ~0u;
     static constexpr int kMaxVolumes = 8;
-    /// Bits of rayType that a ray hands on to the rays that spring from its hit.
+    /// Bits of rayType that rays spawned at the hit inherit: what kinds of bounce the path has had.
     static constexpr u32 kPathBits = kRayCamera | kRayReflect | kRayRefract | kRayGi;
 
     // The hit, for the plug-ins of this host.
     const SceneObject* object = nullptr;  ///< null where the ray hit no geometry
     u32 triangle = 0;                     ///< index in the object's mesh
-    float baryU = 0.0f, baryV = 0.0f;     ///< weights of the triangle's second and third vertex
+    float baryU = 0.0f, baryV = 0.0f;     ///< barycentric, of the second and third vertex
     float hitDistance = 0.0f;
-    int lightMis = -1;  ///< what samplers were told of usesLightMis at the hit; -1: nothing yet
-    bool diffuseIsBlack = false;  ///< the sampler lit last takes no diffuse light
+    int lightMis = -1;            ///< the hit's answer of usesLightMis, 0 or 1; -1: not asked yet
+    bool diffuseIsBlack = false;  ///< the sampler that the light loop lit last has no diffuse part
 
     // The ray.
     u32 skipObject = kNone, skipTriangle = kNone;  ///< the triangle that the ray leaves, if any
-    float bsdfDensity = -1.0f;  ///< density of the direction per solid angle, to be weighted
-                                ///< against that of lights; below 0 if the ray sees lights in full
-    bool gathers = false;       ///< brings diffuse light to the surface that it left
-    float receiveCaustics = 1.0f;  ///< if it gathers: factor of light over a mirror or a lens
-    float resultScale = 1.0f;      ///< factor of traceResult
-    HiddenObjects hidden;          ///< what the ray doesn't meet
-    u32 pathSeed = 0;              ///< of the path's random numbers: the pixel and the way so far
-    u32 sampleIndex = 0;           ///< number of the path in its pixel
-    int numVolumes = 0;            ///< surfaces that the ray has entered and not left
-    PelkVolume* volumes[kMaxVolumes];  // NOLINT: their media; null where a surface has none
+    /// Probability density of the direction per solid angle, for the MIS weight of a light that the
+    /// ray hits. Below 0: no MIS, lights count in full (camera rays, perfect mirrors).
+    float bsdfDensity = -1.0f;
+    bool gathers = false;          ///< an indirect diffuse ray (PathGi), not a specular one
+    float receiveCaustics = 1.0f;  ///< if it gathers: factor of caustics at the hit that spawned it
+    float resultScale = 1.0f;  ///< factor of traceResult; dims caustics behind mirrors and lenses
+    HiddenObjects hidden;      ///< what the ray doesn't hit
+    u32 pathSeed =
+        0;  ///< of the path's random numbers: hashed from the pixel and the bounces so far
+    u32 sampleIndex = 0;  ///< number of the path in its pixel
+    int numVolumes = 0;   ///< depth of the stack of media: surfaces entered and not left
+    PelkVolume* volumes[kMaxVolumes];  // NOLINT: the stack, innermost last; null without a medium
     RenderContext* nextFree = nullptr;
 
     RenderThread& thread() const;
-    /// Two numbers in [0, 1) for a decision at the hit; `branch` counts the decisions of one use.
-    /// Behind the first diffuse bounce a pattern no longer makes the picture less noisy, and the
-    /// numbers are simply independent.
+    /// Two random numbers in [0, 1) for a decision at the hit; `branch` counts the decisions of one
+    /// use. Low-discrepancy (Owen-scrambled Sobol) up to the first diffuse bounce; behind it that
+    /// no longer reduces noise, and independent numbers are cheaper.
     Random2 random(RandomUse use, u32 branch = 0) const {
         const u32 seed = pathSeed + branch * 0x9e3779b1u;
         return giDepth == 0 ? random2(seed, sampleIndex, use)
@@ -54,10 +57,10 @@ public:
     }
     /// Whether the ray came to the hit from within the object, whichever way the hit is turned.
     bool isInside() const;
-    /// How many of `volumes` are written.
+    /// How many of `volumes` are written: media nested deeper are counted only.
     int storedVolumes() const { return std::min(numVolumes, int{kMaxVolumes}); }
-    /// Takes note that the ray, a refracted one, goes through the surface hit by `from`: it enters
-    /// the surface's medium from the front and leaves the last one from the back.
+    /// Updates the stack of media for a ray refracted at the hit `from`: from the front it enters
+    /// the surface's medium (push), from the back it leaves the innermost one (pop).
     void crossSurface(const RenderContext& from);
 
     void releaseContext() override;
@@ -67,7 +70,8 @@ public:
     PelkVolume* currentVolume(PelkVolume* skip) override;
 };
 
-/// The context as this host's own. All contexts that its plug-ins meet are.
+/// The context as this host's own class. Safe for every context that reaches its plug-ins: all are
+/// made by RenderThread.
 inline RenderContext& hostContext(PelkContext& context) {
     return static_cast<RenderContext&>(context);
 }

@@ -9,12 +9,14 @@ class HostRenderer;
 class PKFragment;
 class SampleRecorder;
 
-/// What one render thread owns: its contexts, and the numbers of its hits.
+/// What one render thread owns and no other touches: its free list of contexts, the counter of hit
+/// ids, and what went wrong in the current sample. Lives for one render.
 class RenderThread final : public ThreadData {
 public:
     RenderThread(HostRenderer& renderer_, int index) : renderer(renderer_) { threadIndex = index; }
 
-    /// A context with leftovers of its last use; back by RenderContext::releaseContext.
+    /// A context off the free list, with the fields of its last use; a new one only when the list
+    /// is empty. It comes back by RenderContext::releaseContext.
     RenderContext* takeContext() {
         RenderContext* context = freeContexts;
         if (context)
@@ -29,10 +31,10 @@ public:
         freeContexts = context;
     }
 
-    /// Keys of hits go round without ever being 0.
+    /// Hit ids wrap around, past 0, which means "no hit" to materials that remember one.
     int nextHitID() { return hitID = hitID == 0x7fffffff ? 1 : hitID + 1; }
 
-    /// A surface has answered with a colour that isn't finite: the sample is to be dropped.
+    /// A surface has returned NaN or infinity: the sample is to be dropped.
     void noteBadColor(const SceneObject& object) {
         sampleIsBad = true;
         badObject = &object;
@@ -42,7 +44,8 @@ public:
     bool sampleIsBad = false;
     const SceneObject* badObject = nullptr;
     SampleRecorder* recorder = nullptr;  ///< of the camera rays, if render channels are wanted
-    /// What camera hits write to otherwise, so that their sums have the same bits; may be null.
+    /// Fragment that camera hits write to without a recorder: materials sum in another order where
+    /// there is a fragment, and beauty must not depend on which channels are wanted. May be null.
     PKFragment* plainFragment = nullptr;
 
 private:

@@ -15,13 +15,15 @@ namespace Tarnkit {
 
 namespace {
 
-// Objects are tagged by their numbers in the scene.
+// Fragments are tagged by the index of their object; these are none.
 constexpr int kTagSurroundings = -1;
 constexpr int kTagLight = INT_MAX;
 
-constexpr float kFar = -1e18f;  // depth of what has hit nothing
+/// Depth of a sample that hit nothing. Depths run along the camera's axis, which points backwards.
+constexpr float kNoHitDepth = -static_cast<float>(kRayFar);
 
-/// The place of a point along the camera's axis, which points backwards.
+/// Signed distance of a point along the camera's axis, negative in front of it (the axis points
+/// back).
 float alongAxis(const FrameData& frame, const Point& point) {
     const Vector& axis = frame.cameraMatrix[2];
     const Point& eye = frame.cameraPosition;
@@ -34,13 +36,14 @@ int renderIDOf(RenderContext& c) {
     return ids ? ids->getRenderID(c) : static_cast<int>(c.object->index);
 }
 
-/// A surface that the ray goes through as if it weren't there. A matte looks like one, but is.
+/// Whether a surface leaves the ray as it is: fully transparent, without colour. A matte answers so
+/// too, but counts as visible.
 bool isInvisible(const RenderContext& c) {
     return c.resultTransparency == Color(1) && c.resultAlphaTransparency == Color(1) &&
            c.resultColor == Color(0) && !(c.shadedFlags & kShadedMatte);
 }
 
-/// Whether `count` floats are finite. By their bits, which makes it a loop over integers.
+/// Whether `count` floats are finite. By their bits: a maximum over integers vectorises.
 bool areFinite(const u8* data, int count) {
     constexpr u32 kAbsolute = 0x7fffffff, kInfinity = 0x7f800000;
     u32 largest = 0;
@@ -72,7 +75,7 @@ void SampleRecorder::beginPixel() {
 
 void SampleRecorder::endSample(const RenderContext& c, float share, FragmentList& pixel) {
     if (!sample)
-        addSurroundings(Color(0));  // the ray was not allowed to meet anything
+        addSurroundings(Color(0));  // ended by the depth limit before it hit anything
     sample->color = c.traceResult;
     sample->background = Color(0);  // is in the colour
     sample->alpha = c.traceAlpha;
@@ -133,12 +136,12 @@ void SampleRecorder::addSurroundings(const Color& shown) {
     layer->weight = 1.0f;
     layer->addAlias(kAliasBackground, &shown);
     layer->addAlias(kAliasImageBackground, &shown);
-    layer->zDepth = kFar;
+    layer->zDepth = kNoHitDepth;
     putBehind(true, kTagSurroundings);
 }
 
-/// Puts the layer behind the sample; the first one simply becomes it. `visible`: if nothing visible
-/// came before, this is what the sample hits first.
+/// Composites the layer behind the sample; the first layer becomes the sample. If nothing visible
+/// came before, a `visible` layer is what the sample hits first, and gives it its tag.
 void SampleRecorder::putBehind(bool visible, int tag) {
     if (visible && !(sample && sample->state & kFragmentHasData))
         sampleTag = tag;
@@ -153,7 +156,7 @@ void SampleRecorder::putBehind(bool visible, int tag) {
         sample->state |= kFragmentHasData;
 }
 
-/// Channels whose value isn't finite are cleared, so that they cost one sample and not the pixel.
+/// Clears channels with NaN or infinity, so that one sample loses them and not the whole pixel.
 void SampleRecorder::dropBadValues(const RenderContext& c) {
     bool isWhole = true;
     for (const FloatRun& run : floatRuns) {

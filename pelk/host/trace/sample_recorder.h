@@ -11,42 +11,47 @@ class PKRegionData;
 class RenderContext;
 struct SceneObject;
 
-/// Collects what camera rays bring for the render channels of one thread's region.
+/// Fills the render channels (AOVs) of one thread's region from the camera rays.
 ///
-/// Each thing that a ray meets gets a fragment of its own, the layer, in which its material writes
-/// and to which the main values are added here; layers are put behind one another to the sample.
-/// Samples are summed by the first object that they have met, since the object that covers most of
-/// a pixel is its front. The sum of those sums is the total of the pixel.
+/// Each surface, light or environment that a ray hits gets a fragment, the layer: materials write
+/// their channels to it, and the main values (colour, alpha, depth, ...) are added here. Layers are
+/// composited front to back into the sample. The samples of a pixel are summed per object that is
+/// visible first, since the object that covers most of the pixel is its front; the sum of those
+/// sums is the pixel's total. Owned and used by one render thread.
 class SampleRecorder {
 public:
-    /// The region has its channels, and keeps them while this lives.
+    /// `region` outlives this, has its channels already and keeps them.
     explicit SampleRecorder(PKRegionData& region);
 
-    // Per pixel, in this order: beginPixel; for each sample beginSample, what the ray meets, and
-    // endSample unless the sample is dropped; endPixel.
+    // Per pixel, in this order: beginPixel; for each sample beginSample, the operations along the
+    // ray, and endSample unless the sample is dropped; endPixel.
 
     void beginPixel();
     void beginSample();
-    /// Adds the sample, whose results stand in the context, with its share of the pixel.
+    /// Adds the sample, whose traceResult and traceAlpha stand in the context. `share`: its weight
+    /// in the pixel, 1 over the number of samples.
     void endSample(const RenderContext& context, float share, FragmentList& pixel);
-    /// Sums all that is in the pixel up to its total.
+    /// Sums the fragments of all objects into the pixel's total.
     void endPixel(FragmentList& pixel) const;
 
     // Along a ray.
 
-    /// A cleared fragment for the surface that is met next.
+    /// A cleared fragment for the surface that is shaded next.
     Fragment* nextLayer();
-    /// Takes the layer of a surface whose shading is done.
+    /// Composites the layer of a surface that has been shaded.
     void addSurface(RenderContext& context);
+    /// The same for a light that the ray has hit, and the environment. `shown`: with its MIS
+    /// weight.
     void addLight(const RenderContext& context, const Color& shown, double distance);
     void addSurroundings(const Color& shown);
 
-    /// Samples of which a channel was left out since it wasn't finite, and who made one of them.
+    /// Samples of which a channel was cleared since it wasn't finite, and the object that the last
+    /// of them hit.
     long long getDropped() const { return dropped; }
     const SceneObject* getBadObject() const { return badObject; }
 
 private:
-    /// Slots of channels whose values are floats, one behind the other.
+    /// The slot of a channel of floats in a fragment: byte offset, and number of floats.
     struct FloatRun {
         int offset, count;
     };

@@ -9,11 +9,12 @@
 
 namespace Tarnkit {
 
-/// The density of rays that leave sampled lights to the light loop: next to nothing against that of
-/// any light, but not 0, so that a light that is never sampled is still seen.
+/// bsdfDensity of a ray whose hits on lights next-event estimation counts in full already: the
+/// power heuristic gives the ray next to no weight. Not 0, so that a light whose own density is 0
+/// in this direction, which next-event estimation can't find, keeps the ray's full weight.
 inline constexpr float kLeavesLights = 1e-12f;
 
-/// What the random numbers of a path are drawn for; each has numbers of its own.
+/// What random numbers are drawn for: each use is a dimension pair of its own.
 enum class RandomUse : u32 { Pixel, Light, LightChoice, Indirect, Matte, Facet, Fork };
 
 /// Two numbers in [0, 1).
@@ -106,14 +107,15 @@ inline Random2 squareToDisc(Random2 u) {
     return wide ? Random2{along, aside} : Random2{aside, along};
 }
 
-/// Share of a light that counts for one of two ways to find it: the power heuristic. `own` and
-/// `other` are the densities of the two, in one scale. Veach, "Robust Monte Carlo Methods for Light
-/// Transport Simulation", 1997, eq. 9.13.
+/// MIS weight of a sample by the power heuristic with exponent 2. `own` and `other` are the
+/// densities with which the sample's own technique and the other one choose it, in any common
+/// scale; not both 0. Veach, "Robust Monte Carlo Methods for Light Transport Simulation", 1997,
+/// eq. 9.13.
 constexpr float powerShare(float own, float other) {
     return own * own / (own * own + other * other);
 }
 
-/// Two unit vectors that make a right-handed frame with the unit vector `n`. Duff et al.,
+/// A right-handed tangent frame about the unit vector `n`. Duff et al.,
 /// "Building an Orthonormal Basis, Revisited", JCGT 6(1), 2017.
 inline void makeBasis(Vector n, Vector& t, Vector& b) {
     const float sign = std::copysign(1.0f, n.z);
@@ -123,7 +125,8 @@ inline void makeBasis(Vector n, Vector& t, Vector& b) {
     b = {m, sign + n.y * n.y * k, -n.y};
 }
 
-/// A direction about the unit vector `n` with a density of cosine / pi.
+/// A cosine-distributed direction on the hemisphere about the unit vector `n`: its density per
+/// solid angle is cosine / pi. `cosine` gets that to `n`.
 inline Vector cosineDirection(Vector n, Random2 u, float& cosine) {
     const Random2 disc = squareToDisc(u);
     cosine = std::sqrt(std::max(0.0f, 1.0f - disc.x * disc.x - disc.y * disc.y));

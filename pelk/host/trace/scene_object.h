@@ -8,14 +8,15 @@
 
 namespace Tarnkit {
 
-/// A geometry plug-in as the renderer sees it: its triangles and its material.
+/// One object of the scene: the mesh of a geometry plug-in and the material that shades it. Made by
+/// RenderSetup, owned by HostRenderer, constant while frames are rendered.
 struct SceneObject {
     Mesh mesh;
     std::vector<Vector> faceNormals;  ///< unit, one per triangle
     PluginBase* plugin = nullptr;     ///< what a hit gives as hitObject
     MaterialInterface* material = nullptr;
-    GeomObjectInterface* renderIDs = nullptr;  ///< null: its number stands for it
-    u32 index = 0;                             ///< number of the object in the scene, from 0
+    GeomObjectInterface* renderIDs = nullptr;  ///< null: `index` is its render id
+    u32 index = 0;  ///< place in HostRenderer::objects, and Embree's geometry id
 };
 
 }  // namespace Tarnkit

@@ -9,7 +9,7 @@ namespace Tarnkit {
 
 namespace {
 
-/// Twice the vector area of a triangle's part, seen along the triangle's normal.
+/// Twice the signed area of the sub-triangle (p, a, b), by the unit normal of the whole.
 double partArea(const Point& p, const Vector& a, const Vector& b, const Vector& normal) {
     const double ax = a.x - p.x, ay = a.y - p.y, az = a.z - p.z;
     const double bx = b.x - p.x, by = b.y - p.y, bz = b.z - p.z;
@@ -22,7 +22,7 @@ const std::vector<UV>& uvSet(const Mesh& mesh, int set) {
     return further ? mesh.furtherUVs[set - 1] : mesh.uvs;
 }
 
-/// The ways along a triangle by one unit of u and of v. Returns false if they can't be told.
+/// The tangents dp/du and dp/dv of a triangle. Returns false if its UVs are missing or degenerate.
 bool uvAxes(const Mesh& mesh, const std::vector<UV>& uvs, u32 triangle, Vector& alongU,
             Vector& alongV) {
     if (uvs.empty())
@@ -52,7 +52,8 @@ UV surfaceUV(const PelkContext& context, int set) {
     const Vector& n = hit.object->faceNormals[hit.triangle];
     const Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]],
                  &c = mesh.positions[corners[2]];
-    // By areas and not by the stored weights: the point may have been moved along the surface.
+    // Barycentric coordinates by areas, not those of the hit: hitPoint may have been moved, as bump
+    // mapping does to take differences.
     const double wa = partArea(hit.hitPoint, b, c, n), wb = partArea(hit.hitPoint, c, a, n),
                  wc = partArea(hit.hitPoint, a, b, n), sum = wa + wb + wc;
     if (!(sum > 0.0))
@@ -64,7 +65,7 @@ UV surfaceUV(const PelkContext& context, int set) {
 
 Transform surfaceFrame(const PelkContext& context, int set) {
     const RenderContext& hit = hostContext(context);
-    // A side that was turned over is still the same surface.
+    // flippedSide has negated the normal for shading; the UV frame stays that of the front.
     const Vector n = hit.flippedSide ? -hit.normal : hit.normal;
     Vector u, v;
     if (!hit.object || !uvAxes(hit.object->mesh, uvSet(hit.object->mesh, set), hit.triangle, u, v))
@@ -73,7 +74,7 @@ Transform surfaceFrame(const PelkContext& context, int set) {
     if (!(volume != 0.0f))
         return {};
     const float inverse = 1.0f / volume;
-    // The rows of the map are the gradients of the coordinates.
+    // The inverse of (dp/du, dp/dv, n): its rows are the gradients of the coordinates.
     const Matrix m =
         transposed({{cross(v, n) * inverse, cross(n, u) * inverse, cross(u, v) * inverse}});
     return {m.columns[0], m.columns[1], m.columns[2], {}};
