@@ -110,7 +110,7 @@ static bool canHit(const RenderContext& c, const SceneLight& light) {
 }
 
 bool HostRenderer::hitLight(const RenderContext& c, double limit, LightHit& nearest) const {
-    bool met = false;
+    bool found = false;
     for (const SceneLight& light : lightLoop.getFiniteLights()) {
         if (!canHit(c, light))
             continue;
@@ -118,10 +118,10 @@ bool HostRenderer::hitLight(const RenderContext& c, double limit, LightHit& near
         if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
             nearest = hit;
             limit = hit.distance;
-            met = true;
+            found = true;
         }
     }
-    return met;
+    return found;
 }
 
 Color HostRenderer::weightedRadiance(const RenderContext& c, const LightHit& hit) const {

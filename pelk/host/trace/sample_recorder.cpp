@@ -75,7 +75,7 @@ void SampleRecorder::beginPixel() {
 
 void SampleRecorder::endSample(const RenderContext& c, float share, FragmentList& pixel) {
     if (!sample)
-        addSurroundings(Color(0));  // ended by the depth limit before it hit anything
+        addSurroundings(Color(0));  // ended by the depth limit, nothing was shaded
     sample->color = c.traceResult;
     sample->background = Color(0);  // is in the colour
     sample->alpha = c.traceAlpha;

@@ -65,7 +65,7 @@ private:
 
     PKFragment* fragments[2] = {};  // of this pixel: one is the sample, the other the layer
     PKFragment* layer = nullptr;
-    PKFragment* sample = nullptr;  // null until the ray has met something
+    PKFragment* sample = nullptr;  // null until the ray has hit something
     int sampleTag = 0;
 
     long long dropped = 0;

@@ -52,8 +52,8 @@ UV surfaceUV(const PelkContext& context, int set) {
     const Vector& n = hit.object->faceNormals[hit.triangle];
     const Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]],
                  &c = mesh.positions[corners[2]];
-    // Barycentric coordinates by areas, not those of the hit: hitPoint may have been moved, as bump
-    // mapping does to take differences.
+    // Barycentric coordinates by areas, not those of the hit: hitPoint may have been moved along the
+    // surface since, as for the finite differences of a bump map.
     const double wa = partArea(hit.hitPoint, b, c, n), wb = partArea(hit.hitPoint, c, a, n),
                  wc = partArea(hit.hitPoint, a, b, n), sum = wa + wb + wc;
     if (!(sum > 0.0))
