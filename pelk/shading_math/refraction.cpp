@@ -24,4 +24,20 @@ Refraction refract(const Vector& d, const Vector& m, float n, const Vector& dx, 
     return {r, mirrored(dx, h), mirrored(dy, h), true};
 }
 
+float fresnelDielectric(const Vector& d, const Vector& m, const Vector& t, float n) {
+    if (std::fabs(n - 1.0f) < 1e-6f)
+        return 0.0f;
+    const float a = -dot(d, m), b = -dot(t, m);
+    if (a > 1.0f || b > 1.0f) {
+        const float head = (n - 1.0f) / (n + 1.0f);
+        return head * head;
+    }
+    // The limit for a ray along the surface, where p would become infinity over infinity.
+    if (std::fabs(a) < 1e-30f)
+        return 1.0f;
+    const float p = (b / a) * n, q = (a / b) * n;
+    const float parallel = (p - 1.0f) / (p + 1.0f), perpendicular = (q - 1.0f) / (q + 1.0f);
+    return (parallel * parallel + perpendicular * perpendicular) * 0.5f;
+}
+
 }  // namespace Tarnkit

@@ -29,9 +29,30 @@ struct Refraction {
 ///
 /// Where the number under the root is at most 1e-6 there is total internal reflection, the small
 /// margin keeping the derivatives, which divide by s, finite. The ray and its derivatives are then
-/// mirrored at the surface. What share of light goes through (the Fresnel term) isn't told here.
+/// mirrored at the surface. What share of light goes through is told by fresnelDielectric below.
 ///
 /// All in single precision, in the order of the formulas. A pure function: any thread, at hits too.
 Refraction refract(const Vector& d, const Vector& m, float n, const Vector& dx, const Vector& dy);
+
+/// Fresnel reflectance: the share, 0 to 1, of unpolarised light that a smooth surface between two
+/// clear media mirrors; the rest is refracted. Which way the light goes doesn't matter, so the
+/// value for the traced path is the value for the light that comes along it.
+/// `d`, `m`, `n`: as given to refract. `t`: the direction that it answered. Not for total internal
+/// reflection, where no refracted direction exists and the share is 1:
+///
+///     const Refraction ray = refract(d, m, n, dx, dy);
+///     const float share = ray.total ? 1.0f : fresnelDielectric(d, m, ray.direction, n);
+///
+/// With a = -d . m and b = -t . m, both below 0 for a ray that leaves, it is the mean over the two
+/// polarisations, parallel and perpendicular to the plane of incidence:
+///
+///     F = (((p - 1) / (p + 1))^2 + ((q - 1) / (q + 1))^2) / 2,    p = (b / a) n,  q = (a / b) n
+///
+/// Fresnel's equations as in Pharr, Jakob and Humphreys, "Physically Based Rendering", 4th edition,
+/// section 9.3.5, divided by one cosine: taken from the other side p and q change places, hence one
+/// form for rays that enter and that leave. At normal incidence, where rounding may leave a cosine
+/// above 1, F = ((n - 1) / (n + 1))^2; for an `n` within 1e-6 of 1 there is no surface, and F = 0.
+/// For a ray along the surface F = 1.
+float fresnelDielectric(const Vector& d, const Vector& m, const Vector& t, float n);
 
 }  // namespace Tarnkit
