@@ -26,6 +26,12 @@ constexpr Vector operator*(const Matrix& m, Vector v) {
     return v.x * m.columns[0] + v.y * m.columns[1] + v.z * m.columns[2];
 }
 
+/// The map that applies `b` first and then `a`: its columns are the images under `a` of those of
+/// `b`.
+constexpr Matrix operator*(const Matrix& a, const Matrix& b) {
+    return {{a * b.columns[0], a * b.columns[1], a * b.columns[2]}};
+}
+
 /// The matrix with rows and columns exchanged. For orthonormal columns, such as those of a tangent
 /// frame, it is the inverse, so it leads from the world back to local space. Of any other matrix it
 /// is not the inverse, and nothing here tests that.

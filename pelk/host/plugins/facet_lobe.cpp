@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "pelk/contract/renderer.h"
-#include "pelk/shading_math/microfacet.h"
+#include "pelk/shading_math/gtr_lobe.h"
 
 namespace Tarnkit {
 

@@ -1,4 +1,4 @@
-#include "pelk/shading_math/microfacet.h"
+#include "pelk/shading_math/gtr_lobe.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pelk/shading_math/gtr_masking.h"
 #include "pelk/shading_math/matrix.h"
 
 namespace Tarnkit {
@@ -64,25 +65,6 @@ enum GtrType : int {
 //
 // 1e18 stands for a density that can't be computed: where D is next to 0, or a ray runs along the
 // surface. In the power heuristic it wins against any light, as the delta lobe of a mirror does.
-
-/// Smith's masking G1: the share of the facets with the normal `h` that the direction `w` sees, 0
-/// to 1, never NaN. `w`: unit, away from the surface, to the viewer or to the light; for
-/// transmission the direction of the refracted ray turned back. 0 below or along the surface (n . w
-/// at most 0.001) and on facets seen from behind, 1 along the normal.
-///
-/// With a = cot(angle of w to n), GGX has G1 = 2 / (1 + sqrt(1 + (alpha / a)^2)): Walter, eq. 34.
-/// For the tails 0, 1, 3 and 4 there are closed forms too. All five solve the equation that defines
-/// Smith's masking of a distribution, that the projections of the visible facets add up to that of
-/// the surface:
-///
-///     n . w = G1 * integral over h of max(0, w . h) D(n . h)
-///
-/// Heitz, "Understanding the Masking-Shadowing Function in Microfacet-Based BRDFs", JCGT 2014,
-/// where GGX is eq. 72 put in eq. 43. A tail within 0.01 of one with a closed form takes that form;
-/// tails above 3.99 take that of 4; the others a natural cubic spline in gamma through
-/// the five, at the cost of them all. Masking that doesn't fit D would make or lose light.
-float gtrMasking(const Vector& w, const Vector& h, const Vector& n, float alpha, float gamma,
-                 int maskMode);
 
 /// Samples the direction to the light: chooses a facet by D(c) c and mirrors `d` at it.
 /// `u`, `v`: random numbers, at least 0 and below 1, for the facet's polar cosine and its azimuth.
