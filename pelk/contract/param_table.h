@@ -230,11 +230,33 @@ constexpr ParamRow<P> intListParam(const char* name, int value, Texts... texts) 
     return withDefault(intListParam<P>(name, texts...), value);
 }
 
-/// Numbers, such as the positions of a ramp. Read by name, item for item (getFloat), as many as
-/// getCount says: it may be longer or shorter than the lists that go with it.
+/// Numbers, such as weights beside a list of plug-ins. Read by name, item for item (getFloat), as
+/// many as getCount says: it may be longer or shorter than the lists that go with it.
 template <class P, ParamText... Texts>
 constexpr ParamRow<P> floatListParam(const char* name, Texts... texts) {
     return asList(paramRow(ParameterType::Float, name, kByName<P>, texts...));
+}
+
+/// Colours, for each of which a texture may stand, such as the values of a ramp. Read by name, item
+/// for item: getColor gives the plain value, getObject the texture.
+template <class P, ParamText... Texts>
+constexpr ParamRow<P> textureListParam(const char* name, Texts... texts) {
+    return asList(paramRow(ParameterType::Texture, name, kByName<P>, texts...));
+}
+
+/// Numbers, for each of which a texture may stand; else as textureListParam, with getFloat.
+template <class P, ParamText... Texts>
+constexpr ParamRow<P> textureFloatListParam(const char* name, Texts... texts) {
+    return asList(paramRow(ParameterType::TextureFloat, name, kByName<P>, texts...));
+}
+
+/// The same by kTexturedFloatsType, the type by which hosts know the positions of ramps. Hosts see
+/// a single value in its record, as the number alone says that it is a list.
+template <class P, ParamText... Texts>
+constexpr ParamRow<P> texturedFloatsParam(const char* name, Texts... texts) {
+    ParamRow<P> row = paramRow(ParameterType::Other, name, kByName<P>, texts...);
+    row.desc.typeNumber = kTexturedFloatsType;
+    return row;
 }
 
 /// Texts, such as names of shader sets. Read by name, item for item (getString), which answers null

@@ -41,6 +41,11 @@ enum class ParameterType {
     Other          ///< what the types above don't tell; read by name
 };
 
+/// A value of ParameterDesc::typeNumber: a list of floats, each of which a float texture may stand
+/// for, as the positions of a ramp. Read by name: getFloat gives the number of an item, getObject
+/// its texture. Registered with the count -1, a list all the same.
+constexpr int kTexturedFloatsType = 12;
+
 /// What is known of one parameter of a plug-in's kind. Texts are literals of the plug-in's library,
 /// kept as pointers; they are valid as long as the library is loaded.
 ///
@@ -60,8 +65,7 @@ enum class ParameterType {
 struct ParameterDesc {
     const char* name = nullptr;  ///< lower case with underscores; unlike all others of the kind
     ParameterType type = ParameterType::Other;
-    int typeNumber = 0;       ///< the number that addParam was given, else 0. In use: 12, a list of
-                              ///< floats each of which a float texture may stand for
+    int typeNumber = 0;       ///< the number that addParam was given (kTexturedFloatsType), else 0
     int count = -1;           ///< -1: a single value; 0: a list of any length
     bool ofPairs = false;     ///< of a list of Plugin: items are lists of a number and a plug-in
     bool hasDefault = false;  ///< false: the fields below say nothing

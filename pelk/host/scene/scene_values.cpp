@@ -14,13 +14,9 @@ namespace Tarnkit {
 
 namespace {
 
-/// The number of the parameter type whose items are numbers, each with a texture if one is
-/// connected.
-constexpr int kTexturedFloats = 12;
-
 bool isList(const ParameterDesc& desc) {
     return desc.isList() ||
-           (desc.type == ParameterType::Other && desc.typeNumber == kTexturedFloats);
+           (desc.type == ParameterType::Other && desc.typeNumber == kTexturedFloatsType);
 }
 
 bool isTexture(const ParameterDesc& desc) {

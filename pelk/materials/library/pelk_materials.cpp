@@ -12,6 +12,7 @@
 #include "pelk/materials/composite/mtl_render_stats.h"
 #include "pelk/materials/matte/mtl_wrapper.h"
 #include "pelk/materials/matte/mtl_wrapper_maya.h"
+#include "pelk/materials/maya/mtl_maya_ramp.h"
 #include "pelk/materials/surface/mtl_diffuse.h"
 #include "pelk/materials/surface/mtl_single_brdf.h"
 
@@ -73,6 +74,7 @@ struct Materials {
     Enrolled<MtlWrapperMayaDesc> wrapperMaya{libDesc};
     Enrolled<MtlSingleBRDFDesc> singleBRDF{libDesc};
     Enrolled<MtlRenderStatsDesc> renderStats{libDesc};
+    Enrolled<MtlRampPluginDesc> mayaRamp{libDesc};
     Enrolled<MtlOverrideDesc> overriding{libDesc};
     Enrolled<MtlMultiDesc> multi{libDesc};
     Enrolled<MtlMaterialIDDesc> materialID{libDesc};
