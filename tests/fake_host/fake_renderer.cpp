@@ -20,6 +20,7 @@ FakeContext::FakeContext(FakeRenderer& fakeRenderer, ThreadData& thread) {
     shadeFlags = kShadeAlphaCounts;
     rayDir = rayDir2 = {0.0f, 0.0f, -1.0f};
     rayType = kRayCamera;
+    rayContribution = 1.0f;
     rayWeight = rayWeight2 = spawnWeight = Color(1);
     hitPoint = refractionOrigin = {1.0, 2.0, 3.0};
     normal = geomNormal = faceNormal = {0.0f, 0.0f, 1.0f};

@@ -64,6 +64,14 @@ protected:
         start("Mtl2Sided", {{"front", &base}, {"back", diffuse}, {"translucency_tex", &texture}});
         start("MtlMaterialID", {{"base_mtl", &base}});
         start("MtlDoubleSided", {{"base_mtl", &base}});
+        // By light angle with a reflected ray, by brightness with a refracted one too.
+        for (const int input : {0, 2})
+            startRamp({{"color_input", input},
+                       {"diffuse_tex", &texture},
+                       {"reflection_limit", 5},
+                       {"refraction_limit", input},
+                       {"refractions", true},
+                       {"channels", Plugins{&channel}}});
         log.quiet = true;
     }
 
@@ -177,6 +185,28 @@ private:
         materials.push_back(&make(name));
         startFrame(*materials.back(), params);
         return materials.back();
+    }
+
+    /// With a plain and a textured point in each ramp.
+    void startRamp(std::initializer_list<Param> params) {
+        PelkMaterial& material = make("MtlMayaRamp");
+        materials.push_back(&material);
+        const std::vector<Textured<float>> positions = {{0.0f, &texture}, {1.0f}},
+                                           values = {{0.0f, &texture}, {0.75f}};
+        const std::vector<Textured<AColor>> colors = {{{}, &texture}, {{Color(0.75f), 1.0f}}};
+        for (const std::string ramp : {"color", "transp", "incan", "specular", "environm",
+                                       "specularRollOff", "reflectivity"}) {
+            const auto set = [&](const char* list, const auto& items) {
+                setParams(material, {{(ramp + list).c_str(), items}});
+            };
+            set("_positions", positions);
+            set("_interpolations", std::vector<int>{1, 3});
+            if (ramp == "specularRollOff" || ramp == "reflectivity")
+                set("_values", values);
+            else
+                set("_colors", colors);
+        }
+        startFrame(material, params);
     }
 
     FakeChannel channel{2};
