@@ -1,0 +1,134 @@
+#include "pelk/shading_math/differential.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+namespace Tarnkit {
+namespace {
+
+/// The same operations without derivatives, in double: the second way to every formula.
+struct Slow {
+    double x, y, z;
+};
+
+Slow slow(const Vector& v) {
+    return {v.x, v.y, v.z};
+}
+Slow operator+(const Slow& a, const Slow& b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+Slow operator*(double s, const Slow& a) {
+    return {s * a.x, s * a.y, s * a.z};
+}
+Slow operator*(const Slow& a, double s) {
+    return s * a;
+}
+Slow operator*(double s, const Vector& a) {
+    return s * slow(a);
+}
+Slow operator-(const Slow& a, const Slow& b) {
+    return a + -1.0 * b;
+}
+Slow operator/(const Slow& a, double s) {
+    return 1.0 / s * a;
+}
+Slow cross(const Slow& a, const Slow& b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+Slow cross(const Vector& a, const Slow& b) {
+    return cross(slow(a), b);
+}
+Slow cross(const Slow& a, const Vector& b) {
+    return cross(a, slow(b));
+}
+double dot(const Slow& a, const Vector& b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+double length(const Slow& a) {
+    return std::sqrt(a.x * a.x + a.y * a.y + a.z * a.z);
+}
+Slow normalize(const Slow& a) {
+    return a / length(a);
+}
+
+/// A formula of random operations, the same for the same state of `random`.
+template <class Number, class Vec>
+Number formula(std::mt19937 random, Vec v) {
+    using std::sqrt;
+    std::uniform_real_distribution<float> even(-1.0f, 1.0f);
+    const Vec start = v;
+    Number s{0.5f};
+    for (int step = 0; step < 9; ++step) {
+        const Vector c{even(random), even(random), even(random)};
+        switch (random() % 11) {
+            case 0:
+                s = s + dot(v, c);
+                break;
+            case 1:
+                s = s * dot(v, c) - s;
+                break;
+            case 2:
+                s = sqrt(s * s + Number{0.7f});
+                break;
+            case 3:
+                s = (s - length(v)) / 1.7f;
+                break;
+            case 4:
+                v = v / (s * s + Number{1.0f});
+                break;
+            case 5:
+                v = normalize(v + start);
+                break;
+            case 6:
+                v = cross(c, v) + v;
+                break;
+            case 7:
+                v = cross(v, c) - v;
+                break;
+            case 8:
+                v = s * v + start * s;
+                break;
+            case 9:
+                v = 0.3f * v - s * c;
+                break;
+            default:
+                s = -s * 0.8f;
+        }
+    }
+    return s + dot(v, {0.3f, -0.5f, 0.7f});
+}
+
+TEST(Differential, FormulasCarryTheirNumericDerivatives) {
+    std::uniform_real_distribution<float> even(-1.0f, 1.0f);
+    constexpr double kStep = 1e-5;
+    for (unsigned seed = 0; seed < 3000; ++seed) {
+        std::mt19937 random(seed);
+        const auto vector = [&] { return Vector{even(random), even(random), even(random)}; };
+        const DiffVector in{vector() + Vector{0, 0, 2}, vector(), vector()};
+        const auto at = [&](double x, double y) {
+            return formula<double>(random, slow(in.value) + x * slow(in.dx) + y * slow(in.dy));
+        };
+        const DiffFloat out = formula<DiffFloat>(random, in);
+        const double dx = (at(kStep, 0) - at(-kStep, 0)) / (2 * kStep);
+        const double dy = (at(0, kStep) - at(0, -kStep)) / (2 * kStep);
+        const double tolerance = 1e-4 * (1 + std::fabs(at(0, 0)) + std::fabs(dx) + std::fabs(dy));
+        SCOPED_TRACE(seed);
+        EXPECT_NEAR(out.value, at(0, 0), tolerance);
+        EXPECT_NEAR(out.dx, dx, tolerance);
+        EXPECT_NEAR(out.dy, dy, tolerance);
+    }
+}
+
+TEST(Differential, ProductsWithAConstantKeepWhatSinglePrecisionCancels) {
+    // Two terms of 2^24 and one of 1: their sum in single precision has lost the 1.
+    const Vector large{4096.0f, 1.0f, -4096.0f}, other{4096.0f, 1.0f, 4096.0f};
+    EXPECT_EQ(dot(DiffVector{large, large, {}}, other).dx, 1.0f);
+    const Vector a{0.0f, 4097.0f, 4096.0f}, b{0.0f, 4096.0f, 4095.0f};
+    EXPECT_EQ(cross(DiffVector{a, a, {}}, b).dx.x, -1.0f);
+    EXPECT_EQ(cross(b, DiffVector{a, {}, a}).dy.x, 1.0f);
+}
+
+}  // namespace
+}  // namespace Tarnkit
