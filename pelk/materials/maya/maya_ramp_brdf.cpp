@@ -73,21 +73,6 @@ float geometryTerm(float nh, float vh, float nv, float nl) {
     return 2.0f * nh * f / b;
 }
 
-/// Reflectance of a smooth surface between dielectrics for unpolarised light, 0 to 1: the mean of
-/// the squared Fresnel amplitudes. `a` and `b`: cosines of the incoming and the refracted ray to
-/// the normal; `n`: index behind the surface over that in front.
-float fresnel(float n, float a, float b) {
-    if (std::fabs(n - 1.0f) < 1e-6f)
-        return 0.0f;
-    if (a > 1.0f || b > 1.0f) {
-        const float r = (n - 1.0f) / (n + 1.0f);
-        return r * r;
-    }
-    const float p = (b / a) * n, q = (a / b) * n;
-    const float rp = (p - 1.0f) / (p + 1.0f), rq = (q - 1.0f) / (q + 1.0f);
-    return (rp * rp + rq * rq) * 0.5f;
-}
-
 void writeChannel(PelkContext& context, int channel, Color value) {
     if (context.resultFragment && channel != -1)
         context.resultFragment->setChannel(channel, &value);
@@ -228,7 +213,7 @@ Color MayaRampBRDF::evalSpecular(PelkContext& context, const Vector& direction, 
 
 void MayaRampBRDF::traceForward(PelkContext& context, int) {
     const Color clear = getTransparency(context);
-    setResults(context, Color(0), clear, complement(clear), clear);
+    setFilterResults(context, clear);
     const ScopedFlip ownSide(context, context.flippedSide != 0);
     const float facing = facingOf(context);
     const float reflectivity = evalFloatRamp(params->reflectivityRamp, context, facing);
@@ -266,8 +251,8 @@ float MayaRampBRDF::addRefraction(PelkContext& context, float reflectivity, bool
     isTotal = refraction.total;
     if (isTotal)
         return 1.0f;
-    const float reflectance = fresnel(n, -dot(context.rayDir, context.normal),
-                                      -dot(refraction.direction, context.normal));
+    const float reflectance =
+        fresnelDielectric(context.rayDir, context.normal, refraction.direction, n);
     const float weight = (1.0f - reflectance) * reflectivity;
     const Color color = traceAlong(context, refraction.direction, weight, kRayRefract);
     context.resultColor += color;

@@ -157,8 +157,7 @@ void MtlRampPlugin::shadeThrough(PelkContext& context, BSDFInterface& provider) 
         if (!bsdf)
             return;
         context.surfaceVolume = bsdf->getVolume(context);
-        const Color clear = bsdf->getBSDFTransparency(context);
-        setResults(context, Color(0), clear, complement(clear), clear);
+        setFilterResults(context, bsdf->getBSDFTransparency(context));
         if (!(context.rayType & kRayShadow)) {
             Color direct;
             context.computeDirectLighting(direct, bsdf);

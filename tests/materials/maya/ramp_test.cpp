@@ -2,11 +2,10 @@
 
 #include <limits>
 
-#include "materials/maya/ramp_reference.h"
+#include "materials/maya/ramp_fixture.h"
 
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 /// A texture that counts how often it is read.
