@@ -7,7 +7,7 @@
 #include "pelk/base/grow_table.h"
 #include "pelk/base/hash_table.h"
 #include "pelk/platform/module.h"
-#include "pelk/support/frame_allocator.h"
+#include "pelk/support/base_allocator.h"
 #include "pelk/support/plugin_manager.h"
 
 namespace Tarnkit {
@@ -103,7 +103,7 @@ private:
     class DetachDescCb;
     using GetLibDesc = PluginLibDesc* (*)();
     using PluginMap =
-        std::map<u64, Plugin*, std::less<>, FrameAllocator<std::pair<const u64, Plugin*>>>;
+        std::map<u64, Plugin*, std::less<>, BaseAllocator<std::pair<const u64, Plugin*>>>;
 
     PluginLibDesc* loadFile(const char* path, PelkPluginHost* host, MessageLog& log);
     PluginLibDesc* loadFittingFile(const char* path, PelkPluginHost* host, MessageLog& log);
