@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "pelk/host/scene/scene.h"
+#include "pelk/host/scene/setting_limits.h"
 
 namespace Tarnkit {
 
@@ -17,27 +18,34 @@ std::string checkOverride(const std::string& text) {
 
 }  // namespace
 
-void addSizeOption(CLI::App& command, int& width, int& height) {
+void PictureOptions::addTo(CLI::App& command) {
     command
         .add_option_function<std::string>(
             "--size",
-            [&width, &height](const std::string& text) {
+            [this](const std::string& text) {
                 std::array<int, 2> size{};
-                if (!parseNumbers(text, 'x', size) || size[0] < 1 || size[1] < 1 ||
-                    size[0] > kMaxPictureSide || size[1] > kMaxPictureSide ||
-                    (long long)size[0] * size[1] > kMaxPicturePixels)
-                    refuse("--size", text, "WIDTHxHEIGHT, such as 640x480, at most 65536 each way");
+                const IntLimits& side = kPictureSideLimits;
+                if (!parseNumbers(text, 'x', size) || !side.allow(size[0]) ||
+                    !side.allow(size[1]) || hasTooManyPixels(size[0], size[1]))
+                    refuse("--size", text,
+                           "WIDTHxHEIGHT, such as 640x480, at most " + std::to_string(side.most) +
+                               " each way and " + std::to_string(kMaxPicturePixels) + " pixels");
                 width = size[0];
                 height = size[1];
             },
             "Size of the picture in pixels")
         ->type_name("WxH");
-}
-
-void addSamplesOption(CLI::App& command, int& samples) {
     command.add_option("--spp", samples, "Samples per pixel")
         ->type_name("N")
-        ->check(CLI::Range(1, kMaxSamples).description(""));
+        ->check(CLI::Range(kSampleLimits.least, kSampleLimits.most).description(""));
+}
+
+RenderOptions PictureOptions::forRender(const SceneSettings& settings) const {
+    RenderOptions options;
+    options.width = width > 0 ? width : settings.width;
+    options.height = height > 0 ? height : settings.height;
+    options.samples = samples > 0 ? samples : settings.samples;
+    return options;
 }
 
 void addSetOption(CLI::App& command, std::vector<std::string>& overrides) {

@@ -6,18 +6,30 @@
 #include <string_view>
 #include <vector>
 
+#include "pelk/host/render/render_job.h"
+
 namespace CLI {
 class App;
 }
 
 namespace Tarnkit {
 
+struct SceneSettings;
+
 // Options that several commands share.
 
-/// `--size WxH`; leaves both at 0 if it isn't given.
-void addSizeOption(CLI::App& command, int& width, int& height);
-/// `--spp N`
-void addSamplesOption(CLI::App& command, int& samples);
+/// How large a picture is to be and how many samples a pixel gets. 0 was left out, and the scene's
+/// settings hold.
+struct PictureOptions {
+    int width = 0, height = 0;
+    int samples = 0;  ///< per pixel
+
+    /// Adds `--size WxH` and `--spp N`.
+    void addTo(CLI::App& command);
+    /// Size and samples for a render of a scene with these settings; all else is as by default.
+    RenderOptions forRender(const SceneSettings& settings) const;
+};
+
 /// `--set INSTANCE.PARAM=VALUE`, repeatable
 void addSetOption(CLI::App& command, std::vector<std::string>& overrides);
 

@@ -7,28 +7,22 @@
 #include "pelk/contract/pelk_material.h"
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/common_options.h"
-#include "pelk/host/cli/console_log.h"
 #include "pelk/host/cli/console_text.h"
-#include "pelk/host/cli/plugin_options.h"
+#include "pelk/host/cli/scene_command.h"
 #include "pelk/host/render/describe_job.h"
-#include "pelk/host/scene/host_session.h"
-#include "pelk/host/scene/scene.h"
-#include "pelk/host/scene/scene_reader.h"
 #include "pelk/support/spelling.h"
 
 namespace Tarnkit {
 
 namespace {
 
-struct DescribeOptions {
-    PluginOptions plugins;
-    std::string scene, instance;
+struct DescribeOptions : SceneOptions {
+    std::string instance;
     std::string section = "MaterialDescriptor";
-    std::vector<std::string> overrides;
-    LogOptions log;
 };
 
-/// The instance's face for descriptions; null with a text that says what is wrong.
+/// The interface by which the instance describes itself as text for GPU renderers; null with a text
+/// that says what is wrong.
 RTMtlInterface* findMaterial(const Scene& scene, const std::string& name, std::string& error) {
     Plugin* const plugin = scene.findPlugin(name);
     if (!plugin) {
@@ -46,33 +40,22 @@ RTMtlInterface* findMaterial(const Scene& scene, const std::string& name, std::s
 }
 
 ExitCode run(const DescribeOptions& options) {
-    Diagnostics diagnostics;
-    StatusLine status;
-    ConsoleLog log(status, diagnostics, options.log.verbose);
-    std::string error;
-    const auto fail = [&](const std::string& text) {
-        log.complain(text);
+    SceneCommand command(options);
+    if (!command.openLog() || !command.openScene())
         return ExitCode::BadInput;
-    };
-
-    if (options.log.debugLog && !diagnostics.keepIn(*options.log.debugLog, error))
-        return fail(error);
-    HostSession session;
-    if (!loadModules(session, options.plugins, log, error))
-        return fail(error);
-    const auto scene = readScene(session, options.scene, options.overrides, error);
-    if (!scene)
-        return fail(error);
-    RTMtlInterface* const material = findMaterial(*scene, options.instance, error);
+    Scene& scene = command.getScene();
+    std::string error;
+    RTMtlInterface* const material = findMaterial(scene, options.instance, error);
     if (!material)
-        return fail(error);
+        return command.fail(ExitCode::BadInput, error);
     const DescribeResult result =
-        describeMaterial(*scene, *material, options.section.c_str(), &log);
+        describeMaterial(scene, *material, options.section.c_str(), &command.getLog());
     if (!result.ok)
-        return fail(result.error);
+        return command.fail(ExitCode::BadInput, result.error);
     printResult(result.text);
     if (!result.handled)
-        log.info("\"%s\" has no %s", options.instance.c_str(), options.section.c_str());
+        command.getLog().info("\"%s\" has no %s", options.instance.c_str(),
+                              options.section.c_str());
     return ExitCode::Done;
 }
 
@@ -82,7 +65,7 @@ void addDescribeCommand(CLI::App& program, ExitCode& exitCode) {
     CLI::App* const command = program.add_subcommand(
         "describe", "Prints the text by which a material of a scene describes itself");
     const auto options = std::make_shared<DescribeOptions>();
-    command->add_option("SCENE", options->scene, "Scene file")->required()->type_name("");
+    options->addFileTo(*command);
     command->add_option("INSTANCE", options->instance, "Name of the material in the scene")
         ->required()
         ->type_name("");

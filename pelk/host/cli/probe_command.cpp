@@ -6,40 +6,20 @@
 
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/common_options.h"
-#include "pelk/host/cli/console_log.h"
 #include "pelk/host/cli/json_output.h"
-#include "pelk/host/cli/plugin_options.h"
+#include "pelk/host/cli/scene_command.h"
 #include "pelk/host/render/probe_job.h"
-#include "pelk/host/scene/host_session.h"
 #include "pelk/host/scene/material_tree.h"
-#include "pelk/host/scene/scene.h"
-#include "pelk/host/scene/scene_reader.h"
 
 namespace Tarnkit {
 
 namespace {
 
-struct ProbeOptions {
-    PluginOptions plugins;
-    std::string scene;
+struct ProbeOptions : SceneOptions {
     std::array<int, 2> pixel{};
-    int width = 0, height = 0;
-    int samples = 0;
-    std::vector<std::string> overrides;
+    PictureOptions picture;
     bool json = false;
-    LogOptions log;
-
-    RenderOptions forRender(const SceneSettings& settings) const;
 };
-
-RenderOptions ProbeOptions::forRender(const SceneSettings& settings) const {
-    RenderOptions options;
-    options.width = width > 0 ? width : settings.width;
-    options.height = height > 0 ? height : settings.height;
-    options.samples = samples > 0 ? samples : settings.samples;
-    options.channels = {"all"};
-    return options;
-}
 
 std::string nameOf(const Plugin* plugin) {
     return plugin ? plugin->getPluginNameOr("") : "";
@@ -108,7 +88,7 @@ void printAsJson(const ProbeOptions& options, const RenderOptions& render,
     Json channels;
     for (const ProbedChannel& channel : result.channels)
         channels[channel.name] = valueOf(channel);
-    printJson({{"scene", options.scene},
+    printJson({{"scene", options.file},
                {"pixel", options.pixel},
                {"size", {render.width, render.height}},
                {"samples", render.samples},
@@ -176,7 +156,7 @@ void printAsText(const ProbeOptions& options, const RenderOptions& render,
                  const ProbeResult& result, const MaterialTree* tree) {
     ConsoleText text;
     text.addf("Pixel %d,%d of %s, %d x %d\n\n", options.pixel[0], options.pixel[1],
-              options.scene.c_str(), render.width, render.height);
+              options.file.c_str(), render.width, render.height);
     if (result.hit)
         addHit(text, *result.hit);
     else
@@ -193,34 +173,23 @@ void printAsText(const ProbeOptions& options, const RenderOptions& render,
 }
 
 ExitCode run(const ProbeOptions& options) {
-    Diagnostics diagnostics;
-    StatusLine status;
-    ConsoleLog log(status, diagnostics, options.log.verbose);
-    std::string error;
-    const auto fail = [&](ExitCode code, const std::string& text) {
-        log.complain(text);
-        return code;
-    };
-    if (options.log.debugLog && !diagnostics.keepIn(*options.log.debugLog, error))
-        return fail(ExitCode::BadInput, error);
-    HostSession session;
-    if (!loadModules(session, options.plugins, log, error))
-        return fail(ExitCode::BadInput, error);
-    const auto scene = readScene(session, options.scene, options.overrides, error);
-    if (!scene)
-        return fail(ExitCode::BadInput, error);
-    const RenderOptions render = options.forRender(scene->settings);
+    SceneCommand command(options);
+    if (!command.openLog() || !command.openScene())
+        return ExitCode::BadInput;
+    Scene& scene = command.getScene();
+    RenderOptions render = options.picture.forRender(scene.settings);
+    render.channels = {"all"};
     const auto [x, y] = options.pixel;
     if (x >= render.width || y >= render.height)
-        return fail(ExitCode::BadUsage, "--pixel lies outside; the picture has " +
-                                            std::to_string(render.width) + " x " +
-                                            std::to_string(render.height) + " pixels");
-    const ProbeResult result = probePixel(*scene, render, x, y, &log);
+        return command.fail(ExitCode::BadUsage, "--pixel lies outside; the picture has " +
+                                                    std::to_string(render.width) + " x " +
+                                                    std::to_string(render.height) + " pixels");
+    const ProbeResult result = probePixel(scene, render, x, y, &command.getLog());
     if (!result.ok)
-        return fail(ExitCode::BadInput, options.scene + ": " + result.error);
+        return command.fail(ExitCode::BadInput, options.file + ": " + result.error);
     std::optional<MaterialTree> tree;
     if (result.hit && result.hit->material)
-        tree = followReferences(session, *scene, result.hit->material);
+        tree = followReferences(command.getSession(), scene, result.hit->material);
     (options.json ? printAsJson : printAsText)(options, render, result, tree ? &*tree : nullptr);
     return ExitCode::Done;
 }
@@ -231,7 +200,7 @@ void addProbeCommand(CLI::App& program, ExitCode& exitCode) {
     CLI::App* const command = program.add_subcommand(
         "probe", "Tells what one pixel of a picture shows: the hit, its material, all channels");
     const auto options = std::make_shared<ProbeOptions>();
-    command->add_option("SCENE", options->scene, "Scene file")->required()->type_name("");
+    options->addFileTo(*command);
     command
         ->add_option_function<std::string>(
             "--pixel",
@@ -242,8 +211,7 @@ void addProbeCommand(CLI::App& program, ExitCode& exitCode) {
             "The pixel, from 0,0 in the upper left corner")
         ->type_name("X,Y")
         ->required();
-    addSizeOption(*command, options->width, options->height);
-    addSamplesOption(*command, options->samples);
+    options->picture.addTo(*command);
     addSetOption(*command, options->overrides);
     options->plugins.addTo(*command);
     command->add_flag("--json", options->json, "Print JSON");

@@ -6,16 +6,12 @@
 #include <vector>
 
 #include "pelk/host/cli/commands.h"
-#include "pelk/host/cli/console_log.h"
 #include "pelk/host/cli/interrupt.h"
 #include "pelk/host/cli/json_output.h"
 #include "pelk/host/cli/progress.h"
 #include "pelk/host/cli/render_options.h"
 #include "pelk/host/picture/image_output.h"
 #include "pelk/host/render/render_workers.h"
-#include "pelk/host/scene/host_session.h"
-#include "pelk/host/scene/scene.h"
-#include "pelk/host/scene/scene_reader.h"
 #include "pelk/platform/file.h"
 
 namespace Tarnkit {
@@ -26,15 +22,11 @@ namespace {
 class RenderRun {
 public:
     explicit RenderRun(RenderCommandOptions& commandOptions)
-        : options(commandOptions), log(status, diagnostics, commandOptions.log.verbose) {}
+        : options(commandOptions), command(commandOptions) {}
 
     ExitCode run();
 
 private:
-    ExitCode fail(ExitCode code, const std::string& text) {
-        log.complain(text);
-        return code;
-    }
     ExitCode checkOutputs();
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
     RenderResult render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
@@ -44,37 +36,31 @@ private:
     ExitCode report(const RenderResult& result, ExitCode code);
 
     RenderCommandOptions& options;
-    Diagnostics diagnostics;
-    StatusLine status;
-    ConsoleLog log;
+    SceneCommand command;
     std::vector<std::string> written;  ///< full names of the pictures
 };
 
 ExitCode RenderRun::run() {
-    std::string error;
-    if (options.log.debugLog && !diagnostics.keepIn(*options.log.debugLog, error))
-        return fail(ExitCode::BadInput, error);
+    if (!command.openLog())
+        return ExitCode::BadInput;
     if (const ExitCode code = checkOutputs(); code != ExitCode::Done)
         return code;
-    HostSession session;
-    if (!loadModules(session, options.plugins, log, error))
-        return fail(ExitCode::BadInput, error);
-    const auto scene = readScene(session, options.scene, options.overrides, error);
-    if (!scene)
-        return fail(ExitCode::BadInput, error);
+    if (!command.openScene())
+        return ExitCode::BadInput;
+    Scene& scene = command.getScene();
     RenderOptions renderOptions;
-    if (const ExitCode code = checkPixels(*scene, renderOptions); code != ExitCode::Done)
+    if (const ExitCode code = checkPixels(scene, renderOptions); code != ExitCode::Done)
         return code;
 
     Picture picture;
     const InterruptGuard interrupt;  // until the pictures are written
-    const RenderResult result = render(*scene, renderOptions, interrupt.wasRequested(), picture);
+    const RenderResult result = render(scene, renderOptions, interrupt.wasRequested(), picture);
     if (!result.ok)
-        return fail(ExitCode::BadInput, options.scene + ": " + result.error);
+        return command.fail(ExitCode::BadInput, options.file + ": " + result.error);
     if (result.stopped && result.samples == 0)
-        return fail(ExitCode::Interrupted,
-                    "interrupted before any pixel was done; nothing written");
-    const ExitCode code = report(result, write(*scene, renderOptions, result, picture));
+        return command.fail(ExitCode::Interrupted,
+                            "interrupted before any pixel was done; nothing written");
+    const ExitCode code = report(result, write(scene, renderOptions, result, picture));
     // Asked to stop during the writing, the run tells its caller so, though the pictures are whole.
     return code == ExitCode::Done && interrupt.wasRequested() ? ExitCode::Interrupted : code;
 }
@@ -82,52 +68,50 @@ ExitCode RenderRun::run() {
 /// Finds out before the render what could go wrong after it.
 ExitCode RenderRun::checkOutputs() {
     if (options.outputs.empty())
-        options.outputs.push_back(std::filesystem::path(options.scene).stem().string() + ".png");
+        options.outputs.push_back(std::filesystem::path(options.file).stem().string() + ".png");
     std::string error;
     for (const std::string& output : options.outputs) {
         if (!canWritePicture(output, error))
-            return fail(ExitCode::OutputFailed, error);
+            return command.fail(ExitCode::OutputFailed, error);
     }
     return ExitCode::Done;
 }
 
 ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
-    const SceneSettings& settings = scene.settings;
-    render.width = options.width > 0 ? options.width : settings.width;
-    render.height = options.height > 0 ? options.height : settings.height;
-    render.samples = options.samples > 0 ? options.samples : settings.samples;
+    render = options.picture.forRender(scene.settings);
     render.threads = options.threads;
     render.tileSize = options.tileSize;
     render.channels = options.channels;
     std::string error;
     if (!choosePixels(options, render.width, render.height, render.region, error))
-        return fail(ExitCode::BadUsage, error);
+        return command.fail(ExitCode::BadUsage, error);
     return ExitCode::Done;
 }
 
 RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
                                Picture& picture) {
-    TerminalProgress terminalProgress(status);
+    TerminalProgress terminalProgress(command.getStatus());
     JsonProgress jsonProgress;
     RenderProgress* progress = nullptr;
     if (options.progress == ProgressStyle::JsonLines)
         progress = &jsonProgress;
-    else if (options.progress == ProgressStyle::Auto && status.isTerminal())
+    else if (options.progress == ProgressStyle::Auto && command.getStatus().isTerminal())
         progress = &terminalProgress;
     const OwnedThreadManager manager(newThreadManager());
     manager->setLowPriority(options.nice);
     if (options.nice)
-        log.info("At a priority below normal");
+        command.getLog().info("At a priority below normal");
     render.manager = manager.get();
-    const RenderResult result = renderScene(scene, render, &log, progress, stop, picture);
-    status.show({});
+    const RenderResult result =
+        renderScene(scene, render, &command.getLog(), progress, stop, picture);
+    command.getStatus().show({});
     return result;
 }
 
 /// Writes every picture that can be written; one that can't does not spoil the others.
 ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
                           const RenderResult& result, Picture& picture) {
-    const PictureInfo info{.scene = options.scene,
+    const PictureInfo info{.scene = options.file,
                            .samples = render.samples,
                            .seconds = result.seconds,
                            .host = "pelk",
@@ -137,7 +121,7 @@ ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
     for (const std::string& output : options.outputs) {
         std::string error;
         if (!writePicture(picture, output, info, depth, error))
-            code = fail(ExitCode::OutputFailed, error);
+            code = command.fail(ExitCode::OutputFailed, error);
         else
             written.push_back(platform::fullPath(output));
     }
@@ -157,19 +141,19 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
     } else {
         for (const std::string& file : written)
             print(Stream::Output, ConsoleText().add("Wrote", Tone::Good).add(" " + file + "\n"));
-        if (status.isTerminal())
-            status.print(shortNumber(double(result.samples)) + " samples in " +
-                         clockTime(result.seconds) + ", " +
-                         shortNumber(double(result.samples) / std::max(result.seconds, 1e-9)) +
-                         " a second");
+        if (command.getStatus().isTerminal())
+            command.getStatus().print(
+                shortNumber(double(result.samples)) + " samples in " + clockTime(result.seconds) +
+                ", " + shortNumber(double(result.samples) / std::max(result.seconds, 1e-9)) +
+                " a second");
     }
     if (result.droppedSamples > 0)
-        log.warning(
+        command.getLog().warning(
             "%lld samples were left out, since their colour was not finite; \"%s\" made "
             "one of them",
             result.droppedSamples, result.droppedBy.c_str());
     if (result.stopped)
-        log.complain("interrupted; the picture holds what was done by then");
+        command.getLog().complain("interrupted; the picture holds what was done by then");
     if (code != ExitCode::Done)
         return code;
     if (result.stopped)

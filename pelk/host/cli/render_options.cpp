@@ -79,8 +79,7 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
                     "with .png, in the working directory")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    addSizeOption(command, options.width, options.height);
-    addSamplesOption(command, options.samples);
+    options.picture.addTo(command);
     CLI::Option* const region =
         addParsed(command, "--region", "X0,Y0,X1,Y1",
                   "Render these pixels alone; X1 and Y1 lie outside", options, parseRegion);
@@ -99,7 +98,7 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
 }  // namespace
 
 void RenderCommandOptions::addTo(CLI::App& command) {
-    command.add_option("SCENE", scene, "Scene file")->required()->type_name("");
+    addFileTo(command);
     addPictureOptions(command, *this);
     command
         .add_option("--threads", threads,

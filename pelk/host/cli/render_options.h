@@ -3,9 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "pelk/host/cli/diagnostics.h"
-#include "pelk/host/cli/plugin_options.h"
-#include "pelk/host/render/render_job.h"
+#include "pelk/host/cli/common_options.h"
+#include "pelk/host/cli/scene_command.h"
 
 namespace Tarnkit {
 
@@ -18,22 +17,17 @@ enum class ProgressStyle { Auto, JsonLines, None };
 
 /// What the command line of `pelk render` says. Numbers that are 0 were left out, and the scene's
 /// settings hold.
-struct RenderCommandOptions {
-    std::string scene;
+struct RenderCommandOptions : SceneOptions {
     std::vector<std::string> outputs;
-    int width = 0, height = 0;
-    int samples = 0;
+    PictureOptions picture;
     int threads = 0;
     PictureRect region;  ///< empty if it was left out
     TileChoice tile;
     int tileSize = RenderOptions().tileSize;
     std::vector<std::string> channels;
-    std::vector<std::string> overrides;
     ProgressStyle progress = ProgressStyle::Auto;
     bool nice = false;
     bool strict = false;
-    LogOptions log;
-    PluginOptions plugins;
 
     void addTo(CLI::App& command);
 };

@@ -15,12 +15,6 @@ class CameraInterface;
 class TextureInterface;
 class HostSession;
 
-/// The most pixels that a picture has, and on a side.
-inline constexpr long long kMaxPicturePixels = 1 << 28;
-inline constexpr int kMaxPictureSide = 65536;
-/// The most samples that a pixel gets.
-inline constexpr int kMaxSamples = 1 << 24;
-
 /// The settings of a scene, with what holds where the file is silent.
 struct SceneSettings {
     int width = 640, height = 480;

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "pelk/host/scene/setting_limits.h"
 #include "pelk/support/spelling.h"
 
 namespace Tarnkit {
@@ -13,9 +14,9 @@ namespace {
 /// One setting, with the field of its type; the others are null.
 struct SettingRow {
     std::string_view name;
-    const char* expected;
+    const char* expected = nullptr;  ///< null for a whole number, whose limits say it
     int SceneSettings::*intField = nullptr;
-    int least = 0, most = 0;
+    IntLimits limits{};
     bool SceneSettings::*boolField = nullptr;
     double SceneSettings::*numberField = nullptr;
     Color SceneSettings::*colorField = nullptr;
@@ -23,52 +24,47 @@ struct SettingRow {
     std::vector<std::string> SceneSettings::*namesField = nullptr;
 };
 
+constexpr SettingRow intSetting(std::string_view name, int SceneSettings::*field,
+                                IntLimits limits) {
+    return {.name = name, .intField = field, .limits = limits};
+}
+
+constexpr SettingRow boolSetting(std::string_view name, bool SceneSettings::*field) {
+    return {.name = name, .expected = "true or false", .boolField = field};
+}
+
+constexpr SettingRow colorSetting(std::string_view name, Color SceneSettings::*field) {
+    return {.name = name, .expected = "three numbers, as in [0, 0, 0]", .colorField = field};
+}
+
 using S = SceneSettings;
-static_assert(kMaxPictureSide == 65536 && kMaxSamples == 16777216, "the texts say so");
 
 constexpr SettingRow kSettings[] = {
-    {.name = "width",
-     .expected = "a whole number from 1 to 65536",
-     .intField = &S::width,
-     .least = 1,
-     .most = kMaxPictureSide},
-    {.name = "height",
-     .expected = "a whole number from 1 to 65536",
-     .intField = &S::height,
-     .least = 1,
-     .most = kMaxPictureSide},
-    {.name = "samples",
-     .expected = "a whole number from 1 to 16777216",
-     .intField = &S::samples,
-     .least = 1,
-     .most = kMaxSamples},
-    {.name = "max_depth",
-     .expected = "a whole number from 1 to 1000",
-     .intField = &S::max_depth,
-     .least = 1,
-     .most = 1000},
-    {.name = "gi", .expected = "true or false", .boolField = &S::gi},
-    {.name = "reflective_gi", .expected = "true or false", .boolField = &S::reflective_gi},
-    {.name = "gi_bump", .expected = "true or false", .boolField = &S::gi_bump},
-    {.name = "reflections", .expected = "true or false", .boolField = &S::reflections},
-    {.name = "depth_override", .expected = "true or false", .boolField = &S::depth_override},
+    intSetting("width", &S::width, kPictureSideLimits),
+    intSetting("height", &S::height, kPictureSideLimits),
+    intSetting("samples", &S::samples, kSampleLimits),
+    intSetting("max_depth", &S::max_depth, kDepthLimits),
+    boolSetting("gi", &S::gi),
+    boolSetting("reflective_gi", &S::reflective_gi),
+    boolSetting("gi_bump", &S::gi_bump),
+    boolSetting("reflections", &S::reflections),
+    boolSetting("depth_override", &S::depth_override),
     {.name = "backplate",
      .expected = "the name of an instance with EXT_TEXTURE",
      .textField = &S::backplate},
-    {.name = "background",
-     .expected = "three numbers, as in [0, 0, 0]",
-     .colorField = &S::background},
-    {.name = "origin", .expected = "three numbers, as in [0, 0, 0]", .colorField = &S::origin},
+    colorSetting("background", &S::background),
+    colorSetting("origin", &S::origin),
     {.name = "time", .expected = "a number", .numberField = &S::time},
-    {.name = "half_float", .expected = "true or false", .boolField = &S::half_float},
+    boolSetting("half_float", &S::half_float),
     {.name = "camera", .expected = "the name of a camera", .textField = &S::camera},
     {.name = "channels",
      .expected = "an array of names of render channels, as in [\"depth\", \"normals\"]",
      .namesField = &S::channels},
 };
 
-bool readInt(const Json& json, const SettingRow& row, int& out) {
-    if (!json.is_number_integer() || json > row.most || json < row.least)
+bool readInt(const Json& json, const IntLimits& limits, int& out) {
+    // Compared as JSON: a number beyond 64 bits must not wrap round to one that is allowed.
+    if (!json.is_number_integer() || json > limits.most || json < limits.least)
         return false;
     out = json.get<int>();
     return true;
@@ -92,7 +88,7 @@ bool readNames(const Json& json, std::vector<std::string>& out) {
 
 bool readSetting(const Json& json, const SettingRow& row, SceneSettings& settings) {
     if (row.intField)
-        return readInt(json, row, settings.*row.intField);
+        return readInt(json, row.limits, settings.*row.intField);
     if (row.colorField)
         return readColor(json, settings.*row.colorField);
     if (row.namesField)
@@ -106,6 +102,10 @@ bool readSetting(const Json& json, const SettingRow& row, SceneSettings& setting
     else
         return false;
     return true;
+}
+
+std::string expectedOf(const SettingRow& row) {
+    return row.expected ? row.expected : row.limits.expected();
 }
 
 }  // namespace
@@ -126,11 +126,11 @@ bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettin
         if (found && readSetting(value, *found, settings))
             continue;
         error = {pointerTo(pointer, key),
-                 found ? std::string("expected ") + found->expected + ", not " + shortText(value)
+                 found ? "expected " + expectedOf(*found) + ", not " + shortText(value)
                        : "there is no such setting" + knownNames(key, names)};
         return false;
     }
-    if ((long long)settings.width * settings.height > kMaxPicturePixels) {
+    if (hasTooManyPixels(settings.width, settings.height)) {
         error = {pointer, "width times height: expected at most " +
                               std::to_string(kMaxPicturePixels) + " pixels"};
         return false;

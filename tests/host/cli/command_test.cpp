@@ -18,7 +18,7 @@ TEST(Command, HelpIsAnswerAndBadUsageIsExplained) {
         {{"rendr", "s.json"}, "did you mean \"render\"?"},
         {{"render"}, "SCENE"},
         {{"render", "s.json", "--size", "0x480"}, "expected WIDTHxHEIGHT"},
-        {{"render", "s.json", "--size", "65536x65536"}, "expected WIDTHxHEIGHT"},
+        {{"render", "s.json", "--size", "65536x65536"}, "268435456 pixels"},
         {{"render", "s.json", "--spp", "0"}, "--spp"},
         {{"render", "s.json", "--region", "3,3,3,9"}, "expected X0,Y0,X1,Y1"},
         {{"render", "s.json", "--region", "0,0,24,17"}, "24 x 16"},

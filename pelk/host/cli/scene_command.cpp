@@ -1,0 +1,38 @@
+#include "pelk/host/cli/scene_command.h"
+
+#include <CLI/CLI.hpp>
+
+#include "pelk/host/scene/scene_reader.h"
+
+namespace Tarnkit {
+
+void SceneOptions::addFileTo(CLI::App& command) {
+    command.add_option("SCENE", file, "Scene file")->required()->type_name("");
+}
+
+SceneCommand::SceneCommand(const SceneOptions& commandOptions)
+    : options(commandOptions), log(status, diagnostics, commandOptions.log.verbose) {}
+
+bool SceneCommand::openLog() {
+    std::string error;
+    if (!options.log.debugLog || diagnostics.keepIn(*options.log.debugLog, error))
+        return true;
+    log.complain(error);
+    return false;
+}
+
+bool SceneCommand::openScene() {
+    std::string error;
+    if (loadModules(session, options.plugins, log, error))
+        scene = readScene(session, options.file, options.overrides, error);
+    if (!scene)
+        log.complain(error);
+    return scene != nullptr;
+}
+
+ExitCode SceneCommand::fail(ExitCode code, const std::string& text) {
+    log.complain(text);
+    return code;
+}
+
+}  // namespace Tarnkit
