@@ -1,8 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "pelk/contract/pelk_material.h"
 #include "pelk/host/cli/commands.h"
@@ -26,10 +24,8 @@ struct DescribeOptions : SceneOptions {
 RTMtlInterface* findMaterial(const Scene& scene, const std::string& name, std::string& error) {
     Plugin* const plugin = scene.findPlugin(name);
     if (!plugin) {
-        std::vector<std::string_view> names;
-        for (const Plugin* other : scene.getPlugins())
-            names.push_back(other->getPluginName());
-        error = scene.file + ": there is no instance \"" + name + "\"" + didYouMean(name, names);
+        error = scene.file + ": there is no instance \"" + name + "\"" +
+                didYouMean(name, scene.getNames());
         return nullptr;
     }
     auto* const material = findInterface<RTMtlInterface>(plugin);

@@ -3,8 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
-#include <string_view>
-#include <vector>
 
 #include "pelk/host/cli/console_log.h"
 #include "pelk/host/scene/host_session.h"
@@ -63,10 +61,7 @@ bool loadModules(HostSession& session, const PluginOptions& options, ConsoleLog&
 }
 
 std::string nearestKind(const HostSession& session, const std::string& name) {
-    std::vector<std::string_view> names;
-    for (const PluginKind* kind : session.getKinds())
-        names.push_back(kind->getName());
-    return didYouMean(name, names);
+    return didYouMean(name, session.getKindNames());
 }
 
 }  // namespace Tarnkit

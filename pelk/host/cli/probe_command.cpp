@@ -21,10 +21,6 @@ struct ProbeOptions : SceneOptions {
     bool json = false;
 };
 
-std::string nameOf(const Plugin* plugin) {
-    return plugin ? plugin->getPluginNameOr("") : "";
-}
-
 // ---- as JSON
 
 Json toJson(const Color& c) {
@@ -42,13 +38,13 @@ Json toJson(const MaterialTree& tree) {
         reference["parameter"] = target.parameter;
         references.push_back(reference);
     }
-    return {{"name", nameOf(tree.plugin)},
+    return {{"name", instanceName(tree.plugin)},
             {"type", tree.plugin->getPluginTypeName()},
             {"references", references}};
 }
 
 Json toJson(const ProbedHit& hit) {
-    return {{"object", nameOf(hit.object)},
+    return {{"object", instanceName(hit.object)},
             {"type", hit.object->getPluginTypeName()},
             {"triangle", hit.triangle},
             {"distance", hit.distance},
@@ -110,7 +106,7 @@ void addColor(ConsoleText& text, const char* name, const Color& c) {
 
 void addHit(ConsoleText& text, const ProbedHit& hit) {
     text.add("Hit", Tone::Heading).add(", by the ray through the middle of the pixel\n");
-    text.addf("  %-20s  %s (%s), triangle %u\n", "object", nameOf(hit.object).c_str(),
+    text.addf("  %-20s  %s (%s), triangle %u\n", "object", instanceName(hit.object).c_str(),
               hit.object->getPluginTypeName(), hit.triangle);
     text.addf("  %-20s  %g\n", "distance", hit.distance);
     addVector(text, "point", hit.point.x, hit.point.y, hit.point.z);
@@ -122,7 +118,7 @@ void addHit(ConsoleText& text, const ProbedHit& hit) {
 
 void addTree(ConsoleText& text, const MaterialTree& tree, int level) {
     const std::string by = tree.parameter.empty() ? "" : tree.parameter + ": ";
-    text.addf("%*s%s%s (%s)%s\n", 2 * level, "", by.c_str(), nameOf(tree.plugin).c_str(),
+    text.addf("%*s%s%s (%s)%s\n", 2 * level, "", by.c_str(), instanceName(tree.plugin).c_str(),
               tree.plugin->getPluginTypeName(), tree.seenAbove ? ", see above" : "");
     for (const MaterialTree& target : tree.references)
         addTree(text, target, level + 1);

@@ -49,11 +49,6 @@ private:
     std::atomic<int> taken{0};
 };
 
-std::string nameOf(PluginInterface* face) {
-    auto* plugin = static_cast<Plugin*>(face->getPlugin());
-    return plugin->getPluginNameOr("");
-}
-
 /// Renders a rectangle on the threads of a group. `samples`, `seconds` and `stopped` of the result
 /// tell how far that came.
 void renderTiles(RenderSetup& setup, const RenderOptions& options, const PictureRect& area,
@@ -84,7 +79,8 @@ void renderTiles(RenderSetup& setup, const RenderOptions& options, const Picture
         pixelsDone += thread.getCounted();
         result.droppedSamples += worker.getDropped();
         if (worker.getBadObject())
-            result.droppedBy = nameOf(worker.getBadObject()->material);
+            result.droppedBy =
+                instanceName(static_cast<Plugin*>(worker.getBadObject()->material->getPlugin()));
     });
     tell((long long)pixelsDone * options.samples);
     result.stopped = result.samples < total;

@@ -9,12 +9,12 @@ namespace Tarnkit {
 
 namespace {
 
-/// Where the plug-in of a face stands in the scene.
-std::string placeOf(PluginInterface* face) {
-    auto* plugin = static_cast<Plugin*>(face->getPlugin());
-    return pointerTo("/plugins", plugin->getPluginNameOr(""));
+/// The JSON pointer of the instance that offers an interface, as messages name places of a scene.
+std::string placeOf(PluginInterface* offered) {
+    return pointerTo("/plugins", instanceName(static_cast<Plugin*>(offered->getPlugin())));
 }
 
+/// The geometric normal of each triangle; of one without area, what normalizeGuarded makes of 0.
 std::vector<Vector> faceNormalsOf(const Mesh& mesh) {
     std::vector<Vector> normals;
     normals.reserve(mesh.triangles.size());

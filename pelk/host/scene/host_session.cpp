@@ -242,6 +242,13 @@ std::vector<const PluginKind*> HostSession::getKinds() const {
     return kinds;
 }
 
+std::vector<std::string_view> HostSession::getKindNames() const {
+    std::vector<std::string_view> names;
+    for (const auto& kind : registry->kinds)
+        names.push_back(kind->getName());
+    return names;
+}
+
 const PluginKind* HostSession::findKind(std::string_view name) const {
     for (const auto& kind : registry->kinds) {
         if (name == kind->getName())

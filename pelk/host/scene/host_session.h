@@ -50,6 +50,8 @@ public:
 
     /// Every kind, in the order in which the manager enumerates them.
     std::vector<const PluginKind*> getKinds() const;
+    /// The names of all kinds, in the same order; views into the descriptors.
+    std::vector<std::string_view> getKindNames() const;
     /// The kind of that name, or null.
     const PluginKind* findKind(std::string_view name) const;
     /// The names of the interfaces that an instance answers, in order of their ids. None, and a

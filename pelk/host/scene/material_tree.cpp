@@ -17,12 +17,12 @@ public:
     void follow(MaterialTree& node) {
         node.seenAbove = std::find(way.begin(), way.end(), node.plugin) != way.end();
         const PluginKind* const kind = session.findKind(node.plugin->getPluginTypeName());
-        auto* const face = findInterface<PelkPluginInterface>(node.plugin);
-        if (node.seenAbove || !kind || !face)
+        auto* const values = findInterface<PelkPluginInterface>(node.plugin);
+        if (node.seenAbove || !kind || !values)
             return;
         way.push_back(node.plugin);
         for (const ParameterDesc* parameter : kind->parameters) {
-            if (PelkPluginParameter* const value = face->getParameter(parameter->name))
+            if (PelkPluginParameter* const value = values->getParameter(parameter->name))
                 addReferences(node, parameter->name, *value);
         }
         way.pop_back();

@@ -5,6 +5,10 @@
 
 namespace Tarnkit {
 
+std::string instanceName(const Plugin* plugin) {
+    return plugin ? plugin->getPluginNameOr("") : "";
+}
+
 Scene::~Scene() {
     // Instances go first, as they hold on to their parameters.
     for (auto plugin = plugins.rbegin(); plugin != plugins.rend(); ++plugin)
@@ -22,16 +26,23 @@ Plugin* Scene::addPlugin(const std::string& name, const char* type) {
 }
 
 void Scene::setParameter(Plugin* plugin, std::unique_ptr<PelkPluginParameter> parameter) {
-    auto* const face = findInterface<PelkPluginInterface>(plugin);
-    if (!face)
+    auto* const target = findInterface<PelkPluginInterface>(plugin);
+    if (!target)
         return;
-    face->setParameter(parameter.get());
+    target->setParameter(parameter.get());
     parameters[{plugin, parameter->getName()}] = std::move(parameter);
 }
 
 Plugin* Scene::findPlugin(std::string_view name) const {
     const auto found = byName.find(name);
     return found == byName.end() ? nullptr : found->second;
+}
+
+std::vector<std::string_view> Scene::getNames() const {
+    std::vector<std::string_view> names;
+    for (const Plugin* plugin : plugins)
+        names.push_back(plugin->getPluginName());
+    return names;
 }
 
 }  // namespace Tarnkit

@@ -34,6 +34,9 @@ struct SceneSettings {
     std::vector<std::string> channels;  ///< names of render channels beyond colour and alpha
 };
 
+/// The name that the scene gave an instance; empty for null, or if it has none.
+std::string instanceName(const Plugin* plugin);
+
 /// A scene as it is rendered: instances of plug-ins with their parameters, and settings. Owns
 /// both; the instances live in the session's plug-in manager until the scene goes.
 class Scene {
@@ -52,6 +55,8 @@ public:
     const std::vector<Plugin*>& getPlugins() const { return plugins; }
     /// The instance of that name, or null.
     Plugin* findPlugin(std::string_view name) const;
+    /// The names of all instances, in the order of the file; views into the instances.
+    std::vector<std::string_view> getNames() const;
 
     /// That interface of every instance that offers it, in the order of the instances.
     template <class Interface>

@@ -152,10 +152,8 @@ bool SceneReader::makeInstance(const std::string& name, Json& values) {
 }
 
 bool SceneReader::failAtType(const std::string& type, const std::string& pointer) {
-    std::vector<std::string_view> names;
-    for (const PluginKind* kind : session.getKinds())
-        names.push_back(kind->getName());
-    std::string text = "there is no plug-in \"" + type + "\"" + knownNames(type, names);
+    std::string text =
+        "there is no plug-in \"" + type + "\"" + knownNames(type, session.getKindNames());
     for (const RejectedLibrary& library : session.getRejected())
         text += "; refused: " + library.path + " (" + library.reason + ")";
     return fail(pointer, text);
@@ -179,9 +177,7 @@ bool SceneReader::applyOverride(const std::string& text) {
     const std::string parameter = text.substr(dot + 1, equals - dot - 1);
     const std::string valueText = text.substr(equals + 1);
 
-    std::vector<std::string_view> names;
-    for (const Instance& instance : instances)
-        names.push_back(instance.plugin->getPluginName());
+    const std::vector<std::string_view> names = scene.getNames();  // in the order of `instances`
     const auto found = std::find(names.begin(), names.end(), name);
     if (found == names.end())
         return fail(place, "there is no instance \"" + name + "\"" + knownNames(name, names));
