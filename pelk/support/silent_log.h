@@ -4,7 +4,13 @@
 
 namespace Tarnkit {
 
-/// Drops every message. Stands in where a caller gave no log.
+/// Drops every message. Stands in where a caller gave no log, so that the code which reports need
+/// not ask at each message whether there is one:
+///
+///     SilentLog silent;
+///     MessageLog& report = log ? *log : silent;
+///
+/// Has no state: costs nothing to make, and any thread may call it.
 class SilentLog final : public MessageLog {
 public:
     void debug(const char*, ...) override {}

@@ -11,19 +11,19 @@ char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
 
-/// Twice the number of edits that turn `a` into `b`, whatever the case of letters. Optimal string
+/// The number of edits that turn `a` into `b`, whatever the case of letters. Optimal string
 /// alignment by dynamic programming over three rows.
-size_t editCost(std::string_view a, std::string_view b) {
+size_t countEdits(std::string_view a, std::string_view b) {
     std::vector<size_t> before(b.size() + 1), above(b.size() + 1), row(b.size() + 1);
     for (size_t j = 0; j <= b.size(); ++j)
-        above[j] = 2 * j;
+        above[j] = j;
     for (size_t i = 1; i <= a.size(); ++i) {
-        row[0] = 2 * i;
+        row[0] = i;
         for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t change = lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 2;
-            row[j] = std::min({above[j] + 2, row[j - 1] + 2, above[j - 1] + change});
+            const size_t change = lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 1;
+            row[j] = std::min({above[j] + 1, row[j - 1] + 1, above[j - 1] + change});
             if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
-                row[j] = std::min(row[j], before[j - 2] + 2);
+                row[j] = std::min(row[j], before[j - 2] + 1);
         }
         before.swap(above);
         above.swap(row);
@@ -31,17 +31,16 @@ size_t editCost(std::string_view a, std::string_view b) {
     return above[b.size()];
 }
 
-/// The name that `text` was most likely meant to be: the one that the fewest single-character
-/// edits (insert, drop, change, swap of neighbours; case counts half) turn into it. Empty if all
-/// are too far off. The view is into `names`.
+/// The name that `text` was most likely meant to be: the one that the fewest edits turn into it.
+/// Empty if all are too far off. The view is into `names`.
 std::string_view nearestName(std::string_view text, std::span<const std::string_view> names) {
     std::string_view best;
     // More than a third of the letters wrong is another word; one letter of a short one may be.
-    size_t bestCost = std::max<size_t>(2, text.size() * 2 / 3) + 1;
+    size_t fewest = std::max<size_t>(1, text.size() / 3) + 1;
     for (const std::string_view name : names) {
-        const size_t cost = editCost(text, name);
-        if (cost < bestCost) {
-            bestCost = cost;
+        const size_t edits = countEdits(text, name);
+        if (edits < fewest) {
+            fewest = edits;
             best = name;
         }
     }

@@ -14,12 +14,18 @@
 
 namespace Tarnkit {
 
-/// A holder of an object of several threads, which is freed when the last holder is gone. T has an
-/// atomic `refCount`, 1 at the start for whoever made it.
+// The parts of WinThreadManager that outlive one of its calls. Nothing outside the thread manager
+// and its tests includes this.
+
+/// An intrusive reference count: a holder of an object that several threads share, which is freed
+/// when the last holder is gone. T has an atomic `refCount`, 1 at the start for whoever made it.
+/// Intrusive, unlike std::shared_ptr: a reference has to pass through the `void*` that a thread is
+/// started with, and that of a killed thread stays counted though no holder is left.
 template <class T>
 class Ref {
 public:
     Ref() = default;
+    /// Takes a hold of its own; whatever holds the caller has stay.
     explicit Ref(T& object) : target(&object) { ++object.refCount; }
     Ref(Ref&& other) noexcept : target(std::exchange(other.target, nullptr)) {}
     Ref(const Ref& other) : target(other.target) {
@@ -35,7 +41,7 @@ public:
             drop(*target);
     }
 
-    /// Made in the frame's memory, so that failure is an ExceptionMsg.
+    /// A new object with its first hold, in memory of base/memory.h: failure is an ExceptionMsg.
     template <class... Args>
     static Ref create(Args&&... args) {
         void* const memory = allocate(sizeof(T));
@@ -56,6 +62,7 @@ public:
     /// Hands the hold over to the caller, who ends it by `drop`.
     T* release() { return std::exchange(target, nullptr); }
 
+    /// Ends one hold on the object; the last one destroys it, on the thread that calls.
     static void drop(T& object) {
         if (--object.refCount > 0)
             return;
@@ -69,37 +76,46 @@ private:
 
 struct WorkerThread;
 
-/// One thread's place in a group. It outlasts the worker's part in the group, so that the sum of
-/// the counters holds while workers that are done go on to other groups.
+/// One thread's place in a group. A worker that is done can be handed to another run at once, which
+/// sets its counter to 0; its share in this run's progress therefore stays here, or the sum would
+/// drop while the run goes on.
 struct GroupMember {
-    static constexpr int kRunning = INT_MIN;
-    WorkerThread* worker;           ///< held by the run
+    static constexpr int kRunning = INT_MIN;  ///< no value that a counter would have
+    WorkerThread* worker;                     ///< held by the run; null if it could not be had
     std::atomic<int> lastProgress;  ///< the counter as the job left it; before that, kRunning
 
+    /// This thread's share in the sum, for the thread that waits for the run.
     int getProgress() const;
 };
 
-/// Where one run waits for its group. The manager hands it from run to run.
+/// Where one run waits for its group: a count-down latch with an event to sleep on. The manager
+/// makes them, and hands them from run to run, as an event is a thing of the system. Workers hold
+/// it too, since the last one still signals after the waiting thread has seen the count.
 struct ThreadLatch {
-    std::atomic<int> count{0};  ///< threads that have not finished
-    platform::Event event{platform::Event::Reset::manual};
-    int busy = 0;                     ///< guarded by the manager's lock
-    Sequence<GroupMember> group{16};  ///< of the run's thread alone
+    std::atomic<int> count{0};  ///< threads that have not finished; below 1 ends the wait
+    platform::Event event{platform::Event::Reset::manual};  ///< set behind the last of them
+    int busy = 0;  ///< 1 while a run has it; guarded by the manager's lock
+    /// The run's threads, by their index. Only the run's own thread walks and changes it; a worker
+    /// writes to its own member.
+    Sequence<GroupMember> group{16};
     std::atomic<int> refCount{1};
 
-    /// Counts threads as finished, and wakes the run behind the last one.
+    /// Counts threads as finished, and wakes the run behind the last one. Any thread may call.
     void countDown(int threads);
 
-    /// Waits until all have finished, for 200 ms at most; true if they have.
+    /// Waits until all have finished, for 200 ms at most; true if they have. The time limit lets
+    /// the waiting thread report progress and take a request to abort.
     bool wait();
 };
 
-/// Messages to one worker; its `queueLock` guards them.
+/// Messages to one worker, first in, first out; its `queueLock` guards them. Nodes go from the
+/// queue to a free list and back, so that posting a message takes no memory that could be refused.
 class MessageQueue {
 public:
     /// Takes memory for as many messages as ever wait at once, or throws an ExceptionMsg.
     MessageQueue();
 
+    /// Adds a message behind the others: WorkerThread::kRunJob or one of its like.
     void put(int code);
     bool isEmpty() const { return count == 0; }
     /// The code of the oldest message, which leaves a queue that isn't empty.
@@ -120,44 +136,55 @@ private:
     Sequence<Node> nodes{4};
 };
 
-/// A thread of the pool, and what the manager tells it before it posts a message.
+/// A thread of the pool, and what the manager tells it before it posts a message. Fields without an
+/// atomic are handed over by the message: the manager writes them while the worker is handed out
+/// and sleeps, and the queue's lock makes them visible to it.
+///
+/// Life cycle, by `state`: starting -> handedOut -> running -> idle -> handedOut -> ... -> ended.
+/// A manager and its thread hold one reference each; whoever drops the last one frees the record,
+/// so a thread that outlasts the manager still has it.
 struct WorkerThread {
     enum State {
-        idle,       ///< can be handed out
-        running,    ///< on a job or a task
+        idle,       ///< sleeps and can be handed out; written by the worker after its work
+        running,    ///< on a job or a task; written by the worker
         ended,      ///< or never begun, if the system refused the thread
-        handedOut,  ///< a message is on its way
-        starting    ///< the thread does not run yet
+        handedOut,  ///< a message is on its way; written by the manager, at the start by the worker
+        starting    ///< the thread does not run yet; written by the manager
     };
-    static constexpr int kRunJob = 0x1000;
-    static constexpr int kEnd = 0x1001;
-    static constexpr int kRunTask = 0x1002;
+    static constexpr int kRunJob = 0x1000;   ///< run `job` and count down `latch`
+    static constexpr int kEnd = 0x1001;      ///< end the thread, after work that is on its way
+    static constexpr int kRunTask = 0x1002;  ///< run `task`
 
+    /// The first reference is the manager's. The thread is made by `start`.
     explicit WorkerThread(platform::ThreadSlot managersSlot) : tlsIndex(managersSlot) {}
 
-    ThreadJob* job = nullptr;
-    int* abortFlag = nullptr;
-    int progress = 0;
-    int index = 0;
+    ThreadJob* job = nullptr;  ///< of the present run; null for a task
+    int* abortFlag = nullptr;  ///< the job's `abort`
+    int progress = 0;          ///< raised by the job, read by the run's thread meanwhile
+    int index = 0;             ///< in the latest group
     std::atomic<int> state{starting};
     platform::Thread handle;
-    Ref<ThreadLatch> latch;
-    GroupMember* member = nullptr;  // of the latch's group
-    int groupSize = 0;
-    platform::ThreadSlot tlsIndex;  // a copy, as a thread may outlast the manager
+    Ref<ThreadLatch> latch;         ///< of the present run
+    GroupMember* member = nullptr;  ///< of the latch's group
+    int groupSize = 0;              ///< threads that the run asked for; 1 for a task
+    platform::ThreadSlot tlsIndex;  ///< a copy, as a thread may outlast the manager
     ThreadTask* task = nullptr;
     void* taskArg = nullptr;
     MessageQueue queue;
-    platform::Event wakeEvent{platform::Event::Reset::automatic};
+    platform::Event wakeEvent{platform::Event::Reset::automatic};  ///< set behind each message
     CriticalSection queueLock;
     std::atomic<int> refCount{1};
-    // Whoever takes it away counts the latch down: the worker, or the manager that killed it.
+    /// True while the latch still waits for this thread. Whoever takes it away counts the latch
+    /// down, the worker or the manager that killed it: exactly one of them, or the run would hang
+    /// or end too soon.
     std::atomic<bool> owesCount{false};
-    WorkerThread* nextKilled = nullptr;  // once its thread was killed
+    WorkerThread* nextKilled = nullptr;  ///< the next record of a list of killed threads
 
-    /// Starts the thread of a `starting` worker. Without one the worker has `ended`.
+    /// Starts the thread of a `starting` worker, with `stackSize` bytes or the system's default for
+    /// 0. False if the system refuses it; the worker has then `ended`.
     bool start(int stackSize);
 
+    /// Puts a message in the queue and wakes the thread. Any thread may call.
     void post(int code);
 
     /// Counts down the latch for a worker that was killed before it could.
@@ -165,7 +192,9 @@ struct WorkerThread {
 
 private:
     static void enter(void* worker);
+    /// The thread's main loop, until it is told to end.
     void processMessages();
+    /// Sleeps until there is a message, and takes it out.
     int waitForMessage();
     void runJob();
     void runTask();
