@@ -81,8 +81,14 @@ TEST_F(ExponentialLobeTest, NarrowLobeLosesNothingAndWideOnesAreDarkened) {
     }
     const double root = std::sqrt(kWidth);
     EXPECT_NEAR(sum / kCount, 1 - root + root / 3, 2e-3);
-    // Along the normal 2 pi f |n . l| is 2 pi D / 4, with D = 1 / (pi k) and the factor of the fit.
-    EXPECT_NEAR(eval(n, 0.25f, -n), 0.5f / 0.25f * (0.5f + 0.5f / 3), 1e-5f);
+    // Seen along the normal, and where no groove shadows another, the value is the exact density
+    // of the directions, which is the fit's over z^4, times the factor that darkens wide lobes.
+    for (float angle : {0.0f, 0.3f, 0.9f}) {
+        const Vector r = frame * Vector(std::sin(angle), 0, std::cos(angle));
+        const float z = std::cos(angle / 2);
+        const float expected = (0.5f + 0.5f / 3) * pdfOf(r, 0.25f, -n) / (z * z * z * z);
+        EXPECT_NEAR(eval(r, 0.25f, -n) / expected, 1.0f, 1e-4f) << angle;
+    }
 }
 
 TEST_F(ExponentialLobeTest, IsDefinedAtItsEnds) {

@@ -109,7 +109,8 @@ TEST_F(RefractionTest, FresnelIsDefinedAtTheEnds) {
     EXPECT_EQ(fresnelDielectric(along, up, along, 1.0f), 0.0f) << "no surface, at any angle";
     EXPECT_NEAR(fresnelDielectric(down, up, down, 1.5f), 0.04f, 1e-7f);
     EXPECT_NEAR(fresnelDielectric(up, up, up, 1.5f), 0.04f, 1e-7f) << "leaving";
-    EXPECT_NEAR(fresnelDielectric(down * 1.0001f, up, down, 1.5f), 0.04f, 1e-7f) << "rounded up";
+    EXPECT_NEAR(fresnelDielectric(down * 1.01f, up, down, 1.5f), 0.04f, 1e-7f) << "above 1";
+    EXPECT_NEAR(fresnelDielectric(down, up, down * 1.01f, 1.5f), 0.04f, 1e-7f) << "above 1";
     const Refraction grazing = refract(along, up, 0.7f, {}, {});
     ASSERT_FALSE(grazing.total);
     EXPECT_EQ(fresnelDielectric(along, up, grazing.direction, 0.7f), 1.0f);
