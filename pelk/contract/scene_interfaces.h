@@ -77,6 +77,28 @@ public:
     virtual Transform getSurfaceFrame(PelkContext& context, int channel) = 0;
 };
 
+/// A hit object that has texture coordinates. Asked of PelkContext::hitObject by textures that the
+/// scene gives no UVW generator, and by whoever takes finite differences of a texture: a bump moves
+/// hitPoint, reads the texture, and puts hitPoint back. It has an id of its own so that objects
+/// made before it stay as they are. Without it the coordinates count as 0.
+///
+///     auto* surface = findInterface<SurfaceUVInterface>(context.hitObject);
+///     const Vector uvw = surface ? surface->getSurfaceUVW(context, -1) : Vector();
+class PELK_API SurfaceUVInterface : public PluginInterface {
+public:
+    static constexpr InterfaceID<SurfaceUVInterface> kInterfaceID{0x7E1C0006, "EXT_SURFACE_UV"};
+    u64 getInterfaceID() const override { return kInterfaceID; }
+    const char* getInterfaceName() const override { return kInterfaceID.name; }
+    /// Texture coordinates u, v and w (0 where there are only two) at the present hitPoint, which
+    /// need not be where the ray met the surface: they run on linearly in the plane of the face
+    /// that was hit, also beyond its edges, and a point off the plane counts as its foot on it. A
+    /// bump gets the slope of this one face so, and no step where the next one begins. Never NaN:
+    /// 0 without coordinates; a face whose coordinates are degenerate, which has no tangent frame,
+    /// still gives them. `channel`: as for getSurfaceFrame; a set that the object lacks is
+    /// replaced by the first.
+    virtual Vector getSurfaceUVW(PelkContext& context, int channel) = 0;
+};
+
 /// A hit object that has a space of its own, for normal maps that are given in it. Asked of
 /// PelkContext::hitMapping. Without it object space counts as world space.
 class PELK_API ObjectMappingInterface : public PluginInterface {

@@ -113,6 +113,11 @@ Transform HostGeometry::getSurfaceFrame(PelkContext& context, int channel) {
     return surfaceFrame(context, channel);
 }
 
+Vector HostGeometry::getSurfaceUVW(PelkContext& context, int channel) {
+    const UV uv = surfaceUV(context, channel);
+    return {uv.u, uv.v, 0.0f};
+}
+
 Vector HostGeometry::objectToWorld(PelkContext&, Vector vector) {
     return place.direction(vector);
 }

@@ -24,7 +24,8 @@ struct GeometryParams {
 /// and binds the parameters of GeometryParams in front of its own.
 class HostGeometry
     : public PluginOffering<GeometryInterface, SurfaceMtlIDInterface, ShaderSetInterface,
-                            GeomObjectInterface, SurfaceFrameInterface, ObjectMappingInterface> {
+                            GeomObjectInterface, SurfaceFrameInterface, SurfaceUVInterface,
+                            ObjectMappingInterface> {
 public:
     explicit HostGeometry(PelkPluginDesc* pluginDesc);
     static void addParameters(PelkParameterListDesc& list);
@@ -39,6 +40,7 @@ public:
     void getShaderSetName(StringHandle& out, PelkContext& context, int channel) override;
     int getRenderID(PelkContext&) override { return renderID; }
     Transform getSurfaceFrame(PelkContext& context, int channel) override;
+    Vector getSurfaceUVW(PelkContext& context, int channel) override;
     Vector objectToWorld(PelkContext& context, Vector vector) override;
 
 protected:

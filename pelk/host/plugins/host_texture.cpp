@@ -5,7 +5,7 @@
 
 #include "pelk/contract/context.h"
 #include "pelk/contract/renderer.h"
-#include "pelk/host/trace/surface_uv.h"
+#include "pelk/contract/scene_interfaces.h"
 
 namespace Tarnkit {
 
@@ -41,8 +41,8 @@ Vector textureCoordinates(PelkContext& context, UVWGenInterface* uvwgen) {
         return {static_cast<float>(context.screenX / frame.imageWidth),
                 static_cast<float>(1.0 - context.screenY / frame.imageHeight), 0.0f};
     }
-    const UV uv = surfaceUV(context);
-    return {uv.u, uv.v, 0.0f};
+    auto* const surface = findInterface<SurfaceUVInterface>(context.hitObject);
+    return surface ? surface->getSurfaceUVW(context, -1) : Vector();
 }
 
 }  // namespace Tarnkit

@@ -11,14 +11,13 @@ namespace Tarnkit {
 
 namespace {
 
-using KnownInterfaces =
-    InterfaceList<PelkPluginInterface, MaterialInterface, BSDFInterface, OpaqueShadeableInterface,
-                  RTMtlInterface, DefaultPelkSurfaceProperties, DefaultPelkSurfaceProperties2,
-                  TextureInterface, TextureFloatInterface, TextureIntInterface, RTTexInterface,
-                  PelkVolume, UVWGenInterface, RenderChannelInterface, ChannelHostInterface,
-                  GeomObjectInterface, SurfaceFrameInterface, ObjectMappingInterface,
-                  SurfaceMtlIDInterface, ShaderSetInterface, GeometryInterface, LightInterface,
-                  CameraInterface, FileUserInterface, ChannelSourceInterface>;
+using KnownInterfaces = InterfaceList<
+    PelkPluginInterface, MaterialInterface, BSDFInterface, OpaqueShadeableInterface, RTMtlInterface,
+    DefaultPelkSurfaceProperties, DefaultPelkSurfaceProperties2, TextureInterface,
+    TextureFloatInterface, TextureIntInterface, RTTexInterface, PelkVolume, UVWGenInterface,
+    RenderChannelInterface, ChannelHostInterface, GeomObjectInterface, SurfaceFrameInterface,
+    SurfaceUVInterface, ObjectMappingInterface, SurfaceMtlIDInterface, ShaderSetInterface,
+    GeometryInterface, LightInterface, CameraInterface, FileUserInterface, ChannelSourceInterface>;
 
 }  // namespace
 
