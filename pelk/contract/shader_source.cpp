@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "pelk/base/memory.h"
+#include "pelk/contract/renderer.h"
 #include "pelk/platform/c_locale.h"
 
 namespace Tarnkit {
@@ -137,6 +138,15 @@ void ShaderSource::printf(const char* format, ...) {
         throw;
     }
     va_end(arguments.list);
+}
+
+void ShaderSource::oclCheckBumpTextureSupport(PelkRenderer* renderer, const char* name,
+                                              const char* type, int flag) const {
+    MessageLog* const log = renderer && length() == 0 ? renderer->sequenceData.log : nullptr;
+    if (!log)
+        return;
+    log->warning("[%s] The %s map of \"%s\" can't be described; its text has a smooth surface.\n",
+                 type, flag ? "normal" : "height", name ? name : "");
 }
 
 }  // namespace Tarnkit

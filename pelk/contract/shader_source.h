@@ -39,6 +39,16 @@ public:
     /// name has a null one.
     void printf(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
+    /// Tells the user by one warning if this text, that of the map of a bump material alone, has
+    /// nothing to bump by: the map's texture doesn't describe itself, and whoever reads the text
+    /// shows a smooth surface where the renderer shows a bumped one. The text stays as it is.
+    ///
+    /// `renderer`: whose log gets the warning; null, or one without a log, takes none. `name` and
+    /// `type`: those of the material; a null name is written as empty. `flag`: 1 if the map is read
+    /// as normals, 0 if as heights.
+    void oclCheckBumpTextureSupport(PelkRenderer* renderer, const char* name, const char* type,
+                                    int flag) const;
+
     /// The text so far, terminated; empty at first. Valid until the next append.
     const char* c_str() const { return text ? text : ""; }
     /// Its length in bytes, without the terminator.

@@ -108,4 +108,28 @@ public:
     virtual Transform getTangentFrame(PelkContext& context, int& valid) = 0;
 };
 
+/// The bump of a texture that is taken for a height field over the surface: the shading normal x
+/// the gradient of the height along the surface, in scene units per scene unit. Called by bump
+/// materials at a hit. A vector in world space, at right angles to the normal, by which a normal
+/// leans downhill as in Blinn, "Simulation of Wrinkled Surfaces", SIGGRAPH 1978:
+///
+///     const Vector bump = getAutoBump(context, texture, 0, 1.0f);
+///     const Vector bumped = normalizeGuarded(normal + cross(normal, bump));
+///
+/// A number is the height itself, of a colour its mean is. The gradient is taken by differences:
+/// the texture is read at four places, half of `amount` pixel widths before and behind the hit in
+/// two directions at right angles along the surface, with the context's hitPoint moved there and
+/// nothing else of it changed. So a texture works that goes by hitPoint or by coordinates taken
+/// from it; one that looks at the hit number or the direction alone has no slope. The pixel's width
+/// at the hit comes from the ray differentials, so that far-off detail finer than a pixel doesn't
+/// glitter; without differentials it is a thousandth of the ray's length.
+///
+/// `texture`: not null. `mode`: 0; not read. `amount`: factor of the pixel's width, 1 as a rule;
+/// larger smooths. Zeros if it isn't above 0, for a flat texture, and where heights aren't finite.
+/// Throws what the texture throws; hitPoint is put back then too.
+PELK_API Vector getAutoBump(PelkContext& context, TextureInterface* texture, int mode,
+                            float amount);
+PELK_API Vector getAutoBump(PelkContext& context, TextureFloatInterface* texture, int mode,
+                            float amount);
+
 }  // namespace Tarnkit

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 
+#include "fake_host/fake_renderer.h"
 #include "scoped_environment.h"
 
 using Tarnkit::ShaderSource;
@@ -50,6 +51,23 @@ TEST(ShaderSourceTest, KeepsLongTextsWhole) {
     source.append(static_cast<const char*>(nullptr));
     EXPECT_EQ(source.c_str(), expected + expected);
     EXPECT_EQ(source.length(), static_cast<int>(2 * expected.size()));
+}
+
+TEST(ShaderSourceTest, WarnsOfABumpMapWithoutText) {
+    FakeRenderer renderer;
+    ShaderSource map;
+    map.oclCheckBumpTextureSupport(&renderer, "rust", "MtlBump", 0);
+    map.oclCheckBumpTextureSupport(&renderer, nullptr, "MtlBump", 1);
+    map.oclCheckBumpTextureSupport(nullptr, "rust", "MtlBump", 1);
+    EXPECT_EQ(map.length(), 0);
+    map.append("bitmap\n");
+    map.oclCheckBumpTextureSupport(&renderer, "rust", "MtlBump", 1);
+    const char* const end = "can't be described; its text has a smooth surface.\n";
+    EXPECT_EQ(renderer.log.texts, (std::vector<std::string>{
+                                      "w [MtlBump] The height map of \"rust\" " + std::string(end),
+                                      "w [MtlBump] The normal map of \"\" " + std::string(end)}));
+    renderer.sequenceData.log = nullptr;
+    ShaderSource().oclCheckBumpTextureSupport(&renderer, "rust", "MtlBump", 1);
 }
 
 }  // namespace

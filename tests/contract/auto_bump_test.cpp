@@ -1,0 +1,114 @@
+#include <cmath>
+#include <limits>
+
+#include "fake_host/fake_host.h"
+
+namespace {
+
+/// A height field in space, read at the hit point; as a colour it is the mean of three channels.
+class HeightField : public FakeTexture {
+public:
+    std::function<double(Point)> height = [](Point) { return 0.0; };
+    Point farthest;  ///< from the origin, where it was read
+
+    AColor getTexColor(PelkContext& context) override {
+        const float h = getTexFloat(context);
+        return {Color(2 * h, h, 0), 1.0f};
+    }
+    float getTexFloat(PelkContext& context) override {
+        throwIf(throwsForMemory);
+        if (length(context.hitPoint - Point()) > length(farthest - Point()))
+            farthest = context.hitPoint;
+        return static_cast<float>(height(context.hitPoint));
+    }
+};
+
+class AutoBumpTest : public FakeHost {
+protected:
+    AutoBumpTest() {
+        context.rayOrigin = {0, 0, 2};
+        context.hitPoint = {0.25, 0.5, 0};
+        context.rayDerivX = {0.001f, 0, 0};
+        context.rayDerivY = {0, 0.001f, 0};
+    }
+
+    Vector ofColor(float amount = 1.0f) {
+        return getAutoBump(context, static_cast<TextureInterface*>(&field), 0, amount);
+    }
+    Vector ofNumber(float amount = 1.0f) {
+        return getAutoBump(context, static_cast<TextureFloatInterface*>(&field), 0, amount);
+    }
+
+    HeightField field;
+    FakeContext context = hit();
+};
+
+// The gradient in double, by hand: of x^2 + 3 x y - y^2 + z / 2, the part along the surface.
+TEST_F(AutoBumpTest, IsNormalTimesGradientAlongTheSurface) {
+    field.height = [](Point p) { return p.x * p.x + 3 * p.x * p.y - p.y * p.y + 0.5 * p.z; };
+    const Vector normals[] = {{0, 0, 1}, {0, 0, -1}, {1, 0, 0}, {0, 1, 0}, {0.6f, 0.64f, 0.48f}};
+    for (const Vector n : normals) {
+        SCOPED_TRACE(testing::PrintToString(n));
+        context.normal = n;
+        const PelkContext before = context;
+        const double x = context.hitPoint.x, y = context.hitPoint.y;
+        const double g[] = {2 * x + 3 * y, 3 * x - 2 * y, 0.5};
+        const Vector expected = {static_cast<float>(n.y * g[2] - n.z * g[1]),
+                                 static_cast<float>(n.z * g[0] - n.x * g[2]),
+                                 static_cast<float>(n.x * g[1] - n.y * g[0])};
+        EXPECT_THAT(ofNumber(), VectorNear(expected, 2e-3f));
+        EXPECT_THAT(ofColor(), VectorNear(expected, 2e-3f));
+        expectRayAndHitAsBefore(before, context);
+    }
+}
+
+TEST_F(AutoBumpTest, ReadsWithinAPixelOfTheHitTimesTheAmount) {
+    const Vector alongX = {0.001f, 0, 0}, none;
+    const struct {
+        const char* what;
+        Vector originDerivX, rayDerivX, rayDerivY;
+        float amount, width;
+    } cases[] = {
+        {"from the eye, two units off", none, alongX, none, 1, 0.002f},
+        {"parallel", alongX, none, none, 1, 0.001f},
+        {"the wider one", alongX, none, {0, 0.004f, 0}, 1, 0.008f},
+        {"scaled", none, alongX, none, 8, 0.016f},
+        {"nobody knows", none, none, none, 1, 0.002f},
+        {"no number", none, {NAN, 0, 0}, none, 1, 0.002f},
+    };
+    context.hitPoint = {};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        context.originDerivX = c.originDerivX;
+        context.rayDerivX = c.rayDerivX;
+        context.rayDerivY = c.rayDerivY;
+        field.farthest = {};
+        ofNumber(c.amount);
+        EXPECT_NEAR(length(field.farthest - Point()), 0.5f * c.width, 1e-6f);
+    }
+}
+
+TEST_F(AutoBumpTest, HasNoBumpWhereNoSlopeCanBeTold) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    field.height = [](Point p) { return p.x; };
+    for (const float amount : {0.0f, -1.0f, NAN})
+        EXPECT_EQ(ofNumber(amount), Vector());
+    for (const double height : {static_cast<double>(NAN), kInfinity, -kInfinity}) {
+        field.height = [=](Point p) { return p.x > 0.25 ? height : 0.0; };
+        EXPECT_EQ(ofNumber(), Vector());
+    }
+    field.height = [](Point p) { return p.x; };
+    for (const Vector n : {Vector(), Vector(NAN, 0, 0)}) {
+        context.normal = n;
+        EXPECT_EQ(ofNumber(), Vector());
+    }
+}
+
+TEST_F(AutoBumpTest, PutsTheHitPointBackWhenTheTextureThrows) {
+    field.throwsForMemory = true;
+    const PelkContext before = context;
+    EXPECT_THROW(ofColor(), ExceptionMsg);
+    expectRayAndHitAsBefore(before, context);
+}
+
+}  // namespace
