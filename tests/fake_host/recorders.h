@@ -52,6 +52,7 @@ public:
     PelkVolume* volume = nullptr;
     SeenSide seenSide;  ///< by eval or traceForward
     TextureInterface* seenEnvironment = nullptr;
+    std::function<void(PelkContext&)> onTrace;  ///< called by traceForward, after the results
 
     BRDFSampler* getBRDF(BSDFSide side) override { return hasFace[side] ? this : nullptr; }
     PelkVolume* getVolume(PelkContext&) override { return volume; }
@@ -67,6 +68,8 @@ public:
     void traceForward(PelkContext& context, int) override {
         see("traceForward", context);
         setResults(context, color, transparency, complement(transparency), transparency);
+        if (onTrace)
+            onTrace(context);
     }
 
 private:
@@ -211,6 +214,7 @@ public:
     std::vector<std::pair<int, Color>> channels;  ///< by position, -1 included
     std::vector<std::pair<int, Color>> aliases;
     std::vector<std::pair<Color, int>> multiplied;  ///< weights and flag
+    bool hasAliases = false;  ///< who asks is told that each alias has a channel
 
     void multiply(const Color& weights, int flag) override {
         if (note("multiply"))
@@ -239,7 +243,7 @@ public:
     void getChannel(int, void*) override {}
     void* getChannelPtr(int) override { return nullptr; }
     void getAlias(int, void*) override {}
-    void* getAliasPtr(int) override { return nullptr; }
+    void* getAliasPtr(int) override { return hasAliases ? this : nullptr; }
     void applyColorMapper(ColorMapper*, int) override {}
     AColor* getSampleColor(AColor* out) override { return out; }
 };

@@ -12,6 +12,7 @@
 #include "pelk/materials/composite/mtl_render_stats.h"
 #include "pelk/materials/matte/mtl_wrapper.h"
 #include "pelk/materials/matte/mtl_wrapper_maya.h"
+#include "pelk/materials/maya/mtl_bump.h"
 #include "pelk/materials/maya/mtl_maya_ramp.h"
 #include "pelk/materials/surface/mtl_diffuse.h"
 #include "pelk/materials/surface/mtl_single_brdf.h"
@@ -81,6 +82,7 @@ struct Materials {
     Enrolled<MtlLayeredBRDFDesc> layeredBRDF{libDesc};
     Enrolled<MtlDoubleSidedDesc> doubleSided{libDesc};
     Enrolled<MtlDiffuseDesc> diffuse{libDesc};
+    Enrolled<MtlBumpDesc> bump{libDesc};
     Enrolled<Mtl2SidedDesc> twoSided{libDesc};
 };
 

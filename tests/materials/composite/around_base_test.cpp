@@ -15,6 +15,7 @@ const struct {
     bool isOpaque;  // around an opaque base
 } kCases[] = {
     {"Mtl2Sided", "front", false, kFullyTransparent, true},
+    {"MtlBump", "base_mtl", false, kOpaqueBlack, true},
     {"MtlDoubleSided", "base_mtl", false, kOpaqueBlack, false},
     {"MtlLayeredBRDF", "brdfs", true, kFullyTransparent, false},
     {"MtlMaterialID", "base_mtl", false, kUntouched, true},

@@ -72,6 +72,13 @@ protected:
                        {"refraction_limit", input},
                        {"refractions", true},
                        {"channels", Plugins{&channel}}});
+        for (int form = 0; form <= 6; ++form)
+            start("MtlBump", {{"base_mtl", &base},
+                              {"bump_tex_color", &texture},
+                              {"bump_tex_mult_tex", &texture},
+                              {"bump_shadows", true},
+                              {"maya_compatible", true},
+                              {"map_type", form}});
         log.quiet = true;
     }
 

@@ -14,12 +14,13 @@ const struct {
     u32 id;
     bool describesItself;
 } kPlugins[] = {
-    {"Mtl2Sided", 2006140877, true},       {"MtlDiffuse", 2004101502, true},
-    {"MtlDoubleSided", 2005073001, false}, {"MtlLayeredBRDF", 2004102130, false},
-    {"MtlMaterialID", 2008290200, true},   {"MtlMulti", 2005052701, true},
-    {"MtlOverride", 2007020199, true},     {"MtlMayaRamp", 2009111901, false},
-    {"MtlRenderStats", 2007021701, true},  {"MtlSingleBRDF", 2004101810, true},
-    {"MtlWrapperMaya", 2009220400, true},  {"MtlWrapper", 2008180400, true},
+    {"Mtl2Sided", 2006140877, true},       {"MtlBump", 2005052650, true},
+    {"MtlDiffuse", 2004101502, true},      {"MtlDoubleSided", 2005073001, false},
+    {"MtlLayeredBRDF", 2004102130, false}, {"MtlMaterialID", 2008290200, true},
+    {"MtlMulti", 2005052701, true},        {"MtlOverride", 2007020199, true},
+    {"MtlMayaRamp", 2009111901, false},    {"MtlRenderStats", 2007021701, true},
+    {"MtlSingleBRDF", 2004101810, true},   {"MtlWrapperMaya", 2009220400, true},
+    {"MtlWrapper", 2008180400, true},
 };
 constexpr int kNumPlugins = std::size(kPlugins);
 
