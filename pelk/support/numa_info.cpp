@@ -1,6 +1,7 @@
 #include "pelk/support/numa_info.h"
 
 #include <bit>
+#include <cassert>
 #include <cstdlib>
 
 namespace Tarnkit {
@@ -89,6 +90,7 @@ void NumaInfo::empty() {
 }
 
 int NumaInfo::Walk::next() {
+    assert(info.isUsed());
     while (processor >= info.nodes[node].cumulative && node + 1 < info.nodes.size())
         ++node;
     const int found = node;

@@ -1,3 +1,4 @@
+#include <cassert>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -208,6 +209,7 @@ bool DefaultPluginManager::unloadAllLibraries(PelkPluginHost* host) {
 /// False, and the record stays, if it has no description, if not all of its descriptors could be
 /// taken out, or if the system keeps the module.
 bool DefaultPluginManager::unloadAt(int index, PelkPluginHost* host) {
+    assert(index > 0);  // record 0 is the host's own library
     PluginLibDesc* desc = libraries[index].desc;
     if (!desc)
         return false;

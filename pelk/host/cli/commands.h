@@ -6,14 +6,14 @@ class App;
 
 namespace Tarnkit {
 
-/// What the program answers to its caller.
+/// What the program answers to its caller, as the help text lists it.
 enum class ExitCode {
     Done = 0,
     BadInput = 1,          ///< a scene, a plug-in or what they name is wrong
     BadUsage = 2,          ///< the command line is wrong
     OutputFailed = 3,      ///< a picture or the results could not be written
     PictureHasErrors = 4,  ///< under --strict alone
-    Interrupted = 130,
+    Interrupted = 130,     ///< by Ctrl-C or a request to terminate: 128 + SIGINT, as shells count
 };
 
 // Each adds one command to the program. If the command line asks for it, it runs while the command

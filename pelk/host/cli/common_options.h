@@ -33,10 +33,12 @@ struct PictureOptions {
 /// `--set INSTANCE.PARAM=VALUE`, repeatable
 void addSetOption(CLI::App& command, std::vector<std::string>& overrides);
 
-/// Ends the reading of the command line with what is wrong with an option's text.
+/// Ends the reading of the command line by the exception that its parser takes for a wrong option.
+/// The user reads what `expected` says and the option's `text`.
 [[noreturn]] void refuse(const char* option, const std::string& text, const std::string& expected);
 
-/// Numbers from 0 on with separators between them and nothing else. False if `text` is no such.
+/// Reads N numbers from 0 on with separators between them and nothing else, as in "640x480". False
+/// if `text` is not of that form; `numbers` may then be written in part.
 template <size_t N>
 bool parseNumbers(std::string_view text, char separator, std::array<int, N>& numbers) {
     const char* at = text.data();

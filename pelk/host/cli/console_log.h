@@ -8,8 +8,9 @@
 
 namespace Tarnkit {
 
-/// Messages of the host and its plug-ins, as lines on standard error and in the debug log. May be
-/// called from any thread. Without `verbose`, only warnings and errors are shown.
+/// Messages of the host and its plug-ins, as lines on standard error and in the debug log, which
+/// gets all of them. Without `verbose`, standard error shows warnings and errors alone. Any thread
+/// may call; a message is cut at 4,095 characters.
 class ConsoleLog final : public MessageLog {
 public:
     ConsoleLog(StatusLine& statusLine, const Diagnostics& debugLog, bool verboseLog)
@@ -17,7 +18,7 @@ public:
 
     bool isVerbose() const { return verbose; }
 
-    /// What is wrong with the command as a whole.
+    /// Tells why the command as a whole fails, with "pelk:" in front.
     void complain(const std::string& text);
 
     void debug(const char* format, ...) override __attribute__((format(printf, 2, 3)));

@@ -32,7 +32,8 @@ constexpr const char* sequenceOf(Tone tone) {
 
 constinit std::mutex consoleMutex;
 
-/// Makes a stream the console in use, for one thread at a time.
+/// Makes a stream the one that tarnkit_cprint writes to, until the end of the scope and for one
+/// thread at a time: the console in use is the process's.
 class StreamInUse {
 public:
     explicit StreamInUse(Stream stream) : hold(consoleMutex), former(platform::console()) {

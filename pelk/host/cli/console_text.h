@@ -5,7 +5,7 @@
 
 namespace Tarnkit {
 
-/// What a piece of text is, which a terminal shows by its colour.
+/// What a piece of text is to its reader; a terminal shows each by a colour of its own.
 enum class Tone { Plain, Heading, Good, Detail, Warning, Error };
 
 /// Text for people, in pieces of one tone each.
@@ -22,26 +22,28 @@ public:
     ConsoleText& addf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     ConsoleText& append(const ConsoleText& other);
 
-    /// The text with sequences for its colours.
+    /// The text with escape sequences for its colours, as tarnkit_cprint takes it.
     const std::string& getSequences() const { return text; }
 
 private:
     std::string text;
 };
 
-/// "pelk: " and what is wrong.
+/// The start of every message about what is wrong: "pelk: " and `text`.
 ConsoleText complaint(std::string_view text);
 
 enum class Stream { Output, Error };
 
-/// Prints a text, in colours on terminals whose user wants them. Any thread may call; texts don't
-/// mix. What goes to a stream that is closed is lost.
+/// Prints a text, in colours on terminals whose user wants them. Any thread may call: a lock keeps
+/// the texts of two threads apart. What goes to a stream that is closed is lost.
 void print(Stream stream, const ConsoleText& text);
 
-/// Prints a result on standard output, byte by byte as it is.
+/// Prints a result on standard output, byte by byte: another program may read it, so nothing in it
+/// is taken for a colour.
 void printResult(std::string_view text);
 
-/// Columns of the terminal that shows the stream; a guess if there is none.
+/// Columns of the terminal that shows the stream; what was last known, 80 at first, if there is
+/// none.
 int consoleWidth(Stream stream);
 
 }  // namespace Tarnkit

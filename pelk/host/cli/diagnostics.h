@@ -9,16 +9,19 @@ class App;
 
 namespace Tarnkit {
 
-/// How much a command tells; options of all commands that work on scenes.
+/// How much a command tells: the options --verbose and --debug-log of all commands that read
+/// scenes.
 struct LogOptions {
     bool verbose = false;
-    std::optional<int> debugLog;  ///< number of the debug log that keeps all of it
+    std::optional<int> debugLog;  ///< number of the debug log that gets all messages
 
     void addTo(CLI::App& command);
 };
 
-/// While it lives, what the libraries send to the debug stream does not go to standard error, but
-/// into a debug log, if there is one, with all messages of the command. There is one at a time.
+/// Where messages for developers go while a command runs. What the libraries print by debugPrint is
+/// kept from standard error while this lives; it goes into the debug log that the user chose,
+/// together with all messages of the command, and is dropped if there is none. The sink of
+/// debugPrint is the process's, so there may be only one object of this class at a time.
 class Diagnostics {
 public:
     Diagnostics();

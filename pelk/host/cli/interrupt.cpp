@@ -24,7 +24,7 @@ void onInterrupt(int number) {
         std::signal(number, SIG_DFL);
         std::raise(number);
     } else if (hasTerminal) {
-        const int keptError = errno;
+        const int keptError = errno;  // of the code that the signal came upon
         platform::writeErrorOutput(kNotice);
         errno = keptError;
     }

@@ -45,7 +45,7 @@ ExitCode run(int argc, char** argv) {
     addInfoCommand(program, exitCode);
     addDescribeCommand(program, exitCode);
     addProbeCommand(program, exitCode);
-    program.footer(kFooter);  // not before: commands would take it over
+    program.footer(kFooter);  // behind the commands: each inherits the footer that it finds
 
     const std::string wrongCommand = checkCommand(program, argc, argv);
     if (!wrongCommand.empty()) {

@@ -11,18 +11,18 @@ namespace Tarnkit {
 class ConsoleLog;
 class HostSession;
 
-/// Where plug-in libraries are looked for; options that all commands share.
+/// Where plug-in libraries are looked for: the option --plugins, which all commands share.
 struct PluginOptions {
     std::string directories;  ///< separated by `;`; empty for the usual places
 
     void addTo(CLI::App& command);
-    /// The directories to look in. The usual places are the one that comes with this program and
-    /// those of the environment variable PELK_PLUGIN_PATH.
+    /// The directories to look in, separated by `;`. The usual places are lib/pelk/ beside the
+    /// program's own bin/, and those of the environment variable PELK_PLUGIN_PATH.
     std::string searchPath() const;
 };
 
-/// Loads what stands in the directories. A library that is refused is a warning while there are
-/// others. False if there are none; `error` then lists what was tried.
+/// Loads all libraries in the directories. One that is refused is a warning, as long as another one
+/// could be loaded. False if none could; `error` then lists what was tried and why it was refused.
 bool loadModules(HostSession& session, const PluginOptions& options, ConsoleLog& log,
                  std::string& error);
 

@@ -10,7 +10,7 @@ namespace Tarnkit {
 
 namespace {
 
-/// What can be said of a render whose first samples are done. Below 0 is unknown.
+/// How far a render has come and what is left of it; the last two are -1 before the first sample.
 struct Estimate {
     double percent, samplesPerSecond, remainingSeconds;
 };

@@ -13,7 +13,8 @@ std::string shortNumber(double value);
 /// Hours, minutes and seconds, such as "1:02:03" or "0:07".
 std::string clockTime(double seconds);
 
-/// Tells on a terminal how far a render has come, how fast it goes and how long it will take.
+/// Tells on a terminal how far a render has come, how fast it goes and how long it will still take,
+/// if the samples to come are as fast as those done.
 class TerminalProgress final : public RenderProgress {
 public:
     explicit TerminalProgress(StatusLine& statusLine) : status(statusLine) {}
@@ -23,7 +24,8 @@ private:
     StatusLine& status;
 };
 
-/// The same for programs: an object a line on standard output.
+/// The same for programs that watch a render: JSON objects on standard output, one a line, with the
+/// key "event" being "progress".
 class JsonProgress final : public RenderProgress {
 public:
     void update(long long done, long long total, double seconds) override;

@@ -8,19 +8,20 @@
 
 namespace Tarnkit {
 
-/// A part of a picture that is cut into bands of rows; counts from 1.
+/// The band `index` of `count` into which --tile cuts a picture, from top to bottom and counted
+/// from 1, so that several machines can share a picture. 1 of 1 is all of it.
 struct TileChoice {
     int index = 1, count = 1;
 };
 
+/// What --progress asks for: a status line if there is a terminal, lines of JSON, or nothing.
 enum class ProgressStyle { Auto, JsonLines, None };
 
-/// What the command line of `pelk render` says. Numbers that are 0 were left out, and the scene's
-/// settings hold.
+/// What the command line of `pelk render` says.
 struct RenderCommandOptions : SceneOptions {
-    std::vector<std::string> outputs;
+    std::vector<std::string> outputs;  ///< picture files, one each
     PictureOptions picture;
-    int threads = 0;
+    int threads = 0;     ///< 0 if it was left out: as many as getNumThreads() says
     PictureRect region;  ///< empty if it was left out
     TileChoice tile;
     int tileSize = RenderOptions().tileSize;
@@ -32,8 +33,8 @@ struct RenderCommandOptions : SceneOptions {
     void addTo(CLI::App& command);
 };
 
-/// The pixels of a picture that are to be rendered. False if some of them lie outside; `error`
-/// then says so.
+/// The pixels of a picture that --region or --tile chooses, all of them by default. False if some
+/// of them lie outside the picture, or if it has fewer rows than bands; `error` then says so.
 bool choosePixels(const RenderCommandOptions& options, int width, int height, PictureRect& pixels,
                   std::string& error);
 

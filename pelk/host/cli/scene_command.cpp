@@ -1,6 +1,7 @@
 #include "pelk/host/cli/scene_command.h"
 
 #include <CLI/CLI.hpp>
+#include <cassert>
 
 #include "pelk/host/scene/scene_reader.h"
 
@@ -28,6 +29,11 @@ bool SceneCommand::openScene() {
     if (!scene)
         log.complain(error);
     return scene != nullptr;
+}
+
+Scene& SceneCommand::getScene() {
+    assert(scene);
+    return *scene;
 }
 
 ExitCode SceneCommand::fail(ExitCode code, const std::string& text) {

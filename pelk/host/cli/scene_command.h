@@ -46,7 +46,7 @@ public:
     ConsoleLog& getLog() { return log; }
     HostSession& getSession() { return session; }
     /// Only after an openScene that returned true.
-    Scene& getScene() { return *scene; }
+    Scene& getScene();
 
 private:
     // In this order, as each uses the ones above it to its end: a log writes to the status line and

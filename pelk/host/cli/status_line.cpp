@@ -24,7 +24,8 @@ std::string StatusLine::erased() const {
 void StatusLine::show(std::string text) {
     if (!terminal)
         return;
-    // A line that went round the edge could not be taken back. The last column does that to some.
+    // A line that wraps can't be erased by going back to its start, and some terminals wrap as soon
+    // as the last column is written, so that stays free.
     const int width = consoleWidth(Stream::Error) - 1;
     text.resize(std::min(text.size(), static_cast<size_t>(std::max(width, 0))));
     const std::lock_guard lock(mutex);

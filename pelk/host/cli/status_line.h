@@ -7,28 +7,31 @@
 
 namespace Tarnkit {
 
-/// Standard error, for all threads: whole lines of text and, on a terminal, a line below them that
-/// is rewritten in place.
+/// Standard error for all threads of a command: whole lines of messages and, on a terminal, a
+/// status line below them that is rewritten in place. A message is printed over the status line,
+/// which then comes again below it.
 class StatusLine {
 public:
     StatusLine();
-    /// Takes the line below away.
+    /// Erases the status line.
     ~StatusLine();
     StatusLine(const StatusLine&) = delete;
     StatusLine& operator=(const StatusLine&) = delete;
 
     bool isTerminal() const { return terminal; }
-    /// Rewrites the line below, cut to the width of the terminal. Does nothing where there is none.
+    /// Rewrites the status line, cut to the width of the terminal; an empty text erases it. Does
+    /// nothing where standard error is no terminal.
     void show(std::string text);
-    /// Prints a line of text.
+    /// Prints a message; the end of the line is added.
     void print(const ConsoleText& text);
 
 private:
+    /// What overwrites the status line with blanks and goes back to its start.
     std::string erased() const;
 
     const bool terminal;
     std::mutex mutex;
-    std::string shown;
+    std::string shown;  // the status line; empty if there is none
 };
 
 }  // namespace Tarnkit

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <vector>
 
 #include "pelk/contract/pelk_plugin.h"
@@ -9,13 +10,20 @@
 
 namespace Tarnkit {
 
-/// Calls renderBegin and frameBegin on every plug-in, and at the end frameEnd and renderEnd on
-/// those that got so far, whatever happened in between.
+/// The life cycle of a scene's plug-ins around one render of one frame: renderBegin and frameBegin
+/// on each, and from the destructor frameEnd and renderEnd on those that got so far, in reverse
+/// order, whatever was thrown in between. Runs on the thread that sets the render up, while no ray
+/// is traced.
+///
+///     PluginLifeCycle plugins(scene, renderer);
+///     plugins.beginRender();
+///     plugins.beginFrame();
 class PluginLifeCycle {
 public:
     PluginLifeCycle(Scene& scene, PelkRenderer& renderer_)
         : plugins(scene.collect<PelkPluginInterface>()), renderer(renderer_) {
-        // What the others find in the frame comes from the camera, so its frame begins first.
+        // Plug-ins read the camera's matrix and position from the frame data in frameBegin, so the
+        // camera goes first, and between its frameBegin and theirs the host fills these in.
         PluginBase* const camera = scene.camera ? scene.camera->getPlugin() : nullptr;
         const auto others =
             std::stable_partition(plugins.begin(), plugins.end(),
@@ -30,6 +38,7 @@ public:
             plugins[--rendersBegun]->renderEnd(renderer);
     }
 
+    /// Comes before any frame begins.
     void beginRender() {
         for (PelkPluginInterface* plugin : plugins) {
             plugin->renderBegin(renderer);
@@ -37,21 +46,23 @@ public:
         }
     }
 
+    /// frameBegin of the scene's camera alone, so that it can be asked for its place and axes.
     void beginFrameOfCamera() { beginFrames(numCameras); }
 
-    /// On all that have not begun it.
+    /// frameBegin of all that have not begun their frame.
     void beginFrame() { beginFrames(plugins.size()); }
 
 private:
     void beginFrames(size_t count) {
+        assert(rendersBegun == plugins.size());
         for (; framesBegun < count; ++framesBegun)
             plugins[framesBegun]->frameBegin(renderer);
     }
 
     std::vector<PelkPluginInterface*> plugins;
     PelkRenderer& renderer;
-    size_t numCameras = 0;  ///< at the front of `plugins`: one or none
-    size_t rendersBegun = 0, framesBegun = 0;
+    size_t numCameras = 0;                     ///< at the front of `plugins`: one or none
+    size_t rendersBegun = 0, framesBegun = 0;  ///< so many from the front, each counted once done
 };
 
 }  // namespace Tarnkit

@@ -14,7 +14,8 @@ namespace Tarnkit {
 
 namespace {
 
-/// Hands the tiles of a rectangle to the threads.
+/// Hands the tiles of a rectangle to the threads, row by row from the upper left. One atomic
+/// counter balances the load: a thread with a cheap tile is back for the next one sooner.
 class TileQueue {
 public:
     TileQueue(const PictureRect& area_, int tileSize_)
@@ -23,7 +24,7 @@ public:
           columns(tilesIn(area.x1 - area.x0)),
           count(columns * tilesIn(area.y1 - area.y0)) {}
 
-    /// As large as any tile.
+    /// A rectangle that any tile fits into; those at the right and lower edge may be smaller.
     PictureRect largest() const {
         return {0, 0, std::min(tileSize, area.x1 - area.x0), std::min(tileSize, area.y1 - area.y0)};
     }
@@ -49,8 +50,8 @@ private:
     std::atomic<int> taken{0};
 };
 
-/// Renders a rectangle on the threads of a group. `samples`, `seconds` and `stopped` of the result
-/// tell how far that came.
+/// Renders a rectangle on the threads of a group, and fills in how far that came: `samples`,
+/// `seconds`, `stopped`, and what was dropped.
 void renderTiles(RenderSetup& setup, const RenderOptions& options, const PictureRect& area,
                  WorkerGroup group, RenderProgress* progress, Picture& picture,
                  RenderResult& result) {

@@ -19,23 +19,25 @@ struct PictureRect {
     bool isEmpty() const { return x1 <= x0 || y1 <= y0; }
 };
 
+/// What one render is to do. Sizes and counts are above 0, but where a comment gives 0 a meaning.
 struct RenderOptions {
     int width = 0, height = 0;          ///< of the whole picture
     int samples = 16;                   ///< per pixel
     int threads = 0;                    ///< 0: as many as getNumThreads() says
     PictureRect region;                 ///< what to render; empty stands for the whole picture
-    int tileSize = 32;                  ///< pixels on a side of what a thread renders at a time
-    std::vector<std::string> channels;  ///< names beyond those that the scene asks for
+    int tileSize = 32;                  ///< pixels on a side of a tile, which one thread renders
+    std::vector<std::string> channels;  ///< names of render channels beside those of the scene
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };
 
-/// The most threads that a render uses, however many are asked for.
+/// The most threads that a render uses, however many are asked for: each has pools of its own.
 inline constexpr int kMaxThreads = 1024;
 
 /// The largest RenderOptions::tileSize.
 inline constexpr int kMaxTileSize = 4096;
 
-/// How far a render has come. Called now and then and at the end, on the thread of renderScene.
+/// Follows how far a render has come. Called about every 200 ms and at the end, on the thread of
+/// renderScene; what it throws ends the render as a failure.
 class RenderProgress {
 public:
     virtual ~RenderProgress() = default;
@@ -48,14 +50,19 @@ struct RenderResult {
     bool ok = false;       ///< false: nothing was rendered, `error` says why
     bool stopped = false;  ///< ended early by `stop`; what was finished stands in the picture
     std::string error;
-    long long samples = 0;
-    double seconds = 0.0;          ///< the rendering alone
-    long long droppedSamples = 0;  ///< colours that weren't finite
+    long long samples = 0;         ///< of all pixels that were finished
+    double seconds = 0.0;          ///< of tracing rays, without reading and building the scene
+    long long droppedSamples = 0;  ///< left out since their colour was NaN or infinite
     std::string droppedBy;         ///< name of an instance that made one of them
 };
 
-/// Renders the scene into `picture`, which gets the size of the whole picture. `stop` may be set
-/// from any thread or a signal handler; `progress` may be null.
+/// Renders the scene into `picture`, which gets the size of the whole picture; pixels outside the
+/// region hold what a miss gives. Each thread takes one tile after the other from a common queue
+/// and renders it with all its samples, so a tile in the picture is final: there are no progressive
+/// passes. The picture has the same bits whatever the number of threads and the size of tiles.
+///
+/// `stop` may be set from any thread or a signal handler, and ends the render behind the tiles in
+/// work. `log` and `progress` may be null. Nothing is thrown: `error` of the result has the words.
 RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog* log,
                          RenderProgress* progress, const std::atomic<bool>& stop, Picture& picture);
 

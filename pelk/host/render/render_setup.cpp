@@ -72,7 +72,8 @@ bool RenderSetup::prepare(std::string& error) {
     }
     if (!channels.collect(scene, options.channels, error))
         return false;
-    // Materials ask for the numbers while their frame begins.
+    // Before the life cycle begins: materials ask in their frameBegin for the render ids of
+    // objects.
     int renderID = 0;
     for (GeometryInterface* geometry : scene.collect<GeometryInterface>())
         geometry->setRenderID(renderID++);

@@ -10,24 +10,27 @@
 
 namespace Tarnkit {
 
-/// A scene made ready for rays, for as long as this lives: plug-ins have begun their frame,
-/// geometry is built, lights and camera know where they stand.
+/// A scene made ready for tracing rays, for as long as this lives: plug-ins have begun their frame,
+/// the acceleration structure is built, lights and camera are prepared. Made by each job on its own
+/// thread; after `prepare` the render threads only read it. Scene and options must outlive it.
 class RenderSetup {
 public:
     RenderSetup(Scene& scene, const RenderOptions& options, int threads, MessageLog* log);
 
-    /// Comes first. Returns false with a text that names what is wrong in the scene.
+    /// Comes first and once. Returns false with a text that names what is wrong in the scene, by
+    /// its JSON pointer. May throw what plug-ins throw, an ExceptionMsg for lack of memory among
+    /// it.
     bool prepare(std::string& error);
 
-    /// The camera's ray through a place on the picture, in the scene's space; as
-    /// CameraInterface::makeRay.
+    /// Writes the camera ray through a place on the picture into `context`, in the scene's space.
+    /// `x` and `y` count in pixels from the upper left corner; the middle of the first is 0.5, 0.5.
     void makeRay(double x, double y, PelkContext& context) const {
         scene.camera->makeRay(x, y, context);
         context.rayOrigin = context.spawnOrigin = context.rayOrigin + -sceneOrigin.offset;
     }
 
 private:
-    /// From the scene's space to the camera's.
+    /// The translation from the scene's space to the one in which the camera is placed.
     class SceneOrigin final : public WorldTransform {
     public:
         explicit SceneOrigin(Color place) : offset{place.r, place.g, place.b} {}
@@ -38,7 +41,7 @@ private:
         const Vector offset;
     };
 
-    /// The scene's camera as materials ask it.
+    /// The scene's camera as materials see it, for those that project a hit onto the picture.
     class MaterialCamera final : public PelkCamera {
     public:
         explicit MaterialCamera(const Scene& scene_) : scene(scene_) {}

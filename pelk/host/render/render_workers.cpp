@@ -79,7 +79,7 @@ public:
         try {
             group.report(total);
         } catch (...) {
-            failure.keep();  // behind the threads, which checkAbort ends
+            failure.keep();  // thrown on once the threads have ended, which checkAbort now asks for
         }
     }
 
@@ -130,7 +130,8 @@ std::vector<int> processorsOf(const ThreadPlacement& thread) {
     return processors;
 }
 
-/// Lines that tell which threads share a node, and its processors; empty for no placement.
+/// A line for each NUMA node: which threads are bound to it, and its processors. None if threads
+/// are not bound.
 std::vector<std::string> describePlacement(const std::vector<ThreadPlacement>& placement) {
     struct Node {
         std::vector<int> threads, processors;
@@ -170,7 +171,7 @@ void runWorkers(const WorkerGroup& group, const std::function<void(Worker&)>& wo
     const int abort =
         group.manager.runThreads(group.threads, &job, &progress, static_cast<bool>(group.report));
     failure.rethrow();
-    // Threads that come after an abort do not begin.
+    // After an abort the count says nothing: workers that had not begun by then skip the job.
     if (abort == 0 && job.begun == 0)
         throw ExceptionMsg("The system gives no thread to work on");
     if (abort == 0 && job.begun < group.threads)

@@ -11,12 +11,13 @@ namespace Tarnkit {
 
 class MessageLog;
 
+/// Lets a unique_ptr own a thread manager, whose destructor is not virtual.
 struct ThreadManagerDeleter {
     void operator()(ThreadManager* manager) const { deleteThreadManager(manager); }
 };
 using OwnedThreadManager = std::unique_ptr<ThreadManager, ThreadManagerDeleter>;
 
-/// One thread of a run, as its work sees it.
+/// One thread of a run, as its work sees it. Lives on that thread's stack while the work runs.
 class Worker {
 public:
     Worker(int index, int& abort, int& counter)
@@ -25,7 +26,7 @@ public:
     int getThreadIndex() const { return threadIndex; }
     /// True once the run is to end early. Work that is in hand may be finished.
     bool mustStop() const { return readShared(abortFlag) != 0; }
-    /// Adds to what is reported; for this thread alone.
+    /// Adds finished work to this thread's counter, in units of the caller's choice.
     void count(int finished) { writeShared(progress, progress + finished); }
     int getCounted() const { return progress; }
 
@@ -35,15 +36,15 @@ private:
     int& progress;
 };
 
-/// A group of threads, and who follows what they do. `stop` may be set at any moment, and ends the
-/// run early. `report` may be empty; it gets the sum of all that was counted, about every 200 ms,
-/// on the caller's thread.
+/// A group of threads, and who follows what they do.
 struct WorkerGroup {
     ThreadManager& manager;
-    int threads;
-    const std::atomic<bool>& stop;
+    int threads;                    ///< above 0
+    const std::atomic<bool>& stop;  ///< may be set at any moment, and ends the run early
+    /// Gets the sum of all counters about every 200 ms, on the caller's thread; may be empty. What
+    /// it throws ends the run.
     std::function<void(int done)> report = {};
-    MessageLog* log = nullptr;
+    MessageLog* log = nullptr;  ///< may be null
 };
 
 /// Runs `work` on the threads of a group, 0 to `threads` - 1, and returns when all have ended. As

@@ -70,7 +70,7 @@ TileWorker::TileWorker(RenderSetup& setup_, int samples_, const PictureRect& lar
       samples(samples_),
       thread(setup_.renderer, threadIndex) {
     region.setChannels(setup.channels.getList());
-    // All pages are had at once; the region keeps them for smaller tiles.
+    // Memory for the largest tile is taken here, and the region keeps it for the smaller ones.
     region.setRect(largest.x0, largest.y0, largest.x1, largest.y1);
     region.beginRendering();
     if (setup.channels.hasMore()) {
@@ -110,7 +110,8 @@ void TileWorker::renderPixel(int x, int y) {
             recorder->endSample(c, 1.0f / static_cast<float>(samples), pixel);
     }
     c.releaseContext();
-    // What was dropped is as if it had never been asked for.
+    // Each sample came in with the weight 1 / samples; with some dropped, the mean is over the
+    // rest.
     if (recorder && kept < samples)
         pixel.multiplyAll(static_cast<float>(samples) / static_cast<float>(std::max(kept, 1)));
     if (recorder)
@@ -123,7 +124,8 @@ void TileWorker::renderPixel(int x, int y) {
     region.resetFragments();
 }
 
-/// False if the sample is to be dropped.
+/// Traces one path, jittered within the pixel. False if its colour or alpha is NaN or infinite, so
+/// that it is to be dropped.
 bool TileWorker::renderSample(RenderContext& c, int x, int y, u32 seed, u32 sample) {
     const Random2 place = random2(seed, sample, RandomUse::Pixel);
     if (recorder)

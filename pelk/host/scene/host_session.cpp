@@ -47,7 +47,8 @@ const ParameterDesc* PluginKind::findParameter(std::string_view name) const {
     return nullptr;
 }
 
-/// The host's side of registration, and what became of it.
+/// What the host is to the plug-in manager: descriptors register their parameters here, and
+/// libraries that were refused are noted. Keeps the lists that the session shows.
 class HostSession::Registry final : public PelkPluginHost, public LibraryRefusedCallback {
 public:
     void addPluginDesc(PluginDesc* desc) override { parameters[desc].clear(); }
@@ -64,8 +65,8 @@ public:
             rejected.push_back({path, reason});
     }
 
-    /// Runs what calls into a library; what is thrown there becomes a refusal, whose reason starts
-    /// with `what`.
+    /// Runs `call`, which calls into the library at `path`. What is thrown there must not end the
+    /// program: it becomes an entry of `rejected`, whose reason starts with `what`.
     template <class Function>
     void guard(const std::string& path, const std::string& what, Function call);
     void listKinds(DefaultPluginManager& plugins);
@@ -110,7 +111,7 @@ struct HostSession::OwnPlugins {
 
 namespace {
 
-/// Calls a function with each descriptor of a library.
+/// A callback that hands each descriptor of a library to a function.
 template <class Function>
 struct EachDesc final : EnumPluginDescCallback {
     explicit EachDesc(Function f) : function(f) {}
@@ -131,7 +132,7 @@ struct EachLibrary final : EnumPluginLibCallback {
     Function function;
 };
 
-/// An instance that is made to be asked something, and gone with the scope.
+/// An instance that is made to be asked for its interfaces, and deleted at the end of the scope.
 class Probe {
 public:
     Probe(PluginDesc& desc_, PelkPluginHost* host) : desc(desc_), plugin(desc.newPlugin(host)) {}
@@ -170,7 +171,7 @@ void HostSession::Registry::addKind(PluginDesc* desc, const std::string& path,
     const bool listed = std::any_of(kinds.begin(), kinds.end(),
                                     [&](const auto& kind) { return kind->desc == desc; });
     if (known == parameters.end() || listed)
-        return;  // refused by the manager, or of a file that has several names
+        return;  // refused for its id, so never registered; or from a file loaded by two names
     kinds.push_back(
         std::make_unique<PluginKind>(PluginKind{desc, path, libraryName, known->second}));
 }
@@ -218,7 +219,8 @@ void HostSession::loadModules(const std::string& directories, MessageLog* log) {
         }
         if (directory.back() != '/' && directory.back() != '\\')
             directory += '/';
-        // One by one: a library that throws ends the loading of its mask.
+        // One by one and not by mask: a library that throws would keep those behind it from
+        // loading.
         for (const std::string& name : platform::listFiles(directory + "*.so")) {
             const std::string path = platform::nativePath(directory + name);
             std::error_code error;

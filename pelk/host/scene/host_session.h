@@ -14,12 +14,12 @@ class MessageLog;
 class DefaultPluginManager;
 class PluginManager;
 
-/// A kind of plug-in that scenes can use.
+/// A kind of plug-in that scenes can use, such as MtlDiffuse: what its descriptor has registered.
 struct PluginKind {
     PluginDesc* desc = nullptr;
     std::string library;      ///< path of the module; empty for the host's own plug-ins
     std::string libraryName;  ///< what the library calls itself
-    std::vector<const ParameterDesc*> parameters;  ///< in their order
+    std::vector<const ParameterDesc*> parameters;  ///< in the order of the descriptor
 
     const char* getName() const { return desc->getName(); }
     /// The parameter of that name, or null.
@@ -32,8 +32,9 @@ struct RejectedLibrary {
     std::string reason;
 };
 
-/// All that the host knows of plug-ins: the manager, its own kinds, and those of the modules that
-/// were loaded. Outlives every scene.
+/// All that the host knows of plug-ins: the manager, its own kinds, and those of the libraries that
+/// were loaded. Made by each command and used on one thread. Outlives every scene, since instances
+/// run code that the session keeps loaded.
 class HostSession {
 public:
     /// Registers the host's own plug-ins.
@@ -42,10 +43,11 @@ public:
     HostSession(const HostSession&) = delete;
     HostSession& operator=(const HostSession&) = delete;
 
-    /// Loads every library (`*.so`) in the directories, which are separated by `;`; a file that was
-    /// loaded before is passed over. `log` may be null; libraries that were refused are listed all
-    /// the same.
+    /// Loads every library (`*.so`) in the directories, which are separated by `;`. A file that was
+    /// tried before, under whatever name, is passed over. `log` may be null; libraries that were
+    /// refused, and directories that don't exist, are listed by getRejected all the same.
     void loadModules(const std::string& directories, MessageLog* log);
+    /// What could not be used so far, each file and reason once.
     const std::vector<RejectedLibrary>& getRejected() const;
 
     /// Every kind, in the order in which the manager enumerates them.
@@ -54,11 +56,13 @@ public:
     std::vector<std::string_view> getKindNames() const;
     /// The kind of that name, or null.
     const PluginKind* findKind(std::string_view name) const;
-    /// The names of the interfaces that an instance answers, in order of their ids. None, and a
-    /// refusal in the list, if the plug-in gives no instance.
+    /// The names of the interfaces that an instance offers, in the order of knownInterfaces. Makes
+    /// an instance to ask it, and deletes it again. None, and an entry in getRejected, if the
+    /// plug-in gives no instance.
     std::vector<const char*> getInterfaceNames(const PluginKind& kind) const;
 
     PluginManager& getManager() const;
+    /// What descriptors are registered with; instances get it when they are made.
     PelkPluginHost* getPluginHost() const;
 
 private:

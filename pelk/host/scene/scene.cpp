@@ -10,7 +10,8 @@ std::string instanceName(const Plugin* plugin) {
 }
 
 Scene::~Scene() {
-    // Instances go first, as they hold on to their parameters.
+    // Instances keep pointers to their parameters, which the members own and free behind this. The
+    // newest goes first.
     for (auto plugin = plugins.rbegin(); plugin != plugins.rend(); ++plugin)
         session.getManager().deletePlugin(*plugin);
 }

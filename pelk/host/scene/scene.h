@@ -15,30 +15,33 @@ class CameraInterface;
 class TextureInterface;
 class HostSession;
 
-/// The settings of a scene, with what holds where the file is silent.
+/// The settings of a scene, with what holds where the file is silent. Fields have the names that
+/// the file uses; scene_settings.cpp lists them with their limits.
 struct SceneSettings {
     int width = 640, height = 480;
     int samples = 16;   ///< per pixel
-    int max_depth = 8;  ///< surfaces in a row at which a path gathers light, mirrors included
-    bool gi = true;     ///< surfaces light one another
-    bool reflective_gi = true;    ///< indirect rays go on at mirrors, so that there are caustics
-    bool gi_bump = false;         ///< indirect rays see the bumps of surfaces
+    int max_depth = 8;  ///< longest path in surfaces, mirror bounces included; 1 is direct light
+    bool gi = true;     ///< global illumination: diffuse surfaces light one another
+    bool reflective_gi = true;    ///< indirect rays are reflected and refracted: caustics
+    bool gi_bump = false;         ///< indirect rays see bump maps
     bool reflections = true;      ///< materials trace reflections
-    bool depth_override = false;  ///< limits that materials have of their own don't count
-    Color background;             ///< what rays see that hit nothing, where no dome stands
-    Color origin;             ///< where the scene stands in the space in which the camera is placed
-    double time = 0.0;        ///< at which values over time are read
-    bool half_float = false;  ///< 16 bits a channel where a picture's format has them
-    std::string backplate;    ///< texture that fills the picture behind the scene; may be empty
-    std::string camera;       ///< instance; may be left out if there is just one camera
+    bool depth_override = false;  ///< max_depth stands in for the depth limits of materials
+    Color background;             ///< radiance of rays that leave the scene, without a dome light
+    Color origin;                 ///< where the scene stands in the camera's space
+    double time = 0.0;            ///< at which values over time are read
+    bool half_float = false;      ///< 16 bits a channel where a picture's format has them
+    std::string backplate;        ///< texture that camera rays see behind the scene; may be empty
+    std::string camera;           ///< instance; may be left out if there is just one camera
     std::vector<std::string> channels;  ///< names of render channels beyond colour and alpha
 };
 
 /// The name that the scene gave an instance; empty for null, or if it has none.
 std::string instanceName(const Plugin* plugin);
 
-/// A scene as it is rendered: instances of plug-ins with their parameters, and settings. Owns
-/// both; the instances live in the session's plug-in manager until the scene goes.
+/// A scene as it is rendered: instances of plug-ins with their parameters, and settings. Made by
+/// readScene, and changed by nobody while it is rendered. Owns the instances and parameters: the
+/// instances are made and deleted through the session's plug-in manager, so the session must
+/// outlive the scene.
 class Scene {
 public:
     explicit Scene(HostSession& hostSession) : session(hostSession) {}
@@ -48,10 +51,12 @@ public:
 
     /// A new instance; null if the plug-in can't make one.
     Plugin* addPlugin(const std::string& name, const char* type);
-    /// Gives an instance of this scene a parameter. The older one of that name goes.
+    /// Gives an instance of this scene a parameter, and owns it from now on. The older one of that
+    /// name is deleted. An instance that takes no parameters drops it.
     void setParameter(Plugin* plugin, std::unique_ptr<PelkPluginParameter> parameter);
 
-    /// All instances, in the order of the file. The life cycle is called in this order.
+    /// All instances, in the order of the file. Their life cycle (renderBegin, frameBegin) runs in
+    /// this order too, but for the camera, whose turn comes first.
     const std::vector<Plugin*>& getPlugins() const { return plugins; }
     /// The instance of that name, or null.
     Plugin* findPlugin(std::string_view name) const;

@@ -54,7 +54,8 @@ bool SceneReferences::visit(Plugin* plugin, std::string& error) {
     node.state = State::Open;
     path.push_back(plugin);
     for (Plugin* const target : node.targets) {
-        // The path is bounded, so this can't run out of stack on the way to finding out.
+        // The test of the path's length comes before the call: this search recurses as shading
+        // does, and must not overflow the stack that it protects.
         if (static_cast<int>(path.size()) <= kMostPlugins && !visit(target, error))
             return false;
         node.height = std::max(node.height, nodes.at(target).height + 1);

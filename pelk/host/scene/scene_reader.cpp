@@ -1,6 +1,7 @@
 #include "pelk/host/scene/scene_reader.h"
 
 #include <algorithm>
+#include <cassert>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -177,7 +178,8 @@ bool SceneReader::applyOverride(const std::string& text) {
     const std::string parameter = text.substr(dot + 1, equals - dot - 1);
     const std::string valueText = text.substr(equals + 1);
 
-    const std::vector<std::string_view> names = scene.getNames();  // in the order of `instances`
+    const std::vector<std::string_view> names = scene.getNames();
+    assert(names.size() == instances.size());  // both in the order of the file
     const auto found = std::find(names.begin(), names.end(), name);
     if (found == names.end())
         return fail(place, "there is no instance \"" + name + "\"" + knownNames(name, names));

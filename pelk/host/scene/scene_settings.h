@@ -6,8 +6,9 @@
 
 namespace Tarnkit {
 
-/// Reads the settings of a scene from the object at `pointer`. Returns false if a setting is
-/// unknown or doesn't fit.
+/// Reads the settings of a scene from the object `json`, which stands at `pointer`; those that it
+/// leaves out keep what `settings` holds. Returns false with `error` filled if a setting is
+/// unknown, of the wrong type, or beyond its limits.
 bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettings& settings,
                        SceneError& error);
 

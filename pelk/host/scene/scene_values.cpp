@@ -24,7 +24,7 @@ bool isTexture(const ParameterDesc& desc) {
            desc.type == ParameterType::TextureInt;
 }
 
-/// The interface that a plug-in must have to stand as a value.
+/// The interface that an instance must offer to be the value of the parameter.
 u64 neededInterface(const ParameterDesc& desc) {
     switch (desc.type) {
         case ParameterType::Plugin:

@@ -12,24 +12,26 @@ namespace Tarnkit {
 
 /// What is wrong in a scene, and where.
 struct SceneError {
-    std::string pointer;  ///< JSON pointer
-    std::string text;
+    std::string pointer;  ///< JSON pointer to the value, such as /plugins/red/diffuse
+    std::string text;     ///< what was expected there
 };
 
-/// A parameter made from a value, and the instances that it refers to.
+/// A parameter made from a value, and the instances that it refers to, in the order of the value.
 struct SceneValue {
     std::unique_ptr<PelkPluginParameter> parameter;
     std::vector<Plugin*> references;
 };
 
-/// Makes the parameter that `json`, which stands at `pointer`, gives. References are looked up
-/// among the scene's instances, which all exist by now; files are looked for in `directory`.
-/// Returns false if the value doesn't fit `desc`.
+/// Makes the parameter of `desc` from the value `json`, which stands at `pointer` in the file: a
+/// plain value, a list, keyframes ({"times": [...], "values": [...]}), or the name of an instance.
+/// All instances of the scene must exist by now, since references are looked up among them; names
+/// of files are taken as relative to `directory`. Returns false if the value doesn't fit `desc`.
 bool readSceneValue(const Scene& scene, const std::string& directory, const ParameterDesc& desc,
                     const Json& json, const std::string& pointer, SceneValue& out,
                     SceneError& error);
 
-/// The instance that `json` names, if it has the interface (0 is any); else null.
+/// The instance that `json` names, if it offers the interface (0: whatever it offers); else null
+/// with `error` filled.
 Plugin* readSceneReference(const Scene& scene, u64 interfaceID, const Json& json,
                            const std::string& pointer, SceneError& error);
 
