@@ -50,7 +50,7 @@ Buffer newBuffer(std::size_t size) {
     return Buffer(new (std::nothrow) char[size]);
 }
 
-/// The colour that a sequence stands for, if any.
+/// Sets the attributes that a sequence stands for; one that isn't known changes nothing.
 void applySequence(platform::Console& console, std::string_view sequence) {
     for (const ColorRow& row : kColors) {
         if (sequence.starts_with(row.sequence))
@@ -60,12 +60,12 @@ void applySequence(platform::Console& console, std::string_view sequence) {
         console.setAttributes(consoleState.attributes);
 }
 
-/// A text on its way through the console, cut into pieces of one colour each.
+/// Takes a text character by character, and writes it out in pieces of one colour each.
 class ColorWalk {
 public:
     ColorWalk(platform::Console& target, char* textBuffer) : console(target), text(textBuffer) {}
 
-    /// False if the walk can't go on.
+    /// False if a sequence is too long; the rest of the text is then dropped.
     bool take(char character) {
         if (character == kEscape || sequenceLength > 0)
             return takeOfSequence(character);

@@ -25,8 +25,9 @@ private:
     u32 id;
 };
 
-/// Counts the descriptors of one library on their way to the user's callback, and notes whether
-/// that wants no more; a library's own result tells neither reliably.
+/// Passes the descriptors of one library on to the user's callback, counts them, and notes whether
+/// the callback stopped. What enumPluginDescs of a library returns is not used for either: it is a
+/// stranger's code, and the host's own library counts differently.
 class EnumDescs final : public EnumPluginDescCallback {
 public:
     explicit EnumDescs(EnumPluginDescCallback* user) : callback(user) {}
@@ -52,7 +53,7 @@ private:
 
 int SystemLibDesc::enumPluginDescs(EnumPluginDescCallback* callback) {
     if (callback)
-        // The table is asked anew each time, as the callback may change it.
+        // The size is read anew each time, as the callback may register and unregister.
         for (int i = 0; i < descs.size(); ++i)
             if (callback->process(descs[i]) == 0)
                 return i;
@@ -159,7 +160,8 @@ PluginDesc* DefaultPluginManager::findDuplicate(PluginDesc* desc) {
     return find.found;
 }
 
-/// A library that throws has what it has shown by then: others must not pay for it.
+/// Shows a library's descriptors to `callback`. If the library throws, the search goes on with the
+/// next one: its fault must not hide the plug-ins of others.
 void DefaultPluginManager::searchLibrary(const LoadedLibrary& library,
                                          EnumPluginDescCallback& callback) {
     try {

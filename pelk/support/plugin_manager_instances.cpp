@@ -50,8 +50,8 @@ Plugin* DefaultPluginManager::newPlugin(u32 pluginID, PelkPluginHost* host, u64 
     } else {
         if (plugins.contains(instanceID))
             return nullptr;
-        // Compared with their signs: numbers of the upper half, which a host may use for its own
-        // ends, leave the automatic ones alone.
+        // Compared as signed numbers: those of 2^63 and above, a range that a host may keep for
+        // itself, count as negative and don't move the automatic ones.
         if (static_cast<std::int64_t>(nextPluginID) < static_cast<std::int64_t>(instanceID))
             nextPluginID = instanceID;
     }

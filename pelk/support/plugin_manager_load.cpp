@@ -38,7 +38,8 @@ ErrorChain loadLib(const char* path, platform::ModuleHandle& module) {
 
 }  // namespace
 
-/// Takes in the descriptors of a library that has just been loaded.
+/// Registers the descriptors of a library that has just been loaded, but for those whose id is
+/// taken.
 class DefaultPluginManager::AttachDescCb final : public EnumPluginDescCallback {
 public:
     AttachDescCb(DefaultPluginManager& owner, MessageLog& report, PelkPluginHost* target)
@@ -63,7 +64,8 @@ private:
     PelkPluginHost* host;
 };
 
-/// Takes out the descriptors of a library that is about to go, those that were refused too.
+/// Unregisters the descriptors of a library that is about to be unloaded, those that were refused
+/// for their id too, since no list says which these were.
 class DefaultPluginManager::DetachDescCb final : public EnumPluginDescCallback {
 public:
     DetachDescCb(PelkPluginHost* target, DefaultPluginManager& owner)
@@ -185,7 +187,7 @@ PluginLibDesc* DefaultPluginManager::addLibrary(const char* path, platform::Modu
     return desc;
 }
 
-/// Returns null, which is what the caller answers then.
+/// Tells the host's callback, if there is one. Always returns null, for the caller to return.
 PluginLibDesc* DefaultPluginManager::refuse(const char* path, const char* reason) {
     if (refusedCallback)
         refusedCallback->refused(path, reason);

@@ -14,7 +14,7 @@ bool needsPump(ThreadProgress* progress) {
     return progress && progress->needsEventPump();
 }
 
-/// Gives a worker two seconds to end.
+/// Waits until a worker has ended, two seconds at most; false if it has not by then.
 bool waitForEnd(const WorkerThread& worker) {
     const auto deadline = platform::tickCount() + 2 * platform::tickFrequency;
     while (worker.state != WorkerThread::ended) {
@@ -25,8 +25,9 @@ bool waitForEnd(const WorkerThread& worker) {
     return true;
 }
 
-/// The records of killed threads. Their own references stand for good, as what they worked on may
-/// still point there; the list shows leak checkers that this is meant.
+/// The records of killed threads, which are never freed: a killed thread can't drop its reference,
+/// and a job that it was on may still hold pointers into the record. The list keeps them reachable,
+/// so that leak checkers don't report them.
 constinit std::atomic<WorkerThread*> killedWorkers{nullptr};
 
 void keepForGood(WorkerThread& worker) {
@@ -35,7 +36,8 @@ void keepForGood(WorkerThread& worker) {
     }
 }
 
-/// Tells who follows a run when its threads begin and, on every way out, when they have ended.
+/// Calls beginThreads and, on every way out of the scope, endThreads of a run's progress object,
+/// which may be null.
 class ThreadsPhase {
 public:
     explicit ThreadsPhase(ThreadProgress* follower) : progress(follower) {
@@ -55,8 +57,9 @@ private:
 
 }  // namespace
 
-/// One group at its job, from the first thread on. On every way out of the scope all threads have
-/// finished, so that none of them sees a job or a counter that is gone.
+/// One group of threads on one job. The destructor waits for all threads that were started, also
+/// when an exception leaves runThreads: the job and the latch's counters belong to the caller's
+/// scope, and no thread may see them after that has gone.
 class WinThreadManager::Run {
 public:
     Run(WinThreadManager& owner, ThreadJob& groupJob, int numThreads)
@@ -77,7 +80,7 @@ public:
 
 private:
     void prepare(WorkerThread& worker, GroupMember& member);
-    /// Those that were not started will not count themselves.
+    /// Counts down the latch for the threads that were not started, as nobody else will.
     void countOffRest() { latch->countDown(groupSize - std::exchange(started, groupSize)); }
     int sumProgress();
 
@@ -133,7 +136,6 @@ void WinThreadManager::Run::prepare(WorkerThread& worker, GroupMember& member) {
 
 void WinThreadManager::Run::wait(ThreadProgress* progress, bool reportProgress) {
     countOffRest();
-    // There are no window events here, so one form of the wait serves all.
     while (!latch->wait()) {
         if (!progress)
             continue;
@@ -299,7 +301,7 @@ Ref<WorkerThread> WinThreadManager::getWorker(ThreadProgress* progress) {
     return worker;
 }
 
-/// A worker of the list that is nobody else's from now on. A new one has no thread yet.
+/// An idle worker that no other run can claim from now on, or a new one, which has no thread yet.
 Ref<WorkerThread> WinThreadManager::claimWorker(bool& isNew) {
     const Lock hold(lock);
     WorkerThread* withoutThread = nullptr;

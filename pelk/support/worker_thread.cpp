@@ -8,7 +8,8 @@ namespace Tarnkit {
 int GroupMember::getProgress() const {
     const int counter = readShared(worker->progress);
     const int last = lastProgress;
-    // Read last: while the job runs, the counter that was read before belongs to this group.
+    // `lastProgress` is read behind the counter: if it still says "running" then, the worker had
+    // not gone on to another group when its counter was read.
     return last == kRunning ? counter : last;
 }
 
@@ -20,15 +21,16 @@ void ThreadLatch::countDown(int threads) {
 bool ThreadLatch::wait() {
     constexpr int kMilliseconds = 200;
     if (event.waitFor(kMilliseconds) && count > 0) {
-        // The signal of an earlier run came late. If ours comes between the two lines, the count
-        // tells.
+        // The signal of an earlier run came late: its last worker counts before it signals. Should
+        // our own signal come between the wait and this reset, the count below still ends the wait.
         event.reset();
     }
     return count < 1;
 }
 
 MessageQueue::MessageQueue() {
-    // One to run and one to end: a worker gets no other before it has taken the first.
+    // Two at most wait at once, one to run and one to end: a worker is given work only when it is
+    // idle, so it has taken the message before.
     for (int i = 0; i < 2; ++i) {
         Node* node = nodes.take();
         node->next = std::exchange(freeNodes, node);
@@ -90,8 +92,8 @@ void WorkerThread::enter(void* worker) {
 void WorkerThread::processMessages() {
     tlsIndex.set(this);
     state = handedOut;
-    // A worker that was handed out just before it was told to end still gets its work: a run would
-    // wait for it for ever.
+    // The message to end can overtake the work of a run that has claimed this worker already. The
+    // worker waits for that work and does it, or the run would wait for ever.
     for (bool ending = false; !ending || state != idle;) {
         switch (waitForMessage()) {
             case kRunJob:
@@ -115,7 +117,8 @@ void WorkerThread::processMessages() {
 int WorkerThread::waitForMessage() {
     spinEnter(queueLock);
     while (queue.isEmpty()) {
-        // Under the lock: whoever posts sets the event behind it, so no message is slept through.
+        // Reset under the lock: whoever posts puts the message in under the lock and sets the event
+        // after it, so a signal can't be reset away while its message is still unseen.
         wakeEvent.reset();
         queueLock.leave();
         wakeEvent.wait();
@@ -134,8 +137,9 @@ void WorkerThread::runJob() {
         job->run(abortFlag, &progress, index, groupSize);
     }
     member->lastProgress = progress;
-    // Idle first, or the caller might start its next run while the last worker is not yet to be
-    // had, and make a thread for nothing. From then on only the copy of the latch is ours.
+    // Idle before the latch is counted down: its caller may start the next run at once, and would
+    // make a new thread if this worker could not be claimed yet. Once it is idle its fields belong
+    // to whoever claims it, so the latch is counted down through a copy.
     const Ref<ThreadLatch> finished = latch;
     const bool owes = owesCount.exchange(false);
     state = idle;
