@@ -119,9 +119,10 @@ public:
 /// A number is the height itself, of a colour its mean is. The gradient is taken by differences:
 /// the texture is read at four places, half of `amount` pixel widths before and behind the hit in
 /// two directions at right angles along the surface, with the context's hitPoint moved there and
-/// nothing else of it changed. So a texture works that goes by hitPoint or by coordinates taken
-/// from it; one that looks at the hit number or the direction alone has no slope. The pixel's width
-/// at the hit comes from the ray differentials, so that far-off detail finer than a pixel doesn't
+/// nothing else of it changed. So a texture works that goes by hitPoint, or by coordinates that
+/// follow it (SurfaceUVInterface); one that looks at the hit's number or at the ray alone has no
+/// slope. By coordinates the slope is that of the face hit, with no step at its edges. The pixel's
+/// width at the hit comes from the ray differentials, so that far-off detail finer than a pixel doesn't
 /// glitter; without differentials it is a thousandth of the ray's length.
 ///
 /// `texture`: not null. `mode`: 0; not read. `amount`: factor of the pixel's width, 1 as a rule;
