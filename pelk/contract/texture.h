@@ -122,8 +122,8 @@ public:
 /// nothing else of it changed. So a texture works that goes by hitPoint, or by coordinates that
 /// follow it (SurfaceUVInterface); one that looks at the hit's number or at the ray alone has no
 /// slope. By coordinates the slope is that of the face hit, with no step at its edges. The pixel's
-/// width at the hit comes from the ray differentials, so that far-off detail finer than a pixel doesn't
-/// glitter; without differentials it is a thousandth of the ray's length.
+/// width at the hit comes from the ray differentials, so that far-off detail finer than a pixel
+/// doesn't glitter; without differentials it is a thousandth of the ray's length.
 ///
 /// `texture`: not null. `mode`: 0; not read. `amount`: factor of the pixel's width, 1 as a rule;
 /// larger smooths. Zeros if it isn't above 0, for a flat texture, and where heights aren't finite.
