@@ -250,8 +250,8 @@ constexpr ParamRow<P> textureFloatListParam(const char* name, Texts... texts) {
     return asList(paramRow(ParameterType::TextureFloat, name, kByName<P>, texts...));
 }
 
-/// The same by kTexturedFloatsType, the type by which hosts know the positions of ramps. Hosts see
-/// a single value in its record, as the number alone says that it is a list.
+/// The same by kTexturedFloatsType, the type by which hosts know the positions of ramps. Its record
+/// has the count of a single value, as the type alone says that it is a list.
 template <class P, ParamText... Texts>
 constexpr ParamRow<P> texturedFloatsParam(const char* name, Texts... texts) {
     ParamRow<P> row = paramRow(ParameterType::Other, name, kByName<P>, texts...);

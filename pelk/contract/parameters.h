@@ -77,7 +77,11 @@ struct ParameterDesc {
     const char* description = nullptr;  ///< a sentence for users; null is none
     const char* guide = nullptr;        ///< hints for a user interface as above; null is none
 
-    bool isList() const { return count >= 0; }
+    /// Whether a value is a list: by the count, or by a type that is one whatever its count.
+    bool isList() const { return count >= 0 || isTexturedFloats(); }
+    bool isTexturedFloats() const {
+        return type == ParameterType::Other && typeNumber == kTexturedFloatsType;
+    }
 };
 
 /// The parameters of one kind of plug-in, in the order in which they were added, which is the order

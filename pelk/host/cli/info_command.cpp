@@ -55,7 +55,9 @@ Json typeOf(const ParameterDesc& parameter) {
         case ParameterType::TextureInt:
             return "texture_int";
         case ParameterType::Other:
-            break;
+            // In a scene it is written as any other list of numbers with textures.
+            if (parameter.isTexturedFloats())
+                return "texture_float";
     }
     return parameter.typeNumber;
 }

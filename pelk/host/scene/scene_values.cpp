@@ -14,11 +14,6 @@ namespace Tarnkit {
 
 namespace {
 
-bool isList(const ParameterDesc& desc) {
-    return desc.isList() ||
-           (desc.type == ParameterType::Other && desc.typeNumber == kTexturedFloatsType);
-}
-
 bool isTexture(const ParameterDesc& desc) {
     return desc.type == ParameterType::Texture || desc.type == ParameterType::TextureFloat ||
            desc.type == ParameterType::TextureInt;
@@ -98,11 +93,11 @@ public:
         : scene(scene_), directory(directory_), desc(desc_), out(out_), error(error_) {}
 
     bool read(const Json& json, const std::string& pointer) {
-        if (desc.type == ParameterType::Other && !isList(desc)) {
+        if (desc.type == ParameterType::Other && !desc.isList()) {
             error = {pointer, "a parameter of this kind can't be set in a scene"};
             return false;
         }
-        if (isList(desc))
+        if (desc.isList())
             return json.is_array() ? readList(json, pointer)
                                    : unexpected(json, pointer, "an array of: ");
         return json.is_object() ? readKeyframes(json, pointer) : readSingle(json, pointer);
