@@ -98,12 +98,12 @@ struct BarePathTracer::Impl {
 
     void add(unsigned id, const Triangles& triangles) {
         RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
-        const size_t count = triangles.corners.size();
+        const std::size_t count = triangles.corners.size();
         auto* vertices = static_cast<Vector*>(rtcSetNewGeometryBuffer(
             geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3, sizeof(Vector), count));
         auto* indices = static_cast<unsigned*>(rtcSetNewGeometryBuffer(
             geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3, 3 * sizeof(unsigned), count / 3));
-        for (size_t i = 0; i < count; ++i) {
+        for (std::size_t i = 0; i < count; ++i) {
             vertices[i] = triangles.corners[i];
             indices[i] = static_cast<unsigned>(i);
         }
@@ -199,13 +199,13 @@ Color BarePathTracer::Impl::path(Random& random, Vector o, Vector d, long long& 
 
 BareResult BarePathTracer::render(int size, int samples, unsigned seed) const {
     BareResult result;
-    std::vector<Color> picture(static_cast<size_t>(size) * static_cast<size_t>(size));
+    std::vector<Color> picture(static_cast<std::size_t>(size) * static_cast<std::size_t>(size));
     const float half = std::tan(20.0f * kPi / 180.0f);
     const auto start = std::chrono::steady_clock::now();
-    for (size_t i = 0; i < picture.size(); ++i) {
+    for (std::size_t i = 0; i < picture.size(); ++i) {
         Random random{(i + 1) * 0x9E3779B97F4A7C15ull + seed * 0xD1B54A32D192ED03ull};
-        const auto x = static_cast<float>(i % static_cast<size_t>(size));
-        const auto y = static_cast<float>(i / static_cast<size_t>(size));
+        const auto x = static_cast<float>(i % static_cast<std::size_t>(size));
+        const auto y = static_cast<float>(i / static_cast<std::size_t>(size));
         const float scale = 2.0f / static_cast<float>(size);
         for (int s = 0; s < samples; ++s) {
             const float px = ((x + random.next()) * scale - 1.0f) * half;

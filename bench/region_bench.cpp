@@ -51,7 +51,8 @@ BENCHMARK(fragmentRound);
 
 void structCopy(benchmark::State& state) {
     Region region(32, 32);
-    const size_t size = sizeof(PKFragment) + static_cast<size_t>(region.getTemplateSize());
+    const std::size_t size =
+        sizeof(PKFragment) + static_cast<std::size_t>(region.getTemplateSize());
     std::vector<char> from(size, 1), to(size);
     for (auto _ : state) {
         std::memcpy(to.data(), from.data(), size);
@@ -63,7 +64,7 @@ BENCHMARK(structCopy);
 
 void readPixels(benchmark::State& state) {
     Region region(kWidth, kHeight);
-    std::vector<u8> out(size_t(kWidth) * kHeight * 3);
+    std::vector<u8> out(static_cast<std::size_t>(kWidth) * kHeight * 3);
     for (auto _ : state) {
         region.getPixels(0, -1, {0, 0, kWidth, kHeight, kWidth, kHeight}, kPixelRGB8,
                          static_cast<std::int64_t>(out.size()), out.data(), 0, 0, nullptr);
@@ -73,7 +74,7 @@ void readPixels(benchmark::State& state) {
 BENCHMARK(readPixels)->Iterations(5);
 
 void convertPixelValues(benchmark::State& state) {
-    const std::vector<float> in(size_t(kWidth) * kHeight * 3);
+    const std::vector<float> in(static_cast<std::size_t>(kWidth) * kHeight * 3);
     std::vector<u8> out(in.size());
     for (auto _ : state) {
         OIIO::convert_pixel_values(OIIO::TypeDesc::FLOAT, in.data(), OIIO::TypeDesc::UINT8,

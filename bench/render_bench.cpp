@@ -61,7 +61,7 @@ int main(int argc, char** argv) {
     for (int i = 0; i < kChannels; ++i)
         withChannels.channels.push_back(kChannelAliases[kFirstExtraChannel + i].name);
     std::vector<double> ours, theirs, ratios, shares;
-    const double total = double(size) * size * samples / 1e6;
+    const double total = static_cast<double>(size) * size * samples / 1e6;
     for (int round = 0; round < rounds; ++round) {
         const double seconds = secondsFor(*scene, options);
         const bench::BareResult peer = bare.render(size, samples, static_cast<unsigned>(round));

@@ -12,8 +12,8 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr size_t kMaxList = 51200;
-constexpr size_t kMaxText = 1023;  // of an entry, and of a directory with a mask behind it
+constexpr std::size_t kMaxList = 51200;
+constexpr std::size_t kMaxText = 1023;  // of an entry, and of a directory with a mask behind it
 
 bool isSeparator(char c) {
     return c == '/' || c == '\\';
@@ -30,7 +30,8 @@ std::string_view boundedList(const char* list) {
 /// The entries of a list separated by `;`.
 std::vector<std::string_view> splitList(std::string_view rest) {
     std::vector<std::string_view> entries;
-    for (size_t end; (end = rest.find(';')) != std::string_view::npos; rest.remove_prefix(end + 1))
+    for (std::size_t end; (end = rest.find(';')) != std::string_view::npos;
+         rest.remove_prefix(end + 1))
         // A single character is taken for a slip, but at the end of the list for an entry.
         if (end >= 2)
             entries.push_back(rest.substr(0, std::min(end, kMaxText)));
@@ -48,7 +49,7 @@ std::string cleanPath(std::string_view path) {
         clean = path[0];
         path.remove_prefix(1);
     }
-    for (size_t i = 0; i < path.size(); ++i)
+    for (std::size_t i = 0; i < path.size(); ++i)
         if (!isSeparator(path[i]) || i + 1 == path.size() || !isSeparator(path[i + 1]))
             clean += path[i];
     return clean;

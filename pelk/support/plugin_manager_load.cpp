@@ -14,10 +14,10 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr size_t kPathSize = sizeof(LoadedLibrary::fileName);
+constexpr std::size_t kPathSize = sizeof(LoadedLibrary::fileName);
 
 /// Where the part behind the last separator begins.
-size_t fileNameStart(std::string_view path) {
+std::size_t fileNameStart(std::string_view path) {
     return path.find_last_of("/\\") + 1;  // 0 without a separator
 }
 

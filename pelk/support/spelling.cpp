@@ -13,14 +13,14 @@ char lower(char c) {
 
 /// The number of edits that turn `a` into `b`, whatever the case of letters. Optimal string
 /// alignment by dynamic programming over three rows.
-size_t countEdits(std::string_view a, std::string_view b) {
-    std::vector<size_t> before(b.size() + 1), above(b.size() + 1), row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j)
+std::size_t countEdits(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> before(b.size() + 1), above(b.size() + 1), row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j)
         above[j] = j;
-    for (size_t i = 1; i <= a.size(); ++i) {
+    for (std::size_t i = 1; i <= a.size(); ++i) {
         row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t change = lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 1;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t change = lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 1;
             row[j] = std::min({above[j] + 1, row[j - 1] + 1, above[j - 1] + change});
             if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
                 row[j] = std::min(row[j], before[j - 2] + 1);
@@ -36,9 +36,9 @@ size_t countEdits(std::string_view a, std::string_view b) {
 std::string_view nearestName(std::string_view text, std::span<const std::string_view> names) {
     std::string_view best;
     // More than a third of the letters wrong is another word; one letter of a short one may be.
-    size_t fewest = std::max<size_t>(1, text.size() / 3) + 1;
+    std::size_t fewest = std::max<std::size_t>(1, text.size() / 3) + 1;
     for (const std::string_view name : names) {
-        const size_t edits = countEdits(text, name);
+        const std::size_t edits = countEdits(text, name);
         if (edits < fewest) {
             fewest = edits;
             best = name;
@@ -55,12 +55,12 @@ std::string didYouMean(std::string_view text, std::span<const std::string_view> 
 }
 
 std::string knownNames(std::string_view text, std::span<const std::string_view> names) {
-    constexpr size_t kMostNames = 60;
+    constexpr std::size_t kMostNames = 60;
     std::string result = didYouMean(text, names);
     if (names.empty())
         return result;
     result += result.empty() ? "; known: " : " Known: ";
-    for (size_t i = 0; i < std::min(names.size(), kMostNames); ++i)
+    for (std::size_t i = 0; i < std::min(names.size(), kMostNames); ++i)
         result += (i > 0 ? ", " : "") + std::string(names[i]);
     return names.size() > kMostNames ? result + ", ..." : result;
 }

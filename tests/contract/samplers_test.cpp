@@ -59,7 +59,7 @@ protected:
     void stack(std::vector<Film*> films, Color clear = Color(0)) {
         layers.setNumBSDFs(context, static_cast<int>(films.size()), 0);
         layers.setTransparency(Color(0));
-        for (size_t i = 0; i < films.size(); ++i)
+        for (std::size_t i = 0; i < films.size(); ++i)
             layers.setBSDF(static_cast<int>(i), films[i], films[i] ? clear : Color(1), 0);
     }
 

@@ -16,7 +16,8 @@ namespace {
 TEST(ShaderSourceTest, WritesEveryConversionAsPrintf) {
     const char* volatile null = nullptr;  // so that the compiler does not see it
     ShaderSource source;
-    source.printf("%d,%u,%x,%lld,%zu;", -5, 3000000000u, 0xBEEFu, 5000000000LL, size_t(9));
+    source.printf("%d,%u,%x,%lld,%zu;", -5, 3000000000u, 0xBEEFu, 5000000000LL,
+                  static_cast<std::size_t>(9));
     source.printf("%f %.2f %g %8.3f|%-8.3f|;", 0.1, 2.0 / 3, 1e-7, 1.0, 1.0);
     source.printf("%s%c%5s|%%[%s|%4s]", "text", '!', "ab", null, null);
     EXPECT_STREQ(source.c_str(),

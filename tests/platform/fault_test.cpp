@@ -91,7 +91,7 @@ TEST(FaultTest, OtherHandlersAndTheTranslatorEachKeepTheirFaults) {
 }
 
 TEST(FaultTest, ASmallAlternateStackIsNotUsed) {
-    const size_t size = sysconf(_SC_MINSIGSTKSZ);
+    const std::size_t size = sysconf(_SC_MINSIGSTKSZ);
     std::string around(3 * size, 'x');
     const stack_t small{.ss_sp = &around[size], .ss_flags = 0, .ss_size = size};
     std::thread([&] {

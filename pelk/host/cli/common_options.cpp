@@ -10,7 +10,8 @@ namespace Tarnkit {
 namespace {
 
 std::string checkOverride(const std::string& text) {
-    const size_t equals = text.find('='), dot = text.find('.');
+    const std::size_t equals = text.find('=');
+    const std::size_t dot = text.find('.');
     const bool good =
         equals != std::string::npos && dot != std::string::npos && dot > 0 && dot + 1 < equals;
     return good ? "" : "expected INSTANCE.PARAM=VALUE, got \"" + text + "\"";

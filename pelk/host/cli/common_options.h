@@ -39,11 +39,11 @@ void addSetOption(CLI::App& command, std::vector<std::string>& overrides);
 
 /// Reads N numbers from 0 on with separators between them and nothing else, as in "640x480". False
 /// if `text` is not of that form; `numbers` may then be written in part.
-template <size_t N>
+template <std::size_t N>
 bool parseNumbers(std::string_view text, char separator, std::array<int, N>& numbers) {
     const char* at = text.data();
     const char* const end = at + text.size();
-    for (size_t i = 0; i < N; ++i) {
+    for (std::size_t i = 0; i < N; ++i) {
         if (i > 0 && (at == end || *at++ != separator))
             return false;
         const auto [next, fault] = std::from_chars(at, end, numbers[i]);

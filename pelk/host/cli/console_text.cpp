@@ -54,7 +54,7 @@ private:
 ConsoleText& ConsoleText::add(std::string_view piece, Tone tone) {
     const char* const sequence = sequenceOf(tone);
     text += sequence;
-    const size_t start = text.size();
+    const std::size_t start = text.size();
     text += piece;
     std::replace(text.begin() + static_cast<std::ptrdiff_t>(start), text.end(), '\x1b', '?');
     if (*sequence)
@@ -68,7 +68,7 @@ ConsoleText& ConsoleText::addf(const char* format, ...) {
     va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
     va_end(arguments);
-    std::string formatted(static_cast<size_t>(std::max(length, 0)) + 1, '\0');
+    std::string formatted(static_cast<std::size_t>(std::max(length, 0)) + 1, '\0');
     std::vsnprintf(formatted.data(), formatted.size(), format, again);
     va_end(again);
     formatted.pop_back();

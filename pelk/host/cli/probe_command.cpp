@@ -21,8 +21,6 @@ struct ProbeOptions : SceneOptions {
     bool json = false;
 };
 
-// ---- as JSON
-
 Json toJson(const Color& c) {
     return {c.r, c.g, c.b};
 }
@@ -93,8 +91,6 @@ void printAsJson(const ProbeOptions& options, const RenderOptions& render,
                {"results", result.hit && tree ? resultsOf(*result.hit) : Json()},
                {"channels", channels}});
 }
-
-// ---- as text
 
 void addVector(ConsoleText& text, const char* name, double x, double y, double z) {
     text.addf("  %-20s  %g, %g, %g\n", name, x, y, z);

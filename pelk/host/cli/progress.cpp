@@ -16,9 +16,9 @@ struct Estimate {
 };
 
 Estimate estimate(long long done, long long total, double seconds) {
-    const double share = total > 0 ? double(done) / double(total) : 1.0;
+    const double share = total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 1.0;
     const bool known = done > 0 && seconds > 0.0;
-    return {share * 100.0, known ? double(done) / seconds : -1.0,
+    return {share * 100.0, known ? static_cast<double>(done) / seconds : -1.0,
             known ? seconds * (1.0 - share) / share : -1.0};
 }
 
@@ -26,7 +26,7 @@ Estimate estimate(long long done, long long total, double seconds) {
 
 std::string shortNumber(double value) {
     constexpr const char* kLetters[] = {"", " k", " M", " G", " T"};
-    size_t letter = 0;
+    std::size_t letter = 0;
     // 999.5 would be shown as 1000.
     for (; value >= 999.5 && letter + 1 < std::size(kLetters); ++letter)
         value /= 1000.0;

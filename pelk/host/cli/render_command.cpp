@@ -143,8 +143,9 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
             print(Stream::Output, ConsoleText().add("Wrote", Tone::Good).add(" " + file + "\n"));
         if (command.getStatus().isTerminal())
             command.getStatus().print(
-                shortNumber(double(result.samples)) + " samples in " + clockTime(result.seconds) +
-                ", " + shortNumber(double(result.samples) / std::max(result.seconds, 1e-9)) +
+                shortNumber(static_cast<double>(result.samples)) + " samples in " +
+                clockTime(result.seconds) + ", " +
+                shortNumber(static_cast<double>(result.samples) / std::max(result.seconds, 1e-9)) +
                 " a second");
     }
     if (result.droppedSamples > 0)

@@ -133,7 +133,9 @@ bool choosePixels(const RenderCommandOptions& options, int width, int height, Pi
         error = "--tile: there are fewer than " + std::to_string(count) + " rows" + size;
         return false;
     }
-    const auto edge = [height, n = count](int i) { return int((long long)height * i / n); };
+    const auto edge = [height, n = count](int i) {
+        return static_cast<int>(static_cast<long long>(height) * i / n);
+    };
     pixels = {0, edge(index - 1), width, edge(index)};
     if (options.region.isEmpty())
         return true;

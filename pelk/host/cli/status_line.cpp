@@ -27,7 +27,7 @@ void StatusLine::show(std::string text) {
     // A line that wraps can't be erased by going back to its start, and some terminals wrap as soon
     // as the last column is written, so that stays free.
     const int width = consoleWidth(Stream::Error) - 1;
-    text.resize(std::min(text.size(), static_cast<size_t>(std::max(width, 0))));
+    text.resize(std::min(text.size(), static_cast<std::size_t>(std::max(width, 0))));
     const std::lock_guard lock(mutex);
     Tarnkit::print(Stream::Error, erased() + text);
     shown = std::move(text);

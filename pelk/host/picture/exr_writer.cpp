@@ -63,20 +63,20 @@ public:
         : region(picture.getRegion()),
           width(picture.getWidth()),
           layer(layer_),
-          row(static_cast<size_t>(width) * pixelFormatSize(layer.format)) {}
+          row(static_cast<std::size_t>(width) * pixelFormatSize(layer.format)) {}
 
     /// Writes `layer.values()` values of `layer.type` into each pixel of a row in a file, of
     /// `stride` bytes each. False if the picture doesn't have them.
-    bool read(int y, std::uint8_t* out, size_t stride) {
+    bool read(int y, std::uint8_t* out, std::size_t stride) {
         const PixelRect rect{0, y, width, y + 1, width, 1};
         if (!region.getPixels(layer.channel, layer.alphaChannel, rect, layer.format,
                               static_cast<std::int64_t>(row.size()), row.data(), 0, 0, nullptr,
                               kVectorsRaw))
             return false;
-        const size_t step = static_cast<size_t>(pixelFormatSize(layer.format));
-        const size_t bytes = static_cast<size_t>(layer.values()) * sizeof(float);
+        const std::size_t step = static_cast<std::size_t>(pixelFormatSize(layer.format));
+        const std::size_t bytes = static_cast<std::size_t>(layer.values()) * sizeof(float);
         for (int x = 0; x < width; ++x, out += stride) {
-            const std::uint8_t* const pixel = row.data() + static_cast<size_t>(x) * step;
+            const std::uint8_t* const pixel = row.data() + static_cast<std::size_t>(x) * step;
             if (layer.type == OIIO::TypeDesc::HALF)
                 storeHalf(pixel, out);
             else
@@ -90,7 +90,7 @@ private:
     void storeHalf(const std::uint8_t* pixel, std::uint8_t* out) const {
         float values[4];
         const int count = layer.values();
-        std::memcpy(values, pixel, static_cast<size_t>(count) * sizeof(float));
+        std::memcpy(values, pixel, static_cast<std::size_t>(count) * sizeof(float));
         for (float& value : values)
             value = std::clamp(value, -kLargestHalf, kLargestHalf);
         OIIO::convert_pixel_values(OIIO::TypeDesc::FLOAT, values, OIIO::TypeDesc::HALF, out, count);
@@ -125,17 +125,17 @@ OIIO::ImageSpec exrSpec(Picture& picture, std::span<const Layer> layers, const P
 }
 
 bool writeExrRows(Picture& picture, std::span<const Layer> layers, OIIO::ImageOutput& output) {
-    const size_t stride = output.spec().pixel_bytes(true);
+    const std::size_t stride = output.spec().pixel_bytes(true);
     std::vector<LayerReader> readers;
     for (const Layer& layer : layers)
         readers.emplace_back(picture, layer);
-    std::vector<std::uint8_t> row(static_cast<size_t>(picture.getWidth()) * stride);
+    std::vector<std::uint8_t> row(static_cast<std::size_t>(picture.getWidth()) * stride);
     for (int y = 0; y < picture.getHeight(); ++y) {
         std::uint8_t* at = row.data();
-        for (size_t i = 0; i < layers.size(); ++i) {
+        for (std::size_t i = 0; i < layers.size(); ++i) {
             if (!readers[i].read(y, at, stride))
                 return false;
-            at += static_cast<size_t>(layers[i].values()) * layers[i].type.size();
+            at += static_cast<std::size_t>(layers[i].values()) * layers[i].type.size();
         }
         if (!output.write_scanline(y, 0, OIIO::TypeDesc::UNKNOWN, row.data()))
             return false;

@@ -38,22 +38,22 @@ public:
         : IOProxy(output.getTemporaryName(), Write), file(output) {}
 
     const char* proxytype() const override { return "output file"; }
-    bool seek(int64_t place) override {
+    bool seek(std::int64_t place) override {
         file.seek(place);
         m_pos = place;
         return true;
     }
-    size_t write(const void* data, size_t bytes) override {
+    std::size_t write(const void* data, std::size_t bytes) override {
         file.write(data, bytes);
-        m_pos += static_cast<int64_t>(bytes);
+        m_pos += static_cast<std::int64_t>(bytes);
         end = std::max(end, m_pos);
         return bytes;
     }
-    size_t size() const override { return static_cast<size_t>(end); }
+    std::size_t size() const override { return static_cast<std::size_t>(end); }
 
 private:
     platform::OutputFile& file;
-    int64_t end = 0;
+    std::int64_t end = 0;
 };
 
 bool checkFormat(const std::string& path, std::string& error) {

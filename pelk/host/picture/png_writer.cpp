@@ -38,7 +38,7 @@ public:
 
     bool read(int y, std::vector<std::uint8_t>& row) {
         const int width = picture.getWidth();
-        row.resize(static_cast<size_t>(width) * pixelFormatSize(format));
+        row.resize(static_cast<std::size_t>(width) * pixelFormatSize(format));
         const PixelRect rect{0, y, width, y + 1, width, 1};
         ColorMapper* const mappers[] = {&mapper};
         const int alpha = format == kPixelRGBA8 ? kAlphaChannel : -1;
@@ -56,7 +56,7 @@ private:
 /// Whether there are pixels without alpha that show something.
 bool showsSurroundings(Picture& picture) {
     const int width = picture.getWidth();
-    std::vector<AColor> row(static_cast<size_t>(width));
+    std::vector<AColor> row(static_cast<std::size_t>(width));
     const auto shows = [](const AColor& pixel) {
         return !(pixel.alpha > 0.0f) &&
                std::max({pixel.color.r, pixel.color.g, pixel.color.b}) > 0.0f;

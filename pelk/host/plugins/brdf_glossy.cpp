@@ -38,8 +38,6 @@ float GlossyLook::albedoAt(float cosine) const {
     return albedo[cell] * (1.0f - part) + albedo[cell + 1] * part;
 }
 
-// ---- sampler
-
 float GlossySampler::fresnel(float cosine) const {
     return ior > 0.0f ? fresnelShare(std::clamp(cosine, 0.0f, 1.0f), ior) : 1.0f;
 }
@@ -116,8 +114,6 @@ BRDFSampler* GlossySampler::getBRDF(BSDFSide side) {
     return singleSided && side == kBackSide ? nullptr : this;
 }
 
-// ---- plug-in
-
 ParamRows<GlossyParams> GlossyParams::table() {
     return kParams;
 }
@@ -129,7 +125,7 @@ void BRDFGlossy::frameBegin(PelkRenderer& renderer) {
     look.shape = FacetShape::of(params.roughness, params.tail);
     // The first entry stands for grazing views; at a cosine of 0 the lobe is undefined.
     const float step = 1.0f / static_cast<float>(look.albedo.size() - 1);
-    for (size_t i = 0; i < look.albedo.size(); ++i)
+    for (std::size_t i = 0; i < look.albedo.size(); ++i)
         look.albedo[i] = look.shape.albedo(std::max(static_cast<float>(i) * step, 0.01f));
 }
 

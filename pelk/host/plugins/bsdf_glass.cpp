@@ -28,8 +28,6 @@ constexpr ParamTable kParams{
 
 }  // namespace
 
-// ---- sampler
-
 void GlassSampler::set(const GlassLook& newLook, PelkContext& context, bool singleSided_) {
     look = &newLook;
     singleSided = singleSided_;
@@ -140,8 +138,6 @@ BRDFSampler* GlassSampler::getBRDF(BSDFSide side) {
 PelkVolume* GlassSampler::getVolume(PelkContext&) {
     return look->volume;
 }
-
-// ---- plug-in
 
 ParamRows<GlassParams> GlassParams::table() {
     return kParams;

@@ -10,7 +10,7 @@ namespace Tarnkit {
 namespace {
 
 constexpr const char* kCustom = "custom";
-constexpr size_t kLongestName = 63;  // what a region keeps of it
+constexpr std::size_t kLongestName = 63;  // what a region keeps of it
 
 /// What is wrong with the name of a scene's own channel; empty if nothing is.
 std::string checkCustomName(const std::string& name) {

@@ -104,7 +104,7 @@ void HostGeometry::getShaderSetName(StringHandle& out, PelkContext& context, int
     if (!hit.object)
         return;
     const std::vector<int>& parts = hit.object->mesh.parts;
-    const size_t part = parts.empty() ? 0 : static_cast<size_t>(parts[hit.triangle]);
+    const std::size_t part = parts.empty() ? 0 : static_cast<std::size_t>(parts[hit.triangle]);
     if (part < shaderSets.size())
         out = shaderSets[part];
 }

@@ -85,7 +85,7 @@ bool readThrough(const std::string& path, OIIO::ImageSpec& spec, std::string& er
     }
     spec = input->spec();
     const int step = spec.tile_width > 0 ? spec.tile_height : kRowsAtOnce;
-    std::vector<char> buffer(spec.scanline_bytes(true) * static_cast<size_t>(step));
+    std::vector<char> buffer(spec.scanline_bytes(true) * static_cast<std::size_t>(step));
     for (int y = spec.y; y < spec.y + spec.height; y += step) {
         const int end = std::min(y + step, spec.y + spec.height);
         if (!readRows(*input, spec, y, end, buffer.data()) || input->has_error()) {
@@ -160,7 +160,7 @@ void ImageSource::takeLayout(const OIIO::ImageSpec& spec, ColorSpace space) {
     unit = spec.format == OIIO::TypeDesc::UINT8    ? 255.0f
            : spec.format == OIIO::TypeDesc::UINT16 ? 65535.0f
                                                    : 1.0f;
-    for (size_t i = 0; i < decodedBytes.size(); ++i) {
+    for (std::size_t i = 0; i < decodedBytes.size(); ++i) {
         const float value = static_cast<float>(i) / 255.0f;
         decodedBytes[i] = srgb ? decodeSRGB(value) : value;
     }
@@ -175,7 +175,7 @@ void ImageSource::fetch(int x0, int y0, int x1, int y1, Texel* texels) const {
 
 float ImageSource::decodeValue(float value) const {
     if (bytes)
-        return decodedBytes[static_cast<size_t>(value * 255.0f + 0.5f)];
+        return decodedBytes[static_cast<std::size_t>(value * 255.0f + 0.5f)];
     return srgb ? decodeSRGB(value) : value;
 }
 

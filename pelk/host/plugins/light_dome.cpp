@@ -57,14 +57,14 @@ Color LightDome::radianceAlong(const Vector& direction) const {
 }
 
 void LightDome::tabulate() {
-    std::vector<float> brightness(size_t{kColumns} * kRows);
+    std::vector<float> brightness(std::size_t{kColumns} * kRows);
     double total = 0.0;
     for (int row = 0; row < kRows; ++row) {
         for (int column = 0; column < kColumns; ++column) {
             const Color c =
                 radianceAlong(mapToDirection({(column + 0.5f) / kColumns, (row + 0.5f) / kRows}));
             const float b = isFinite(c) ? std::fmax(0.0f, mean(c)) : 0.0f;
-            brightness[size_t(row) * kColumns + column] = b;
+            brightness[static_cast<std::size_t>(row) * kColumns + column] = b;
             total += b;
         }
     }
@@ -78,7 +78,7 @@ void LightDome::tabulate() {
         const double sine = std::sin((row + 0.5) / kRows * std::numbers::pi);
         double cells = 0.0;
         for (int column = 0; column < kColumns; ++column) {
-            const size_t i = size_t(row) * kColumns + column;
+            const std::size_t i = static_cast<std::size_t>(row) * kColumns + column;
             cells += (brightness[i] + least) * sine;
             cellSums[i] = static_cast<float>(cells);
         }
@@ -93,7 +93,7 @@ float LightDome::densityAlong(const Vector& direction) const {
     const UV map = directionToMap(direction);
     const int column = std::clamp(static_cast<int>(map.u * kColumns), 0, kColumns - 1);
     const int row = std::clamp(static_cast<int>(map.v * kRows), 0, kRows - 1);
-    const float* cells = &cellSums[size_t(row) * kColumns];
+    const float* cells = &cellSums[static_cast<std::size_t>(row) * kColumns];
     const float weight = cells[column] - (column > 0 ? cells[column - 1] : 0.0f);
     const float perMap = weight / rowSums.back() * (kColumns * kRows);
     const float sine = std::sqrt(std::fmax(1e-8f, 1.0f - direction.y * direction.y));
@@ -108,7 +108,8 @@ bool LightDome::sample(PelkContext&, float random1, float random2, LightSample& 
         out.direction = {sine * std::cos(phi), y, sine * std::sin(phi)};
     } else {
         const int row = chooseCell(rowSums.data(), kRows, random1);
-        const int column = chooseCell(&cellSums[size_t(row) * kColumns], kColumns, random2);
+        const int column =
+            chooseCell(&cellSums[static_cast<std::size_t>(row) * kColumns], kColumns, random2);
         out.direction = mapToDirection({(column + random2) / kColumns, (row + random1) / kRows});
     }
     out.distance = kRayFar;

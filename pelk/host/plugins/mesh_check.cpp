@@ -13,7 +13,7 @@ namespace Tarnkit {
 namespace {
 
 std::string_view takeLine(std::string_view& text) {
-    const size_t end = text.find('\n');
+    const std::size_t end = text.find('\n');
     std::string_view line = text.substr(0, end);
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     if (!line.empty() && line.back() == '\r')
@@ -33,8 +33,6 @@ std::string_view takeWord(std::string_view& text) {
 bool parseNumber(std::string_view word, long long& out) {
     return std::from_chars(word.data(), word.data() + word.size(), out).ec == std::errc();
 }
-
-// ---- OBJ: says nowhere how much there is
 
 /// Words that a statement needs behind its keyword.
 int wordsNeeded(std::string_view keyword) {
@@ -66,8 +64,6 @@ bool checkObj(std::string_view text, std::string& error) {
     error = "the file is cut short inside its last line";
     return false;
 }
-
-// ---- PLY: its head tells what follows
 
 struct PlyProperty {
     int size = 0;       ///< bytes of a value
@@ -165,12 +161,12 @@ bool takePlyText(std::string_view& body, const PlyProperty& property) {
 bool takePlyBytes(std::string_view& body, const PlyProperty& property, PlyFormat format) {
     std::uint64_t values = 1;
     if (property.countSize > 0) {
-        const size_t size = static_cast<size_t>(property.countSize);
+        const std::size_t size = static_cast<std::size_t>(property.countSize);
         if (body.size() < size)
             return false;
         values = 0;
-        for (size_t i = 0; i < size; ++i) {
-            const size_t place = format == PlyFormat::LittleEndian ? size - 1 - i : i;
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t place = format == PlyFormat::LittleEndian ? size - 1 - i : i;
             values = values << 8 | static_cast<unsigned char>(body[place]);
         }
         body.remove_prefix(size);
@@ -206,8 +202,6 @@ bool checkPly(std::string_view text, std::string& error) {
     return true;
 }
 
-// ---- glTF: JSON, which in a GLB stands in the first of several chunks
-
 bool checkGltf(std::string_view json, std::string& error) {
     // Names in other encodings than UTF-8 are read all the same.
     std::string plain(json);
@@ -219,11 +213,11 @@ bool checkGltf(std::string_view json, std::string& error) {
     return false;
 }
 
-constexpr size_t kGlbHead = 12, kGlbChunkHead = 8;
+constexpr std::size_t kGlbHead = 12, kGlbChunkHead = 8;
 
-std::uint32_t readLittleEndian(std::string_view bytes, size_t at) {
+std::uint32_t readLittleEndian(std::string_view bytes, std::size_t at) {
     std::uint32_t value = 0;
-    for (size_t i = 4; i-- > 0;)
+    for (std::size_t i = 4; i-- > 0;)
         value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
     return value;
 }

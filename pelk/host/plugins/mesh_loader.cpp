@@ -92,7 +92,7 @@ bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withU
             mesh.uvs.push_back({t.x, t.y});
         }
     }
-    for (size_t set = 0; set < mesh.furtherUVs.size(); ++set) {
+    for (std::size_t set = 0; set < mesh.furtherUVs.size(); ++set) {
         const aiVector3D* const from = part.mTextureCoords[set + 1];
         for (unsigned i = 0; i < part.mNumVertices; ++i)
             mesh.furtherUVs[set].push_back(from ? UV{from[i].x, from[i].y} : UV());

@@ -28,7 +28,7 @@ public:
         const auto others =
             std::stable_partition(plugins.begin(), plugins.end(),
                                   [camera](auto* plugin) { return plugin->getPlugin() == camera; });
-        numCameras = static_cast<size_t>(others - plugins.begin());
+        numCameras = static_cast<std::size_t>(others - plugins.begin());
     }
 
     ~PluginLifeCycle() {
@@ -53,7 +53,7 @@ public:
     void beginFrame() { beginFrames(plugins.size()); }
 
 private:
-    void beginFrames(size_t count) {
+    void beginFrames(std::size_t count) {
         assert(rendersBegun == plugins.size());
         for (; framesBegun < count; ++framesBegun)
             plugins[framesBegun]->frameBegin(renderer);
@@ -61,8 +61,9 @@ private:
 
     std::vector<PelkPluginInterface*> plugins;
     PelkRenderer& renderer;
-    size_t numCameras = 0;                     ///< at the front of `plugins`: one or none
-    size_t rendersBegun = 0, framesBegun = 0;  ///< so many from the front, each counted once done
+    std::size_t numCameras = 0;  ///< at the front of `plugins`: one or none
+    // So many from the front have begun, each counted once that is done.
+    std::size_t rendersBegun = 0, framesBegun = 0;
 };
 
 }  // namespace Tarnkit

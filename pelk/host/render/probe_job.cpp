@@ -54,7 +54,8 @@ std::vector<ProbedChannel> readChannels(PKRegionData& region) {
         ProbedChannel channel{record.name, record.type, {}, 0};
         void* const value =
             record.type == kChannelInt ? static_cast<void*>(&channel.id) : channel.values.data();
-        std::memcpy(value, record.buffer->item(0), size_t(channelTypeSize(record.type)));
+        std::memcpy(value, record.buffer->item(0),
+                    static_cast<std::size_t>(channelTypeSize(record.type)));
         channels.push_back(channel);
     }
     return channels;

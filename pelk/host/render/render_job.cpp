@@ -57,7 +57,8 @@ void renderTiles(RenderSetup& setup, const RenderOptions& options, const Picture
                  RenderResult& result) {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point start = Clock::now();
-    const auto total = (long long)(area.x1 - area.x0) * (area.y1 - area.y0) * options.samples;
+    const auto total =
+        static_cast<long long>(area.x1 - area.x0) * (area.y1 - area.y0) * options.samples;
     const auto tell = [&](long long samples) {
         result.samples = samples;
         result.seconds = std::chrono::duration<double>(Clock::now() - start).count();
@@ -65,7 +66,7 @@ void renderTiles(RenderSetup& setup, const RenderOptions& options, const Picture
             progress->update(samples, total, result.seconds);
     };
     // Threads count pixels, as samples can be more than an int holds.
-    group.report = [&](int pixels) { tell((long long)pixels * options.samples); };
+    group.report = [&](int pixels) { tell(static_cast<long long>(pixels) * options.samples); };
     TileQueue queue(area, options.tileSize);
     std::mutex mutex;
     int pixelsDone = 0;
@@ -83,7 +84,7 @@ void renderTiles(RenderSetup& setup, const RenderOptions& options, const Picture
             result.droppedBy =
                 instanceName(static_cast<Plugin*>(worker.getBadObject()->material->getPlugin()));
     });
-    tell((long long)pixelsDone * options.samples);
+    tell(static_cast<long long>(pixelsDone) * options.samples);
     result.stopped = result.samples < total;
 }
 

@@ -112,7 +112,7 @@ private:
 /// "0-3, 8" for 0, 1, 2, 3, 8, which come in rising order.
 std::string asRanges(const std::vector<int>& numbers) {
     std::string text;
-    for (size_t first = 0, last; first < numbers.size(); first = last + 1) {
+    for (std::size_t first = 0, last; first < numbers.size(); first = last + 1) {
         for (last = first; last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1;)
             ++last;
         text.append(first > 0 ? ", " : "").append(std::to_string(numbers[first]));

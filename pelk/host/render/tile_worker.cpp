@@ -131,7 +131,8 @@ bool TileWorker::renderSample(RenderContext& c, int x, int y, u32 seed, u32 samp
     if (recorder)
         recorder->beginSample();
     startPath(c, renderer, thread, seed, sample);
-    setup.makeRay(double(x) + double(place.x), double(y) + double(place.y), c);
+    setup.makeRay(static_cast<double>(x) + static_cast<double>(place.x),
+                  static_cast<double>(y) + static_cast<double>(place.y), c);
     renderer.trace(c);
     const bool good = !thread.sampleIsBad && isFinite(c.traceResult + c.traceAlpha);
     thread.sampleIsBad = false;

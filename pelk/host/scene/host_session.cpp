@@ -206,9 +206,9 @@ HostSession::~HostSession() {
 }
 
 void HostSession::loadModules(const std::string& directories, MessageLog* log) {
-    size_t begin = 0;
+    std::size_t begin = 0;
     while (begin <= directories.size()) {
-        const size_t end = std::min(directories.find(';', begin), directories.size());
+        const std::size_t end = std::min(directories.find(';', begin), directories.size());
         std::string directory = directories.substr(begin, end - begin);
         begin = end + 1;
         if (directory.empty())

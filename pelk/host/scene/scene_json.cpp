@@ -9,7 +9,7 @@ namespace Tarnkit {
 
 namespace {
 
-constexpr size_t kMaxNesting = 64;
+constexpr std::size_t kMaxNesting = 64;
 
 /// Builds the document from the parser's events, since the ready-made builder lets a key that
 /// stands twice pass.
@@ -45,15 +45,16 @@ public:
         // What the library says comes with its own idea of the place; only the reason is wanted.
         std::string_view reason = exception.what();
         for (const std::string_view mark : {"] ", ", column "}) {
-            const size_t at = reason.find(mark);
+            const std::size_t at = reason.find(mark);
             if (at != std::string_view::npos)
                 reason.remove_prefix(at + mark.size());
         }
-        if (const size_t colon = reason.find(": "); colon != std::string_view::npos)
+        if (const std::size_t colon = reason.find(": "); colon != std::string_view::npos)
             reason.remove_prefix(colon + 2);
         const std::string_view read = text.substr(0, position == 0 ? 0 : position - 1);
-        const size_t line = static_cast<size_t>(std::count(read.begin(), read.end(), '\n')) + 1;
-        const size_t column = read.size() - (read.rfind('\n') + 1) + 1;
+        const std::size_t line =
+            static_cast<std::size_t>(std::count(read.begin(), read.end(), '\n')) + 1;
+        const std::size_t column = read.size() - (read.rfind('\n') + 1) + 1;
         error = std::to_string(line) + ":" + std::to_string(column) + ": " + std::string(reason);
         return false;
     }
@@ -133,12 +134,12 @@ std::string pointerTo(const std::string& parent, std::string_view key) {
     return pointer;
 }
 
-std::string pointerTo(const std::string& parent, size_t index) {
+std::string pointerTo(const std::string& parent, std::size_t index) {
     return parent + "/" + std::to_string(index);
 }
 
 std::string shortText(const Json& value) {
-    constexpr size_t kLongest = 40;
+    constexpr std::size_t kLongest = 40;
     std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
     if (text.size() > kLongest)
         text = text.substr(0, kLongest) + "...";

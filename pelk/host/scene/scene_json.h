@@ -17,7 +17,7 @@ bool parseSceneJson(std::string_view text, Json& out, std::string& error);
 
 /// A JSON pointer (RFC 6901) with one more step; `~` and `/` in a key are escaped as ~0 and ~1.
 std::string pointerTo(const std::string& parent, std::string_view key);
-std::string pointerTo(const std::string& parent, size_t index);
+std::string pointerTo(const std::string& parent, std::size_t index);
 
 /// A value as it would stand in a file, cut behind 40 characters; for messages.
 std::string shortText(const Json& value);

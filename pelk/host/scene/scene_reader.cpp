@@ -116,8 +116,6 @@ bool SceneReader::checkTop() {
     return true;
 }
 
-// ---- instances
-
 bool SceneReader::makeInstances() {
     for (auto& [name, values] : document["plugins"].items()) {
         if (!makeInstance(name, values))
@@ -160,8 +158,6 @@ bool SceneReader::failAtType(const std::string& type, const std::string& pointer
     return fail(pointer, text);
 }
 
-// ---- overrides
-
 bool SceneReader::applyOverrides(std::span<const std::string> overrides) {
     return std::all_of(overrides.begin(), overrides.end(),
                        [&](const std::string& text) { return applyOverride(text); });
@@ -169,9 +165,9 @@ bool SceneReader::applyOverrides(std::span<const std::string> overrides) {
 
 bool SceneReader::applyOverride(const std::string& text) {
     const std::string place = "--set " + text;
-    const size_t equals = text.find('=');
+    const std::size_t equals = text.find('=');
     // Names of instances may hold dots, those of parameters don't.
-    const size_t dot = equals == std::string::npos ? equals : text.rfind('.', equals);
+    const std::size_t dot = equals == std::string::npos ? equals : text.rfind('.', equals);
     if (dot == std::string::npos)
         return fail(place, "expected INSTANCE.PARAMETER=VALUE");
     const std::string name = text.substr(0, dot);
@@ -183,7 +179,7 @@ bool SceneReader::applyOverride(const std::string& text) {
     const auto found = std::find(names.begin(), names.end(), name);
     if (found == names.end())
         return fail(place, "there is no instance \"" + name + "\"" + knownNames(name, names));
-    const Instance& instance = instances[static_cast<size_t>(found - names.begin())];
+    const Instance& instance = instances[static_cast<std::size_t>(found - names.begin())];
     const ParameterDesc* const desc = instance.kind->findParameter(parameter);
     if (!desc)
         return fail(place, unknownParameter(*instance.kind, parameter));
@@ -199,8 +195,6 @@ bool SceneReader::applyOverride(const std::string& text) {
     overridden[pointerTo(instance.pointer, parameter)] = text;
     return true;
 }
-
-// ---- parameters
 
 bool SceneReader::setParameters() {
     for (const Instance& instance : instances) {
@@ -235,8 +229,6 @@ std::string SceneReader::unknownParameter(const PluginKind& kind, std::string_vi
     return std::string(kind.getName()) + " has no parameter \"" + std::string(name) + "\"" +
            knownNames(name, names);
 }
-
-// ---- what holds of the scene as a whole
 
 bool SceneReader::checkLoops() {
     Plugin* culprit = nullptr;

@@ -121,7 +121,7 @@ private:
     template <class T>
     bool makeList(const Json& json, const std::string& pointer) {
         std::vector<T> values(json.size());
-        for (size_t i = 0; i < json.size(); ++i) {
+        for (std::size_t i = 0; i < json.size(); ++i) {
             if (!readItem(json[i], pointerTo(pointer, i), values[i]))
                 return false;
         }
@@ -131,7 +131,7 @@ private:
 
     bool makePairs(const Json& json, const std::string& pointer) {
         std::vector<NumberAndPlugin> pairs(json.size());
-        for (size_t i = 0; i < json.size(); ++i) {
+        for (std::size_t i = 0; i < json.size(); ++i) {
             const std::string place = pointerTo(pointer, i);
             if (!json[i].is_array() || json[i].size() != 2 || !isReference(json[i][1]))
                 return unexpected(json[i], place);
@@ -147,7 +147,7 @@ private:
     bool makeKeyframes(const std::vector<double>& times, const Json& values,
                        const std::string& pointer) {
         std::vector<Keyframe<T>> keyframes(times.size());
-        for (size_t i = 0; i < times.size(); ++i) {
+        for (std::size_t i = 0; i < times.size(); ++i) {
             keyframes[i].time = times[i];
             if (!readItem(values[i], pointerTo(pointer, i), keyframes[i].value))
                 return false;
@@ -231,7 +231,7 @@ private:
     }
 
     bool readTimes(const Json& json, const std::string& pointer, std::vector<double>& times) {
-        for (size_t i = 0; i < json.size(); ++i) {
+        for (std::size_t i = 0; i < json.size(); ++i) {
             const bool rises =
                 json[i].is_number() && (i == 0 || json[i].get<double>() > times.back());
             if (!rises) {
@@ -244,8 +244,6 @@ private:
             error = {pointer, "expected at least one time"};
         return !times.empty();
     }
-
-    // ---- one item of each type
 
     bool readItem(const Json& json, const std::string& pointer, int& value) {
         if (desc.type == ParameterType::Bool) {
@@ -272,7 +270,7 @@ private:
         float channels[4] = {0, 0, 0, 1};
         if (!json.is_array() || json.size() < 3 || json.size() > 4)
             return unexpected(json, pointer);
-        for (size_t i = 0; i < json.size(); ++i) {
+        for (std::size_t i = 0; i < json.size(); ++i) {
             if (!toFloat(json[i], channels[i]))
                 return unexpected(json, pointer);
         }

@@ -78,9 +78,9 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
     c.surfaceVolume = nullptr;
     c.surfaceProperties = nullptr;
     c.hitLink = (u64{objectIndex} << 32) | c.triangle;
-    c.hitPoint = c.refractionOrigin = {c.rayOrigin.x + double(c.rayDir.x) * distance,
-                                       c.rayOrigin.y + double(c.rayDir.y) * distance,
-                                       c.rayOrigin.z + double(c.rayDir.z) * distance};
+    c.hitPoint = c.refractionOrigin = {c.rayOrigin.x + static_cast<double>(c.rayDir.x) * distance,
+                                       c.rayOrigin.y + static_cast<double>(c.rayDir.y) * distance,
+                                       c.rayOrigin.z + static_cast<double>(c.rayDir.z) * distance};
     c.faceNormal = c.geomNormal = c.normal = object.faceNormals[c.triangle];
     if (!mesh.normals.empty()) {
         const auto& corners = mesh.triangles[c.triangle];

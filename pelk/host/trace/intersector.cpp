@@ -165,9 +165,9 @@ SceneBounds Intersector::bounds() const {
         return out;  // no geometry
     out.centre = {(box.lower_x + box.upper_x) * 0.5, (box.lower_y + box.upper_y) * 0.5,
                   (box.lower_z + box.upper_z) * 0.5};
-    out.radius =
-        0.5 * std::hypot(double(box.upper_x) - box.lower_x, double(box.upper_y) - box.lower_y,
-                         double(box.upper_z) - box.lower_z);
+    out.radius = 0.5 * std::hypot(static_cast<double>(box.upper_x) - box.lower_x,
+                                  static_cast<double>(box.upper_y) - box.lower_y,
+                                  static_cast<double>(box.upper_z) - box.lower_z);
     return out;
 }
 

@@ -8,7 +8,7 @@ namespace {
 
 /// The tag is looked for as plain text: in the value of a line it counts like a block.
 int countBlocks(const ShaderSource& text) {
-    constexpr size_t kTagLength = sizeof(kLayerBegin) - 1;
+    constexpr std::size_t kTagLength = sizeof(kLayerBegin) - 1;
     int count = 0;
     for (const char* at = text.c_str(); (at = std::strstr(at, kLayerBegin)); at += kTagLength)
         ++count;

@@ -32,7 +32,8 @@ TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
     EXPECT_EQ(entryNamed(list["plugins"], "TexChecker")["library"], "");
 
     // The last library comes first, and in it the descriptor that was made last.
-    const size_t first = result.out.find("\"MtlDiffuse"), second = result.out.find("\"MtlSingle");
+    const std::size_t first = result.out.find("\"MtlDiffuse");
+    const std::size_t second = result.out.find("\"MtlSingle");
     EXPECT_LT(first, second);
     EXPECT_LT(second, result.out.find("\"TexChecker"));
 }
@@ -109,7 +110,7 @@ TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) 
     // The same numbers as in a picture of that size and those samples.
     pelk.run({"render", "a.json", "-o", "a.exr", "--spp", "4", "--region", "12,8,13,9"});
     const std::vector<float> pixels = readPicture(pelk.directory.file("a.exr"));
-    for (size_t i = 0; i < 3; ++i)
+    for (std::size_t i = 0; i < 3; ++i)
         EXPECT_EQ(probe["channels"]["beauty"][i], pixels.at((24 * 8 + 12) * 4 + i));
 }
 

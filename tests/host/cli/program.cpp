@@ -82,7 +82,7 @@ std::vector<float> readPicture(const std::string& file) {
     if (!input)
         return {};
     const OIIO::ImageSpec& spec = input->spec();
-    std::vector<float> pixels(spec.image_pixels() * static_cast<size_t>(spec.nchannels));
+    std::vector<float> pixels(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
     input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, pixels.data());
     return pixels;
 }

@@ -65,9 +65,9 @@ TEST_F(RenderCommand, TheCornellBoxHasTheLightThatOthersFind) {
     ASSERT_EQ(render({scene, "-o", "a.exr", "--size", "64x64", "--spp", "256"}).exitCode, 0);
     const std::vector<float> pixels = readPicture(directory.file("a.exr"));
     const double expected[] = {0.3101, 0.2872, 0.2590};
-    for (size_t channel = 0; channel < 3; ++channel) {
+    for (std::size_t channel = 0; channel < 3; ++channel) {
         double sum = 0;
-        for (size_t i = channel; i < pixels.size(); i += 4)
+        for (std::size_t i = channel; i < pixels.size(); i += 4)
             sum += pixels[i];
         EXPECT_NEAR(sum / (64 * 64) / expected[channel], 1.0, 0.005) << channel;
     }

@@ -33,7 +33,7 @@ protected:
     template <class Value>
     void store(int channel, int x, int y, const Value& value) {
         ChannelBuffer& pixels = *picture.getRegion().getChannels()[channel].buffer;
-        ASSERT_EQ(pixels.getItemSize(), int(sizeof value));
+        ASSERT_EQ(pixels.getItemSize(), static_cast<int>(sizeof value));
         std::memcpy(pixels.item(y * picture.getWidth() + x), &value, sizeof value);
     }
     void setPixel(int x, int y, const AColor& value) {
@@ -50,7 +50,7 @@ protected:
         asked.attribute("oiio:UnassociatedAlpha", 1);
         const auto input = OIIO::ImageInput::open(dir.file(name), &asked);
         spec = input->spec();
-        std::vector<T> values(spec.image_pixels() * static_cast<size_t>(spec.nchannels));
+        std::vector<T> values(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
         input->read_image(0, 0, 0, -1, OIIO::BaseTypeFromC<T>::value, values.data());
         return values;
     }
@@ -74,7 +74,7 @@ TEST_F(ImageOutputTest, ExrHoldsEveryChannelAndTellsHowItWasMade) {
         ASSERT_TRUE(write("a.EXR", depth)) << error;
         const std::vector<float> values = read<float>("a.EXR");
         std::map<std::string, float> layers;
-        for (size_t i = 0; i < values.size(); ++i)
+        for (std::size_t i = 0; i < values.size(); ++i)
             layers[spec.channelnames[i]] = values[i];
         layers.erase("render_id.ID");
         EXPECT_EQ(spec.channelformat(0) == OIIO::TypeDesc::HALF, depth == PixelDepth::Half);

@@ -22,7 +22,7 @@ Mesh meshOf(PluginHolder<Geometry>& shape) {
     return mesh;
 }
 
-Vector areaVector(const Mesh& mesh, size_t triangle) {
+Vector areaVector(const Mesh& mesh, std::size_t triangle) {
     const auto& t = mesh.triangles[triangle];
     const Vector& a = mesh.positions[t[0]];
     return cross(mesh.positions[t[1]] - a, mesh.positions[t[2]] - a) * 0.5f;
@@ -31,7 +31,7 @@ Vector areaVector(const Mesh& mesh, size_t triangle) {
 /// The volume inside a closed mesh; negative if its fronts look inward.
 double volume(const Mesh& mesh) {
     double sum = 0;
-    for (size_t i = 0; i < mesh.triangles.size(); ++i)
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i)
         sum += dotDouble(areaVector(mesh, i), mesh.positions[mesh.triangles[i][0]]) / 3.0;
     return sum;
 }
@@ -39,7 +39,7 @@ double volume(const Mesh& mesh) {
 /// Every vertex normal lies on the front side of the triangles around it, and is unit.
 void expectNormalsInFront(const Mesh& mesh) {
     ASSERT_EQ(mesh.normals.size(), mesh.positions.size());
-    for (size_t i = 0; i < mesh.triangles.size(); ++i) {
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
         const Vector front = areaVector(mesh, i);
         EXPECT_GT(length(front), 0.0f) << "collapsed triangle " << i;
         for (const u32 corner : mesh.triangles[i]) {
@@ -57,7 +57,7 @@ TEST(GeomSphere, IsABallThatKeepsItsFrontsWhenStretchedAndMirrored) {
     const double expected = 4 * std::numbers::pi * 8 / 3;
     EXPECT_NEAR(volume(mesh), expected, expected * 2e-3);
     expectNormalsInFront(mesh);
-    for (size_t i = 0; i < mesh.positions.size(); ++i) {
+    for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
         // The gradient of (x/4)^2 + y^2 + (4z)^2 is the true normal.
         const Vector p = mesh.positions[i];
         const Vector gradient = normalizeGuarded({p.x / 16, p.y, p.z * 16});
@@ -88,8 +88,6 @@ TEST(Geometry, TurnsAsAsked) {
         EXPECT_LE(length(mesh.positions[0] - c.to), 1e-6f) << c.rotate.g;
     }
 }
-
-// ---- files
 
 constexpr const char* kObj =
     "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"

@@ -75,8 +75,6 @@ TEST(UVWGenMap, ScalesTurnsAndMoves) {
     EXPECT_NEAR(length(uvw - Vector(10 - 6, 20 + 2, 30)), 0.0f, 1e-5f);
 }
 
-// ---- images
-
 template <class T>
 void writeImage(const std::string& path, int width, int height, int channels,
                 const std::vector<T>& values) {

@@ -65,7 +65,7 @@ TEST_F(ChannelsTest, MeasuresAreThoseOfTheFrontAndNeverAveraged) {
     // An odd width: the edge of the quad goes through the middle column.
     render(*scene, picture, optionsWith({"depth", "render_id", "normals", "background"}, 17, 8));
     const auto depth = pixelsOf<float>(picture, 2);
-    for (size_t x = 0; x < 17; ++x) {
+    for (std::size_t x = 0; x < 17; ++x) {
         SCOPED_TRACE(x);
         const bool hit = x == 8 ? depth[x] < 1e18f : x < 8;
         EXPECT_NEAR(depth[x], hit ? 5 : 1e18f, 1e-4f);

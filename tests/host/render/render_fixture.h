@@ -54,10 +54,11 @@ protected:
     template <class Value>
     static std::vector<Value> pixelsOf(Picture& picture, int channel) {
         ChannelBuffer& buffer = *picture.getRegion().getChannels()[channel].buffer;
-        EXPECT_EQ(buffer.getItemSize(), int(sizeof(Value)));
-        std::vector<Value> pixels(size_t(picture.getWidth()) * size_t(picture.getHeight()));
-        for (size_t i = 0; i < pixels.size(); ++i)
-            std::memcpy(&pixels[i], buffer.item(int(i)), sizeof(Value));
+        EXPECT_EQ(buffer.getItemSize(), static_cast<int>(sizeof(Value)));
+        std::vector<Value> pixels(static_cast<std::size_t>(picture.getWidth()) *
+                                  static_cast<std::size_t>(picture.getHeight()));
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            std::memcpy(&pixels[i], buffer.item(static_cast<int>(i)), sizeof(Value));
         return pixels;
     }
 

@@ -54,7 +54,7 @@ TEST_F(WrappingTest, AWrapperThatAddsNothingShowsItsBaseOnBothRoads) {
             const auto& base = expected[sampler || c.shadesBySampler];
             const auto pixels = pictureOf(c.wrapper, sampler ? "by_sampler" : "wrapper");
             ASSERT_EQ(pixels.size(), base.size());
-            for (size_t i = 0; i < pixels.size(); ++i)
+            for (std::size_t i = 0; i < pixels.size(); ++i)
                 expectNear(pixels[i], base[i], 1e-5f);
         }
     }

@@ -20,7 +20,7 @@ TEST(SamplingTest, SeedsAndUsesAreIndependent) {
         seeds += light * at(i + 1, 3, RandomUse::Light);
         uses += light * at(i, 3, RandomUse::Indirect);
     }
-    const double bound = 5.0 / 12.0 * std::sqrt(double(kCount));
+    const double bound = 5.0 / 12.0 * std::sqrt(static_cast<double>(kCount));
     EXPECT_LT(std::fabs(seeds), bound);
     EXPECT_LT(std::fabs(uses), bound);
 }

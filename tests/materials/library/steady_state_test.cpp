@@ -34,20 +34,20 @@ int lockBy(const char* name, Function*& next, auto* lock) {
 #pragma GCC visibility push(default)
 extern "C" {
 
-void* __libc_malloc(size_t size);
-void* __libc_realloc(void* block, size_t size);
-void* __libc_memalign(size_t alignment, size_t size);
+void* __libc_malloc(std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 
-void* malloc(size_t size) noexcept {
+void* malloc(std::size_t size) noexcept {
     ++calls.heap;
     return __libc_malloc(size);
 }
-void* realloc(void* block, size_t size) noexcept {
+void* realloc(void* block, std::size_t size) noexcept {
     ++calls.heap;
     return __libc_realloc(block, size);
 }
-int posix_memalign(void** block, size_t alignment, size_t size) noexcept {
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
     ++calls.heap;
     *block = __libc_memalign(alignment, size);
     return *block ? 0 : ENOMEM;
