@@ -39,6 +39,9 @@ protected:
 
 TEST_F(AroundBase, EveryMaterialAroundOthersIsTested) {
     for (PelkPluginDesc* desc : kinds()) {
+        // Shades itself: the material that it names moves its normal and leads back to it.
+        if (std::string(desc->getName()) == "MtlMayaRamp")
+            continue;
         const PelkParameterListDesc& list = *desc->getParameterListDesc();
         bool isAround = false;
         for (int i = 0; i < list.getNumParameters(); ++i) {
