@@ -35,7 +35,7 @@ using FloatRampEntry = RampEntry<float, TextureFloatInterface>;
 /// What the position is computed from at a hit, as `color_input` gives it. Ramps themselves don't
 /// read it: who looks one up does.
 enum RampInput : int {
-    kRampLightAngle = 0,        ///< angle between the normal and the light, 1.1 where they coincide
+    kRampLightAngle = 0,        ///< 1.1 (1 - angle / pi), angle being that of normal and light
     kRampFacingAngle = 1,       ///< cosine between the normal and the direction to the viewer
     kRampBrightness = 2,        ///< diffuse light that arrives, summed over the lights
     kRampNormalBrightness = 3,  ///< the same without the lights' colours: the sum of cosines
