@@ -74,10 +74,11 @@ public:
     const char* c_str() const { return buffer ? buffer->text : nullptr; }
 
 private:
-    // Makes the buffer this string's own, with room for `length` bytes and the terminator.
+    /// Makes the buffer this string's own, with room for `length` bytes and the terminator.
     void reserve(int length, bool keepText);
+    /// The body of both appends that take a pointer; `length` is at most that of the text.
     void appendCounted(const char* text, int length);
-    // Whether `text` points into this string's buffer, which changing the text may free.
+    /// Whether `text` points into this string's buffer, which changing the text may free.
     bool holds(const char* text) const;
     void drop();
 

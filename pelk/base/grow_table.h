@@ -118,15 +118,15 @@ public:
     /// Entries for which there is room without allocation.
     int getCapacity() const { return capacity; }
     bool isEmpty() const { return count == 0; }
-    // For loops over all entries. All are null for a table that never held one.
-    // Entries may be written through, but no entry added or removed meanwhile.
+    // For loops over all entries. All are null for a table that never held one. Entries may be
+    // written through, but no entry added or removed meanwhile.
     T* begin() { return items; }
     T* end() { return items + count; }
     const T* begin() const { return items; }
     const T* end() const { return items + count; }
 
 private:
-    // Makes room for `size` entries in all; keeps what there is.
+    /// Makes room for `size` entries in all; keeps what there is.
     void reserve(long long size) {
         if (size > capacity)
             grow(size);
@@ -144,8 +144,8 @@ private:
         return grown;
     }
 
-    // Allocates the new array before the old one is freed, so a failure changes nothing. A capacity
-    // that is no int counts as a failure of memory.
+    /// Allocates the new array before the old one is freed, so a failure changes nothing. A
+    /// capacity that is no int counts as a failure of memory.
     void grow(long long size) {
         const long long grown = grownCapacity(size);
         if (grown > INT_MAX)

@@ -135,8 +135,8 @@ public:
     int bucketCount() const { return buckets.size(); }
 
 private:
-    // A chain's entry. Nodes are linked through themselves (intrusive), so that moving one between
-    // a chain and the free list needs no memory and removing can't fail.
+    /// A chain's entry. Nodes are linked through themselves (intrusive), so that moving one between
+    /// a chain and the free list needs no memory and removing can't fail.
     struct Node {
         K key;     // of a name the caller's pointer
         u32 hash;  // of the key: spares most comparisons of names, and all hashing in moveTo()
@@ -144,29 +144,29 @@ private:
         Node* next;  // in its chain, or on the free list; null for the last
     };
 
-    // The bucket counts, each about twice the one before. The next would be no int any more. Part
-    // of the table's behaviour: they decide when it is resized.
+    /// The bucket counts, each about twice the one before. The next would be no int any more. Part
+    /// of the table's behaviour: they decide when it is resized.
     static constexpr int kPrimes[] = {
         13,       29,       59,        127,       257,       521,       1049,
         2099,     4201,     8419,      16843,     33703,     67409,     134837,
         269683,   539389,   1078787,   2157587,   4315183,   8630387,   17260781,
         34521589, 69043189, 138086407, 276172823, 552345671, 1104691373};
 
-    // The hashes first: they nearly always differ where the keys do.
+    /// The hashes first: they nearly always differ where the keys do.
     static bool isKey(const Node& node, K key, u32 hash) {
         return node.hash == hash && HashKey<K>::equal(node.key, key);
     }
 
-    // New nodes stand first in their chain: what was just inserted is often looked up next.
+    /// New nodes stand first in their chain: what was just inserted is often looked up next.
     static void pushFront(Node*& head, Node* node) {
         node->next = head;
         head = node;
     }
 
-    // Unsigned, for a hash has all 32 bits and a negative remainder is no bucket.
+    /// Unsigned, for a hash has all 32 bits and a negative remainder is no bucket.
     u32 bucketOf(u32 hash) const { return hash % static_cast<u32>(buckets.size()); }
 
-    // Entries in percent of the buckets, cut to an integer.
+    /// Entries in percent of the buckets, cut to an integer.
     int loadPercent() const { return static_cast<int>(count * 100LL / buckets.size()); }
 
     const Node* findNode(K key, u32 hash) const {
@@ -176,14 +176,14 @@ private:
         return node;
     }
 
-    // A removed node if there is one, else the next of the store; either holds old values.
+    /// A removed node if there is one, else the next of the store; either holds old values.
     Node* newNode() {
         if (!freeNodes)
             return nodes.take();
         return std::exchange(freeNodes, freeNodes->next);
     }
 
-    // Allocates before it moves anything, so a failure leaves the table as it was.
+    /// Allocates before it moves anything, so a failure leaves the table as it was.
     void grow() {
         GrowTable<Node*> fresh(kGrowthStep);
         fresh.resize(kPrimes[prime + 1]);
@@ -214,8 +214,8 @@ private:
         prime = newPrime;
     }
 
-    // Room for buckets comes by the thousand, so the six smallest tables have the same memory and
-    // only larger ones ask for more.
+    /// Room for buckets comes by the thousand, so the six smallest tables have the same memory and
+    /// only larger ones ask for more.
     static constexpr int kGrowthStep = 1000;
     GrowTable<Node*> buckets{kGrowthStep};
     std::size_t prime = 0;  // the place of the bucket count in kPrimes

@@ -81,13 +81,18 @@ inline float largestComponent(Vector v) {
     return std::fmax(std::fmax(std::fabs(v.x), std::fabs(v.y)), std::fabs(v.z));
 }
 
+/// How far the largest component and the computed length of a vector may be apart before it counts
+/// as collapsed. So large that only a length whose squares have underflowed to 0, or an infinite
+/// component, reaches it.
+constexpr float kCollapsed = 1e18f;
+
 /// Whether a vector can't be given a direction: its largest component is at least `limit` times
 /// `len`, its length as `length` computes it. That is so for the zero vector, for one whose squares
 /// underflow, and for one with an infinite component. `limit`: how far the two may be apart; above
 /// 1, or every vector along an axis would count. A vector with a NaN and no infinity isn't
 /// collapsed: it stays NaN through what follows and is found in the result. Nor is a finite one
 /// whose squares overflow; its reciprocal length is 0, so it comes out of normalising as zero.
-inline bool isCollapsed(Vector v, float len, float limit = 1e18f) {
+inline bool isCollapsed(Vector v, float len, float limit = kCollapsed) {
     return largestComponent(v) >= len * limit;
 }
 
@@ -95,7 +100,7 @@ inline bool isCollapsed(Vector v, float len, float limit = 1e18f) {
 /// stays zero and no NaN is born of 0 / 0. Multiplies by the reciprocal of the length, not divides
 /// by the length: the two round apart, and pictures depend on which. Unit to within a few
 /// roundings.
-inline Vector normalizeGuarded(Vector v, float limit = 1e18f) {
+inline Vector normalizeGuarded(Vector v, float limit = kCollapsed) {
     const float len = length(v);
     return isCollapsed(v, len, limit) ? v : v * (1.0f / len);
 }

@@ -21,10 +21,11 @@ namespace Tarnkit {
 enum ChannelAlias : int {
     // The main values of a fragment: fields of PKFragment, there whether or not a channel of the
     // render carries the alias. The host writes them after each `shade`, since a material clears.
-    kAliasColor = 1,              ///< radiance without what lies behind; premultiplied
-    kAliasAlpha = 2,              ///< coverage, per component
-    kAliasTransparency = 3,       ///< what is left of the colour behind, along the ray
-    kAliasBackground = 4,         ///< a matte: its dimmed background; the host: where rays leave
+    kAliasColor = 1,         ///< radiance without what lies behind; premultiplied
+    kAliasAlpha = 2,         ///< coverage, per component
+    kAliasTransparency = 3,  ///< what is left of the colour behind, along the ray
+    /// Written by mattes (dimmed) and, where a ray leaves the scene, by the host.
+    kAliasBackground = 4,
     kAliasZDepth = 5,             ///< times the weight; along the axis that points backwards
     kAliasRenderID = 6,           ///< by GeomObjectInterface::getRenderID of the first surface
     kAliasNormal = 7,             ///< shading normal of the first surface, times the weight
@@ -41,16 +42,17 @@ enum ChannelAlias : int {
     kAliasBackgroundLoss = 105,    ///< MtlWrapper as a matte: undimmed minus dimmed background
     kAliasSpecular = 106,          ///< MtlMayaRamp, in `eval` of each light
     kAliasMatteLight = 111,        ///< MtlWrapper, only with `generate_render_elements`
-    kAliasMatteLightLoss = 112,    ///< MtlWrapper: the unshadowed sum of the lights minus that
+    kAliasMatteLightLoss = 112,    ///< MtlWrapper: unshadowed direct light minus kAliasMatteLight
     kAliasMaterialIDColor = 115,   ///< MtlMaterialID, in `shade` and `traceForward`
-    kAliasReflectivity = 118,      ///< MtlMayaRamp: factor between 119 and 102
+    kAliasReflectivity = 118,      ///< MtlMayaRamp: kAliasReflection = this * kAliasRawReflection
     kAliasRawReflection = 119,     ///< MtlMayaRamp: the reflected ray's radiance
-    kAliasRefractionWeight = 120,  ///< MtlMayaRamp: factor between 121 and 103
+    kAliasRefractionWeight = 120,  ///< MtlMayaRamp: kAliasRefraction = this * kAliasRawRefraction
     kAliasRawRefraction = 121,     ///< MtlMayaRamp: the refracted ray's radiance
-    kAliasImageBackground = 124,   ///< the same value as alias 4, for users to look at
+    kAliasImageBackground = 124,   ///< the value of kAliasBackground, for users to look at
     kAliasMatteShadow = 128,       ///< MtlWrapper: 1 - shadowed / unshadowed direct light
     kAliasBumpScreenNormal = 131,  ///< MtlBump, only if a channel carries it
-    kAliasReflectionFilter = 139,  ///< throughput that stands in 102; mattes dim by it
+    /// Throughput of the own ray, which kAliasReflection already holds; mattes dim by it.
+    kAliasReflectionFilter = 139,
     kAliasMaterialIDNumber = 141,  ///< MtlMaterialID; the one alias of materials that is an int
     kAliasBumpOffset = 145,        ///< MtlBump, only if a channel carries it
 

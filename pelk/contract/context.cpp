@@ -53,7 +53,7 @@ void shadeBSDF(PelkContext& context, BSDFSampler* bsdf) {
     if (context.rayType & kRayShadow)
         setFilterResults(context, bsdf->getBSDFTransparency(context));
     else
-        context.shadeWithBSDF(bsdf, 1);
+        context.shadeWithBSDF(bsdf, kAllIndirect);
     volume.keepIfTransparent();
 }
 

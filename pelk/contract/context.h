@@ -4,6 +4,7 @@
 
 #include "pelk/base/api.h"
 #include "pelk/base/color.h"
+#include "pelk/base/limits.h"
 #include "pelk/base/types.h"
 #include "pelk/base/vector.h"
 
@@ -62,14 +63,12 @@ enum ShadeFlags : u32 {
 
 /// Bits of PelkContext::shadedFlags, by which a material tells the host what it has done.
 enum ShadedFlags : u32 {
-    /// The hit was shaded as a matte: it looks transparent, but isn't empty. A host doesn't pass it
-    /// over when it looks for the first visible surface; a glossy sampler below leaves finding
-    /// lights to its own rays, as the matte keeps only those of it.
+    /// The hit was shaded as a matte: it looks transparent, but isn't empty, so a host that looks
+    /// for the first visible surface doesn't pass it over. A matte keeps only the traced
+    /// reflections of its base. So a glossy sampler under it turns next-event estimation off and
+    /// finds lights by BSDF sampling alone.
     kShadedMatte = 0x8
 };
-
-/// The end of a ray that has none: 1e18 in single precision.
-constexpr double kRayFar = static_cast<double>(1e18f);
 
 /// What a host keeps for one render thread; it derives its own record from this one. The host owns
 /// it, and it outlives all contexts of the thread.
@@ -130,9 +129,10 @@ struct ThreadData {
 ///     context.renderer->traceRay(*ray);
 ///     context.resultColor += tint * ray->traceResult;  // the weight is not in traceResult
 ///
-/// A context made by itself is blank: everything 0 and null, and the operations that need a scene
-/// answer with nothing. One may stand on the stack where an operation asks for a context and no ray
-/// exists, as getRenderID does when a frame begins.
+/// A context made by itself is blank: everything is 0 and null but environmentPriority, which is
+/// below every other, and the operations that need a scene answer with nothing. One may stand on
+/// the stack where an operation asks for a context and no ray exists, as getRenderID does when a
+/// frame begins.
 class PELK_API PelkContext {
 public:
     // The ray. Written by the host, or by who spawned the context, before traceRay.
@@ -172,7 +172,7 @@ public:
     Vector originDerivX, originDerivY;
     Vector rayDerivX, rayDerivY;
     /// The distance, in world units, beyond which a host may leave surfaces out of the ray's sight;
-    /// 1e18 for no limit. `pelk` doesn't clip, but hands the value on to spawned rays, as every
+    /// kRayFar for no limit. `pelk` doesn't clip, but hands the value on to spawned rays, as every
     /// host does.
     float rayClipDistance = 0.0f;
     /// A scalar throughput by which materials cut off rays too weak to matter: 1 on a camera ray,
@@ -186,7 +186,8 @@ public:
     Color rayWeight;
     /// A second throughput, with the same value where a ray is spawned. MtlSingleBRDF scales both
     /// by its filter; wrappers, layers and texture blends scale rayWeight alone, so this is the
-    /// throughput without the shares of layers. Nothing in this library reads it.
+    /// throughput without the shares of layers. It is copied along with rayWeight; nobody here
+    /// decides by it.
     Color rayWeight2;
     /// The `weight` that newSpawnedContext was given. Who traces a sampler's own ray multiplies
     /// what it saw by it: that is how the ray is tinted. Written by newSpawnedContext and never
@@ -237,8 +238,9 @@ public:
     /// Not 0 while flipSide has turned the hit over, by which a material tells the back of a
     /// surface from a front that was turned to look like one. 0 when `shade` begins.
     int flippedSide = 0;
-    /// Number of the hit, given by the host: no two hits of a thread in a frame share one, none has
-    /// 0. Materials compare it to know whether what they found out for a hit still holds.
+    /// Number of the hit, given by the host, never 0. Materials compare it to know whether what
+    /// they found out for a hit still holds, so no two hits of a thread that can be mixed up share
+    /// one: `pelk` counts the hits of a thread and starts again at 1 after 2^31 - 1.
     int hitID = 0;
     u32 shadedFlags = 0;  ///< bits of ShadedFlags; 0 when `shade` begins, written by the material
 
@@ -311,9 +313,10 @@ public:
     /// `flag`: 1; not read.
     virtual void setEnvironment(TextureInterface* texture, int priority, int flag);
     /// Shades the hit through a sampler: computeDirectLighting, then traceBSDFForward with `flag`
-    /// as its doDiffuse (0, 1 or 2), and writes the sum into the four results; fully transparent
-    /// for a null sampler. The lights come first, as some samplers gather in eval what they use
-    /// while tracing. Not for shadow rays: see shadeBSDF. May throw.
+    /// as its doDiffuse (kWithoutIndirectDiffuse, kAllIndirect, kWithoutOwnRays), and writes the
+    /// sum into the four results; fully transparent for a null sampler. The lights come first, as
+    /// some samplers gather in eval what they use while tracing. Not for shadow rays: see
+    /// shadeBSDF. May throw.
     virtual void shadeWithBSDF(BSDFSampler* bsdf, int flag);
 };
 
@@ -392,9 +395,9 @@ PELK_API void shadeBSDF(PelkContext& context, BSDFSampler* bsdf);
 
 /// Ray differentials of a mirror reflection: writes the rayDerivX and rayDerivY of `context`,
 /// mirrored, into those of `newContext`, whose ray leaves along the unit vector `direction`. The
-/// axis is the half vector `direction - rayDir` made unit; where that has collapsed, its largest
-/// component being at least `limit` (1e18) times its length, it is used as it is, so that no
-/// division by 0 occurs. Derivatives of the normal are left out: a curved mirror filters as a flat
+/// axis is the half vector `direction - rayDir` made unit; a zero or underflowed
+/// half vector (see isCollapsed, which gets `limit`; kCollapsed) is used as it is, so that nothing
+/// is divided by 0. Derivatives of the normal are left out: a curved mirror filters as a flat
 /// one. `flag`: 0; not read. Igehy, "Tracing Ray Differentials", SIGGRAPH 1999, section 3.1.2.
 PELK_API void setReflectDerivs(PelkContext& context, PelkContext& newContext,
                                const Vector& direction, int flag, float limit);

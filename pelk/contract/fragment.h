@@ -22,13 +22,15 @@ public:
     /// Maps a finished pixel in place. `color` comes premultiplied by `alpha`, which may be changed
     /// too. `flag`: 1; reserved. Called by the read-out of pixels, in rows, between the next two.
     virtual void mapPixel(Color& color, Color& alpha, int flag) = 0;
-    /// A read-out of pixels begins: what depends on the picture as a whole can be set up. `flag`:
-    /// 1.
+    /// A read-out of pixels begins: what depends on the picture as a whole can be set up, so that
+    /// mapPixel does nothing but arithmetic. Called once for each read-out, on the thread that
+    /// reads. `flag`: 1; reserved.
     virtual void beginMapping(int flag) = 0;
-    /// The read-out has ended, early or not; pairs with beginMapping. `flag`: 1.
+    /// The read-out has ended, early or not; pairs with beginMapping. `flag`: 1; reserved.
     virtual void endMapping(int flag) = 0;
     /// Not 0 if the background goes through the mapper together with the colour; 0 leaves it as it
-    /// is, for plates that are encoded already.
+    /// is, for backplates that are display-encoded: mapped as well they would be encoded
+    /// twice.
     virtual int mapsBackground() = 0;
 };
 
@@ -55,14 +57,18 @@ public:
     /// A number by which the fragments of a pixel are told apart: `pelk` uses one for each object
     /// and negative ones for the total and the surroundings. Fragments of a material have 0.
     virtual int getTag() = 0;
+    /// Sets the tag. Called by FragmentList on a fragment that it adds; who changes it later
+    /// changes under which tag the list finds the fragment.
     virtual void setTag(int value) = 0;
     /// Combines `other`, of the same kind and manager, into this one. `mode` 0: a weighted sum, for
     /// the samples of a pixel; every value times `weights` is added. Any other: `other` lies behind
     /// this one along the ray and shows as far as this one is transparent ("over"); 1 also takes
     /// depth, normal and id from `other` if nothing has set them yet, as the first surface does.
+    /// They are never mixed there: a mean of two ids would name a third object.
     virtual void addFragment(Fragment* other, const Color& weights, int mode) = 0;
     /// Scales all channels, per channel of the colour. `flag` is handed on to the channels: 0 for a
-    /// share of the samples, 1 for a hit that a material shows in part.
+    /// share of the samples, 1 for a hit that a material shows in part. A channel whose values
+    /// aren't light may treat the two apart.
     virtual void multiply(const Color& weights, int flag) = 0;
     /// Makes the sample one plain colour: channels become what RenderChannel::setColorData says.
     virtual void setColor(const Color& color) = 0;
@@ -116,18 +122,26 @@ struct PELK_API FragmentList {
     FragmentManager* manager = nullptr;  ///< null: nothing can be added
     Fragment* first = nullptr;
 
-    /// The first fragment with this tag, else a new one at the tail; never null. `found` tells
-    /// which. Throws an ExceptionMsg if memory runs out.
+    /// The first fragment with this tag, else a new one at the tail; never null. `found`, if not
+    /// null, tells which. `manager` must not be null unless the tag is there. Throws an
+    /// ExceptionMsg if memory runs out.
     Fragment* getFragment(int tag, bool* found = nullptr);
-    /// A new fragment at the head, even if there is one with this tag. Throws as above.
+    /// A new fragment at the head, even if there is one with this tag: it hides that one from
+    /// getFragment until it is gone. `manager` must not be null. Throws as above.
     Fragment* addFront(int tag);
+    /// The first fragment, null if the list is empty; further ones by nextFragment. The manager's,
+    /// and valid until deleteAll or end.
     Fragment* head() const { return first; }
     /// Adds each fragment of `other`, times `weight`, to the one of the same tag here, which is
     /// made if need be: joins samples that were gathered apart. Throws as above.
     void merge(const FragmentList& other, float weight);
     /// Fragment::multiply with flag 0 on each.
     void multiplyAll(float weight);
+    /// Fragment::setColor on each: the whole pixel becomes one plain colour. Doesn't throw.
     void setColorAll(const Color& color);
+    /// Fragment::applyColorMapper on each, with the same `mapper`, which may be null, and `mode`:
+    /// 1 keeps the background apart from the colour, any other adds it first if the mapper wants
+    /// it. Doesn't throw.
     void mapAll(ColorMapper* mapper, int mode);
     /// Gives every fragment back; the list is empty then and can be filled anew.
     void deleteAll();
@@ -170,8 +184,8 @@ public:
     /// Overwrites a slot with a value of the channel's type.
     virtual void setValue(void* data, const void* value) = 0;
     /// Combines slot `src` into slot `dst`; `weights` and `mode` as in Fragment::addFragment, the
-    /// weights of a mode other than 0 being what `dst` lets through. `hasData`: `dst` holds a
-    /// surface already, so its id and the like stay.
+    /// weights of a mode other than 0 being what `dst` lets through. `hasData`: not 0 if
+    /// `dst` already has a first hit, whose id, normal and depth are kept.
     virtual void addData(void* dst, const void* src, const Color& weights, int hasData,
                          int mode) = 0;
     /// Scales a slot, as Fragment::multiply. An id stays.

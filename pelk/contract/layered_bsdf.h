@@ -46,7 +46,8 @@ public:
     /// can't be seen; the caller restores it when all are made. `flag` is not used. Doesn't throw.
     void setBSDF(int index, BSDFSampler* bsdf, const Color& clear, int flag);
     int getNumBSDFs() const { return layers.size(); }
-    /// The sampler that was set at a position, or null.
+    /// The sampler that was set at a position, or null. `index`: 0 to below getNumBSDFs, by which
+    /// loops over the layers count; not tested, as all of them are at hits.
     BSDFSampler* getBSDF(int index) const { return layers[index].bsdf; }
 
     /// This object, once it has looked up the layers' BRDFs of that side; null if none has one.
@@ -70,7 +71,8 @@ public:
     Color getTransparency(PelkContext& context) override;
     /// The number of layers, clear ones included.
     int getNumSubBRDFs() override { return layers.size(); }
-    /// The BRDF of a layer, null if it is clear; `weight` is multiplied by what reaches it.
+    /// The BRDF of a layer, null if it is clear. `index`: 0 to below the number, as above. `weight`
+    /// is multiplied by what reaches it.
     BRDFSampler* getSubBRDF(int index, Color& weight) override;
     Color getSelfIllumination(PelkContext& context) override;
 

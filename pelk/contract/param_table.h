@@ -21,8 +21,8 @@
 // - The constructor of an instance binds the fields, which hold the defaults from then on.
 // - The host sets what the scene gives (setParameter), also between frames. No field changes yet.
 // - frameBegin of the plug-in's base rewrites every bound field, at the frame's time. What the
-// scene
-//   sets nothing for goes back to its default, even if the plug-in has changed the field meanwhile.
+//   scene sets nothing for goes back to its default, even if the plug-in has changed the field
+//   meanwhile.
 // - Hits read the fields on all render threads. Nothing writes them before the next frameBegin.
 //
 // What has no field is looked up in frameBegin, after the base's, and is null if the scene gives

@@ -180,8 +180,8 @@ void PelkParameterList::setParamCache(const char* name, PelkPluginList& field) {
     state->bind(name, &field);
 }
 
-// A plug-in may have overwritten a field since the last call, as one that folds several parameters
-// into one does, so no field is passed over because its parameter didn't change.
+/// A plug-in may have overwritten a field since the last call, as one that folds several parameters
+/// into one does, so no field is passed over because its parameter didn't change.
 void PelkParameterList::cacheParams(double time, const TracePoint&) {
     for (Binding& binding : state->bindings)
         refresh(binding, time);

@@ -11,7 +11,7 @@
 //      (ParameterDesc, PelkParameterListDesc). Hosts read the list for their user interface, for
 //      reading scenes, and for documentation.
 //   2. The instance binds fields of its own to them by name, in its constructor
-//   (PelkParameterList).
+//      (PelkParameterList).
 //   3. The host sets values on the instance (PelkPluginParameter), and the instance's frameBegin
 //      rewrites the bound fields from them. At hits there are plain fields to read.
 // A plug-in does the first two from one table, see param_table.h.

@@ -50,12 +50,14 @@ public:
     ///
     /// `surfaceVolume`, `surfaceProperties` and `shadedFlags` may be set for the host to read after
     /// the call. All else that is changed around the call of another plug-in is put back, also when
-    /// that throws. Results that aren't finite `pelk` replaces by opaque black, and tells the user.
+    /// that throws. Where resultColor or resultTransparency isn't finite, `pelk` replaces all
+    /// four results by opaque black and tells the user; it doesn't test the two alphas.
     virtual void shade(PelkContext& context) = 0;
     /// The id by which a picture's id channel tells this material from others, at the hit, which is
     /// filled as for shade. Not the id of the polygon, SurfaceMtlIDInterface, which goes into the
     /// choice of a material. 0 without one; wrappers ask the material that they stand before, or
-    /// the one that they choose at this hit. `pelk` itself doesn't ask.
+    /// the one that they choose at this hit. Called at hits from all render threads at once, each
+    /// with a context of its own. `pelk` itself doesn't ask.
     virtual int getMaterialID(PelkContext&) { return 0; }
     /// As in OpaqueShadeableInterface, and the same answer.
     virtual int getOpaqueFlags() { return 0; }
@@ -87,22 +89,26 @@ public:
     virtual void releaseBSDF(PelkContext& context, BSDFSampler* sampler) = 0;
 };
 
+/// Bit of getOpaqueFlags: opaque everywhere and to every light. A wrapper has it if all that it can
+/// show has it, and drops it where it makes the surface less than opaque itself.
+constexpr int kOpaqueToShadows = 0x1;
+/// Bit of getOpaqueFlags: set by Mtl2Sided, whose sides show different materials; MtlOverride hands
+/// it up from any of its materials.
+constexpr int kOpaqueTwoSided = 0x2;
+
 /// Tells whether a shadow ray that meets the material can end there, without `shade` being asked
 /// how much light passes. A hint: 0 is always a right answer, and a host may ignore it. `pelk`
 /// does, and asks `shade` at each surface on the way, because an MtlRenderStats of partial
-/// visibility hands 0x1 of its base up and still lets light through.
+/// visibility hands kOpaqueToShadows of its base up and still lets light through.
 class PELK_API OpaqueShadeableInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<OpaqueShadeableInterface> kInterfaceID{0x781B9321,
                                                                         "EXT_OPAQUE_SHADEABLE"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
-    /// A set of bits, the same for all hits of a frame; from all render threads at once.
-    ///   - 0x1: opaque everywhere and to every light. A wrapper has it if all that it can show has
-    ///     it, and drops it where it makes the surface less than opaque itself.
-    ///   - 0x2: set by Mtl2Sided, whose sides show different materials; MtlOverride hands it up
-    ///     from any of its materials. MtlRenderStats and MtlMulti answer 0x1 alone.
-    /// Bits that a wrapper doesn't judge it hands up as they are.
+    /// A set of the two bits above, the same for all hits of a frame; from all render threads at
+    /// once. MtlRenderStats and MtlMulti answer kOpaqueToShadows alone. Bits that a wrapper doesn't
+    /// judge it hands up as they are.
     virtual int getOpaqueFlags() { return 0; }
 };
 
@@ -126,10 +132,11 @@ public:
 /// "MaterialDescriptor": what each material is. The lines of a sub-material come in one of three
 /// ways:
 ///   - passed through: they follow the wrapper's own lines, with nothing between;
-///   - framed: between the lines "<coatlayer_begin>" and "<coatlayer_end>", which may hold lines of
+///   - as a block: between the lines "<coatlayer_begin>" and "<coatlayer_end>", which may hold
+///   lines of
 ///     the parent ahead of the child's, as a weight;
-///   - framed and addressed: the parent's header names each child by an offset, the number of its
-///     frame among all frames behind the header, nested ones included, from 1. A position without
+///   - as an addressed block: the parent's header names each child by an offset, the number of its
+///     block among all blocks behind the header, nested ones included, from 1. A position without
 ///     text of its own takes 1 if the first position has some, else 0.
 /// An MtlOverride with materials for its first and third position:
 ///

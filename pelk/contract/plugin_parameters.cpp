@@ -237,7 +237,7 @@ float ValueParameter<T>::getFloat(int index, double time) {
 
 template <class T>
 AColor ValueParameter<T>::getColor(int index, double time) {
-    // // Where there is no number, alpha 0 too: toColor(0) would be an opaque black.
+    // Where there is no number, alpha 0 too: toColor(0) would be an opaque black.
     return has(index) ? toColor(valueAt(index, time)) : AColor();
 }
 
@@ -264,7 +264,7 @@ PelkIntList ValueParameter<T>::getIntList(double time) {
     if constexpr (std::is_same_v<T, int>) {
         if (isList || times.isEmpty())
             return {items.size(), items.begin()};
-        // // Integers aren't blended: the one keyframe that holds at `time`.
+        // Integers aren't blended: the one keyframe that holds at `time`.
         const auto next = std::upper_bound(times.begin(), times.end(), time);
         const auto current = std::max<std::ptrdiff_t>(next - times.begin() - 1, 0);
         return {1, items.begin() + current};

@@ -178,9 +178,9 @@ private:
     const NumberAndPlugin* opened = nullptr;  ///< the item that is open, else null
 };
 
-// // Compiled once, in libpelk, so that each has its table of operations in one library. Exported
-// one by one: an instantiation is as hidden as the least visible of its arguments, and AColor is
-// not exported.
+// Compiled once, in libpelk, so that each has its table of operations in one library. Exported one
+// by one: an instantiation is as hidden as the least visible of its arguments, and AColor is not
+// exported.
 extern template class PELK_API ValueParameter<int>;
 extern template class PELK_API ValueParameter<float>;
 extern template class PELK_API ValueParameter<AColor>;

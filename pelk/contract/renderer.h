@@ -87,10 +87,10 @@ public:
     /// receives, or is lit without shadows, so that the two ways would not find the same light. One
     /// answer holds for the whole hit.
     virtual int usesLightMis(PelkContext& context) = 0;
-    /// For mattes: light from what the light loop doesn't cover (the plain surroundings), on the
-    /// viewer's side, in the scale of `irradiance`. `unshadowed`: as if nothing stood in its way;
-    /// `shadowed`: with what does. Their quotient is the ambient shadow on the matte. Overwrites
-    /// both.
+    /// For mattes: light from what the light loop doesn't cover, the background colour or a
+    /// material's environment override, without lights. On the viewer's side, in the scale of
+    /// `irradiance`. `unshadowed`: as if nothing stood in its way; `shadowed`: with what does.
+    /// Their quotient is the ambient shadow on the matte. Overwrites both.
     virtual void evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed) = 0;
 };
 
@@ -165,7 +165,9 @@ public:
     /// shading is recursive, so it runs on the caller's thread and stack. May throw an
     /// ExceptionMsg.
     virtual void traceRay(PelkContext& context) = 0;
-    /// The texts that are compared at hits by number. The renderer's own; not null.
+    /// The texts that are compared at hits by number. The renderer's own; not null. Called in
+    /// frameBegin, on the thread that begins frames: making a number takes memory and a search, so
+    /// plug-ins keep the numbers for the hits of the frame.
     virtual StringTable* getStringTable() = 0;
 };
 

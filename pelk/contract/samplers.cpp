@@ -86,7 +86,7 @@ void BRDFSampler::traceForward(PelkContext& context, int doDiffuse) {
     const Color transparency = getTransparency(context);
     const Color opacity = complement(transparency);
     Color color = getSelfIllumination(context);
-    if (doDiffuse) {
+    if (doDiffuse != kWithoutIndirectDiffuse) {
         Color white(1);
         const Color diffuse = opacity * getDiffuseColor(white);
         // Gathering traces a whole path; none is spent on a surface that is diffusely black.
@@ -140,7 +140,7 @@ void BRDFSampler::evalPdfs(const Vector&, float& forward, float& backward, int) 
     forward = backward = 0.0f;
 }
 
-// A sampler that isn't made of others is the only choice there is, and a certain one.
+/// A sampler that isn't made of others is the only choice there is, and a certain one.
 BRDFSampler* BRDFSampler::chooseRandomSubBRDF(float&, float&, Color&, int) {
     return this;
 }

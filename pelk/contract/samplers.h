@@ -27,9 +27,16 @@ constexpr int kEvalDiffuse = 0x1;
 /// The specular (glossy) reflection is wanted, unless the ray has kRayNoSpecular.
 constexpr int kEvalSpecular = 0x2;
 
-/// Value of `doDiffuse` that leaves the sampler's own rays out, for a caller that wants the light
-/// which the host gathers and no mirrors: getNewContext then answers null. The other two values are
-/// told at BSDFSampler::traceBSDFForward.
+// Values of `doDiffuse`, by which the caller of traceForward, traceBSDFForward and getNewContext
+// says which indirect light it wants.
+
+/// No indirect diffuse light, for a caller that has it from elsewhere or wants none. The sampler's
+/// own rays (mirror, glossy lobe, refraction) are traced.
+constexpr int kWithoutIndirectDiffuse = 0;
+/// All indirect light: what the GI engine gathers, and the sampler's own rays.
+constexpr int kAllIndirect = 1;
+/// The indirect diffuse light without the sampler's own rays, for a caller that wants the light
+/// which the host gathers and no mirrors: getNewContext then answers null.
 constexpr int kWithoutOwnRays = 2;
 
 /// The BRDF of one side of a surface at one hit: evaluates light samples (next-event estimation),
@@ -134,8 +141,8 @@ public:
     /// `origLightColor`: the same without, which mattes compare. Both are overwritten with what
     /// passes on to layers below: black, or what came times the transparency. `probLight`: 2 pi
     /// times the density per solid angle with which the direction was chosen, as the weight of MIS
-    /// needs it; 1e18 for a delta light and for one that indirect rays never meet, so that the
-    /// heuristic gives such lights a weight of 1. `flags`: kEvalDiffuse, kEvalSpecular.
+    /// needs it; kDeltaDensity for a delta light and for one that indirect rays never meet, so that
+    /// the heuristic gives such lights a weight of 1. `flags`: kEvalDiffuse, kEvalSpecular.
     ///
     /// May be called twice for one sample with different flags, on fresh copies of the colours.
     virtual Color eval(PelkContext& context, const Vector& direction, Color& lightColor,
@@ -155,8 +162,9 @@ public:
 
     /// Writes the four results: all light but the direct light, which the caller adds, and but the
     /// sampler's own ray, unless the sampler traces it here and offers none in getNewContext.
-    /// `doDiffuse` as in traceBSDFForward. The body here: self-illumination, and, if `doDiffuse` is
-    /// not 0, irradiance times opacity times getDiffuseColor of white.
+    /// `doDiffuse` as in traceBSDFForward. The body here: self-illumination, and, unless
+    /// `doDiffuse` is kWithoutIndirectDiffuse, irradiance times opacity times getDiffuseColor of
+    /// white.
     virtual void traceForward(PelkContext& context, int doDiffuse);
     /// How many rays it takes to sample the sampler's own lobes well: 0 for none and for a mirror,
     /// 1 or more for lobes with a width. For hosts that split paths; tracing here takes the one ray
@@ -171,8 +179,8 @@ public:
     /// The same for the alpha.
     virtual Color getAlpha(PelkContext& context, Color alpha);
     /// A context from newSpawnedContext for the sampler's own ray (mirror, glossy lobe,
-    /// refraction), not yet set up; null if it offers none, always so if `doDiffuse` is 2
-    /// (kWithoutOwnRays). `sampler` becomes the number that setupContext gets, for samplers with
+    /// refraction), not yet set up; null if it offers none, always so if `doDiffuse` is
+    /// kWithoutOwnRays. `sampler` becomes the number that setupContext gets, for samplers with
     /// several lobes; the caller passes 0. The caller releases the context. The weight that was
     /// handed to newSpawnedContext is the tint of the ray and must not be in the answer of
     /// setupContext too.
@@ -181,8 +189,8 @@ public:
     /// sets its rayOrigin, interval and ray differentials. `random`: 0 to 1, the caller's number
     /// for the choice; 0.5 where one ray is traced, so a lobe with a width draws its own. `sample`:
     /// what getNewContext left in `sampler`. Returns BRDF * cosine / density without the tint: what
-    /// the ray sees counts by spawnWeight times this. 1 for a mirror, 0 for a direction to be
-    /// dropped.
+    /// the ray sees counts by spawnWeight times this. 1 for a mirror. At 0
+    /// what the ray sees doesn't count; it is traced all the same.
     virtual float setupContext(PelkContext& context, PelkContext& newContext, float random,
                                int sample);
 
@@ -193,9 +201,9 @@ public:
     virtual RenderChannelsInfo* getRenderChannels();
     /// Number of samplers that this one is made of; 0 for one that isn't made of others.
     virtual int getNumSubBRDFs();
-    /// Sampler `index`, from 0, of those; null where there is none. `weight`, the caller's
-    /// throughput, is multiplied by what reaches it through those above. Stays valid as long as
-    /// this one.
+    /// Sampler `index`, from 0 to below that number; null for one that has no BRDF. `weight`, the
+    /// caller's throughput, is multiplied by what reaches it through those above. Stays valid as
+    /// long as this one.
     virtual BRDFSampler* getSubBRDF(int index, Color& weight);
     /// Light that the surface emits towards the viewer; in the scale of resultColor.
     virtual Color getSelfIllumination(PelkContext& context);
@@ -232,8 +240,7 @@ public:
     /// answer of setupContext and entered in the channels kAliasReflection or kAliasRefraction.
     /// Fully transparent without a BRDF.
     ///
-    /// `doDiffuse`: 0 leaves indirect diffuse light out, for a caller that has it from elsewhere or
-    /// wants none; 1 is everything; 2 leaves the sampler's own rays out and keeps the rest.
+    /// `doDiffuse`: kWithoutIndirectDiffuse, kAllIndirect or kWithoutOwnRays.
     virtual void traceBSDFForward(PelkContext& context, int doDiffuse);
     /// getTransparency of the viewer's side, white without a BRDF: what a shadow ray asks for, and
     /// all that it does.

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "pelk/base/memory.h"
+#include "pelk/base/text_or.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/platform/c_locale.h"
 
@@ -22,7 +23,7 @@ struct Conversion {
     bool isLongReal = false;  ///< a long double
 };
 
-/// /// The arguments of printf, to be passed on by reference: some systems have a va_list that is
+/// The arguments of printf, to be passed on by reference: some systems have a va_list that is
 /// an array, and after a function has taken arguments from its copy the caller's can't be used.
 struct Arguments {
     std::va_list list;
@@ -61,7 +62,7 @@ void appendConversion(ShaderSource& out, const Conversion& conversion, Arguments
             return out.append("%");
         case 's': {
             const char* string = va_arg(arguments.list, const char*);
-            return appendConverted(out, conversion.text, string ? string : "");
+            return appendConverted(out, conversion.text, textOrEmpty(string));
         }
         case 'p':
             return appendConverted(out, conversion.text, va_arg(arguments.list, void*));
@@ -117,7 +118,7 @@ void ShaderSource::append(const char* from, std::size_t size) {
     text[used] = '\0';
 }
 
-// Conversion by conversion, so that a null text never reaches the C library's own answer to it.
+/// Conversion by conversion, so that a null text never reaches the C library's own answer to it.
 void ShaderSource::printf(const char* format, ...) {
     const platform::CLocaleScope cLocale;
     Arguments arguments;
@@ -146,7 +147,7 @@ void ShaderSource::oclCheckBumpTextureSupport(PelkRenderer* renderer, const char
     if (!log)
         return;
     log->warning("[%s] The %s map of \"%s\" can't be described; its text has a smooth surface.\n",
-                 type, flag ? "normal" : "height", name ? name : "");
+                 type, flag ? "normal" : "height", textOrEmpty(name));
 }
 
 }  // namespace Tarnkit

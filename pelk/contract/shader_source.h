@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "pelk/base/api.h"
+#include "pelk/base/text_or.h"
 
 namespace Tarnkit {
 
@@ -50,7 +51,7 @@ public:
                                     int flag) const;
 
     /// The text so far, terminated; empty at first. Valid until the next append.
-    const char* c_str() const { return text ? text : ""; }
+    const char* c_str() const { return textOrEmpty(text); }
     /// Its length in bytes, without the terminator.
     int length() const { return static_cast<int>(used); }
 

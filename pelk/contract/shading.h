@@ -85,10 +85,11 @@ private:
     BSDFSampler* sampler;        // null if there is nothing to release
 };
 
-/// Names the volume behind a hit to the rays that shading spawns, unless a surface around this one
-/// has done so before: refracted rays read their index of refraction from `surfaceVolume`. When the
-/// scope ends the field is as it was, but after `keepIfTransparent` it stays for the host, which
-/// takes it for the medium that a ray enters. Stands around the sampler whose volume it shows.
+/// Publishes the sampler's interior medium in surfaceVolume while the hit is shaded, for refracted
+/// rays that enter it: they take their index of refraction from there. If an outer material
+/// (wrapper, layer stack) has set it already, that one stays. When the scope ends the field is as
+/// it was, but after `keepIfTransparent` it stays for the host, which takes it for the medium that
+/// a ray enters. Stands around the sampler whose volume it shows.
 class ScopedVolume {
 public:
     explicit ScopedVolume(PelkContext& context_) : context(context_) {}
@@ -184,10 +185,10 @@ inline void listChannelIndices(const PelkPluginList& channels, GrowTable<int>& i
 }
 
 /// The answer of a plug-in's OpaqueShadeableInterface, or 0, "ask me", if `plugin` is null or
-/// doesn't offer it. The value 1 says that no hit on the surface lets light through, so that a host
-/// may end shadow rays there without calling `shade`; a wrapper answers with what stands under it,
-/// and a composite only if all of it agrees. The value 2 marks a material that is made of two
-/// sides. Both are a hint alone, and known to miss partial visibility; `pelk` calls `shade` for
+/// doesn't offer it. kOpaqueToShadows says that no hit on the surface lets light through, so that a
+/// host may end shadow rays there without calling `shade`; a wrapper answers with what stands under
+/// it, and a composite only if all of it agrees. kOpaqueTwoSided marks a material that is made of
+/// two sides. Both are a hint alone, and known to miss partial visibility; `pelk` calls `shade` for
 /// every shadow ray.
 inline int opaqueFlagsOf(PluginBase* plugin) {
     auto* opaque = findInterface<OpaqueShadeableInterface>(plugin);

@@ -78,7 +78,7 @@ Color TwoSidedBSDF::lightFromBeyond(PelkContext& context, int doDiffuse) const {
         return Color(0);
     const ScopedValue weight(context.rayWeight, context.rayWeight * farFilter);
     Color light = glowFromBeyond(context);
-    if (!doDiffuse)
+    if (doDiffuse == kWithoutIndirectDiffuse)
         return light;
     const AsMade state(context, far);
     Color white(1);

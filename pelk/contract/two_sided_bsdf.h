@@ -59,8 +59,8 @@ private:
         Color transparency(PelkContext& context) const;
     };
 
-    // The BRDF of the whole, which works on both samplers. Two of them, but for their addresses the
-    // same: see above.
+    /// The BRDF of the whole, which works on both samplers. One per side with the same behaviour.
+    /// Light loops skip the far side if both addresses are equal.
     class PELK_API SideBRDF : public BRDFSampler {
     public:
         TwoSidedBSDF* owner = nullptr;
@@ -78,14 +78,14 @@ private:
 
     class AsMade;  // puts a context in the state in which a sampler was made
 
-    // What the viewer sees of the side beyond besides direct light, not yet scaled by farFilter.
+    /// What the viewer sees of the side beyond besides direct light, not yet scaled by farFilter.
     Color lightFromBeyond(PelkContext& context, int doDiffuse) const;
     Color glowFromBeyond(PelkContext& context) const;
 
     Side near, far;
     Color nearShare;    // of what the viewer's side scatters and lets through
     Color farShare;     // of what the side beyond lets through
-    Color farFilter;    // of light from beyond: farShare, and the first's diffuse colour if asked
+    Color farFilter;    // tint of transmitted light: farShare, times the first's diffuse if asked
     Color clearShare;   // what goes straight through besides
     SideBRDF brdfs[2];  // by BSDFSide
 };

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "pelk/base/limits.h"
+
 namespace Tarnkit {
 namespace {
 
 constexpr float kTwoPi = 6.2831855f;
-/// The density where none can be computed: in MIS it wins against any light.
-constexpr float kCertain = 1e18f;
 /// Cosines and widths below this count as 0: what is divided by them would overflow.
 constexpr float kLeast = 1e-6f;
 
@@ -22,14 +22,14 @@ Vector sampleExponential(float u, float v, float k, const Vector& d, const Matri
     const Vector h = normalizeGuarded(frame * Vector(std::cos(phi) * s, std::sin(phi) * s, c));
     const Vector r = mirrored(d, h), n = frame.columns[2];
     const float m = std::max(-dot(d, n), dot(r, n)) * k;
-    pdf = m >= kLeast ? (1.0f - w) / (2.0f * m) : kCertain;
+    pdf = m >= kLeast ? (1.0f - w) / (2.0f * m) : kDeltaDensity;
     return r;
 }
 
 float exponentialPdf(const Vector& direction, float k, const Vector& n, const Vector& d,
                      const Matrix& toLocal) {
     if (std::fabs(k) < kLeast)
-        return kCertain;
+        return kDeltaDensity;
     const float m = std::max(dot(direction, n), -dot(n, d));
     if (m < kLeast)
         return 0.0f;

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "pelk/base/limits.h"
+
 namespace Tarnkit {
 namespace {
 
 constexpr float kPi = 3.14159265f;
 constexpr float kTwoPi = 6.2831855f;
-/// The density where none can be computed: in MIS it wins against any light.
-constexpr float kCertain = 1e18f;
 /// Facets of at most this cosine to the normal count as hidden: the tangent
 /// grows without bound there, and the formulas lose their last digits.
 constexpr float kLeastCosine = 0.001f;
@@ -84,7 +84,7 @@ Vector sampleGTR(float u, float v, float alpha, int type, float gamma, const Vec
     const Vector r = mirrored(d, h);
     const float nv = std::fabs(dot(n, -d));
     if (grazes(nv) || grazes(dot(n, r))) {
-        pdf = kCertain;
+        pdf = kDeltaDensity;
         return r;
     }
     const float density = distribution(c, a2, type, gamma);
@@ -93,7 +93,7 @@ Vector sampleGTR(float u, float v, float alpha, int type, float gamma, const Vec
     // From facets to directions: the Jacobian 1 / (4 h . l) of mirroring, and the cube of the
     // length for that of a stretched frame.
     const float j = (hr > 0.0f ? 0.25f / hr * c : 0.0f) * f * (f * f);
-    pdf = density >= 1e-6f ? density * j * kTwoPi : kCertain;
+    pdf = density >= 1e-6f ? density * j * kTwoPi : kDeltaDensity;
     weight = j >= 1e-6f ? both / j : 0.0f;
     return r;
 }

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "pelk/base/limits.h"
+
 namespace Tarnkit {
 namespace {
 
 constexpr float kTwoPi = 6.2831855f;
-/// The density of a mirror: in MIS it wins against any light.
-constexpr float kCertain = 1e18f;
 
 Vector halfVector(const Vector& w, const Vector& local) {
     const Vector sum = w - local;
@@ -65,7 +65,7 @@ float density(const Vector& w, const Vector& local, const Squeeze& facet, const 
     }
     // As a quotient of the two only in the end: at g = 1 the area is 0, and that is a mirror.
     const float area = length(cross(derivatives[0], derivatives[1])), cosine = 2.0f * w.z;
-    return cosine < area * kCertain ? cosine / area : kCertain;
+    return cosine < area * kDeltaDensity ? cosine / area : kDeltaDensity;
 }
 
 }  // namespace

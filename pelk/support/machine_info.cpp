@@ -26,7 +26,7 @@ platform::MemoryStatus readMemoryStatus() {
     return platform::memoryStatus(status) ? status : platform::MemoryStatus{};
 }
 
-// Not by the C library, whose answer depends on the locale.
+/// In ASCII alone. Not by the C library, whose answer depends on the locale.
 char toLower(char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 'a' - 'A')
                                                 : character;

@@ -38,10 +38,11 @@ protected:
 /// newDefaultPluginManager, and ends it by `release`:
 ///
 ///     DefaultPluginManager* manager = newDefaultPluginManager();
-///     manager->registerPluginDesc(&ownDesc, host);               // plug-ins compiled into the
-///     host loadPlugins(*manager, "/opt/a/;/opt/b/", "*.so", host, log); Plugin* mtl =
-///     manager->newPlugin("MtlDiffuse", host, 0);   // ... set parameters, render
-///     manager->deletePlugin(mtl);                                // before its code is unloaded
+///     manager->registerPluginDesc(&ownDesc, host);  // plug-ins compiled into the host
+///     loadPlugins(*manager, "/opt/a/;/opt/b/", "*.so", host, log);
+///     Plugin* mtl = manager->newPlugin("MtlDiffuse", host, 0);
+///     // ... set parameters, render
+///     manager->deletePlugin(mtl);                   // before its code is unloaded
 ///     manager->release();
 ///
 /// **Owners.** A descriptor (PluginDesc) belongs to its library, or to the host for those that it

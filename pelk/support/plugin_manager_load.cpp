@@ -6,6 +6,7 @@
 
 #include "pelk/base/error_chain.h"
 #include "pelk/base/exception_msg.h"
+#include "pelk/base/text_or.h"
 #include "pelk/platform/file.h"
 #include "pelk/support/plugin_manager_default.h"
 #include "pelk/support/silent_log.h"
@@ -22,8 +23,7 @@ std::size_t fileNameStart(std::string_view path) {
 }
 
 const char* printable(PluginDesc* desc) {
-    const char* name = desc->getName();
-    return name ? name : "";
+    return textOrEmpty(desc->getName());
 }
 
 /// Loads a module; the error has one record, with the system's code and words.

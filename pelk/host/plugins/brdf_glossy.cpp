@@ -88,7 +88,7 @@ int GlossySampler::getNumSamples(PelkContext&, int) {
 }
 
 PelkContext* GlossySampler::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
-    if (lights == LightSearch::LightLoop || doDiffuse == 2)
+    if (lights == LightSearch::LightLoop || doDiffuse == kWithoutOwnRays)
         return nullptr;
     sampler = 0;
     return context.newSpawnedContext(1, color, lobe.shape.isSmooth() ? kSpawnMirror : kRayReflect,

@@ -108,7 +108,7 @@ void GlassSampler::choose(PelkContext& context) {
 }
 
 PelkContext* GlassSampler::getNewContext(PelkContext& context, int& sampler, int doDiffuse) {
-    if (doDiffuse == 2)
+    if (doDiffuse == kWithoutOwnRays)
         return nullptr;
     choose(context);
     sampler = chosen.refracts;

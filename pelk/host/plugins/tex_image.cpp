@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "pelk/base/text_or.h"
 #include "pelk/contract/param_table.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/contract/shader_source.h"
@@ -58,10 +59,8 @@ PluginInterface* TexImage::getInterface(u64 id) {
 
 /// What a text parameter is set to, else its default.
 std::string TexImage::text(const char* parameterName) {
-    if (PelkPluginParameter* const parameter = paramList.getParam(parameterName)) {
-        const char* const value = parameter->getString(0, 0.0);
-        return value ? value : "";
-    }
+    if (PelkPluginParameter* const parameter = paramList.getParam(parameterName))
+        return textOrEmpty(parameter->getString(0, 0.0));
     return desc->getParameterListDesc()->findParameter(parameterName)->stringDefault;
 }
 

@@ -7,6 +7,7 @@
 #include <tuple>
 #include <unordered_map>
 
+#include "pelk/base/text_or.h"
 #include "pelk/base/thrown_text.h"
 #include "pelk/contract/desc_of.h"
 #include "pelk/contract/plugin.h"
@@ -183,7 +184,7 @@ void HostSession::Registry::listKinds(DefaultPluginManager& plugins) {
         guard(path, "", [&] {
             const char* const name = library->getLibraryName();
             EachDesc eachDesc([&](PluginDesc* desc) {
-                guard(path, "", [&] { addKind(desc, path, name ? name : ""); });
+                guard(path, "", [&] { addKind(desc, path, textOrEmpty(name)); });
             });
             library->enumPluginDescs(&eachDesc);
         });

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "pelk/base/limits.h"
 #include "pelk/contract/samplers.h"
 #include "pelk/contract/surface_properties.h"
 #include "pelk/host/trace/host_renderer.h"
@@ -17,9 +18,6 @@ namespace {
 constexpr u32 kMaxVisits = 64;
 
 constexpr float kPi = std::numbers::pi_v<float>;
-
-/// What eval is told as the density of a delta light: no other density has any weight against it.
-constexpr float kDeltaDensity = 1e18f;
 
 /// The density of a light sample as BRDFSampler::eval takes it for MIS: 2 pi times that per solid
 /// angle. A light that casts no shadows shines through geometry that would stop a BSDF ray, so such

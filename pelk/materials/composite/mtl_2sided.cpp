@@ -134,7 +134,8 @@ void Mtl2Sided::releaseSampler(PelkContext& context, int side, BSDFSampler* samp
 }
 
 int Mtl2Sided::getOpaqueFlags() {
-    return 2 | (opaqueFlagsOf(params.front) & opaqueFlagsOf(params.back) & 1);
+    return kOpaqueTwoSided |
+           (opaqueFlagsOf(params.front) & opaqueFlagsOf(params.back) & kOpaqueToShadows);
 }
 
 int Mtl2Sided::getMaterialSource(void* owner, const char* sourceName, const char* kind,

@@ -50,7 +50,7 @@ void MtlLayeredBRDF::shadeLayers(PelkContext& context, BSDFSampler* sampler) con
         return setFilterResults(context, sampler->getBSDFTransparency(context));
     Color direct;
     context.computeDirectLighting(direct, sampler);
-    sampler->traceBSDFForward(context, 1);
+    sampler->traceBSDFForward(context, kAllIndirect);
     context.resultColor += direct;
 }
 

@@ -38,7 +38,7 @@ RTMtlInterface* describedBy(const MtlMultiEntry& entry) {
 
 int opaqueFlagsOf(const MtlMultiEntry& entry) {
     PluginBase* plugin = entry.mtl->getPlugin();
-    return plugin ? Tarnkit::opaqueFlagsOf(plugin) : 1;
+    return plugin ? Tarnkit::opaqueFlagsOf(plugin) : kOpaqueToShadows;
 }
 
 }  // namespace
@@ -257,10 +257,10 @@ int MtlMulti::getMaterialID(PelkContext& context) {
 
 int MtlMulti::getOpaqueFlags() {
     for (const MtlMultiEntry& entry : table) {
-        if (entry.mtl && !(opaqueFlagsOf(entry) & 1))
+        if (entry.mtl && !(opaqueFlagsOf(entry) & kOpaqueToShadows))
             return 0;
     }
-    return 1;
+    return kOpaqueToShadows;
 }
 
 int MtlMulti::getSubMtlID(int index) {

@@ -145,7 +145,7 @@ int MtlOverride::getOpaqueFlags() {
     const Slot& shadow = slots[kShadow];
     if (shadow.material || shadow.bsdf)
         all = opaqueFlagsOf(params.shadowMtl);
-    return (all & 1) | (any & 2);
+    return (all & kOpaqueToShadows) | (any & kOpaqueTwoSided);
 }
 
 int MtlOverride::getMaterialSource(void* owner, const char* sourceName, const char* kind,

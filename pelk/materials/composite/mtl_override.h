@@ -15,8 +15,8 @@ struct OverrideParams {
     int enableShadowMtl = 1;
     PluginBase* shadowMtl = nullptr;  ///< asked by shadow rays, for transparency
     int useEnvironmentOverride = 0;
-    TextureInterface* environmentOverride =
-        nullptr;                  ///< what rays from here see that leave the scene
+    /// What rays from here see that leave the scene.
+    TextureInterface* environmentOverride = nullptr;
     int environmentPriority = 0;  ///< the highest along a path holds
 
     static ParamRows<OverrideParams> table();

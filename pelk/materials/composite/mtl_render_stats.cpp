@@ -109,7 +109,7 @@ int MtlRenderStats::getMaterialID(PelkContext& context) {
 }
 
 int MtlRenderStats::getOpaqueFlags() {
-    return params.shadowsVisibility ? opaqueFlagsOf(params.baseMtl) & 1 : 0;
+    return params.shadowsVisibility ? opaqueFlagsOf(params.baseMtl) & kOpaqueToShadows : 0;
 }
 
 int MtlRenderStats::getMaterialSource(void* owner, const char* sourceName, const char* kind,

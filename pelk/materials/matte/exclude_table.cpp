@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "pelk/base/text_or.h"
 #include "pelk/contract/shading.h"
 
 namespace {
@@ -13,7 +14,7 @@ void reportNoGeometry(PluginBase* object, MessageLog* log) {
     if (auto* plugin = isPlugin ? dynamic_cast<Plugin*>(object) : nullptr) {
         const char* type = plugin->getPluginTypeName();
         log->warning("plugin %s of type %s cannot be in the exclude list (does not have geometry)",
-                     plugin->getPluginNameOr(""), type ? type : "");
+                     plugin->getPluginNameOr(""), textOrEmpty(type));
     } else {
         log->warning("plugin cannot be in the exclude list (does not have geometry)");
     }

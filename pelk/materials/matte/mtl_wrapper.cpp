@@ -10,8 +10,6 @@
 
 namespace {
 
-// Channels that a matte writes.
-
 /// Light below this is taken as none, so that quotients stay finite.
 constexpr float kDark = 1e-6f;
 

@@ -306,7 +306,7 @@ Color MayaRampBRDF::traceAlong(PelkContext& context, const Vector& direction, fl
         ray->rayMaxT = kRayFar;
     }
     if (rayFlag == kRayReflect) {
-        setReflectDerivs(context, *ray, direction, 0, 1e18f);
+        setReflectDerivs(context, *ray, direction, 0, kCollapsed);
         ray->rayOrigin = context.hitPoint;
     } else {
         ray->rayDerivX = refractDerivatives[0];

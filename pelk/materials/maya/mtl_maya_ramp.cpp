@@ -161,7 +161,7 @@ void MtlRampPlugin::shadeThrough(PelkContext& context, BSDFInterface& provider) 
         if (!(context.rayType & kRayShadow)) {
             Color direct;
             context.computeDirectLighting(direct, bsdf);
-            bsdf->traceBSDFForward(context, 0);
+            bsdf->traceBSDFForward(context, kWithoutIndirectDiffuse);
             context.resultColor = limited(context.resultColor + direct);
         }
     }

@@ -95,7 +95,7 @@ float positionOf(const Entry& entry, PelkContext& context) {
 // end with the first point.
 template <class Entry>
 Segment findTextured(const GrowTable<Entry>& entries, PelkContext& context, float t) {
-    constexpr float kNone = 1e18f;
+    constexpr float kNone = 1e18f;  // beyond every position: the end of a ramp that has no point
     int least = 0, greatest = 0;
     float leastPosition = kNone, greatestPosition = -kNone;
     Segment segment{.lower = 0, .lowerPosition = -kNone, .upperPosition = kNone};

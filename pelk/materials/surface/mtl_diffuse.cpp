@@ -30,7 +30,7 @@ void addReflection(PelkContext& context, Color weight) {
     const ScopedRay ray(context.newSpawnedContext(0, weight, kSpawnMirror, r));
     if (!ray)
         return;
-    ray->rayClipDistance = 1e18f;
+    ray->rayClipDistance = static_cast<float>(kRayFar);
     if (const PelkContext* parent = ray->parentContext) {
         ray->rayDir = ray->rayDir2 = r;
         ray->rayOrigin = ray->spawnOrigin;
@@ -164,7 +164,7 @@ Color DiffuseBRDF::eval(PelkContext& context, const Vector& direction, Color& li
 
 void DiffuseBRDF::traceForward(PelkContext& context, int doDiffuse) {
     Color scattered;
-    if (doDiffuse) {
+    if (doDiffuse != kWithoutIndirectDiffuse) {
         context.renderer->sequenceData.giEngine->irradiance(scattered, context);
         scattered = diffuse * scattered;
     }

@@ -82,7 +82,7 @@ void MtlSingleBRDF::shadeFiltered(PelkContext& context) {
 }
 
 void MtlSingleBRDF::shadeLit(PelkContext& context, BSDFSampler* sampler) {
-    context.shadeWithBSDF(sampler, 1);
+    context.shadeWithBSDF(sampler, kAllIndirect);
     if (filterActive)
         context.resultColor *= params.filter;
     repairResultColor(context, *this, params.allowNegativeColors != 0, warned);

@@ -68,7 +68,7 @@ private:
 /// A call of a former handler.
 struct PassedOn {
     const void* context;  ///< of the signal
-    const void* frame;    ///< our place on the stack
+    const void* frame;    ///< our stack frame
     int action;           ///< its place in formerActions
 };
 
@@ -101,7 +101,7 @@ void passOn(int number, siginfo_t* record, void* context, bool sent) {
     const auto place = std::find(std::begin(kSignals), std::end(kSignals), number);
     struct sigaction* former = formerActions[place - std::begin(kSignals)];
     // If the handler that we have called for this very signal calls us in turn (same context, and
-    // our place on the stack lies deeper), the next of the replaced ones has its turn.
+    // our stack frame lies deeper), the next of the replaced ones has its turn.
     PassedOn call{context, __builtin_frame_address(0), 0};
     if (passedOn.context == call.context && passedOn.frame > call.frame)
         call.action = passedOn.action + 1;
@@ -162,8 +162,8 @@ void installHandlers() {
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
     // The first call of backtrace loads a library, which must not happen in a fault handler.
-    void* frame;
-    backtrace(&frame, 1);
+    void* caller;
+    backtrace(&caller, 1);
     struct sigaction ours {};
     ours.sa_sigaction = handleFault;
     ours.sa_flags = SA_SIGINFO | SA_ONSTACK;

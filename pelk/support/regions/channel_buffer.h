@@ -42,10 +42,10 @@ public:
     /// Makes room for `count` items of `itemSize` bytes in pages of about `pageBytes`, cut down to
     /// whole rows of `rowWidth` items where a row fits. Pages of a similar size stay, with what is
     /// in them (a factor of four up or down, and whole rows), since tiles of one picture follow one
-    /// another in the same region and fresh memory is dear. What is new is not written; the
-    /// caller fills it. Where pages stay, a smaller
-    /// count leaves the items in use as many as they were. An `itemSize` below 1 frees all. Memory
-    /// failure is an ExceptionMsg, after which the buffer may be short of items but is sound.
+    /// another in the same region and fresh memory is dear. What is new is not written; the caller
+    /// fills it. Where pages stay, a smaller count leaves the items in use as many as they were. An
+    /// `itemSize` below 1 frees all. Memory failure is an ExceptionMsg, after which the buffer may
+    /// be short of items but is sound.
     void resize(int count, int itemSize, int pageBytes, int rowWidth);
 
     /// Gives all memory back; the buffer is as new.

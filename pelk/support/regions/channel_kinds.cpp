@@ -3,6 +3,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "pelk/base/limits.h"
 #include "pelk/base/vector.h"
 #include "pelk/support/regions/fragments.h"
 #include "pelk/support/regions/region_data.h"
@@ -12,7 +13,7 @@ namespace Tarnkit {
 namespace {
 
 /// The depth of a pixel in which nothing was hit.
-constexpr float kNoDepth = 1e18f;
+constexpr float kNoDepth = static_cast<float>(kRayFar);
 
 /// A value without alignment, as slots and pixels lie one behind the other by their bytes.
 template <class Value>

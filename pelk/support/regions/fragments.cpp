@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "pelk/base/limits.h"
 #include "pelk/contract/channel_alias.h"
 #include "pelk/support/regions/region_data.h"
 
@@ -12,7 +13,8 @@ namespace Tarnkit {
 namespace {
 
 constexpr int kClearedMask = 6;  // bits of PKFragment::state
-constexpr float kFar = -1e18f;   // depth of what has hit nothing
+/// Depth of what has hit nothing. Depths run along the camera's axis, which points backwards.
+constexpr float kNoHitDepth = -static_cast<float>(kRayFar);
 
 constexpr bool hasTemplate(int mode) {
     return mode >= 0 && mode <= 2;
@@ -172,7 +174,7 @@ int PKFragment::clear(int mode) {
     transparency = alphaTransparency = Color(mode ? 1.0f : 0.0f);
     renderID = -1;
     normal = Vector();
-    zDepth = mode ? kFar : 0.0f;
+    zDepth = mode ? kNoHitDepth : 0.0f;
     weight = mode ? 1.0f : 0.0f;
     return 0;
 }

@@ -19,8 +19,7 @@ namespace Tarnkit {
 /// - Float `v`: gray `v`, colour (v, v, v).
 /// - Color: the colour after the mappers; gray is the mean of the three.
 /// - Float2 (x, y): for display red x + 0.5, green y + 0.5, blue 0, gray (x + y) / 2 + 0.5. In
-/// float
-///   formats kVectorsRaw gives (x, y, 0) and x + y; gray in floats lacks the 0.5 in any case.
+///   float formats kVectorsRaw gives (x, y, 0) and x + y; gray in floats lacks the 0.5 in any case.
 /// - Int, an id: raw in gray, as many low bits as fit, or as a float. In RGB a colour that sets
 ///   neighbouring ids far apart: the low 24 bits, every third one to a component, lowest bit first
 ///   into the component's highest, over 256. So id 1 is a red of 0.5, id 2 green, id 4 blue.
@@ -83,8 +82,8 @@ inline constexpr int kVectorsRaw = 2;
 /// row.
 struct PixelRect {
     int x0 = 0, y0 = 0;  ///< the first pixel, inside
-    int x1 = 0,
-        y1 = 0;  ///< exclusive: the first column and row beyond; only tested against the region
+    /// Exclusive: the first column and row beyond. Only tested against the region.
+    int x1 = 0, y1 = 0;
     /// Pixels that are read, from (x0, y0) on. They say how the buffer is laid out: pixel (x, y) of
     /// the rectangle is element `x + y * width`.
     int width = 0, height = 0;

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include "pelk/base/text_or.h"
 #include "pelk/contract/channel_alias.h"
 #include "pelk/support/regions/region_data.h"
 
@@ -18,16 +19,13 @@ bool sameName(const char* a, const char* b) {
 }
 
 void setName(ChannelRecord& record, const char* name) {
-    std::strncpy(record.name, name ? name : "", kNameChars);
+    std::strncpy(record.name, textOrEmpty(name), kNameChars);
     record.name[kNameChars] = '\0';
 }
 
 /// The channel's name, empty if it has none; null without a channel.
 const char* nameOf(RenderChannel* channel) {
-    if (!channel)
-        return nullptr;
-    const char* name = channel->getName();
-    return name ? name : "";
+    return channel ? textOrEmpty(channel->getName()) : nullptr;
 }
 
 }  // namespace
