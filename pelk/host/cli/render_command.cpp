@@ -116,7 +116,7 @@ ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
                            .seconds = result.seconds,
                            .host = "pelk",
                            .version = PELK_VERSION};
-    const PixelDepth depth = scene.settings.half_float ? PixelDepth::Half : PixelDepth::Float;
+    const PixelDepth depth = scene.settings.halfFloat ? PixelDepth::Half : PixelDepth::Float;
     ExitCode code = ExitCode::Done;
     for (const std::string& output : options.outputs) {
         std::string error;

@@ -10,8 +10,7 @@ namespace Tarnkit {
 class Picture {
 public:
     /// Allocates the pixels of all channels and gives each its value for "nothing hit". The channel
-    /// objects are not kept. Memory failure, and a size beyond reason, is an
-    /// ExceptionMsg.
+    /// objects are not kept. Memory failure, and a size beyond reason, is an ExceptionMsg.
     void begin(int width, int height, ChannelList channels);
 
     /// Copies the pixels of a tile inside the picture, which has the same channels. Tiles that

@@ -47,11 +47,12 @@ private:
     bool singleSided = false;
 };
 
+/// Parameters of BRDFGlossy, as the host refreshes them at each frameBegin.
 struct GlossyParams {
-    Color color;
-    float roughness = 0.3f;
-    float tail = 2.0f;
-    float ior = 0.0f;
+    Color color;             ///< reflectance at normal incidence, linear
+    float roughness = 0.3f;  ///< 0 to 1; its square is the width alpha of the GTR lobe
+    float tail = 2.0f;       ///< exponent gamma of the GTR lobe, 0 to 10; 2 is GGX
+    float ior = 0.0f;        ///< of the dielectric whose Fresnel reflectance scales it; 0: none
 
     static ParamRows<GlossyParams> table();
 };

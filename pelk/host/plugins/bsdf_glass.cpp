@@ -22,7 +22,7 @@ constexpr ParamTable kParams{
                "0 - clear, 1 - frosted; its square is the width of highlights"),
     floatParam("tail", &GlassParams::tail, 2.0f, "How steeply highlights fall off, 0 to 10"),
     pluginParam<PelkVolume>("volume", &GlassParams::volume, "Medium behind the surface"),
-    boolParam("pass_shadows", &GlassParams::pass_shadows, false,
+    boolParam("pass_shadows", &GlassParams::passShadows, false,
               "Light passes straight through, in the place of real caustics"),
 };
 
@@ -147,7 +147,7 @@ void BSDFGlass::frameBegin(PelkRenderer& renderer) {
     PelkPlugin::frameBegin(renderer);
     PelkVolume* const given = findInterface<PelkVolume>(params.volume);
     look = {params.reflection, params.refraction, FacetShape::of(params.roughness, params.tail),
-            given ? given : &ownVolume, params.pass_shadows != 0};
+            given ? given : &ownVolume, params.passShadows != 0};
 }
 
 }  // namespace Tarnkit

@@ -39,8 +39,8 @@ private:
         Vector direction;
         Vector derivX, derivY;  ///< of a refracted ray
         float weight = 0.0f;
-        float density =
-            0.0f;  ///< per solid angle; below 0 without MIS (RenderContext::bsdfDensity)
+        /// Per solid angle; below 0 without MIS (RenderContext::bsdfDensity).
+        float density = 0.0f;
     };
     void choose(PelkContext& context);
     void chooseReflection(const PelkContext& context, const FacetSample& sample, float share);
@@ -54,13 +54,15 @@ private:
     Chosen chosen;
 };
 
+/// Parameters of BSDFGlass, as the host refreshes them at each frameBegin.
 struct GlassParams {
-    Color reflection, refraction;
-    float ior = 1.5f;
-    float roughness = 0.0f;
-    float tail = 2.0f;
-    PluginBase* volume = nullptr;
-    int pass_shadows = 0;
+    Color reflection;              ///< factor of the reflected light, linear
+    Color refraction;              ///< factor of the refracted light, taken at each surface
+    float ior = 1.5f;              ///< of the medium behind the surface; unused with `volume`
+    float roughness = 0.0f;        ///< 0 to 1; its square is the width alpha of the GTR lobe
+    float tail = 2.0f;             ///< exponent gamma of the GTR lobe, 0 to 10; 2 is GGX
+    PluginBase* volume = nullptr;  ///< EXT_VOLUME of the medium behind the surface; may be null
+    int passShadows = 0;           ///< 1: shadow rays pass, attenuated, in place of caustics
 
     static ParamRows<GlassParams> table();
 };

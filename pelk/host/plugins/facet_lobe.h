@@ -79,7 +79,7 @@ inline LightSearch lightSearchAt(const PelkContext& context, bool tracesRays) {
 inline float densityOfOwnRay(LightSearch lights, const FacetShape& shape, float density) {
     if (shape.isSmooth() || lights == LightSearch::OwnRays)
         return -1.0f;
-    return lights == LightSearch::Apart ? kLeavesLights : density;
+    return lights == LightSearch::Apart ? kNegligibleDensity : density;
 }
 
 /// Whether mirror rays are traced at the hit.

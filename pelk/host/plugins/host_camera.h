@@ -5,13 +5,17 @@
 
 namespace Tarnkit {
 
-/// Parameters that all cameras have: the view, as a look-at. World space.
+/// Parameters that all cameras have: the view, as a look-at. Points and directions are held as
+/// colours (r, g, b for x, y, z), since parameters know no vector type. World space, scene units.
 struct CameraParams {
-    Color position, target, up;
+    Color position;  ///< of the eye
+    Color target;    ///< the point in the middle of the picture
+    Color up;        ///< of any length, not along the view
 };
 
-/// Base of the cameras of this host. A class that derives from it registers and binds the
-/// parameters of CameraParams in front of its own.
+/// Base of the cameras of this host. The constructor binds CameraParams itself: with WithParams
+/// here too, `params` would be the name of two fields of one camera. WithParams of the derived
+/// class lists them in front of that class's own.
 class HostCamera : public PluginOffering<CameraInterface> {
 public:
     explicit HostCamera(PelkPluginDesc* pluginDesc);

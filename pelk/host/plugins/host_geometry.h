@@ -9,19 +9,22 @@
 
 namespace Tarnkit {
 
-/// Parameters that all geometry has: its material and its object-to-world transform.
+/// Parameters that all geometry has: its material and its object-to-world transform. The vectors of
+/// that are held as colours (r, g, b for x, y, z), since parameters know no vector type.
 struct GeometryParams {
-    PluginBase* material = nullptr;
-    Color translate;    ///< applied last
-    Color rotate;       ///< degrees about X, then Y, then Z
+    PluginBase* material = nullptr;  ///< EXT_MATERIAL of the surface; null: opaque black
+    Color translate;                 ///< scene units; applied last
+    Color rotate;                    ///< degrees about X, then Y, then Z
     Color scale{1.0f};  ///< applied first; a negative factor mirrors, and fronts stay fronts
     int smooth = 1;     ///< 0: flat shading, without vertex normals
 };
 
 /// Base of the geometry of this host. A class that derives from it builds a mesh in object space in
 /// which each triangle's material id is the number of its part (a side of a box, a material of a
-/// file); the base maps parts to material ids and transforms the mesh to world space. It registers
-/// and binds the parameters of GeometryParams in front of its own.
+/// file); the base maps parts to material ids and transforms the mesh to world space. The
+/// constructor binds GeometryParams itself: with WithParams here too, `params` would be the name of
+/// two fields of one object. WithParams of the derived class lists them in front of that class's
+/// own.
 class HostGeometry
     : public PluginOffering<GeometryInterface, SurfaceMtlIDInterface, ShaderSetInterface,
                             GeomObjectInterface, SurfaceFrameInterface, SurfaceUVInterface,

@@ -11,10 +11,10 @@ constexpr ParamTable kLightParams{
     colorParam("color", &LightParams::color, Color(1), "Colour of the light, linear"),
     floatParam("intensity", &LightParams::intensity, 1.0f, "Brightness; scales the colour"),
     boolParam("visible", &LightParams::visible, true, "Camera rays see the light itself"),
-    boolParam("reflection_visible", &LightParams::reflection_visible, true,
+    boolParam("reflection_visible", &LightParams::reflectionVisible, true,
               "Reflected and refracted rays see the light itself"),
     boolParam("shadows", &LightParams::shadows, true, "Geometry stands in the light's way"),
-    boolParam("affect_specular", &LightParams::affect_specular, true,
+    boolParam("affect_specular", &LightParams::affectSpecular, true,
               "Surfaces show highlights of the light"),
 };
 
@@ -31,7 +31,7 @@ void HostLight::addParameters(PelkParameterListDesc& list) {
 bool HostLight::isVisibleTo(u32 rayType, int traceDepth) const {
     if (traceDepth == 0 && (rayType & kRayCamera))
         return light.visible != 0;
-    return light.reflection_visible != 0;
+    return light.reflectionVisible != 0;
 }
 
 }  // namespace Tarnkit

@@ -6,10 +6,11 @@ namespace Tarnkit {
 
 /// Parameters of LightArea, as the host refreshes them at each frameBegin.
 struct LightAreaParams {
-    Color position;   ///< centre
+    // Vectors are held as colours (r, g, b for x, y, z): parameters know no vector type.
+    Color position;   ///< centre, scene units
     Color direction;  ///< to which the front looks, of any length
     Color up;         ///< `height` is measured along this, projected into the rectangle
-    float width = 1.0f, height = 1.0f;
+    float width = 1.0f, height = 1.0f;  ///< of the rectangle, scene units; above 0
 
     static ParamRows<LightAreaParams> table();
 };

@@ -9,7 +9,7 @@ namespace Tarnkit {
 
 /// Parameters of LightDome, as the host refreshes them at each frameBegin.
 struct LightDomeParams {
-    TextureInterface* texture = nullptr;
+    TextureInterface* texture = nullptr;  ///< factor of the colour by direction; null: none
 
     static ParamRows<LightDomeParams> table();
 };

@@ -6,8 +6,8 @@ namespace Tarnkit {
 
 /// Parameters of LightSphere, as the host refreshes them at each frameBegin.
 struct LightSphereParams {
-    Color position;
-    float radius = 1.0f;
+    Color position;       ///< centre, as x, y, z in scene units; parameters know no vector type
+    float radius = 1.0f;  ///< scene units; above 0
 
     static ParamRows<LightSphereParams> table();
 };

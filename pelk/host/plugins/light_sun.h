@@ -6,8 +6,8 @@ namespace Tarnkit {
 
 /// Parameters of LightSun, as the host refreshes them at each frameBegin.
 struct LightSunParams {
-    Color direction;      ///< in which the light travels
-    float angle = 0.53f;  ///< diameter of the disc in degrees, 0 to 180; 0: a delta light
+    Color direction;      ///< in which the light travels, as x, y, z; of any length but 0
+    float angle = 0.53f;  ///< diameter of the disc in degrees, below 180; 0: a delta light
 
     static ParamRows<LightSunParams> table();
 };

@@ -41,8 +41,9 @@ int wordsNeeded(std::string_view keyword) {
     return keyword == "vt" || keyword == "l" ? 2 : 0;
 }
 
-/// A file that stops inside a line was cut if that line is incomplete, or if vertices were read
-/// that no face has used yet. A last line that only lacks its end is fine.
+/// An OBJ file doesn't say how much it holds. One that stops inside a line was cut if that line is
+/// incomplete, or if vertices were read that no face has used yet. A last line that only lacks its
+/// end is fine.
 bool checkObj(std::string_view text, std::string& error) {
     if (text.empty() || text.back() == '\n')
         return true;

@@ -10,7 +10,8 @@ namespace Tarnkit {
 /// their cyclic order. A right angle is exact.
 class Placement {
 public:
-    /// `rotate` in degrees. No component of `scale` is 0, and all numbers are finite.
+    /// Vectors as parameters hold them, in colours. `rotate` in degrees. No component of `scale` is
+    /// 0, and all numbers are finite.
     Placement(Color scale, Color rotate, Color translate);
 
     /// Transforms positions, and normals by the inverse transpose, to world space. A mirroring

@@ -15,7 +15,7 @@ constexpr ParamTable kParams{
     colorParam("scale", &UVWGenMapParams::scale, Color(1), "Factors of u, v and w"),
     floatParam("rotation", &UVWGenMapParams::rotation, 0.0f, "Degrees from u towards v"),
     colorParam("offset", &UVWGenMapParams::offset, Color(0), "Added to u, v and w at last"),
-    intParam("uv_set", &UVWGenMapParams::uv_set, 0,
+    intParam("uv_set", &UVWGenMapParams::uvSet, 0,
              "Which texture coordinates of a mesh that has several, from 0"),
 };
 
@@ -33,7 +33,7 @@ void UVWGenMap::frameBegin(PelkRenderer& renderer) {
 }
 
 Vector UVWGenMap::getUVW(PelkContext& context) {
-    const UV uv = surfaceUV(context, params.uv_set);
+    const UV uv = surfaceUV(context, params.uvSet);
     const float u = uv.u * params.scale.r, v = uv.v * params.scale.g;
     return {u * cosine - v * sine + params.offset.r, u * sine + v * cosine + params.offset.g,
             params.offset.b};
@@ -41,7 +41,7 @@ Vector UVWGenMap::getUVW(PelkContext& context) {
 
 Transform UVWGenMap::getTangentFrame(PelkContext& context, int& valid) {
     valid = 1;
-    Transform frame = surfaceFrame(context, params.uv_set);
+    Transform frame = surfaceFrame(context, params.uvSet);
     for (Vector* column : {&frame.axisX, &frame.axisY, &frame.axisZ}) {
         const float u = column->x * params.scale.r, v = column->y * params.scale.g;
         column->x = u * cosine - v * sine;

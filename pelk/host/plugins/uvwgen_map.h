@@ -10,7 +10,7 @@ struct UVWGenMapParams {
     Color scale;
     float rotation = 0.0f;  ///< degrees, from u towards v
     Color offset;
-    int uv_set = 0;  ///< of the mesh, from 0; a set that it lacks is replaced by set 0
+    int uvSet = 0;  ///< of the mesh, from 0; a set that it lacks is replaced by set 0
 
     static ParamRows<UVWGenMapParams> table();
 };

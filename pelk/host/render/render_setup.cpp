@@ -31,12 +31,12 @@ void applySettings(const SceneSettings& settings, const RenderOptions& options, 
     SequenceData& sequence = renderer.sequenceData;
     sequence.log = log;
     sequence.numThreads = threads;
-    sequence.maxRayDepth = settings.max_depth;
-    sequence.reflectiveGi = settings.reflective_gi;
+    sequence.maxRayDepth = settings.maxDepth;
+    sequence.reflectiveGi = settings.reflectiveGi;
     sequence.reflectionsEnabled = settings.reflections;
-    sequence.depthOverride = settings.depth_override;
+    sequence.depthOverride = settings.depthOverride;
     renderer.gi.enabled = settings.gi;
-    renderer.gi.bumpInGi = settings.gi_bump;
+    renderer.gi.bumpInGi = settings.giBump;
     renderer.background = settings.background;
     renderer.frameData.frameTime = settings.time;
     renderer.frameData.imageWidth = options.width;

@@ -30,7 +30,7 @@ void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u
     c.environmentPriority = std::numeric_limits<int>::min();
     c.skipObject = c.skipTriangle = RenderContext::kNone;
     c.bsdfDensity = -1.0f;
-    c.gathers = false;
+    c.isIndirectDiffuse = false;
     c.resultScale = 1.0f;
     c.hidden = {};
     c.pathSeed = seed;
@@ -38,7 +38,7 @@ void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u
     c.numVolumes = 0;
     c.resultFragment = thread.plainFragment;
     if (thread.recorder)
-        c.resultFragment = thread.recorder->nextLayer();
+        c.resultFragment = thread.recorder->nextSurfaceFragment();
 }
 
 namespace {
@@ -134,8 +134,8 @@ bool TileWorker::renderSample(RenderContext& c, int x, int y, u32 seed, u32 samp
     setup.makeRay(static_cast<double>(x) + static_cast<double>(place.x),
                   static_cast<double>(y) + static_cast<double>(place.y), c);
     renderer.trace(c);
-    const bool good = !thread.sampleIsBad && isFinite(c.traceResult + c.traceAlpha);
-    thread.sampleIsBad = false;
+    const bool good = !thread.sampleDropped && isFinite(c.traceResult + c.traceAlpha);
+    thread.sampleDropped = false;
     return good;
 }
 

@@ -15,23 +15,24 @@ class CameraInterface;
 class TextureInterface;
 class HostSession;
 
-/// The settings of a scene, with what holds where the file is silent. Fields have the names that
-/// the file uses; scene_settings.cpp lists them with their limits.
+/// The settings of a scene, with what holds where the file is silent. scene_settings.cpp lists the
+/// names that the file uses, with their limits.
 struct SceneSettings {
     int width = 640, height = 480;
-    int samples = 16;   ///< per pixel
-    int max_depth = 8;  ///< longest path in surfaces, mirror bounces included; 1 is direct light
-    bool gi = true;     ///< global illumination: diffuse surfaces light one another
-    bool reflective_gi = true;    ///< indirect rays are reflected and refracted: caustics
-    bool gi_bump = false;         ///< indirect rays see bump maps
-    bool reflections = true;      ///< materials trace reflections
-    bool depth_override = false;  ///< max_depth stands in for the depth limits of materials
-    Color background;             ///< radiance of rays that leave the scene, without a dome light
-    Color origin;                 ///< where the scene stands in the camera's space
-    double time = 0.0;            ///< at which values over time are read
-    bool half_float = false;      ///< 16 bits a channel where a picture's format has them
-    std::string backplate;        ///< texture that camera rays see behind the scene; may be empty
-    std::string camera;           ///< instance; may be left out if there is just one camera
+    int samples = 16;  ///< per pixel
+    /// Longest path in bounces, specular ones included; a hit at this depth is not shaded.
+    int maxDepth = 8;
+    bool gi = true;              ///< global illumination: diffuse surfaces light one another
+    bool reflectiveGi = true;    ///< indirect rays are reflected and refracted: caustics
+    bool giBump = false;         ///< indirect rays see bump maps
+    bool reflections = true;     ///< materials trace reflections
+    bool depthOverride = false;  ///< maxDepth stands in for the depth limits of materials
+    Color background;            ///< radiance of rays that leave the scene, without a dome light
+    Color origin;            ///< offset from scene space to the space that the camera is placed in
+    double time = 0.0;       ///< at which values over time are read
+    bool halfFloat = false;  ///< 16 bits a channel where a picture's format has them
+    std::string backplate;   ///< texture that camera rays see behind the scene; may be empty
+    std::string camera;      ///< instance; may be left out if there is just one camera
     std::vector<std::string> channels;  ///< names of render channels beyond colour and alpha
 };
 

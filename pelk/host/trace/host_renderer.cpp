@@ -19,226 +19,15 @@ bool isBlack(Color c) {
     return c == Color(0);
 }
 
-}  // namespace
-
-StringHandle HostStringTable::intern(const char* text) {
-    if (!text)
-        return {};
-    // try_emplace keeps the number of a known text; a new one gets the next, from 1.
-    return {ids.try_emplace(text, static_cast<u32>(ids.size()) + 1).first->second};
-}
-
-HostRenderer::HostRenderer() {
-    sequenceData.lightManager = &lightLoop;
-    sequenceData.giEngine = &gi;
-}
-
-RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
-    RenderContext* c = parent.thread().takeContext();
-    c->threadData = parent.threadData;
-    c->renderer = this;
-    c->parentContext = &parent;
-    c->fragmentList = nullptr;
-    c->shadeFlags = 0;
-    c->rayOrigin = c->spawnOrigin = parent.hitPoint;
-    c->rayMinT = 0.0;
-    c->rayMaxT = kRayFar;
-    c->time = parent.time;
-    c->parentHitLink = parent.hitLink;
-    c->screenX = parent.screenX;
-    c->screenY = parent.screenY;
-    c->originDerivX = parent.originDerivX + parent.rayDerivX * parent.hitDistance;
-    c->originDerivY = parent.originDerivY + parent.rayDerivY * parent.hitDistance;
-    c->rayDerivX = parent.rayDerivX;
-    c->rayDerivY = parent.rayDerivY;
-    c->rayClipDistance = parent.rayClipDistance;
-    c->rayContribution = parent.rayContribution;
-    c->environment = parent.environment;
-    c->environmentPriority = parent.environmentPriority;
-    c->skipObject = parent.object->index;
-    c->skipTriangle = parent.triangle;
-    c->bsdfDensity = -1.0f;
-    c->gathers = false;
-    c->resultScale = 1.0f;
-    c->hidden = {};
-    c->pathSeed = hash32(parent.pathSeed ^ (branch * 0x85ebca6bu + 0x68e31da4u));
-    c->sampleIndex = parent.sampleIndex;
-    c->numVolumes = parent.numVolumes;
-    std::copy_n(parent.volumes, parent.storedVolumes(), c->volumes);
-    c->resultFragment = nullptr;
-    return c;
-}
-
-void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
-    const SceneObject& object = *objects[objectIndex];
-    const Mesh& mesh = object.mesh;
-    c.object = &object;
-    c.hitDistance = distance;
-    c.hitMapping = c.hitObject = object.plugin;
-    c.surfaceVolume = nullptr;
-    c.surfaceProperties = nullptr;
-    c.hitLink = (u64{objectIndex} << 32) | c.triangle;
-    c.hitPoint = c.refractionOrigin = {c.rayOrigin.x + static_cast<double>(c.rayDir.x) * distance,
-                                       c.rayOrigin.y + static_cast<double>(c.rayDir.y) * distance,
-                                       c.rayOrigin.z + static_cast<double>(c.rayDir.z) * distance};
-    c.faceNormal = c.geomNormal = c.normal = object.faceNormals[c.triangle];
-    if (!mesh.normals.empty()) {
-        const auto& corners = mesh.triangles[c.triangle];
-        c.normal = normalizeGuarded(mesh.normals[corners[0]] * (1.0f - c.baryU - c.baryV) +
-                                    mesh.normals[corners[1]] * c.baryU +
-                                    mesh.normals[corners[2]] * c.baryV);
-    }
-    c.backSide = dot(c.rayDir, c.geomNormal) > 0.0f;
-    c.flippedSide = 0;
-    c.hitID = c.thread().nextHitID();
-    c.shadeFlags = kShadeAlphaCounts;
-    c.shadedFlags = 0;
-    c.lightMis = -1;
-    c.gathersBeyond = 0;
-    c.diffuseIsBlack = false;
-    setNothing(c);
-}
-
 /// Whether this ray may hit `light` by itself. A ray under MIS (bsdfDensity >= 0) must hit exactly
 /// the lights that next-event estimation weighted against it, or the other half of their weight is
 /// lost: those that cast shadows and, for a specular ray, have highlights. Any other ray goes by
 /// the light's visibility.
-static bool canHit(const RenderContext& c, const SceneLight& light) {
+bool canHit(const RenderContext& c, const SceneLight& light) {
     if (c.bsdfDensity < 0.0f)
         return light.plugin->isVisibleTo(c.rayType, c.traceDepth);
-    return light.castsShadows && (c.gathers || light.affectsSpecular);
+    return light.castsShadows && (c.isIndirectDiffuse || light.affectsSpecular);
 }
-
-bool HostRenderer::hitLight(const RenderContext& c, double limit, LightHit& nearest) const {
-    bool found = false;
-    for (const SceneLight& light : lightLoop.getFiniteLights()) {
-        if (!canHit(c, light))
-            continue;
-        LightHit hit;
-        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
-            nearest = hit;
-            limit = hit.distance;
-            found = true;
-        }
-    }
-    return found;
-}
-
-Color HostRenderer::weightedRadiance(const RenderContext& c, const LightHit& hit) const {
-    if (c.bsdfDensity < 0.0f)
-        return hit.radiance;
-    return hit.radiance * powerShare(c.bsdfDensity, hit.density * lightLoop.choiceProbability());
-}
-
-Color HostRenderer::plainSurroundings(RenderContext& c, const Vector& direction) const {
-    if (!c.environment)
-        return background;
-    const ScopedValue looked(c.rayDir, direction);
-    return c.environment->getTexColor(c).color;
-}
-
-bool HostRenderer::seesBackplate(const RenderContext& c) const {
-    if (!backplate)
-        return false;
-    const bool isCameraRay = c.traceDepth == 0 && (c.rayType & kRayCamera);
-    return isCameraRay || (c.shadeFlags & kShadeBackgroundLookup);
-}
-
-Color HostRenderer::environmentAlong(RenderContext& c) const {
-    if (seesBackplate(c)) {
-        const ScopedValue flags(c.shadeFlags, c.shadeFlags | u32{kShadeBackgroundLookup});
-        return backplate->getTexColor(c).color;
-    }
-    Color sum = plainSurroundings(c, c.rayDir);
-    for (const SceneLight& light : lightLoop.getInfiniteLights()) {
-        if (c.environment && light.isDome)
-            continue;
-        if (!canHit(c, light))
-            continue;
-        LightHit hit;
-        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
-            sum += weightedRadiance(c, hit);
-    }
-    return sum;
-}
-
-void HostRenderer::evalEnvironment(PelkContext& context) {
-    RenderContext& c = hostContext(context);
-    const ScopedValue withoutMis(c.bsdfDensity, -1.0f);
-    c.resultColor = environmentAlong(c);
-}
-
-void HostRenderer::traceRay(PelkContext& context) {
-    trace(hostContext(context));
-}
-
-void HostRenderer::trace(RenderContext& c) {
-    Color color, alpha, through(1), alphaThrough(1);
-    SampleRecorder* const recorder = c.resultFragment ? c.thread().recorder : nullptr;
-    for (int surfaces = 0; surfaces < kMaxSurfacesAlongRay; ++surfaces) {
-        u32 object;
-        const float distance = intersector.closest(c, object, c);
-        const bool hitSurface = distance >= 0.0f;
-        LightHit light;
-        if (hitLight(c, hitSurface ? distance : c.rayMaxT, light)) {
-            const Color shown = weightedRadiance(c, light);
-            color += through * shown;
-            alpha += alphaThrough;
-            if (recorder)
-                recorder->addLight(c, shown, light.distance);
-            break;
-        }
-        if (!hitSurface) {
-            c.object = nullptr;
-            c.hitObject = c.hitMapping = nullptr;
-            const Color shown = environmentAlong(c);
-            color += through * shown;
-            if (recorder)
-                recorder->addSurroundings(shown);
-            break;
-        }
-        if (c.traceDepth >= sequenceData.maxRayDepth) {
-            alpha += alphaThrough;
-            break;
-        }
-        fillHit(c, object, distance);
-        if (recorder)
-            c.resultFragment = recorder->nextLayer();
-        else if (c.resultFragment)
-            static_cast<PKFragment*>(c.resultFragment)->PKFragment::clear(0);
-        shadeHit(c);
-        if (recorder)
-            recorder->addSurface(c);
-        color += through * c.resultColor;
-        alpha += alphaThrough * c.resultAlpha;
-        through *= c.resultTransparency;
-        alphaThrough *= c.resultAlphaTransparency;
-        if (isBlack(through) && isBlack(alphaThrough))
-            break;
-        c.rayMinT = distance;
-        c.skipObject = object;
-        c.skipTriangle = c.triangle;
-    }
-    c.traceResult = color * c.resultScale;
-    c.traceAlpha = alpha;
-}
-
-void HostRenderer::shadeHit(RenderContext& c) {
-    MaterialInterface* const material = c.object->material;
-    if (!material) [[unlikely]]
-        return setOpaqueBlack(c);
-    material->shade(c);
-    // Where there is a fragment, a matte writes the background that shows through it there only.
-    if (c.resultFragment) [[unlikely]]
-        c.resultColor += static_cast<PKFragment*>(c.resultFragment)->background;
-    const Color sum = c.resultColor + c.resultTransparency;
-    if (!isFinite(sum)) [[unlikely]] {
-        c.thread().noteBadColor(*c.object);
-        setOpaqueBlack(c);
-    }
-}
-
-namespace {
 
 /// A shadow ray through transparent surfaces: every one that it crosses is shaded, for its opacity
 /// alone, and attenuates the light. The context for that is made at the first surface only, as most
@@ -293,6 +82,213 @@ private:
 };
 
 }  // namespace
+
+StringHandle HostStringTable::intern(const char* text) {
+    if (!text)
+        return {};
+    // try_emplace keeps the number of a known text; a new one gets the next, from 1.
+    return {ids.try_emplace(text, static_cast<u32>(ids.size()) + 1).first->second};
+}
+
+HostRenderer::HostRenderer() {
+    sequenceData.lightManager = &lightLoop;
+    sequenceData.giEngine = &gi;
+}
+
+RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
+    RenderContext* c = parent.thread().takeContext();
+    c->threadData = parent.threadData;
+    c->renderer = this;
+    c->parentContext = &parent;
+    c->fragmentList = nullptr;
+    c->shadeFlags = 0;
+    c->rayOrigin = c->spawnOrigin = parent.hitPoint;
+    c->rayMinT = 0.0;
+    c->rayMaxT = kRayFar;
+    c->time = parent.time;
+    c->parentHitLink = parent.hitLink;
+    c->screenX = parent.screenX;
+    c->screenY = parent.screenY;
+    c->originDerivX = parent.originDerivX + parent.rayDerivX * parent.hitDistance;
+    c->originDerivY = parent.originDerivY + parent.rayDerivY * parent.hitDistance;
+    c->rayDerivX = parent.rayDerivX;
+    c->rayDerivY = parent.rayDerivY;
+    c->rayClipDistance = parent.rayClipDistance;
+    c->rayContribution = parent.rayContribution;
+    c->environment = parent.environment;
+    c->environmentPriority = parent.environmentPriority;
+    c->skipObject = parent.object->index;
+    c->skipTriangle = parent.triangle;
+    c->bsdfDensity = -1.0f;
+    c->isIndirectDiffuse = false;
+    c->resultScale = 1.0f;
+    c->hidden = {};
+    c->pathSeed = hash32(parent.pathSeed ^ (branch * 0x85ebca6bu + 0x68e31da4u));
+    c->sampleIndex = parent.sampleIndex;
+    c->numVolumes = parent.numVolumes;
+    std::copy_n(parent.volumes, parent.storedVolumes(), c->volumes);
+    c->resultFragment = nullptr;
+    return c;
+}
+
+void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
+    const SceneObject& object = *objects[objectIndex];
+    const Mesh& mesh = object.mesh;
+    c.object = &object;
+    c.hitDistance = distance;
+    c.hitMapping = c.hitObject = object.plugin;
+    c.surfaceVolume = nullptr;
+    c.surfaceProperties = nullptr;
+    c.hitLink = (u64{objectIndex} << 32) | c.triangle;
+    c.hitPoint = c.refractionOrigin = {c.rayOrigin.x + static_cast<double>(c.rayDir.x) * distance,
+                                       c.rayOrigin.y + static_cast<double>(c.rayDir.y) * distance,
+                                       c.rayOrigin.z + static_cast<double>(c.rayDir.z) * distance};
+    c.faceNormal = c.geomNormal = c.normal = object.faceNormals[c.triangle];
+    if (!mesh.normals.empty()) {
+        const auto& corners = mesh.triangles[c.triangle];
+        c.normal = normalizeGuarded(mesh.normals[corners[0]] * (1.0f - c.baryU - c.baryV) +
+                                    mesh.normals[corners[1]] * c.baryU +
+                                    mesh.normals[corners[2]] * c.baryV);
+    }
+    c.backSide = dot(c.rayDir, c.geomNormal) > 0.0f;
+    c.flippedSide = 0;
+    c.hitID = c.thread().nextHitID();
+    c.shadeFlags = kShadeAlphaCounts;
+    c.shadedFlags = 0;
+    c.lightMis = -1;
+    c.gathersBeyond = 0;
+    c.diffuseIsBlack = false;
+    setNothing(c);
+}
+
+bool HostRenderer::hitLight(const RenderContext& c, double limit, LightHit& nearest) const {
+    bool found = false;
+    for (const SceneLight& light : lightLoop.getFiniteLights()) {
+        if (!canHit(c, light))
+            continue;
+        LightHit hit;
+        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, limit, hit)) {
+            nearest = hit;
+            limit = hit.distance;
+            found = true;
+        }
+    }
+    return found;
+}
+
+Color HostRenderer::weightedRadiance(const RenderContext& c, const LightHit& hit) const {
+    if (c.bsdfDensity < 0.0f)
+        return hit.radiance;
+    return hit.radiance * powerShare(c.bsdfDensity, hit.density * lightLoop.choiceProbability());
+}
+
+Color HostRenderer::backgroundAlong(RenderContext& c, const Vector& direction) const {
+    if (!c.environment)
+        return background;
+    const ScopedValue looked(c.rayDir, direction);
+    return c.environment->getTexColor(c).color;
+}
+
+bool HostRenderer::seesBackplate(const RenderContext& c) const {
+    if (!backplate)
+        return false;
+    const bool isCameraRay = c.traceDepth == 0 && (c.rayType & kRayCamera);
+    return isCameraRay || (c.shadeFlags & kShadeBackgroundLookup);
+}
+
+Color HostRenderer::environmentAlong(RenderContext& c) const {
+    if (seesBackplate(c)) {
+        const ScopedValue flags(c.shadeFlags, c.shadeFlags | u32{kShadeBackgroundLookup});
+        return backplate->getTexColor(c).color;
+    }
+    Color sum = backgroundAlong(c, c.rayDir);
+    for (const SceneLight& light : lightLoop.getInfiniteLights()) {
+        if (c.environment && light.isDome)
+            continue;
+        if (!canHit(c, light))
+            continue;
+        LightHit hit;
+        if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
+            sum += weightedRadiance(c, hit);
+    }
+    return sum;
+}
+
+void HostRenderer::evalEnvironment(PelkContext& context) {
+    RenderContext& c = hostContext(context);
+    const ScopedValue withoutMis(c.bsdfDensity, -1.0f);
+    c.resultColor = environmentAlong(c);
+}
+
+void HostRenderer::traceRay(PelkContext& context) {
+    trace(hostContext(context));
+}
+
+void HostRenderer::trace(RenderContext& c) {
+    Color color, alpha, through(1), alphaThrough(1);
+    SampleRecorder* const recorder = c.resultFragment ? c.thread().recorder : nullptr;
+    for (int surfaces = 0; surfaces < kMaxSurfacesAlongRay; ++surfaces) {
+        u32 object;
+        const float distance = intersector.closest(c, object, c);
+        const bool hitSurface = distance >= 0.0f;
+        LightHit light;
+        if (hitLight(c, hitSurface ? distance : c.rayMaxT, light)) {
+            const Color shown = weightedRadiance(c, light);
+            color += through * shown;
+            alpha += alphaThrough;
+            if (recorder)
+                recorder->addLight(c, shown, light.distance);
+            break;
+        }
+        if (!hitSurface) {
+            c.object = nullptr;
+            c.hitObject = c.hitMapping = nullptr;
+            const Color shown = environmentAlong(c);
+            color += through * shown;
+            if (recorder)
+                recorder->addSurroundings(shown);
+            break;
+        }
+        if (c.traceDepth >= sequenceData.maxRayDepth) {
+            alpha += alphaThrough;
+            break;
+        }
+        fillHit(c, object, distance);
+        if (recorder)
+            c.resultFragment = recorder->nextSurfaceFragment();
+        else if (c.resultFragment)
+            static_cast<PKFragment*>(c.resultFragment)->PKFragment::clear(0);
+        shadeHit(c);
+        if (recorder)
+            recorder->addSurface(c);
+        color += through * c.resultColor;
+        alpha += alphaThrough * c.resultAlpha;
+        through *= c.resultTransparency;
+        alphaThrough *= c.resultAlphaTransparency;
+        if (isBlack(through) && isBlack(alphaThrough))
+            break;
+        c.rayMinT = distance;
+        c.skipObject = object;
+        c.skipTriangle = c.triangle;
+    }
+    c.traceResult = color * c.resultScale;
+    c.traceAlpha = alpha;
+}
+
+void HostRenderer::shadeHit(RenderContext& c) {
+    MaterialInterface* const material = c.object->material;
+    if (!material) [[unlikely]]
+        return setOpaqueBlack(c);
+    material->shade(c);
+    // Where there is a fragment, a matte writes the background that shows through it there only.
+    if (c.resultFragment) [[unlikely]]
+        c.resultColor += static_cast<PKFragment*>(c.resultFragment)->background;
+    const Color sum = c.resultColor + c.resultTransparency;
+    if (!isFinite(sum)) [[unlikely]] {
+        c.thread().noteBadColor(*c.object);
+        setOpaqueBlack(c);
+    }
+}
 
 Color HostRenderer::shadowed(RenderContext& c, const Vector& direction, double distance,
                              Color light) {

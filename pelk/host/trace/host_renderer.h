@@ -43,12 +43,13 @@ public:
     /// Visibility of a light sample from the hit: `light` times the transparency of each surface up
     /// to `distance` along `direction`; black if one is opaque.
     Color shadowed(RenderContext& context, const Vector& direction, double distance, Color light);
-    /// Radiance of the environment along a ray that has hit nothing: the plain surroundings and the
-    /// infinite lights, with their MIS weights; or the backplate in their place.
+    /// Radiance of the environment along a ray that has hit nothing: the background colour, or a
+    /// material's environment override, plus the infinite lights with their MIS weights; or the
+    /// backplate in place of all of these.
     Color environmentAlong(RenderContext& context) const;
     /// Radiance along `direction` of the scene's background colour, or of the environment with
     /// which a material overrides it for the rays that it spawns. No lights.
-    Color plainSurroundings(RenderContext& context, const Vector& direction) const;
+    Color backgroundAlong(RenderContext& context, const Vector& direction) const;
 
     /// A context for a ray from the hit of `parent`, with all that rays inherit. The caller writes
     /// direction, type, depths and weights, and releases it. `branch` tells the rays of one hit
@@ -59,8 +60,9 @@ public:
     Intersector intersector;
     LightLoop lightLoop{*this};
     PathGi gi{*this};
-    Color background;                       ///< the plain surroundings, radiance
-    TextureInterface* backplate = nullptr;  ///< by pixel, in their place for camera rays; or null
+    Color background;  ///< radiance of the scene's background colour
+    /// By pixel, in place of the environment for camera rays; may be null.
+    TextureInterface* backplate = nullptr;
 
     /// Fills the hit fields of a context whose triangle and barycentric coordinates are set.
     void fillHit(RenderContext& context, u32 object, float distance);

@@ -91,6 +91,39 @@ void fillRay(RTCRay& ray, const Point& origin, const Vector& direction, double m
     ray.flags = 0;
 }
 
+/// A committed geometry of the mesh's triangles. Without memory for them it is empty, and the
+/// device's error callback has been called.
+RTCGeometry newGeometry(RTCDevice device, const Mesh& mesh) {
+    RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
+    // Embree reads 16 bytes at each vertex, so it gets a padded copy of its own.
+    auto* positions = static_cast<float*>(
+        rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
+                                3 * sizeof(float), mesh.positions.size()));
+    auto* triangles = static_cast<u32*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0,
+                                                                RTC_FORMAT_UINT3, 3 * sizeof(u32),
+                                                                mesh.triangles.size()));
+    if (positions && triangles) {
+        for (const Vector& p : mesh.positions) {
+            *positions++ = p.x;
+            *positions++ = p.y;
+            *positions++ = p.z;
+        }
+        for (const auto& triangle : mesh.triangles) {
+            for (u32 corner : triangle)
+                *triangles++ = corner;
+        }
+    }
+    rtcSetGeometryIntersectFilterFunction(geometry, dropOwnTriangle);
+    rtcSetGeometryOccludedFilterFunction(geometry, visitShadowHit);
+    rtcCommitGeometry(geometry);
+    return geometry;
+}
+
+/// Error callback of a device; `text` is the std::string that build reports.
+void keepDeviceError(void* text, RTCError, const char* message) {
+    *static_cast<std::string*>(text) = message ? message : "unknown error";
+}
+
 }  // namespace
 
 Intersector::Intersector() : device(rtcNewDevice(kDeviceSettings)) {}
@@ -111,41 +144,14 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
     if (scene)
         rtcReleaseScene(scene);
     std::string failure;
-    rtcSetDeviceErrorFunction(
-        device,
-        [](void* text, RTCError, const char* message) {
-            *static_cast<std::string*>(text) = message ? message : "unknown error";
-        },
-        &failure);
+    rtcSetDeviceErrorFunction(device, keepDeviceError, &failure);
     scene = rtcNewScene(device);
     rtcSetSceneFlags(scene, RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION);
     // Not high quality: its spatial splits put a triangle into several leaves, and a transparent
     // one would attenuate a shadow ray more than once.
     rtcSetSceneBuildQuality(scene, RTC_BUILD_QUALITY_MEDIUM);
     for (const auto& object : objects) {
-        const Mesh& mesh = object->mesh;
-        RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
-        // Embree reads 16 bytes at each vertex, so it gets a padded copy of its own.
-        auto* positions = static_cast<float*>(
-            rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
-                                    3 * sizeof(float), mesh.positions.size()));
-        auto* triangles = static_cast<u32*>(
-            rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
-                                    3 * sizeof(u32), mesh.triangles.size()));
-        if (positions && triangles) {
-            for (const Vector& p : mesh.positions) {
-                *positions++ = p.x;
-                *positions++ = p.y;
-                *positions++ = p.z;
-            }
-            for (const auto& triangle : mesh.triangles) {
-                for (u32 corner : triangle)
-                    *triangles++ = corner;
-            }
-        }
-        rtcSetGeometryIntersectFilterFunction(geometry, dropOwnTriangle);
-        rtcSetGeometryOccludedFilterFunction(geometry, visitShadowHit);
-        rtcCommitGeometry(geometry);
+        RTCGeometry geometry = newGeometry(device, object->mesh);
         // A hit brings back the geometry id alone: the number of the object, and its render id.
         assert(objects[object->index] == object);
         rtcAttachGeometryByID(scene, geometry, object->index);

@@ -27,8 +27,9 @@ protected:
 };
 
 /// Ray-triangle intersection by Embree. After build, any number of threads may ask at once.
-/// A hit on the triangle that a ray leaves is ignored (self-intersection): a flat triangle can't be
-/// hit again from its own plane, and no offset has to be tuned for it.
+/// Against self-intersection a hit on the triangle that a ray leaves is ignored, since a flat
+/// triangle can't be hit again from its own plane. For the triangles beside it, which share an edge
+/// or lie upon it, rays start a few rounding steps of their coordinates off the origin.
 class Intersector {
 public:
     Intersector();

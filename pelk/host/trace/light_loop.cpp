@@ -36,7 +36,7 @@ float causticFactor(const RenderContext& c) {
         return 1.0f;
     if (!c.renderer->sequenceData.reflectiveGi)
         return 0.0f;
-    if (!c.gathers)
+    if (!c.isIndirectDiffuse)
         return 1.0f;  // behind a mirror: newSpawnedContext has scaled its ray (resultScale)
     return c.receiveCaustics *
            (c.surfaceProperties ? c.surfaceProperties->generate_caustics : 1.0f);

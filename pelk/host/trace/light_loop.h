@@ -20,14 +20,17 @@ struct SceneLight {
 
 /// Direct light by next-event estimation. At each hit every light is sampled once; a scene with
 /// very many lights gets a random subset per hit, whose samples are divided by the probability of
-/// being in it. The sampler's eval weights each sample against its own rays (MIS, power heuristic);
-/// the other half of that weight is taken by HostRenderer, where a ray hits a light. Part of
-/// HostRenderer. setLights is called once before rendering; all else on all render threads.
+/// being in it. The sampler's eval weights each sample against the host's indirect diffuse rays
+/// (MIS, power heuristic); the other half of that weight is taken by HostRenderer, where such a ray
+/// hits a light. Rays that a material spawns itself see lights in full, so its eval leaves their
+/// lobe out; only the glossy samplers of this host weight their own rays too (LightSearch::Both).
+/// Part of HostRenderer. setLights is called once before rendering; all else on all render threads.
 class LightLoop final : public LightManager {
 public:
     explicit LightLoop(HostRenderer& renderer_) : renderer(renderer_) {}
 
-    /// The lights on the viewer's side of the hit, through `sampler`, whichever side's BRDF it is.
+    /// The lights on the viewer's side of the hit. `sampler` is taken as the viewer side's BRDF;
+    /// getBRDF isn't asked.
     void computeDirectLight(Color& out, PelkContext& context, BRDFSampler* sampler) override;
     /// All lights: those on the viewer's side through the viewer's side's BRDF, those behind the
     /// surface through the far side's BRDF if it is a different one (a translucent surface).

@@ -18,8 +18,8 @@ struct Mesh {
     std::vector<Vector> positions;
     std::vector<Vector> normals;  ///< unit, one per vertex; empty for flat shading
     std::vector<UV> uvs;          ///< one per vertex; empty if there are none
-    std::vector<std::vector<UV>>
-        furtherUVs;  ///< sets 1, 2, ... per vertex; none without set 0, `uvs`
+    /// Sets 1, 2, ... of texture coordinates, each one per vertex; none without set 0, `uvs`.
+    std::vector<std::vector<UV>> furtherUVs;
     std::vector<std::array<u32, 3>> triangles;
     std::vector<int> materialIDs;  ///< one per triangle; empty stands for 0 everywhere
     std::vector<int> parts;  ///< number of the part of each triangle; empty stands for 0 everywhere

@@ -66,8 +66,8 @@ Color PathGi::gather(RenderContext& c, int index) {
     // light loop has brought all direct light already, and the ray must find next to none again.
     // The far side of a translucent surface has no MIS, as usesLightMis told the sampler of a back.
     const bool weighted = !c.gathersBeyond && (c.lightMis == -1 ? usesLightMis(c) : c.lightMis);
-    ray->bsdfDensity = weighted ? cosine * std::numbers::inv_pi_v<float> : kLeavesLights;
-    ray->gathers = true;
+    ray->bsdfDensity = weighted ? cosine * std::numbers::inv_pi_v<float> : kNegligibleDensity;
+    ray->isIndirectDiffuse = true;
     ray->receiveCaustics = c.surfaceProperties ? c.surfaceProperties->receive_caustics : 1.0f;
     ray->spawnWeight = Color(1);
     ray->rayWeight = c.rayWeight;
@@ -117,7 +117,7 @@ void PathGi::gatherMatte(RenderContext& c, int index, Color& unshadowed, Color& 
                         c.random(RandomUse::Matte, static_cast<u32>(index)), cosine);
     if ((dot(direction, c.geomNormal) > 0.0f) == fromBehind)
         return;  // below the geometric surface: left out of both sums, so it darkens neither alone
-    const Color light = renderer.plainSurroundings(c, direction);
+    const Color light = renderer.backgroundAlong(c, direction);
     unshadowed += light;
     shadowed +=
         c.shadeFlags & kShadeNoShadows ? light : renderer.shadowed(c, direction, kRayFar, light);

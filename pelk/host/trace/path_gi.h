@@ -22,11 +22,11 @@ public:
     /// Whether indirect rays of the hit find lights too, so that eval must apply its MIS weight.
     /// The first answer at a hit holds for all of it.
     int usesLightMis(PelkContext& context) override;
-    /// The same from the surface's properties, not yet remembered for the hit: not 0 if indirect
-    /// rays take their MIS share of lights.
+    /// Uncached usesLightMis: 1 if indirect rays carry their half of the MIS weight here.
     int sharesLights(const PelkContext& context) const;
-    /// Ambient light of a matte: the plain surroundings over the hemisphere, as a mean without and
-    /// with the geometry in front of them.
+    /// Ambient light of a matte: the cosine-weighted mean over the hemisphere of the background
+    /// colour, or of a material's environment override, without lights. `unshadowed` as if the
+    /// scene had no geometry, `shadowed` with the geometry in the way.
     void evalMatte(PelkContext& context, Color& unshadowed, Color& shadowed) override;
 
     bool enabled = true;    ///< the scene's `gi`; without it indirect light is black

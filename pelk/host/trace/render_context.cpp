@@ -32,7 +32,7 @@ PelkContext* RenderContext::newSpawnedContext(int index, const Color& weight, u3
         spawned->crossSurface(*this);
     if (surfaceProperties)
         spawned->hidden = HiddenObjects::from(*surfaceProperties, rayFlags);
-    if (gathers && (rayFlags & (kRayReflect | kRayRefract))) {
+    if (isIndirectDiffuse && (rayFlags & (kRayReflect | kRayRefract))) {
         const float thrown = surfaceProperties ? surfaceProperties->generate_caustics : 1.0f;
         spawned->resultScale = receiveCaustics * thrown;
     }

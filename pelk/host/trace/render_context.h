@@ -35,12 +35,13 @@ public:
     /// Probability density of the direction per solid angle, for the MIS weight of a light that the
     /// ray hits. Below 0: no MIS, lights count in full (camera rays, perfect mirrors).
     float bsdfDensity = -1.0f;
-    bool gathers = false;          ///< an indirect diffuse ray (PathGi), not a specular one
-    float receiveCaustics = 1.0f;  ///< if it gathers: factor of caustics at the hit that spawned it
+    bool isIndirectDiffuse = false;  ///< spawned by PathGi, not specular
+    /// Of an indirect diffuse ray: factor of caustics at the hit that spawned it.
+    float receiveCaustics = 1.0f;
     float resultScale = 1.0f;  ///< factor of traceResult; dims caustics behind mirrors and lenses
     HiddenObjects hidden;      ///< what the ray doesn't hit
-    u32 pathSeed =
-        0;  ///< of the path's random numbers: hashed from the pixel and the bounces so far
+    /// Of the path's random numbers: hashed from the pixel and the bounces so far.
+    u32 pathSeed = 0;
     u32 sampleIndex = 0;  ///< number of the path in its pixel
     int numVolumes = 0;   ///< depth of the stack of media: surfaces entered and not left
     PelkVolume* volumes[kMaxVolumes];  // NOLINT: the stack, innermost last; null without a medium

@@ -34,16 +34,20 @@ public:
     /// Hit ids wrap around, past 0, which means "no hit" to materials that remember one.
     int nextHitID() { return hitID = hitID == 0x7fffffff ? 1 : hitID + 1; }
 
-    /// A surface has returned NaN or infinity: the sample is to be dropped.
+    /// A surface has returned NaN or infinity: the sample is to be dropped. Called by
+    /// HostRenderer::shadeHit for camera, secondary and shadow rays alike.
     void noteBadColor(const SceneObject& object) {
-        sampleIsBad = true;
+        sampleDropped = true;
         badObject = &object;
     }
 
     HostRenderer& renderer;
-    bool sampleIsBad = false;
+    bool sampleDropped = false;  ///< read and cleared by TileWorker at the end of each sample
+    /// The last object at fault, which the render's report names; null if there is none.
     const SceneObject* badObject = nullptr;
-    SampleRecorder* recorder = nullptr;  ///< of the camera rays, if render channels are wanted
+    /// Records what camera rays hit; null if no render channels are wanted. Set by TileWorker
+    /// before the first sample, and read by HostRenderer::trace.
+    SampleRecorder* recorder = nullptr;
     /// Fragment that camera hits write to without a recorder: materials sum in another order where
     /// there is a fragment, and beauty must not depend on which channels are wanted. May be null.
     PKFragment* plainFragment = nullptr;

@@ -70,7 +70,7 @@ SampleRecorder::SampleRecorder(PKRegionData& region_)
 void SampleRecorder::beginPixel() {
     for (PKFragment*& fragment : fragments)
         fragment = static_cast<PKFragment*>(region.newFragment());
-    layer = fragments[0];
+    surface = fragments[0];
 }
 
 void SampleRecorder::endSample(const RenderContext& c, float share, FragmentList& pixel) {
@@ -96,62 +96,62 @@ void SampleRecorder::beginSample() {
     sampleTag = kTagSurroundings;
 }
 
-Fragment* SampleRecorder::nextLayer() {
-    layer->PKFragment::clear(0);
-    return layer;
+Fragment* SampleRecorder::nextSurfaceFragment() {
+    surface->PKFragment::clear(0);
+    return surface;
 }
 
 void SampleRecorder::addSurface(RenderContext& c) {
-    layer->alpha = c.resultAlpha;
-    layer->transparency = c.resultTransparency;
-    layer->alphaTransparency = c.resultAlphaTransparency;
+    surface->alpha = c.resultAlpha;
+    surface->transparency = c.resultTransparency;
+    surface->alphaTransparency = c.resultAlphaTransparency;
     const bool visible = !isInvisible(c);
     if (visible) {
-        layer->renderID = renderIDOf(c);
-        layer->normal = c.normal;
-        layer->zDepth = alongAxis(c.renderer->frameData, c.hitPoint);
-        layer->weight = 1.0f;
+        surface->renderID = renderIDOf(c);
+        surface->normal = c.normal;
+        surface->zDepth = alongAxis(c.renderer->frameData, c.hitPoint);
+        surface->weight = 1.0f;
         if (uvChannel >= 0) {
             const UV uv = surfaceUV(c);
-            layer->setChannel(uvChannel, &uv);
+            surface->setChannel(uvChannel, &uv);
         }
     }
     putBehind(visible, static_cast<int>(c.object->index));
 }
 
 void SampleRecorder::addLight(const RenderContext& c, const Color& shown, double distance) {
-    nextLayer();
+    nextSurfaceFragment();
     const float t = static_cast<float>(distance);
     const Point place = c.rayOrigin + c.rayDir * t;
-    layer->alpha = Color(1);
-    layer->zDepth = alongAxis(c.renderer->frameData, place);
-    layer->weight = 1.0f;
-    layer->addAlias(kAliasSelfIllumination, &shown);
+    surface->alpha = Color(1);
+    surface->zDepth = alongAxis(c.renderer->frameData, place);
+    surface->weight = 1.0f;
+    surface->addAlias(kAliasSelfIllumination, &shown);
     putBehind(true, kTagLight);
 }
 
 void SampleRecorder::addSurroundings(const Color& shown) {
-    nextLayer();
-    layer->transparency = layer->alphaTransparency = Color(1);
-    layer->weight = 1.0f;
-    layer->addAlias(kAliasBackground, &shown);
-    layer->addAlias(kAliasImageBackground, &shown);
-    layer->zDepth = kNoHitDepth;
+    nextSurfaceFragment();
+    surface->transparency = surface->alphaTransparency = Color(1);
+    surface->weight = 1.0f;
+    surface->addAlias(kAliasBackground, &shown);
+    surface->addAlias(kAliasImageBackground, &shown);
+    surface->zDepth = kNoHitDepth;
     putBehind(true, kTagSurroundings);
 }
 
-/// Composites the layer behind the sample; the first layer becomes the sample. If nothing visible
-/// came before, a `visible` layer is what the sample hits first, and gives it its tag.
+/// Composites the surface fragment behind the sample; the first one becomes the sample. If nothing
+/// visible came before, a `visible` one is what the sample hits first, and gives it its tag.
 void SampleRecorder::putBehind(bool visible, int tag) {
     if (visible && !(sample && sample->state & kFragmentHasData))
         sampleTag = tag;
     if (sample) {
-        // Modes but 1 leave open what is hit first.
-        sample->addFragment(layer, sample->transparency, visible ? 1 : 2);
+        // Mode 2: an invisible surface doesn't become the first hit.
+        sample->addFragment(surface, sample->transparency, visible ? 1 : 2);
         return;
     }
-    sample = layer;
-    layer = fragments[sample == fragments[0] ? 1 : 0];
+    sample = surface;
+    surface = fragments[sample == fragments[0] ? 1 : 0];
     if (visible)
         sample->state |= kFragmentHasData;
 }

@@ -13,11 +13,11 @@ struct SceneObject;
 
 /// Fills the render channels (AOVs) of one thread's region from the camera rays.
 ///
-/// Each surface, light or environment that a ray hits gets a fragment, the layer: materials write
-/// their channels to it, and the main values (colour, alpha, depth, ...) are added here. Layers are
-/// composited front to back into the sample. The samples of a pixel are summed per object that is
-/// visible first, since the object that covers most of the pixel is its front; the sum of those
-/// sums is the pixel's total. Owned and used by one render thread.
+/// Each surface, light or environment that a ray hits gets a surface fragment: materials write
+/// their channels to it, and the main values (colour, alpha, depth, ...) are added here. Surface
+/// fragments are composited front to back into the sample. The samples of a pixel are summed per
+/// object that is visible first, since the object that covers most of the pixel is its front; the
+/// sum of those sums is the pixel's total. Owned and used by one render thread.
 class SampleRecorder {
 public:
     /// `region` outlives this, has its channels already and keeps them.
@@ -37,8 +37,8 @@ public:
     // Along a ray.
 
     /// A cleared fragment for the surface that is shaded next.
-    Fragment* nextLayer();
-    /// Composites the layer of a surface that has been shaded.
+    Fragment* nextSurfaceFragment();
+    /// Composites the fragment of a surface that has been shaded.
     void addSurface(RenderContext& context);
     /// The same for a light that the ray has hit, and the environment. `shown`: with its MIS
     /// weight.
@@ -63,9 +63,9 @@ private:
     std::vector<FloatRun> floatRuns;
     int uvChannel = -1;
 
-    PKFragment* fragments[2] = {};  // of this pixel: one is the sample, the other the layer
-    PKFragment* layer = nullptr;
-    PKFragment* sample = nullptr;  // null until the ray has hit something
+    PKFragment* fragments[2] = {};  // of this pixel: `surface` and `sample`
+    PKFragment* surface = nullptr;  // of the surface that is shaded now
+    PKFragment* sample = nullptr;   // composited so far; null until the ray has hit something
     int sampleTag = 0;
 
     long long dropped = 0;

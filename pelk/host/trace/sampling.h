@@ -9,10 +9,11 @@
 
 namespace Tarnkit {
 
-/// bsdfDensity of a ray whose hits on lights next-event estimation counts in full already: the
-/// power heuristic gives the ray next to no weight. Not 0, so that a light whose own density is 0
-/// in this direction, which next-event estimation can't find, keeps the ray's full weight.
-inline constexpr float kLeavesLights = 1e-12f;
+/// A probability density next to 0: bsdfDensity of a ray whose hits on lights next-event estimation
+/// counts in full already, so that the power heuristic gives the ray next to no weight. Not 0, so
+/// that a light whose own density is 0 in this direction, which next-event estimation can't find,
+/// keeps the ray's full weight.
+inline constexpr float kNegligibleDensity = 1e-12f;
 
 /// What random numbers are drawn for: each use is a dimension pair of its own.
 enum class RandomUse : u32 { Pixel, Light, LightChoice, Indirect, Matte, Facet, Fork };
