@@ -114,12 +114,15 @@ public:
         return items[index];
     }
 
+    /// Entries in the table. An int, as all counts here are: see types.h.
     int size() const { return count; }
     /// Entries for which there is room without allocation.
     int getCapacity() const { return capacity; }
+    /// Whether there are no entries; memory may be kept all the same.
     bool isEmpty() const { return count == 0; }
     // For loops over all entries. All are null for a table that never held one. Entries may be
     // written through, but no entry added or removed meanwhile.
+    // Plain pointers: a walk costs what that of an array does.
     T* begin() { return items; }
     T* end() { return items + count; }
     const T* begin() const { return items; }
@@ -150,6 +153,7 @@ private:
         const long long grown = grownCapacity(size);
         if (grown > INT_MAX)
             allocationFailed(static_cast<std::size_t>(grown) * sizeof(T));
+        // A new block: memory.h has no way to make one larger where it stands.
         T* moved = allocateArray<T>(grown);
         if (count > 0)
             std::memcpy(static_cast<void*>(moved), items, count * sizeof(T));
@@ -157,9 +161,9 @@ private:
         capacity = static_cast<int>(grown);
     }
 
-    int count = 0;
-    int growthStep;  // as the constructor got it; below 1 is doubling
-    int capacity = 0;
+    int count = 0;       // entries that are constructed, the first ones of `items`
+    int growthStep;      // as the constructor got it; below 1 is doubling
+    int capacity = 0;    // entries for which there is room
     T* items = nullptr;  // owned, room for `capacity` entries of which `count` are constructed
 };
 

@@ -50,6 +50,9 @@ struct HashKey<const char*> {
 /// must live as long as its entry: names of plug-ins do, names built on the stack don't. Memory of
 /// removed entries is used again and goes back to the heap with the table.
 ///
+/// Chains, and not open addressing: entries of an open table move when it grows, and every pointer
+/// into it would break.
+///
 /// With 13 buckets the eleventh key makes it 29 and 11 keys are 37 %; it goes back to 13 when fewer
 /// than 6 keys are left. Chains are short at any size: at 76 % a key that is there is found
 /// after 1.4 comparisons on average.
@@ -66,6 +69,8 @@ struct HashKey<const char*> {
 /// of an insertion is an ExceptionMsg; no entry is lost or half made then.
 template <class K, class V>
 class HashTable {
+    // A removed node waits for its next use with the old value still in it, so a value that owned
+    // something would keep it for as long.
     static_assert(std::is_trivially_destructible_v<V>, "values are forgotten, not destroyed");
 
 public:
@@ -103,6 +108,7 @@ public:
     /// for a smaller table, the present one stays. `key` may be the entry's own.
     bool remove(K key) {
         const u32 hash = HashKey<K>::hash(key);
+        // The link that points to the node, be it the head or another node's: either is rewritten.
         Node** link = &buckets[bucketOf(hash)];
         while (*link && !isKey(**link, key, hash))
             link = &(*link)->next;
@@ -112,6 +118,8 @@ public:
         *link = node->next;
         pushFront(freeNodes, node);
         --count;
+        // Behind the removal, unlike the growth of insert: the node is gone whether or not there is
+        // memory for a smaller table.
         if (loadPercent() < 20 && prime > 0)
             shrink();
         return true;
@@ -131,7 +139,7 @@ public:
 
     /// Keys in the table.
     int size() const { return count; }
-    /// Buckets now in use, a prime; for tests of when the table is resized.
+    /// Buckets at present, a prime; for tests of when the table is resized.
     int bucketCount() const { return buckets.size(); }
 
 private:
@@ -169,6 +177,8 @@ private:
     /// Entries in percent of the buckets, cut to an integer.
     int loadPercent() const { return static_cast<int>(count * 100LL / buckets.size()); }
 
+    /// The node of a key, null if it isn't there. `hash` is that of the key: the caller has it, and
+    /// for a name it costs as much as the comparisons.
     const Node* findNode(K key, u32 hash) const {
         const Node* node = buckets[bucketOf(hash)];
         while (node && !isKey(*node, key, hash))
@@ -217,11 +227,11 @@ private:
     /// Room for buckets comes by the thousand, so the six smallest tables have the same memory and
     /// only larger ones ask for more.
     static constexpr int kGrowthStep = 1000;
-    GrowTable<Node*> buckets{kGrowthStep};
-    std::size_t prime = 0;  // the place of the bucket count in kPrimes
-    int count = 0;
-    Node* freeNodes = nullptr;   // removed nodes, for the next insertions
-    Sequence<Node> nodes{1000};  // owns all nodes, in chains or free
+    GrowTable<Node*> buckets{kGrowthStep};  // the heads of the chains, null for an empty one
+    std::size_t prime = 0;                  // the place of the bucket count in kPrimes
+    int count = 0;                          // keys: the nodes that stand in chains
+    Node* freeNodes = nullptr;              // removed nodes, for the next insertions
+    Sequence<Node> nodes{1000};             // owns all nodes, in chains or free
 };
 
 }  // namespace Tarnkit

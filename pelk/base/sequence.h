@@ -113,6 +113,7 @@ public:
     /// The entry at the walking position, which moves on, in the order of taking; null behind the
     /// last one, and from then on until the next `rewind`, even if more entries are taken.
     T* next() {
+        // Behind the entries in use: after a reset the blocks that follow are empty, not missing.
         while (cursorBlock && cursorIndex >= cursorBlock->used) {
             cursorBlock = cursorBlock->next;
             cursorIndex = 0;
@@ -120,7 +121,8 @@ public:
         return cursorBlock ? cursorBlock->elements + cursorIndex++ : nullptr;
     }
 
-    /// Entries taken since the beginning or the last `reset` or `clear`.
+    /// Entries taken, as many as a walk answers before its null: since the beginning or the last
+    /// `reset` or `clear`.
     int size() const { return count; }
     /// Bytes taken by all blocks, used or not; what the entries own beside that isn't counted.
     u64 getMemoryUsed() const { return memoryUsed; }
@@ -138,7 +140,7 @@ private:
             }
             last = block;
         }
-        Block* made = Block::create(blockSize);
+        Block* made = Block::create(blockSize);  // may throw; nothing has changed by then
         made->prev = last;
         (last ? last->next : firstBlock) = made;
         currentBlock = made;
@@ -148,10 +150,10 @@ private:
     Block* firstBlock = nullptr;    // head of the chain, in the order of making
     Block* currentBlock = nullptr;  // that entries are taken from; those before it are full
     Block* cursorBlock = nullptr;   // the walking position, with cursorIndex
-    int cursorIndex = 0;
-    int count = 0;  // entries taken, over all blocks
-    int blockSize;  // entries of each block that is made
-    u64 memoryUsed = 0;
+    int cursorIndex = 0;            // of the entry that `next` answers, in cursorBlock
+    int count = 0;                  // entries taken, over all blocks
+    int blockSize;                  // entries of each block that is made
+    u64 memoryUsed = 0;             // bytes of all blocks; kept here, as walking them would cost
 };
 
 template <class T>
@@ -160,9 +162,11 @@ _SequenceBlock<T>* _SequenceBlock<T>::create(int capacity) {
     constexpr u64 kMaxBytes = std::numeric_limits<std::ptrdiff_t>::max();
     if (capacity < 1 || static_cast<u64>(capacity) > kMaxBytes / sizeof(T))
         throw ExceptionMsg("[_SequenceBlock] Could not allocate memory");
+    // The larger request first: if it fails, there is nothing to give back.
     T* elements = allocateArray<T>(capacity);
     void* memory = nullptr;
     try {
+        // Not by a plain new: both failures are to read the same, as an ExceptionMsg.
         memory = allocate(sizeof(_SequenceBlock));
         std::uninitialized_value_construct_n(elements, capacity);
     } catch (...) {
@@ -170,6 +174,7 @@ _SequenceBlock<T>* _SequenceBlock<T>::create(int capacity) {
         freeMemory(elements);
         throw;
     }
+    // Nothing can fail from here on, so the caller gets a whole block or none.
     auto* block = ::new (memory) _SequenceBlock;
     block->capacity = capacity;
     block->elements = elements;

@@ -64,8 +64,8 @@ enum ChannelAlias : int {
 
     // Channels that materials know nothing of. Above 146, the last alias with a bucket of its own
     // in regions, so that no number which a material is compiled with can collide with them.
-    kAliasFront = 1001,
-    kAliasUV = 1002,
+    kAliasFront = 1001,  ///< the region, from the front of the pixel (RenderChannel::storePixel)
+    kAliasUV = 1002,     ///< the host, behind `shade`, of each surface that is hit
 };
 
 /// Where every render has its picture: beauty is the channel of index 0, alpha that of index 1,
@@ -168,7 +168,8 @@ constexpr std::span<const ChannelAliasInfo> namedChannelAliases() {
     return {kChannelAliases, count};
 }
 
-/// What is known of an alias, or null. Not at hits: it searches, and a hit needs no row.
+/// What is known of an alias, or null for one that stands in no row, as a channel of a scene's own
+/// has it. Not at hits: it searches, and a hit needs no row.
 constexpr const ChannelAliasInfo* findChannelAlias(int alias) {
     for (const ChannelAliasInfo& info : kChannelAliases) {
         if (info.alias == alias)
@@ -177,7 +178,11 @@ constexpr const ChannelAliasInfo* findChannelAlias(int alias) {
     return nullptr;
 }
 
-/// The alias with that name, or null. Names are compared byte by byte.
+/// The alias with that name, or null. Names are compared byte by byte. What finds none may still be
+/// the name of a channel of the scene's own, so hosts look there next:
+///
+///     if (const ChannelAliasInfo* info = findChannelAlias("depth"))
+///         add(info->alias, info->type);
 constexpr const ChannelAliasInfo* findChannelAlias(std::string_view name) {
     for (const ChannelAliasInfo& info : kChannelAliases) {
         if (info.name && info.name == name)

@@ -21,7 +21,8 @@ class TextureInterface;
 
 /// Bits of PelkContext::rayType: what the path has been through, and how the ray is to be treated.
 /// A host hands kRayCamera, kRayReflect, kRayRefract and kRayGi on to the rays that spring from a
-/// hit: a reflection seen by the camera has 0x1 | 0x2, a diffuse bounce of that one also 0x10.
+/// hit: a reflection seen by the camera has kRayCamera | kRayReflect, a diffuse bounce of that one
+/// also kRayGi.
 /// Materials that are hidden from some rays (visibility, mattes) decide by these bits and by
 /// traceDepth.
 enum RayType : u32 {
@@ -153,7 +154,7 @@ public:
     /// starts at 0, so the host itself must not find the triangle that the ray leaves.
     double rayMinT = 0.0, rayMaxT = 0.0;
     double time = 0.0;  ///< scene time of the sample, in the unit of FrameData::frameTime
-    u32 rayType = 0;    ///< bits of RayType; 0x1 for a camera ray
+    u32 rayType = 0;    ///< bits of RayType; kRayCamera for a camera ray
     /// Number of surfaces at which the path was turned or split: 0 for a camera ray, one more for
     /// each ray spawned from a hit. What goes straight on through a transparent surface keeps it.
     int traceDepth = 0;

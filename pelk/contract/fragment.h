@@ -77,8 +77,9 @@ public:
     virtual void getChannel(int index, void* out) = 0;
     /// Overwrites a channel's value.
     virtual void setChannel(int index, const void* value) = 0;
-    /// The address of a channel's value, to change it in place, or null. Valid as long as the
-    /// fragment; its bytes need not be aligned.
+    /// The address of a channel's value, to change it in place, or null. For who adds to what
+    /// stands there: getChannel and setChannel would copy twice. Valid as long as the fragment; its
+    /// bytes need not be aligned.
     virtual void* getChannelPtr(int index) = 0;
     /// Copies the value with an alias to `out`, as getChannel does. A fragment may answer for its
     /// main values alone (colour, alpha, depth and the like).
@@ -179,7 +180,8 @@ public:
     /// channel's type that lie one behind the other. Called when a region gets its pixels.
     virtual void fillPixels(void* pixels, int count) = 0;
     /// Empties a slot; `mode` as in Fragment::clear. What it writes for a mode must always be the
-    /// same: regions ask once and copy the bytes from then on.
+    /// same: regions ask once and copy the bytes from then on, as fragments are cleared at each
+    /// hit.
     virtual void clearData(void* data, int mode) = 0;
     /// Overwrites a slot with a value of the channel's type.
     virtual void setValue(void* data, const void* value) = 0;
@@ -188,7 +190,7 @@ public:
     /// `dst` already has a first hit, whose id, normal and depth are kept.
     virtual void addData(void* dst, const void* src, const Color& weights, int hasData,
                          int mode) = 0;
-    /// Scales a slot, as Fragment::multiply. An id stays.
+    /// Scales a slot, as Fragment::multiply. An id stays, since a share of an id is another id.
     virtual void multiplyData(void* data, const Color& weights, int flag) = 0;
     /// The sample becomes the plain colour `color`: writes what the channel shows of that.
     virtual void setColorData(void* data, const Color& color) = 0;

@@ -51,7 +51,8 @@ struct ParamRow {
                  PelkPluginList Params::*>
         field{};
 
-    /// Has the field follow the value in `list`, and writes the default into it.
+    /// Has the field follow the value in `list`, and writes the default into it. `params` must live
+    /// as long as the list, which keeps the field's address; both are members of one instance.
     void bind(PelkParameterList& list, Params& params) const {
         const auto bindTo = [&](auto member) {
             if constexpr (!std::is_same_v<decltype(member), std::monostate>) {
@@ -91,7 +92,8 @@ constexpr ParamRow<P> withDefault(ParamRow<P> row, int whole, AColor color = {})
     return row;
 }
 
-/// The row as a list; `id` is the interface that its plug-ins must offer, 0 for any.
+/// The row as a list, which its record says by a count of 0, "any number"; `id` is the interface
+/// that its plug-ins must offer, 0 for any.
 template <class P>
 constexpr ParamRow<P> asList(ParamRow<P> row, u64 id = 0) {
     row.desc.count = 0;
@@ -281,6 +283,8 @@ public:
     template <class... Rows>
     constexpr explicit ParamTable(const ParamRow<Params>& first, const Rows&... others)
         : rows{first, others...} {}
+    // The first row stands apart so that `Params` and the length can be deduced: an empty table
+    // has neither, and a plug-in without parameters needs none.
 
     /// As in ParamRows, for a plug-in class that does without WithParams.
     void addTo(PelkParameterListDesc& list) const { ParamRows<Params>(*this).addTo(list); }
@@ -289,8 +293,8 @@ public:
     }
 
 private:
-    friend class ParamRows<Params>;
-    ParamRow<Params> rows[N];
+    friend class ParamRows<Params>;  // the one reader; a table is only passed on as that
+    ParamRow<Params> rows[N];        // in the order in which hosts show them
 };
 
 template <class Params, class... Rows>
@@ -303,7 +307,8 @@ template <class Params>
 class ParamRows {
 public:
     template <int N>
-    constexpr ParamRows(const ParamTable<Params, N>& table) : rows(table.rows) {}  // as a span does
+    /// Not explicit, as of a span: a function that names the table returns the rows.
+    constexpr ParamRows(const ParamTable<Params, N>& table) : rows(table.rows) {}
 
     /// Lists the parameters in a descriptor. Throws ExceptionMsg if there is no memory for them.
     void addTo(PelkParameterListDesc& list) const {
@@ -354,6 +359,7 @@ public:
     }
 
 protected:
+    /// The values of the frame, for the class itself. Not const: see above.
     P params;
 };
 

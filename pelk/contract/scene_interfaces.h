@@ -21,7 +21,8 @@ class PelkContext;
 class RenderChannel;
 
 /// A render channel as materials see it: a place in a fragment. Asked of the plug-in that a
-/// parameter such as `render_channel_color` names, once a frame. Without it the material takes the
+/// parameter such as `render_channel_color` names, once a frame, so that a hit is spared the
+/// look-up. Without it the material takes the
 /// position -1, which fragments ignore.
 class PELK_API RenderChannelInterface : public PluginInterface {
 public:
@@ -42,8 +43,8 @@ public:
     static constexpr InterfaceID<ChannelHostInterface> kInterfaceID{0x7783DEF9, "EXT_CHANNEL_HOST"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
-    /// One more than the highest position; positions are those of RenderChannelInterface and of
-    /// Fragment::setChannel.
+    /// One more than the highest position, as the loop bound of a search by alias; positions are
+    /// those of RenderChannelInterface and of Fragment::setChannel.
     virtual int getNumChannels() = 0;
     /// The channel at a position, from 0; may be null. Of two with one alias the later one counts.
     virtual RenderChannel* getChannel(int index) = 0;
@@ -63,8 +64,8 @@ public:
 };
 
 /// A hit object that knows its tangent frame, the axes of its texture coordinates, about which
-/// normal maps are read. Asked of PelkContext::hitObject. Without it a normal map has no frame to
-/// be read in.
+/// normal maps are read. Asked of PelkContext::hitObject. Without it a normal map has no tangent
+/// frame to be read in, and its vector is taken as the bump itself.
 class PELK_API SurfaceFrameInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<SurfaceFrameInterface> kInterfaceID{0x77780010,
@@ -72,8 +73,9 @@ public:
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// The map from world space to tangent space (u, v, normal) at the hit: its inverse has the
-    /// directions in which they grow as columns. They need not be unit or at right angles.
-    /// `channel`: the set of texture coordinates, from 0; -1 for the first.
+    /// directions in which they grow as columns. They need not be unit or at
+    /// right angles: who needs unit axes makes them so, and a slope per unit of u needs the
+    /// lengths. `channel`: the set of texture coordinates, from 0; -1 for the first.
     virtual Transform getSurfaceFrame(PelkContext& context, int channel) = 0;
 };
 
@@ -108,7 +110,7 @@ public:
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// Takes a direction from object space to world space. It is not made unit: its length follows
-    /// the object's scale.
+    /// the object's scale, and who needs a unit one makes it so.
     virtual Vector objectToWorld(PelkContext& context, Vector vector) = 0;
 };
 
@@ -150,14 +152,16 @@ public:
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// Overwrites `out` with the name of the shader set of the polygon hit, or with id 0 if it is
-    /// in none. `channel`: 0; reserved for objects with several sets.
+    /// in none. The id and not
+    /// the text: a hit compares numbers. `channel`: 0; reserved for objects with several sets.
     virtual void getShaderSetName(StringHandle& out, PelkContext& context, int channel) = 0;
 };
 
 /// The medium behind a surface, such as glass or water. Found by BSDFSampler::getVolume and set as
 /// PelkContext::surfaceVolume; a host keeps a stack of those that a ray has entered
 /// (PelkContext::currentVolume), so that objects can lie in one another without gaps. Media are
-/// told apart by their addresses: two objects of one medium share the plug-in. A volume lives as
+/// told apart by their addresses, which costs a hit one comparison: two objects of one medium share
+/// the plug-in. A volume lives as
 /// long as the frame.
 class PELK_API PelkVolume : public PluginInterface {
 public:

@@ -18,9 +18,12 @@ class PELK_API PelkSurfaceProperties : public PluginBase {
 public:
     // Factors, 0 or more; 1 is physical.
 
-    /// Of the light that the surface sends to indirect rays (kRayGi). Applied by the material.
+    /// Of the light that the surface sends to indirect rays (kRayGi). Applied by the material, as
+    /// the host adds resultColor up as it finds it.
     float generate_gi = 1.0f;
-    /// Of the indirect light that reaches it. Applied by the GI engine, in `irradiance`.
+    /// Of the indirect light that reaches it. Applied by the GI engine, in `irradiance`. At any
+    /// value but 1 usesLightMis answers 0: lights that indirect rays found would be scaled too, and
+    /// they are direct light.
     float receive_gi = 1.0f;
     /// Of caustics that it throws: light that an indirect ray finds over its mirror or lens.
     /// Applied by the host, to rays spawned here by a hit that is itself seen by an indirect ray.
@@ -28,9 +31,9 @@ public:
     /// Of caustics that fall on it. Applied by the host, together with generate_caustics.
     float receive_caustics = 1.0f;
 
-    /// Share of the surface in the alpha, -1 to 1, where shadeFlags has kShadeAlphaCounts. Below 0
-    /// the surface has no alpha and covers that of what lies behind by the absolute value. Applied
-    /// by the material.
+    /// Share of the surface in the alpha, -1 to 1, where shadeFlags has kShadeAlphaCounts: so that
+    /// a compositor can put another picture in the surface's place. Below 0 the surface has no
+    /// alpha and covers that of what lies behind by the absolute value. Applied by the material.
     float alpha_contribution = 1.0f;
 
     // The matte: shows the background in place of the base, and catches shadows and reflections.
@@ -38,7 +41,8 @@ public:
 
     /// 0: no matte. Else seen as one by 1: camera rays alone; 2: also reflected and refracted rays,
     /// with the background projected on it as the camera sees it; 3: also those, with the
-    /// background along the ray. The GI engine then answers usesLightMis with 0.
+    /// background along the ray. The GI engine then answers usesLightMis with 0, as a
+    /// matte traces no indirect rays that could bring the other half of the weight.
     int matte_surface = 0;
     int shadows = 0;                 ///< not 0: shadows on the matte dim the background
     int affect_alpha = 0;            ///< not 0: what dims the background also counts as alpha
@@ -48,7 +52,7 @@ public:
     float refraction_amount = 1.0f;  ///< strength of the base's refractions, 0 to 1
     float gi_amount = 1.0f;          ///< strength of ambient shadows (evalMatte), 0 to 1
     /// Not 0: rays from other mattes find black here, so that mattes don't show or light one
-    /// another.
+    /// another: each stands for a real surface whose light on the others is in the background.
     int no_gi_on_other_mattes = 1;
 
     // For the host.
@@ -62,12 +66,14 @@ public:
     float gi_quality_multiplier = 1.0f;
     u32 surfaceFlags = 3;  ///< the bits below; the first two are set in plain surfaces
     /// Objects that rays reflected here don't meet, or with kReflectionListInclusive the only ones
-    /// that they do: render ids of GeomObjectInterface, ascending, repeats allowed.
+    /// that they do: render ids of GeomObjectInterface, ascending, as hosts search
+    /// by bisection at each spawned ray; repeats allowed.
     GrowTable<int> reflectionExclude{100};
     GrowTable<int> refractionExclude{100};  ///< the same of refracted rays
 };
 
-// Bits of PelkSurfaceProperties::surfaceFlags.
+// Bits of PelkSurfaceProperties::surfaceFlags. Whether a list is inclusive is kept apart from the
+// list: an inclusive list that is empty hides everything, which an empty list alone can't say.
 
 constexpr u32 kGenerateRenderElements = 0x1;   ///< the surface shows in render channels
 constexpr u32 kUseIrradianceMap = 0x2;         ///< its indirect light may come from a cache

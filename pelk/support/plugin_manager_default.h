@@ -82,6 +82,8 @@ public:
     static void* operator new(std::size_t size) { return allocate(size); }
     static void operator delete(void* memory) { freeMemory(memory); }
 
+    // The operations of PluginManager, in its order; that header says what they do and answer.
+
     PluginLibDesc* loadLibrary(const char* mask, PelkPluginHost* host, MessageLog* log) override;
     bool unloadLibrary(PluginLibDesc* library, PelkPluginHost* host) override;
     bool unloadAllLibraries(PelkPluginHost* host) override;
@@ -130,13 +132,18 @@ private:
 
     // plugin_manager_load.cpp. From outside inwards; only loadFittingFile knows what makes a file a
     // library of plug-ins.
+    /// Loads one file and tells the callback of refusals; what the library throws goes through.
     PluginLibDesc* loadFile(const char* path, PelkPluginHost* host, MessageLog& log);
+    /// Loads a file whose path fits a record. Null if it is refused, which is reported.
     PluginLibDesc* loadFittingFile(const char* path, PelkPluginHost* host, MessageLog& log);
+    /// Enters a module and asks it for its description; without one takes it out again, and null.
     PluginLibDesc* addLibrary(const char* path, platform::ModuleHandle module, GetLibDesc getDesc);
     bool unloadAt(int index, PelkPluginHost* host);
+    /// Tells the callback, if there is one; always null, as the answer of who refuses.
     PluginLibDesc* refuse(const char* path, const char* reason);
 
     // plugin_manager_descs.cpp
+    /// A registered descriptor with the id of `desc`, null if the id is free.
     PluginDesc* findDuplicate(PluginDesc* desc);
     void searchLibrary(const LoadedLibrary& library, EnumPluginDescCallback& callback);
     void enterName(PluginDesc* desc) { descsByName.insert(desc->getName(), desc); }

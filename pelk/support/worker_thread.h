@@ -127,13 +127,14 @@ private:
         Node* next;
     };
 
+    /// A node of the free list, else a new one.
     Node* newNode();
 
-    Node* head = nullptr;
-    Node* tail = nullptr;
-    Node* freeNodes = nullptr;
-    int count = 0;
-    Sequence<Node> nodes{4};
+    Node* head = nullptr;       // the oldest message
+    Node* tail = nullptr;       // the newest
+    Node* freeNodes = nullptr;  // taken out, for the next ones
+    int count = 0;              // messages that wait
+    Sequence<Node> nodes{4};    // owns them all
 };
 
 /// A thread of the pool, and what the manager tells it before it posts a message. Fields without an

@@ -77,12 +77,14 @@ public:
     int size() const { return used; }
     /// Items that the pages hold, those in use and those to spare in the last page.
     int getCapacity() const { return capacity; }
+    /// Items of a page; the last one of the buffer is as large as the others.
     int getItemsPerPage() const { return itemsPerPage; }
     /// Bytes of a page: a multiple of the item size.
     int getPageBytes() const { return pageBytes; }
     int getItemSize() const { return itemSize; }
 
 private:
+    /// Whether the present pages serve as they are, by the rules that `resize` states.
     bool keepsPages(int count, int newItemSize, std::int64_t newPageBytes, int rowWidth) const;
     void setPageBytes(int bytes, int newItemSize);
     void addPages(int count);

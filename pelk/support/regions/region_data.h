@@ -17,8 +17,9 @@ namespace Tarnkit {
 /// region.
 class RegionMask;
 
-/// Channel objects by their indices, not owned. A null entry is a place without a channel: those
-/// that add channels skip it, those that compare take it for a match.
+/// Channel objects by their indices, not owned. A null entry is a place without a channel:
+/// setChannels and addChannels skip it, channelsMatch takes it for a match with whatever channel
+/// stands there.
 using ChannelList = std::span<RenderChannel* const>;
 
 /// Bytes of one value of a channel type, in a slot and in a pixel; 0 for an unknown one. Values are
@@ -68,12 +69,15 @@ public:
     /// downwards, `x1` and `y1` are exclusive. Comes before the render; moves no pixels.
     virtual void setRect(int x0, int y0, int x1, int y1) = 0;
     /// Writes the pixel at (`x`, `y`) of the image from the fragments of a list, which stay with
-    /// the caller. A pixel outside of the rectangle, or an empty list, stores nothing.
+    /// the caller, who may add further samples to them. A pixel outside of the rectangle, or an
+    /// empty list, stores nothing.
     virtual void storeFragments(int x, int y, const FragmentList& list) = 0;
-    /// Puts the start value into all pixels, then takes all fragments back.
+    /// Puts the start value into all pixels, then takes all fragments back: what a region is reused
+    /// for may store fewer pixels, and the last tile must not show between them.
     virtual void clear() = 0;
-    /// Takes all fragments back at once, with their data. Pointers to them, and lists of them, are
-    /// void from then on.
+    /// Takes all fragments back at once, with their data: between two pixels, where giving each
+    /// back would walk lists that are thrown away as a whole. Pointers to them, and lists of them,
+    /// are void from then on.
     virtual void resetFragments() = 0;
     /// Whether two estimates of one pixel still differ, for a sampler that adapts: 1 if the total
     /// fragments of the lists differ by more than is allowed, else 0. The two numbers are not
@@ -186,7 +190,8 @@ public:
     int syncChannels(ChannelList list);
     /// Copies the names, if there are as many as channels; "Unknown channel" where there is none.
     void setChannelNames(ChannelList list);
-    /// Drops all channels and makes `count` blank ones: a float without name, alias and pixels.
+    /// Drops all channels and makes `count` blank ones: a float without name, alias and pixels. For
+    /// a region that is read from elsewhere, whose channels setChannelInfo then describes.
     void setNumChannels(int count);
     /// Describes a channel that pixels are only kept or transferred in: sets type, alias (-1 for
     /// none) and name, and drops object, pixels, slot and flags.
