@@ -396,10 +396,10 @@ PELK_API void shadeBSDF(PelkContext& context, BSDFSampler* bsdf);
 
 /// Ray differentials of a mirror reflection: writes the rayDerivX and rayDerivY of `context`,
 /// mirrored, into those of `newContext`, whose ray leaves along the unit vector `direction`. The
-/// axis is the half vector `direction - rayDir` made unit; a zero or underflowed
-/// half vector (see isCollapsed, which gets `limit`; kCollapsed) is used as it is, so that nothing
-/// is divided by 0. Derivatives of the normal are left out: a curved mirror filters as a flat
-/// one. `flag`: 0; not read. Igehy, "Tracing Ray Differentials", SIGGRAPH 1999, section 3.1.2.
+/// axis is the half vector `direction - rayDir` made unit; a zero or underflowed half vector (see
+/// isCollapsed, which gets `limit`; kCollapsed) is used as it is, so that nothing is divided by 0.
+/// Derivatives of the normal are left out: a curved mirror filters as a flat one. `flag`: 0; not
+/// read. Igehy, "Tracing Ray Differentials", SIGGRAPH 1999, section 3.1.2.
 PELK_API void setReflectDerivs(PelkContext& context, PelkContext& newContext,
                                const Vector& direction, int flag, float limit);
 

@@ -189,8 +189,8 @@ public:
     /// sets its rayOrigin, interval and ray differentials. `random`: 0 to 1, the caller's number
     /// for the choice; 0.5 where one ray is traced, so a lobe with a width draws its own. `sample`:
     /// what getNewContext left in `sampler`. Returns BRDF * cosine / density without the tint: what
-    /// the ray sees counts by spawnWeight times this. 1 for a mirror. At 0
-    /// what the ray sees doesn't count; it is traced all the same.
+    /// the ray sees counts by spawnWeight times this. 1 for a mirror. At 0 what the ray sees
+    /// doesn't count; it is traced all the same.
     virtual float setupContext(PelkContext& context, PelkContext& newContext, float random,
                                int sample);
 

@@ -22,8 +22,7 @@ class RenderChannel;
 
 /// A render channel as materials see it: a place in a fragment. Asked of the plug-in that a
 /// parameter such as `render_channel_color` names, once a frame, so that a hit is spared the
-/// look-up. Without it the material takes the
-/// position -1, which fragments ignore.
+/// look-up. Without it the material takes the position -1, which fragments ignore.
 class PELK_API RenderChannelInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<RenderChannelInterface> kInterfaceID{0x77836B59,
@@ -73,9 +72,9 @@ public:
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// The map from world space to tangent space (u, v, normal) at the hit: its inverse has the
-    /// directions in which they grow as columns. They need not be unit or at
-    /// right angles: who needs unit axes makes them so, and a slope per unit of u needs the
-    /// lengths. `channel`: the set of texture coordinates, from 0; -1 for the first.
+    /// directions in which they grow as columns. They need not be unit or at right
+    /// angles; who needs unit axes makes them so. `channel`: the set of texture coordinates, from
+    /// 0; -1 for the first.
     virtual Transform getSurfaceFrame(PelkContext& context, int channel) = 0;
 };
 
@@ -152,8 +151,8 @@ public:
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
     /// Overwrites `out` with the name of the shader set of the polygon hit, or with id 0 if it is
-    /// in none. The id and not
-    /// the text: a hit compares numbers. `channel`: 0; reserved for objects with several sets.
+    /// in none. The id and not the text: a hit compares numbers. `channel`: 0; reserved for objects
+    /// with several sets.
     virtual void getShaderSetName(StringHandle& out, PelkContext& context, int channel) = 0;
 };
 
@@ -161,8 +160,7 @@ public:
 /// PelkContext::surfaceVolume; a host keeps a stack of those that a ray has entered
 /// (PelkContext::currentVolume), so that objects can lie in one another without gaps. Media are
 /// told apart by their addresses, which costs a hit one comparison: two objects of one medium share
-/// the plug-in. A volume lives as
-/// long as the frame.
+/// the plug-in. A volume lives as long as the frame.
 class PELK_API PelkVolume : public PluginInterface {
 public:
     static constexpr InterfaceID<PelkVolume> kInterfaceID{0x2005072410, "EXT_VOLUME"};

@@ -66,8 +66,8 @@ public:
     float gi_quality_multiplier = 1.0f;
     u32 surfaceFlags = 3;  ///< the bits below; the first two are set in plain surfaces
     /// Objects that rays reflected here don't meet, or with kReflectionListInclusive the only ones
-    /// that they do: render ids of GeomObjectInterface, ascending, as hosts search
-    /// by bisection at each spawned ray; repeats allowed.
+    /// that they do: render ids of GeomObjectInterface, ascending, as hosts search by bisection
+    /// at each surface that such a ray meets; repeats allowed.
     GrowTable<int> reflectionExclude{100};
     GrowTable<int> refractionExclude{100};  ///< the same of refracted rays
 };

@@ -28,7 +28,7 @@ namespace Tarnkit {
 // `frame`, `toWorld`: the tangent frame from local space to the world, orthonormal; its third
 //   column is `n`. `toLocal`: its inverse.
 // Densities are 2 pi times the density per solid angle, as of all lobes here; the value has the
-// same factor. 1e18 stands for a density that is infinite or can't be computed.
+// same factor. kDeltaDensity stands for a density that is infinite or can't be computed.
 //
 // All are pure functions in single precision: any thread, at hits too; nothing is allocated.
 
@@ -36,14 +36,14 @@ namespace Tarnkit {
 /// `u`, `v`: random numbers, 0 to 1, for the facet's polar cosine, z = 1 / sqrt(1 - k ln(1 - u)),
 /// and its azimuth; Walter, eq. 28. A `u` of 1, as some generators give it, counts as 0, for the
 /// logarithm is infinite there.
-/// `pdf`: (1 - u) / (2 m k), equal to exponentialPdf; 1e18 if m k is below 1e-6.
+/// `pdf`: (1 - u) / (2 m k), equal to exponentialPdf; kDeltaDensity if m k is below 1e-6.
 /// Returns the direction, also if it leads into the surface; exponentialEval is 0 there.
 Vector sampleExponential(float u, float v, float k, const Vector& d, const Matrix& frame,
                          float& pdf);
 
 /// The density of `direction`, for MIS against directions that lights have chosen:
-/// exp(-(1 / z^2 - 1) / k) / (2 m k). 1e18 if |k| is below 1e-6, which is a mirror; 0 if both
-/// directions lie behind the surface or along it, or z^2 is below 1e-6.
+/// exp(-(1 / z^2 - 1) / k) / (2 m k). kDeltaDensity if |k| is below 1e-6, which is a mirror; 0 if
+/// both directions lie behind the surface or along it, or z^2 is below 1e-6.
 float exponentialPdf(const Vector& direction, float k, const Vector& n, const Vector& d,
                      const Matrix& toLocal);
 

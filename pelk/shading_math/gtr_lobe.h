@@ -63,8 +63,9 @@ enum GtrType : int {
 // the densities of lights in it, so both enter the power heuristic of MIS as they are. For a
 // density per solid angle divide by 2 pi.
 //
-// 1e18 stands for a density that can't be computed: where D is next to 0, or a ray runs along the
-// surface. In the power heuristic it wins against any light, as the delta lobe of a mirror does.
+// kDeltaDensity stands for a density that can't be computed: where D is next to 0, or a ray runs
+// along the surface. In the power heuristic it wins against any light, as the delta lobe of a
+// mirror does.
 
 /// Samples the direction to the light: chooses a facet by D(c) c and mirrors `d` at it.
 /// `u`, `v`: random numbers, at least 0 and below 1, for the facet's polar cosine and its azimuth.
@@ -75,8 +76,8 @@ enum GtrType : int {
 ///     free tail  c^2 = (1 - (a2^(1 - gamma) (1 - u) + u)^(1 / (1 - gamma))) / (1 - a2)
 ///
 /// The first is Walter, eq. 35, by the cosine; all are in Burley, appendix B.2.
-/// `pdf`: 2 pi D c / (4 h . l), Walter, eq. 24 times the Jacobian of eq. 14; 1e18 if it can't be
-/// computed.
+/// `pdf`: 2 pi D c / (4 h . l), Walter, eq. 24 times the Jacobian of eq. 14; kDeltaDensity if
+/// it can't be computed.
 /// `weight`: receives the sample's throughput f |n . l| / density, in which D cancels out:
 /// G (v . h) / (|n . v| (n . h)), Walter, eq. 41. 0 if the direction leads into the surface, for it
 /// then leads nowhere and the path ends.

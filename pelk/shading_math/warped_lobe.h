@@ -32,7 +32,8 @@ namespace Tarnkit {
 // Pure functions in single precision: any thread, at hits too; nothing is allocated.
 
 /// Samples a direction. `u`, `v`: random numbers, 0 to 1, for the squared cosine of w and for its
-/// azimuth. `pdf`: its density; 1e18 for a mirror (g = 1), 0 at u = 0, where w lies in the surface.
+/// azimuth. `pdf`: its density; kDeltaDensity for a mirror (g = 1), 0 at u = 0, where w lies in the
+/// surface.
 /// Returns the direction, unit. At g = 0 it is above the surface; at other gloss it can lead into
 /// it at grazing views, which the caller tests as for any microfacet lobe.
 Vector sampleWarpedLobe(float u, float v, float g, const Vector& d, const Matrix& frame, float& pdf,

@@ -22,7 +22,7 @@ struct ColorRow {
     unsigned attribute;
 };
 
-// Plain blue is hard to read on black, so both blues have green in them.
+/// Plain blue is hard to read on black, so both blues have green in them.
 constexpr ColorRow kColors[] = {
     {"\x1b[0;31m", 0x4}, {"\x1b[0;32m", 0x2}, {"\x1b[0;33m", 0x6},
     {"\x1b[0;34m", 0x3}, {"\x1b[1;34m", 0xB}, {"\x1b[0;35m", 0x5},

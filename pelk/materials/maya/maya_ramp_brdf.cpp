@@ -182,8 +182,8 @@ float MayaRampBRDF::cosineToNormal(Vector v) const {
     return isCollapsed(local, len) ? local.z : local.z / len;
 }
 
-// The distribution is Blinn's third, of Trowbridge and Reitz, with the eccentricity as its width.
-// Comparisons are written so that a NaN ends the highlight.
+/// The distribution is Blinn's third, of Trowbridge and Reitz, with the eccentricity as its width.
+/// Comparisons are written so that a NaN ends the highlight.
 Color MayaRampBRDF::evalSpecular(PelkContext& context, const Vector& direction, Color light) const {
     const Vector n = context.normal, v = context.rayDir;
     const Vector h = direction - v;

@@ -91,8 +91,8 @@ float positionOf(const Entry& entry, PelkContext& context) {
     return entry.positionTexture ? entry.positionTexture->getTexFloat(context) : entry.position;
 }
 
-// Of equal positions the first counts. A NaN is never the better one; where all are, the searches
-// end with the first point.
+/// Of equal positions the first counts. A NaN is never the better one; where all are, the searches
+/// end with the first point.
 template <class Entry>
 Segment findTextured(const GrowTable<Entry>& entries, PelkContext& context, float t) {
     constexpr float kNone = 1e18f;  // beyond every position: the end of a ramp that has no point

@@ -41,7 +41,7 @@ constexpr Heap kSystemHeap{
     .isIntact = isIntact,
 };
 
-// Ready before the first constructor of any library runs, for constructors allocate.
+/// Ready before the first constructor of any library runs, for constructors allocate.
 constinit const Heap* current = &kSystemHeap;
 
 }  // namespace

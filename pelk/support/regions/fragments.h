@@ -74,7 +74,7 @@ public:
     /// Of aliases above 146, which share one bucket, only the last channel of all is found.
     void* getAliasPtr(int alias) override;
     /// Mode 0 clears to nothing, to sum samples into; modes 1 and 2 to fully transparent with
-    /// weight 1 and depth -1e18, to put surfaces behind. Channel objects are told the mode. A
+    /// weight 1 and depth -kRayFar, to put surfaces behind. Channel objects are told the mode. A
     /// fragment that is clear for the mode already leaves its slots alone, which is most of the
     /// cost. Returns 0.
     int clear(int mode) override;
