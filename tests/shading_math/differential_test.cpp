@@ -4,100 +4,60 @@
 
 #include <cmath>
 #include <random>
+#include <valarray>
 
 namespace Tarnkit {
 namespace {
 
 /// The same operations without derivatives, in double: the second way to every formula.
-struct Slow {
-    double x, y, z;
-};
+using Slow = std::valarray<double>;
 
 Slow slow(const Vector& v) {
     return {v.x, v.y, v.z};
 }
-Slow operator+(const Slow& a, const Slow& b) {
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
-}
-Slow operator*(double s, const Slow& a) {
-    return {s * a.x, s * a.y, s * a.z};
-}
-Slow operator*(const Slow& a, double s) {
-    return s * a;
-}
-Slow operator*(double s, const Vector& a) {
-    return s * slow(a);
-}
-Slow operator-(const Slow& a, const Slow& b) {
-    return a + -1.0 * b;
-}
-Slow operator/(const Slow& a, double s) {
-    return 1.0 / s * a;
-}
 Slow cross(const Slow& a, const Slow& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    return a.cshift(1) * b.cshift(2) - a.cshift(2) * b.cshift(1);
 }
-Slow cross(const Vector& a, const Slow& b) {
-    return cross(slow(a), b);
-}
-Slow cross(const Slow& a, const Vector& b) {
-    return cross(a, slow(b));
-}
-double dot(const Slow& a, const Vector& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
+double dot(const Slow& a, const Slow& b) {
+    return (a * b).sum();
 }
 double length(const Slow& a) {
-    return std::sqrt(a.x * a.x + a.y * a.y + a.z * a.z);
+    return std::sqrt(dot(a, a));
 }
 Slow normalize(const Slow& a) {
     return a / length(a);
 }
 
 /// A formula of random operations, the same for the same state of `random`.
-template <class Number, class Vec>
+template <class Number, class Constant, class Vec>
 Number formula(std::mt19937 random, Vec v) {
     using std::sqrt;
     std::uniform_real_distribution<float> even(-1.0f, 1.0f);
     const Vec start = v;
     Number s{0.5f};
     for (int step = 0; step < 9; ++step) {
-        const Vector c{even(random), even(random), even(random)};
-        switch (random() % 11) {
+        const Constant c{even(random), even(random), even(random)};
+        switch (random() % 6) {
             case 0:
-                s = s + dot(v, c);
-                break;
-            case 1:
                 s = s * dot(v, c) - s;
                 break;
+            case 1:
+                s = sqrt(s * s + Number{0.7f}) + dot(v, c);
+                break;
             case 2:
-                s = sqrt(s * s + Number{0.7f});
+                s = (-s * 0.8f - length(v)) / 1.7f;
                 break;
             case 3:
-                s = (s - length(v)) / 1.7f;
+                v = normalize(v + start) / (s * s + Number{1.0f});
                 break;
             case 4:
-                v = v / (s * s + Number{1.0f});
-                break;
-            case 5:
-                v = normalize(v + start);
-                break;
-            case 6:
-                v = cross(c, v) + v;
-                break;
-            case 7:
-                v = cross(v, c) - v;
-                break;
-            case 8:
-                v = s * v + start * s;
-                break;
-            case 9:
-                v = 0.3f * v - s * c;
+                v = cross(c, v) + v - cross(s * v, c);
                 break;
             default:
-                s = -s * 0.8f;
+                v = 0.3f * v - s * c + start * s;
         }
     }
-    return s + dot(v, {0.3f, -0.5f, 0.7f});
+    return s + dot(v, Constant{0.3f, -0.5f, 0.7f});
 }
 
 TEST(Differential, FormulasCarryTheirNumericDerivatives) {
@@ -108,9 +68,10 @@ TEST(Differential, FormulasCarryTheirNumericDerivatives) {
         const auto vector = [&] { return Vector{even(random), even(random), even(random)}; };
         const DiffVector in{vector() + Vector{0, 0, 2}, vector(), vector()};
         const auto at = [&](double x, double y) {
-            return formula<double>(random, slow(in.value) + x * slow(in.dx) + y * slow(in.dy));
+            return formula<double, Slow, Slow>(random,
+                                               slow(in.value) + x * slow(in.dx) + y * slow(in.dy));
         };
-        const DiffFloat out = formula<DiffFloat>(random, in);
+        const DiffFloat out = formula<DiffFloat, Vector, DiffVector>(random, in);
         const double dx = (at(kStep, 0) - at(-kStep, 0)) / (2 * kStep);
         const double dy = (at(0, kStep) - at(0, -kStep)) / (2 * kStep);
         const double tolerance = 1e-4 * (1 + std::fabs(at(0, 0)) + std::fabs(dx) + std::fabs(dy));
