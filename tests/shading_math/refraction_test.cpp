@@ -75,21 +75,17 @@ TEST_F(RefractionTest, DifferentialsAreTheDerivativesOfTheDirection) {
         // Directions stay unit, so their derivatives are perpendicular to them.
         const Vector dx = normalizeGuarded(cross(c.d, direction())), dy = cross(c.d, dx);
         const Refraction ray = refract(c.d, c.m, c.n, dx, dy);
-        const auto turned = [&](const Vector& along, float step) {
-            return c.d * std::cos(step) + along * std::sin(step);
-        };
-        const struct { Vector in, out; } pairs[] = {{dx, ray.derivX}, {dy, ray.derivY}};
-        for (const auto& pair : pairs) {
-            const Refraction more = refract(turned(pair.in, kStep), c.m, c.n, {}, {});
-            const Refraction less = refract(turned(pair.in, -kStep), c.m, c.n, {}, {});
-            // Near the critical angle the second derivative is without bound.
-            const bool smooth = ray.total || std::fabs(dot(ray.direction, c.m)) > 0.4f;
-            const bool oneSide = std::fabs(dot(c.d, c.m)) >= 2 * kStep;
-            if (more.total != ray.total || less.total != ray.total || !smooth || !oneSide)
-                continue;
-            const Vector slope = (more.direction - less.direction) * (0.5f / kStep);
-            EXPECT_LE(length(slope - pair.out), 3e-3f) << "total " << ray.total;
-        }
+        const auto turned = [&](float step) { return c.d * std::cos(step) + dx * std::sin(step); };
+        EXPECT_EQ(refract(c.d, c.m, c.n, dy, dx).derivX, ray.derivY);
+        const Refraction more = refract(turned(kStep), c.m, c.n, {}, {});
+        const Refraction less = refract(turned(-kStep), c.m, c.n, {}, {});
+        // Near the critical angle the second derivative is without bound.
+        const bool smooth = ray.total || std::fabs(dot(ray.direction, c.m)) > 0.4f;
+        const bool oneSide = std::fabs(dot(c.d, c.m)) >= 2 * kStep;
+        if (more.total != ray.total || less.total != ray.total || !smooth || !oneSide)
+            continue;
+        const Vector slope = (more.direction - less.direction) * (0.5f / kStep);
+        EXPECT_LE(length(slope - ray.derivX), 3e-3f) << "total " << ray.total;
     }
 }
 
