@@ -48,7 +48,6 @@ float pdfOf(Lobe lobe, const Vector& r, float width, const Vector& d) {
 
 Vector sample(Lobe lobe, float u, float v, float width, const Vector& d, float& pdf,
               float& weight) {
-    weight = 0;  // the warped lobe has no value
     if (lobe == kWarped)
         return sampleWarpedLobe(u, v, width, d, kFrame, pdf, kLocal);
     if (lobe == kMixedGgx)
@@ -120,6 +119,7 @@ TEST_F(LobesTest, DensityIntegratesToTheShareOfSamplesThatHaveIt) {
             for (float cosine : {0.2f, 1.0f}) {
                 const Vector d = -direction(cosine, 2.5f);
                 double integral = 0, share = 0, weights = 0;
+                weight = 0;  // for good where the lobe has none
                 for (int i = 0; i < kSteps * kSteps; ++i) {
                     const float u = (i / kSteps + 0.5f) / kSteps;
                     const float v = (i % kSteps + 0.5f) / kSteps;

@@ -107,36 +107,48 @@ std::string plyBytes() {
            std::string(reinterpret_cast<const char*>(indices), sizeof indices);
 }
 
-TEST(MeshLoader, ReadsEachFormat) {
-    TemporaryDirectory dir;
-    dir.write("q.obj", kObj);
-    dir.write("text.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n3 0 1 2"));
-    dir.write("bytes.PLY", ply("binary_little_endian", plyBytes()));
-    const std::pair<const char*, double> areas[] = {
-        {"q.obj", 0.5}, {"text.ply", 2.0}, {"bytes.PLY", 2.0}};
-    for (const auto& [name, expected] : areas) {
-        SCOPED_TRACE(name);
-        Mesh mesh;
-        std::string error;
-        ASSERT_TRUE(loadMesh(dir.file(name), true, mesh, error)) << error;
-        EXPECT_NEAR(length(areaVector(mesh, 0)), expected, 1e-6);
-        expectNormalsInFront(mesh);
+class MeshLoaderTest : public testing::Test {
+protected:
+    bool load(const std::string& name, bool withNormals = true) {
+        mesh = {};
+        error.clear();
+        return loadMesh(dir.file(name), withNormals, mesh, error);
     }
+
+    TemporaryDirectory dir;
     Mesh mesh;
     std::string error;
-    ASSERT_TRUE(loadMesh(dir.file("q.obj"), false, mesh, error));
+};
+
+TEST_F(MeshLoaderTest, ReadsEachFormat) {
+    const struct {
+        const char* name;
+        std::string content;
+        double area;
+    } cases[] = {{"q.obj", kObj, 0.5},
+                 {"text.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n3 0 1 2"), 2.0},
+                 {"bytes.PLY", ply("binary_little_endian", plyBytes()), 2.0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        dir.write(c.name, c.content);
+        ASSERT_TRUE(load(c.name)) << error;
+        EXPECT_NEAR(length(areaVector(mesh, 0)), c.area, 1e-6);
+        expectNormalsInFront(mesh);
+    }
+    ASSERT_TRUE(load("q.obj", false));
     EXPECT_THAT(mesh.materialIDs, testing::ElementsAre(0, 0, 1));
     EXPECT_EQ(mesh.uvs.size(), mesh.positions.size());
     EXPECT_TRUE(mesh.normals.empty());
 }
 
-TEST(MeshLoader, FilesThatAreMissingOrBrokenAreRefused) {
-    TemporaryDirectory dir;
+TEST_F(MeshLoaderTest, FilesThatAreMissingOrBrokenAreRefused) {
     const std::string points = "v 0 0 0\nv 1 0 0\nv 0 1 0\n", plyPoints = "0 0 0\n2 0 0\n0 2 0\n";
     const std::string bytes = ply("binary_little_endian", plyBytes());
+    const std::string head{"glTF\2\0\0\0", 8}, cut = "cut short";
     const struct {
         const char *what, *name;
         std::string content;
+        std::string reason = "";
     } cases[] = {
         {"ending", "m.stl", "solid"},
         {"cut among vertices", "m.obj", points},
@@ -151,33 +163,17 @@ TEST(MeshLoader, FilesThatAreMissingOrBrokenAreRefused) {
         {"index below 0", "m.ply", ply("ascii", plyPoints + "3 0 1 -2\n")},
         {"huge count", "m.ply", ply("binary_big_endian", plyBytes().substr(0, 36) + "\xff")},
         {"bytes that are no glTF", "m.glb", "glTF\2"},
+        {"glTF cut", "m.gltf", R"({"asset": {"version": "2.0")", cut},
+        {"glb longer by its head", "m.glb", head + std::string("\xff\0\0\0", 4), cut},
+        {"chunk cut", "m.glb", head + std::string("\x18\0\0\0\x05\0\0\0JSON{}  ", 16), cut},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         dir.write(c.name, c.content);
-        Mesh mesh;
-        std::string error;
-        EXPECT_FALSE(loadMesh(dir.file(c.name), true, mesh, error));
+        EXPECT_FALSE(load(c.name));
         EXPECT_THAT(error, testing::HasSubstr(dir.file(c.name)));
+        EXPECT_THAT(error, testing::HasSubstr(c.reason));
         EXPECT_GT(error.size(), dir.file(c.name).size() + 15) << "no reason: " << error;
-    }
-}
-
-TEST(MeshLoader, AGltfOrGlbThatWasCutIsCalledSo) {
-    TemporaryDirectory dir;
-    const std::string head{"glTF\2\0\0\0", 8};
-    const struct {
-        const char* name;
-        std::string content;
-    } cases[] = {{"m.gltf", R"({"asset": {"version": "2.0")"},
-                 {"m.glb", head + std::string("\xff\0\0\0", 4)},
-                 {"m.glb", head + std::string("\x18\0\0\0\x05\0\0\0JSON{}  ", 16)}};
-    for (const auto& c : cases) {
-        dir.write(c.name, c.content);
-        Mesh mesh;
-        std::string error;
-        EXPECT_FALSE(loadMesh(dir.file(c.name), true, mesh, error));
-        EXPECT_THAT(error, testing::HasSubstr("cut short"));
     }
 }
 
