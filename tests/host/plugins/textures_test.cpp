@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/plugins/plugin_holder.h"
+#include "pelk/host/plugins/geom_quad.h"
 #include "pelk/host/plugins/host_texture.h"
 #include "pelk/host/plugins/tex_checker.h"
 #include "pelk/host/plugins/tex_image.h"
@@ -27,6 +28,7 @@ struct Holder : PluginHolder<T> {
         object.mesh.triangles = {{0, 1, 2}};
         object.faceNormals = {{0, 0, 1}};
         context.object = &object;
+        context.hitObject = &quad.plugin;
         context.triangle = 0;
         this->renderer.sequenceData.log = &log;
     }
@@ -36,6 +38,7 @@ struct Holder : PluginHolder<T> {
     }
 
     RecordingLog log;
+    PluginHolder<GeomQuad> quad;
     SceneObject object;
     RenderContext context;
 };
@@ -93,7 +96,8 @@ protected:
         texture.set("repeat", repeat ? 1 : 0);
         texture.startFrame();
     }
-    float red(double u, double v) { return texture.plugin.getTexColor(texture.at(u, v)).color.r; }
+    AColor at(double u, double v) { return texture.plugin.getTexColor(texture.at(u, v)); }
+    float red(double u, double v) { return at(u, v).color.r; }
 
     TemporaryDirectory dir;
     Holder<TexImage> texture;
@@ -126,12 +130,11 @@ TEST_F(TexImageTest, AlphaIsKeptApartUntilTheColourIsDecoded) {
     writeImage<unsigned char>(dir.file("a.png"), 1, 1, 4, {200, 100, 50, 51});
     open(dir.file("a.png"));
     EXPECT_NEAR(red(0.5, 0.5), linear(200) * 0.2f, 1e-5f);
-    EXPECT_NEAR(texture.plugin.getTexColor(texture.at(0.5, 0.5)).alpha, 0.2f, 1e-6f);
+    EXPECT_NEAR(at(0.5, 0.5).alpha, 0.2f, 1e-6f);
     // The texture has said 1 - alpha of what lies below already: EXR colours come multiplied.
     writeImage<float>(dir.file("a.exr"), 1, 1, 4, {0.25f, 3.0f, -1.0f, 0.5f});
     open(dir.file("a.exr"));
-    EXPECT_EQ(texture.plugin.getTexColor(texture.at(0.5, 0.5)),
-              (AColor{{0.25f, 3.0f, -1.0f}, 0.5f}));
+    EXPECT_EQ(at(0.5, 0.5), (AColor{{0.25f, 3.0f, -1.0f}, 0.5f}));
 }
 
 TEST_F(TexImageTest, IdsAreTheFilesOwnNumbers) {
@@ -158,7 +161,7 @@ TEST_F(TexImageTest, FilesThatCannotBeReadAreBlackWithOneError) {
         texture.log.texts.clear();
         open(file);
         EXPECT_THAT(texture.log.texts, testing::ElementsAre(testing::HasSubstr(file)));
-        EXPECT_EQ(texture.plugin.getTexColor(texture.at(0, 0)), (AColor{Color(0), 1}));
+        EXPECT_EQ(at(0, 0), (AColor{Color(0), 1}));
     }
 }
 
