@@ -4,11 +4,6 @@
 
 namespace Tarnkit {
 
-/// A C string that may be null, for functions that take none: the empty text in its place.
-constexpr const char* orEmpty(const char* text) {
-    return text ? text : "";
-}
-
 /// The text of a CharString on the heap, shared by the strings that were copied from one another.
 /// Nobody else makes or holds one. Its operations are virtual so that a string that passes from one
 /// library to another is resized and freed by the code, and the heap, that made its buffer.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "pelk/host/plugins/text_parameter.h"
 #include "pelk/support/regions/channel_kinds.h"
 #include "pelk/support/spelling.h"
 
@@ -37,7 +38,7 @@ void ChannelPlugin::addParameters(PelkParameterListDesc& list) {
 }
 
 std::unique_ptr<RenderChannel> ChannelPlugin::newChannel(std::string& error) {
-    const std::string kindName = text("kind", kCustom);
+    const std::string kindName = textParameter(paramList, *desc, "kind");
     if (kindName != kCustom) {
         if (const ChannelAliasInfo* kind = findChannelAlias(kindName))
             return Tarnkit::newChannel(kind->alias);
@@ -46,9 +47,9 @@ std::unique_ptr<RenderChannel> ChannelPlugin::newChannel(std::string& error) {
         error = "kind: there is no channel \"" + kindName + "\"" + knownNames(kindName, names);
         return nullptr;
     }
-    const std::string custom = text("channel_name", "");
+    const std::string custom = textParameter(paramList, *desc, "channel_name");
     const std::string fault = checkCustomName(custom);
-    const std::string type = text("channel_type", "color");
+    const std::string type = textParameter(paramList, *desc, "channel_type");
     if (!fault.empty())
         error = "channel_name: " + fault;
     else if (type != "color" && type != "float")
@@ -56,13 +57,6 @@ std::unique_ptr<RenderChannel> ChannelPlugin::newChannel(std::string& error) {
     else
         return newCustomChannel(custom, type == "color" ? kChannelColor : kChannelFloat);
     return nullptr;
-}
-
-/// The value of a text parameter, or `standard` if the scene doesn't give one.
-std::string ChannelPlugin::text(const char* parameter, const char* standard) const {
-    PelkPluginParameter* const given = paramList.getParam(parameter);
-    const char* const value = given ? given->getString(0, 0.0) : nullptr;
-    return value ? value : standard;
 }
 
 }  // namespace Tarnkit

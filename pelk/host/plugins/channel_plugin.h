@@ -40,8 +40,6 @@ public:
     void setChannelIndex(int newIndex) override { index = newIndex; }
 
 private:
-    std::string text(const char* parameter, const char* standard) const;
-
     int index = -1;
 };
 

@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-#include "pelk/base/text_or.h"
 #include "pelk/contract/param_table.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/contract/shader_source.h"
+#include "pelk/host/plugins/text_parameter.h"
 
 namespace Tarnkit {
 
@@ -57,16 +57,9 @@ PluginInterface* TexImage::getInterface(u64 id) {
     return own ? own : HostTexture::getInterface(id);
 }
 
-/// What a text parameter is set to, else its default.
-std::string TexImage::text(const char* parameterName) {
-    if (PelkPluginParameter* const parameter = paramList.getParam(parameterName))
-        return textOrEmpty(parameter->getString(0, 0.0));
-    return desc->getParameterListDesc()->findParameter(parameterName)->stringDefault;
-}
-
 bool TexImage::openFile(std::string& error) {
-    openedFile = text("file");
-    openedSpace = text("color_space");
+    openedFile = textParameter(paramList, *desc, "file");
+    openedSpace = textParameter(paramList, *desc, "color_space");
     ColorSpace space = ColorSpace::Auto;
     if (openedFile.empty())
         error = "\"file\" must name an image file";
@@ -80,7 +73,8 @@ bool TexImage::openFile(std::string& error) {
 void TexImage::frameBegin(PelkRenderer& renderer) {
     HostTexture::frameBegin(renderer);
     uvwgen = findInterface<UVWGenInterface>(params.uvwgen);
-    if (image.isOpen() && openedFile == text("file") && openedSpace == text("color_space"))
+    if (image.isOpen() && openedFile == textParameter(paramList, *desc, "file") &&
+        openedSpace == textParameter(paramList, *desc, "color_space"))
         return;
     std::string error;
     if (!openFile(error) && renderer.sequenceData.log)

@@ -38,7 +38,6 @@ public:
     int getTexInt(PelkContext& context) override;
 
 private:
-    std::string text(const char* parameterName);
     void describe(ShaderSource& source) override;
 
     UVWGenInterface* uvwgen = nullptr;  // set in frameBegin

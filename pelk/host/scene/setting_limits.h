@@ -6,7 +6,7 @@ namespace Tarnkit {
 
 /// What a setting that is a whole number may be, both ends included. Scene files and command lines
 /// give the same settings, so both test against these and word their messages from them; only
-/// docs/scene.schema.json repeats the numbers.
+/// docs/scene.schema.json repeats the numbers, and a test holds the two together.
 struct IntLimits {
     int least, most;
 
