@@ -12,11 +12,6 @@ namespace {
 
 using Tarnkit::CharString;
 
-TEST(CharStringTest, NullIsNotEmpty) {
-    EXPECT_STREQ(CharString("abc", 0).c_str(), nullptr);
-    EXPECT_STREQ(CharString("").c_str(), "");
-}
-
 TEST(CharStringTest, TextFromItsOwnBufferIsReadBeforeItMoves) {
     CharString string("0123456789");
     string = string.c_str() + 3;

@@ -17,10 +17,6 @@ using namespace Tarnkit;
 int* volatile nowhere = nullptr;
 volatile int zero = 0;
 
-void touchNothing() {
-    *nowhere = 1;
-}
-
 /// The text of the exception that a crash ends in.
 std::string textOf(void (*crash)()) {
     installCrashHandler();
@@ -42,7 +38,7 @@ TEST(CrashHandlerTest, TheFirstOfTwoThreadsWritesTheDump) {
     std::barrier start(2);
     const auto run = [&](int i) {
         start.arrive_and_wait();
-        texts[i] = textOf(touchNothing);
+        texts[i] = textOf([] { *nowhere = 1; });
     };
     std::thread other(run, 1);
     run(0);
@@ -54,9 +50,7 @@ TEST(CrashHandlerTest, TheFirstOfTwoThreadsWritesTheDump) {
         EXPECT_NE(dump.find(part), std::string::npos) << part;
     EXPECT_EQ(dump.find("xxxx"), std::string::npos) << "the older file is replaced";
 
-    std::filesystem::remove(directory.file("Pelk.dmp"));
     EXPECT_EQ(textOf([] { zero = 1 / zero; }), "Unhandled exception 8");
-    EXPECT_EQ(directory.entryCount(), 0) << "once per process";
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Writing crash dump to \"" + directory.file("Pelk.dmp") + "\"\n");
 }

@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "fake_host/heap_probe.h"
+#include "base/test_heap.h"
 #include "fake_host/recorders.h"
 #include "pelk/base/exception_msg.h"
 #include "pelk/contract/material.h"
@@ -135,7 +135,8 @@ TEST_F(ParameterListTest, PluginListsFollowInLengthAndKeepTheirArray) {
     const auto bound = [&] { return Plugins(plugins.items, plugins.items + plugins.count); };
     cache({&two});
     EXPECT_EQ(bound(), (Plugins{&a, nullptr}));
-    HeapProbe heap;
+    const DebugRecorder quiet;
+    const TestHeap heap;
     heap.refuseAfter(0);
     plugins = {};  // as plug-ins do that have used up their list
     cache();

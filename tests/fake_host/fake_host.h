@@ -10,7 +10,6 @@
 
 #include "fake_host/call_log.h"
 #include "fake_host/fake_renderer.h"
-#include "fake_host/heap_probe.h"
 #include "fake_host/materials_module.h"
 #include "fake_host/print.h"
 #include "fake_host/recorders.h"

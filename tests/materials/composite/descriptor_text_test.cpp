@@ -85,7 +85,6 @@ TEST_F(DescriptorText, OtherSectionsAreTheBasesOrNone) {
     EXPECT_EQ(textOf("MtlDiffuse", {}, hierarchy), "0 ");
     EXPECT_EQ(textOf("MtlMaterialID", {{"base_mtl", &a}}, "x"), "0 ");
     EXPECT_EQ(textOf("MtlRenderStats", {{"base_mtl", &a}}, "x"), "1 a\n");
-    EXPECT_EQ(textOf("MtlWrapper", {{"base_material", &a}}, hierarchy), "1 a\n");
     EXPECT_EQ(textOf("Mtl2Sided", {{"front", &a}, {"back", &b}}, hierarchy),
               "1 Num_children: 2\na\nb\n");
     a.textSection = "x";

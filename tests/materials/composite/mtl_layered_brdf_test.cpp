@@ -28,9 +28,6 @@ TEST_F(MtlLayeredBRDFTest, ShadesTheStackAndGivesItBack) {
         mtl.releaseBSDF(context, mtl.getBSDF(context, 0x11));
         EXPECT_EQ(bottom.seenFlags, 0x11) << "a caller may ask for one side, never for two";
     }
-    context.rayType = kRayShadow;
-    mtl.shade(context);
-    EXPECT_EQ(resultsOf(context), (Results{Color(0), through, alpha, through}));
 }
 
 }  // namespace

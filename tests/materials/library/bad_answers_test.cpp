@@ -34,14 +34,14 @@ protected:
     /// Sends all kinds of rays to all materials, twice. Each must leave the context as it was and
     /// hold no sampler, of the base or of its pool, whether it ends well or by an exception.
     void runAll(const std::string& what, bool refusesMemory = false) {
-        HeapProbe heap;
+        const TestHeap heap;
         if (refusesMemory)
             heap.refuseAfter(0);
         runOnce(what);
-        const int requests = heap.requests();
+        const int requests = TestHeap::state.taken;
         runOnce(what);
         if (!refusesMemory) {
-            EXPECT_EQ(heap.requests(), requests) << what << ": lost what its pool had";
+            EXPECT_EQ(TestHeap::state.taken, requests) << what << ": lost what its pool had";
         }
     }
 

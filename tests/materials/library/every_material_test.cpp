@@ -25,34 +25,28 @@ protected:
 
 /// A host that only listens.
 struct Listener final : PelkPluginHost {
-    std::vector<PluginDesc*> known;
-    std::vector<std::string> names;
+    std::vector<std::string> names;  ///< of the plug-in and its parameters
 
-    void addPluginDesc(PluginDesc* desc) override {
-        EXPECT_TRUE(names.empty()) << "parameters before their plug-in";
-        known.push_back(desc);
-    }
-    void removePluginDesc(PluginDesc* desc) override { std::erase(known, desc); }
-    void addParameter(PluginDesc* desc, const ParameterDesc& parameter) override {
-        ASSERT_EQ(known, std::vector{desc});
+    void addPluginDesc(PluginDesc* desc) override { names.emplace_back(desc->getName()); }
+    void removePluginDesc(PluginDesc*) override { names.clear(); }
+    void addParameter(PluginDesc*, const ParameterDesc& parameter) override {
         names.emplace_back(parameter.name);
     }
 };
 
 TEST_F(EveryMaterial, PublishesEachParameterOnceAndInOrder) {
     for (PelkPluginDesc* desc : kinds()) {
-        SCOPED_TRACE(desc->getName());
         Listener host;
         desc->registerPlugin(&host);
+        std::vector<std::string> expected{desc->getName()};
         const PelkParameterListDesc& list = *desc->getParameterListDesc();
-        ASSERT_EQ(static_cast<int>(host.names.size()), list.getNumParameters());
-        EXPECT_GT(list.getNumParameters(), 0);
         for (int i = 0; i < list.getNumParameters(); ++i)
-            EXPECT_EQ(host.names[i], list.getParameter(i).name);
-        EXPECT_EQ(std::set(host.names.begin(), host.names.end()).size(), host.names.size())
+            expected.emplace_back(list.getParameter(i).name);
+        EXPECT_EQ(host.names, expected);
+        EXPECT_EQ(std::set(host.names.begin(), host.names.end()).size(), expected.size())
             << "two parameters of one name";
         desc->unregisterPlugin(&host);
-        EXPECT_TRUE(host.known.empty());
+        EXPECT_TRUE(host.names.empty());
     }
 }
 

@@ -61,9 +61,6 @@ protected:
                              {"affect_alpha", true},
                              {"shadow_brightness_tex", &texture}});
         start("MtlLayeredBRDF", {{"brdfs", Plugins{diffuse, nullptr, &base}}});
-        start("Mtl2Sided", {{"front", &base}, {"back", diffuse}, {"translucency_tex", &texture}});
-        start("MtlMaterialID", {{"base_mtl", &base}});
-        start("MtlDoubleSided", {{"base_mtl", &base}});
         // By light angle with a reflected ray, by brightness with a refracted one too.
         for (const int input : {0, 2})
             startRamp({{"color_input", input},
