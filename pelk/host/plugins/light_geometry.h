@@ -5,10 +5,12 @@
 
 #include "pelk/base/color.h"
 #include "pelk/base/vector.h"
+#include "pelk/host/trace/interfaces.h"
 
 namespace Tarnkit {
 
-// What lights make of their parameters, and the solid angle that two of them are sampled over.
+// What lights make of their parameters, the solid angle that two of them are sampled over, and the
+// inverse-square law of two others.
 
 inline Point toPoint(Color c) {
     return {c.r, c.g, c.b};
@@ -33,6 +35,23 @@ inline bool isPositive(float x) {
 /// a narrow cone that difference would cancel to nothing, so it is computed as sin^2 / (1 + cos).
 inline float coneSolidAngle(float sine2, float cosine) {
     return 2.0f * std::numbers::pi_v<float> * sine2 / (1.0f + cosine);
+}
+
+/// The one sample of a delta light at `position`, as seen from `from`. `intensity`: radiant
+/// intensity / pi, so that the sample's radiance is irradiance / pi. False where the inverse-square
+/// law has no finite answer: at the light itself.
+inline bool samplePoint(const Point& position, Color intensity, const Point& from,
+                        LightSample& out) {
+    const double x = position.x - from.x, y = position.y - from.y, z = position.z - from.z;
+    const double squared = x * x + y * y + z * z;
+    out.distance = std::sqrt(squared);
+    out.radiance = intensity * static_cast<float>(1.0 / squared);
+    out.density = 0.0f;
+    if (!isFinite(out.radiance))
+        return false;
+    out.direction = {static_cast<float>(x / out.distance), static_cast<float>(y / out.distance),
+                     static_cast<float>(z / out.distance)};
+    return true;
 }
 
 }  // namespace Tarnkit

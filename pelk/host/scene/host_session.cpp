@@ -23,7 +23,9 @@
 #include "pelk/host/plugins/geom_sweep.h"
 #include "pelk/host/plugins/light_area.h"
 #include "pelk/host/plugins/light_dome.h"
+#include "pelk/host/plugins/light_point.h"
 #include "pelk/host/plugins/light_sphere.h"
+#include "pelk/host/plugins/light_spot.h"
 #include "pelk/host/plugins/light_sun.h"
 #include "pelk/host/plugins/tex_checker.h"
 #include "pelk/host/plugins/tex_constant.h"
@@ -104,9 +106,9 @@ struct DescsOf {
 /// in this order, which is the one in which the manager enumerates them, behind those of modules.
 struct HostSession::OwnPlugins {
     DescsOf<BRDFGlossy, BSDFGlass, CameraOrthographic, CameraPerspective, ChannelPlugin, GeomBox,
-            GeomMesh, GeomQuad, GeomSphere, GeomSweep, LightArea, LightDome, LightSphere, LightSun,
-            TexChecker, TexConstant, TexFacing, TexGradient, TexImage, TexNoise, UVWGenEnvironment,
-            UVWGenMap, VolumeMedium>
+            GeomMesh, GeomQuad, GeomSphere, GeomSweep, LightArea, LightDome, LightPoint,
+            LightSphere, LightSpot, LightSun, TexChecker, TexConstant, TexFacing, TexGradient,
+            TexImage, TexNoise, UVWGenEnvironment, UVWGenMap, VolumeMedium>
         descs;
 };
 

@@ -108,6 +108,8 @@ TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
         {R"("LightSphere", "radius": 0)", "/plugins/x: radius must be above 0"},
         {R"("LightArea", "direction": [0, 0, 0])", "/plugins/x: direction and up must not be 0"},
         {R"("LightSun", "angle": 180)", "/plugins/x: angle must be at least 0 and below 180"},
+        {R"("LightSpot", "angle": 0)", "/plugins/x: angle must be above 0 and at most 360"},
+        {R"("LightSpot", "falloff": 21)", "/plugins/x: falloff must lie between 0 and half"},
         {R"("GeomQuad", "height": -1)", R"(/plugins/x: "height" must be above 0)"},
         {R"("GeomBox", "scale": [1, 0, 1])", R"(/plugins/x: "scale" must have three numbers)"},
         {R"("GeomSphere", "segments": 4097)", R"(/plugins/x: "segments" must be 3 to 4096)"},
