@@ -73,6 +73,12 @@ bool isFinite3(const aiVector3D& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
+/// The coordinates of a vertex; zeros without a set (null) and for what is no number, so that no
+/// texture is ever read at NaN.
+UV uvAt(const aiVector3D* set, unsigned vertex) {
+    return set && isFinite3(set[vertex]) ? UV{set[vertex].x, set[vertex].y} : UV();
+}
+
 /// Appends one part. `withUVs`: whether any part has texture coordinates; one without gets zeros.
 /// Normals are there for every part if any is wanted, but a collapsed triangle has none.
 bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withUVs, Mesh& mesh) {
@@ -87,15 +93,12 @@ bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withU
             mesh.normals.push_back(isFinite3(n) ? Vector{n.x, n.y, n.z} : Vector());
         }
         if (withUVs) {
-            const aiVector3D t =
-                part.HasTextureCoords(0) ? part.mTextureCoords[0][i] : aiVector3D();
-            mesh.uvs.push_back({t.x, t.y});
+            mesh.uvs.push_back(uvAt(part.mTextureCoords[0], i));
         }
     }
     for (std::size_t set = 0; set < mesh.furtherUVs.size(); ++set) {
-        const aiVector3D* const from = part.mTextureCoords[set + 1];
         for (unsigned i = 0; i < part.mNumVertices; ++i)
-            mesh.furtherUVs[set].push_back(from ? UV{from[i].x, from[i].y} : UV());
+            mesh.furtherUVs[set].push_back(uvAt(part.mTextureCoords[set + 1], i));
     }
     for (unsigned i = 0; i < part.mNumFaces; ++i) {
         const aiFace& face = part.mFaces[i];

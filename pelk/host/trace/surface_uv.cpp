@@ -1,5 +1,7 @@
 #include "pelk/host/trace/surface_uv.h"
 
+#include <cmath>
+
 #include "pelk/host/trace/render_context.h"
 #include "pelk/host/trace/sampling.h"
 #include "pelk/host/trace/scene_object.h"
@@ -22,7 +24,8 @@ const std::vector<UV>& uvSet(const Mesh& mesh, int set) {
     return further ? mesh.furtherUVs[set - 1] : mesh.uvs;
 }
 
-/// The tangents dp/du and dp/dv of a triangle. Returns false if its UVs are missing or degenerate.
+/// The tangents dp/du and dp/dv of a triangle. Returns false if its UVs are missing or degenerate;
+/// almost degenerate ones may give tangents that aren't finite.
 bool uvAxes(const Mesh& mesh, const std::vector<UV>& uvs, u32 triangle, Vector& alongU,
             Vector& alongV) {
     if (uvs.empty())
@@ -40,6 +43,20 @@ bool uvAxes(const Mesh& mesh, const std::vector<UV>& uvs, u32 triangle, Vector& 
     return true;
 }
 
+/// Writes the map to coordinates along `u`, `v` and `n`, the inverse of the matrix of these three:
+/// its rows are the gradients of the coordinates. Returns false if there is none in floats.
+bool frameAlong(const Vector& u, const Vector& v, const Vector& n, Transform& out) {
+    const float inverse = 1.0f / dot(cross(u, v), n);
+    const Matrix m =
+        transposed({{cross(v, n) * inverse, cross(n, u) * inverse, cross(u, v) * inverse}});
+    // The sum of the squares of all elements, as whatever isn't finite shows in it.
+    float sum = 0.0f;
+    for (const Vector& column : m.columns)
+        sum += dot(column, column);
+    out = {m.columns[0], m.columns[1], m.columns[2], {}};
+    return std::isfinite(sum);
+}
+
 }  // namespace
 
 UV surfaceUV(const PelkContext& context, int set) {
@@ -52,8 +69,8 @@ UV surfaceUV(const PelkContext& context, int set) {
     const Vector& n = hit.object->faceNormals[hit.triangle];
     const Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]],
                  &c = mesh.positions[corners[2]];
-    // Barycentric coordinates by areas, not those of the hit: hitPoint may have been moved along the
-    // surface since, as for the finite differences of a bump map.
+    // Barycentric coordinates by areas, not those of the hit: hitPoint may have been moved along
+    // the surface since, as for the finite differences of a bump map.
     const double wa = partArea(hit.hitPoint, b, c, n), wb = partArea(hit.hitPoint, c, a, n),
                  wc = partArea(hit.hitPoint, a, b, n), sum = wa + wb + wc;
     if (!(sum > 0.0))
@@ -68,16 +85,12 @@ Transform surfaceFrame(const PelkContext& context, int set) {
     // flippedSide has negated the normal for shading; the UV frame stays that of the front.
     const Vector n = hit.flippedSide ? -hit.normal : hit.normal;
     Vector u, v;
-    if (!hit.object || !uvAxes(hit.object->mesh, uvSet(hit.object->mesh, set), hit.triangle, u, v))
-        makeBasis(n, u, v);
-    const float volume = dot(cross(u, v), n);
-    if (!(volume != 0.0f))
-        return {};
-    const float inverse = 1.0f / volume;
-    // The inverse of (dp/du, dp/dv, n): its rows are the gradients of the coordinates.
-    const Matrix m =
-        transposed({{cross(v, n) * inverse, cross(n, u) * inverse, cross(u, v) * inverse}});
-    return {m.columns[0], m.columns[1], m.columns[2], {}};
+    Transform frame;
+    if (hit.object && uvAxes(hit.object->mesh, uvSet(hit.object->mesh, set), hit.triangle, u, v) &&
+        frameAlong(u, v, n, frame))
+        return frame;
+    makeBasis(n, u, v);
+    return frameAlong(u, v, n, frame) ? frame : Transform();
 }
 
 }  // namespace Tarnkit

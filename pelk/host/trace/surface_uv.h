@@ -12,9 +12,10 @@ namespace Tarnkit {
 /// the hit; 0, 0 where the object has none.
 UV surfaceUV(const PelkContext& context, int set = 0);
 
-/// The linear map from world space to (u, v, normal) on the triangle that was hit: its rows are the
-/// gradients of u and v and the shading normal. Without usable coordinates (none, or degenerate) u
-/// and v run along an arbitrary orthonormal tangent frame.
+/// The linear map from world space to (u, v, normal) on the triangle that was hit: the columns of
+/// its inverse are dp/du, dp/dv and the shading normal. Without usable coordinates (none,
+/// degenerate, or so that the tangents lie in a plane with the shading normal) u and v run along an
+/// arbitrary orthonormal tangent frame; the identity for a normal of 0.
 Transform surfaceFrame(const PelkContext& context, int set = 0);
 
 }  // namespace Tarnkit

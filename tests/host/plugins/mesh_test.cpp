@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
 #include <numbers>
 #include <vector>
 
@@ -139,6 +140,23 @@ TEST_F(MeshLoaderTest, ReadsEachFormat) {
     EXPECT_THAT(mesh.materialIDs, testing::ElementsAre(0, 0, 1));
     EXPECT_EQ(mesh.uvs.size(), mesh.positions.size());
     EXPECT_TRUE(mesh.normals.empty());
+
+    const float vertices[] = {0, 0, 0, NAN, 0.5f, 1, 0, 0, 1, -INFINITY, 0, 1, 0, 0.25f, 0.5f};
+    const int indices[] = {0, 1, 2};
+    dir.write("nan.ply",
+              "ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty float x\n"
+              "property float y\nproperty float z\nproperty float s\nproperty float t\n"
+              "element face 1\nproperty list uchar int vertex_indices\nend_header\n" +
+                  std::string(reinterpret_cast<const char*>(vertices), sizeof vertices) + "\3" +
+                  std::string(reinterpret_cast<const char*>(indices), sizeof indices));
+    ASSERT_TRUE(loadMesh(dir.file("nan.ply"), false, mesh, error)) << error;
+    ASSERT_EQ(mesh.uvs.size(), 3u);
+    const UV expected[] = {{0, 0}, {0, 0}, {0.25f, 0.5f}};
+    for (int i = 0; i < 3; ++i) {
+        const UV uv = mesh.uvs[mesh.triangles[0][i]];
+        EXPECT_TRUE(uv.u == expected[i].u && uv.v == expected[i].v)
+            << i << ": " << uv.u << " " << uv.v;
+    }
 }
 
 TEST_F(MeshLoaderTest, FilesThatAreMissingOrBrokenAreRefused) {
