@@ -35,8 +35,8 @@ public:
     /// The texture's own bump: a vector in world space that is added to the unit shading normal,
     /// which is made unit after that. For a height field over the surface it is minus the gradient
     /// of the height along the surface, height and surface measured in the scene's unit. Zeros for
-    /// a texture without, as are all of `pelk`; materials can derive a bump from getTexColor as
-    /// well.
+    /// a texture without. Those of `pelk` take the gradient of the mean of their channels, by
+    /// getAutoBump.
     virtual Vector getTexBump(PelkContext& context) = 0;
 };
 

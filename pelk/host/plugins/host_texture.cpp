@@ -25,6 +25,13 @@ int HostTexture::getTexInt(PelkContext& context) {
     return nearestInt(getTexFloat(context));
 }
 
+Vector HostTexture::getTexBump(PelkContext& context) {
+    // getAutoBump is n x the gradient g of the height. As g is at right angles to n,
+    // n x (n x g) = -g.
+    TextureFloatInterface* const height = this;
+    return cross(context.normal, getAutoBump(context, height, 0, 1.0f));
+}
+
 int HostTexture::writeTexSource(const char*, const char*, const char* kind, ShaderSource& source,
                                 OCLData&) {
     if (!kind || std::strcmp(kind, "MaterialDescriptor") != 0)

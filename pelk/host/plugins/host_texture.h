@@ -7,7 +7,8 @@ namespace Tarnkit {
 
 /// Base of the textures of this host. Derived classes write getTexColor, whose colour is linear and
 /// premultiplied by alpha; read as a float a texture is the mean of the components, as an integer
-/// that rounded. Looked up on all render threads at once. None displaces normals (bump).
+/// that rounded. As a height field it has a bump of its own. Looked up on all render threads at
+/// once.
 class HostTexture : public PluginOffering<TextureInterface, TextureFloatInterface,
                                           TextureIntInterface, RTTexInterface> {
 public:
@@ -15,7 +16,10 @@ public:
 
     float getTexFloat(PelkContext& context) override;
     int getTexInt(PelkContext& context) override;
-    Vector getTexBump(PelkContext&) override { return {}; }
+    /// Minus the gradient of getTexFloat along the surface, by finite differences of one pixel's
+    /// width: so for every texture that goes by the place of the hit, whether through texture
+    /// coordinates or not. Those that don't, such as one constant colour, answer with zeros.
+    Vector getTexBump(PelkContext& context) override;
     /// Writes the texture in the section "MaterialDescriptor" and answers 1; else 0.
     int writeTexSource(const char* type, const char* name, const char* kind, ShaderSource& source,
                        OCLData& data) final;

@@ -9,7 +9,11 @@
 #include "pelk/host/plugins/geom_quad.h"
 #include "pelk/host/plugins/host_texture.h"
 #include "pelk/host/plugins/tex_checker.h"
+#include "pelk/host/plugins/tex_constant.h"
+#include "pelk/host/plugins/tex_facing.h"
+#include "pelk/host/plugins/tex_gradient.h"
 #include "pelk/host/plugins/tex_image.h"
+#include "pelk/host/plugins/tex_noise.h"
 #include "pelk/host/plugins/uvwgen_map.h"
 #include "pelk/host/trace/render_context.h"
 #include "pelk/host/trace/scene_object.h"
@@ -28,8 +32,9 @@ struct Holder : PluginHolder<T> {
         object.mesh.triangles = {{0, 1, 2}};
         object.faceNormals = {{0, 0, 1}};
         context.object = &object;
-        context.hitObject = &quad.plugin;
+        context.hitObject = &surface.plugin;
         context.triangle = 0;
+        context.normal = {0, 0, 1};
         this->renderer.sequenceData.log = &log;
     }
     PelkContext& at(double u, double v) {
@@ -38,7 +43,7 @@ struct Holder : PluginHolder<T> {
     }
 
     RecordingLog log;
-    PluginHolder<GeomQuad> quad;
+    PluginHolder<GeomQuad> surface;  // for its interfaces: the triangle is `object`'s
     SceneObject object;
     RenderContext context;
 };
@@ -66,6 +71,77 @@ TEST(TexChecker, TakesTurnsAlongBothAxes) {
     }
     texture.context.object = nullptr;
     EXPECT_EQ(texture.plugin.getTexInt(texture.context), 0) << "no surface";
+}
+
+// A pixel of these hits is a thousandth of the ray's length, as they have no ray differentials.
+
+TEST(HostTexture, OwnBumpIsMinusTheSlopeOfTheHeight) {
+    Holder<TexGradient> gradient;
+    gradient.set("color1", Color(0.1f, 0.2f, 0.6f));  // mean 0.3
+    gradient.set("color2", Color(0.9f, 0.6f, 0.6f));  // mean 0.7
+    gradient.startFrame();
+    EXPECT_NEAR(length(gradient.plugin.getTexBump(gradient.at(0.4, 7)) - Vector(-0.4f, 0, 0)), 0.0f,
+                1e-3f);
+    EXPECT_EQ(gradient.plugin.getTexBump(gradient.at(3, 7)), Vector()) << "flat beyond its end";
+    gradient.set("form", 2);
+    gradient.startFrame();
+    // From the middle outwards: 0.4 over half a unit.
+    EXPECT_NEAR(length(gradient.plugin.getTexBump(gradient.at(0.5, 0.25)) - Vector(0, 0.8f, 0)),
+                0.0f, 1e-3f);
+    const Point before = gradient.context.hitPoint;
+    gradient.plugin.getTexBump(gradient.context);
+    EXPECT_EQ(gradient.context.hitPoint, before);
+
+    Holder<TexChecker> checker;
+    checker.set("squares", 1.0f);
+    checker.startFrame();
+    EXPECT_EQ(checker.plugin.getTexBump(checker.at(3.5, 4.5)), Vector()) << "squares are flat";
+    const Vector edge = checker.plugin.getTexBump(checker.at(4, 4.5));
+    EXPECT_NEAR(-edge.x / (0.6f / (1e-3f * std::hypot(4.0f, 4.5f))), 1.0f, 1e-3f)
+        << "a step of a pixel's width";
+    EXPECT_EQ(edge.y, 0.0f);
+
+    Holder<TexConstant> constant;
+    Holder<TexFacing> facing;
+    constant.startFrame();
+    facing.startFrame();
+    EXPECT_EQ(constant.plugin.getTexBump(constant.at(1, 2)), Vector());
+    EXPECT_EQ(facing.plugin.getTexBump(facing.at(1, 2)), Vector());
+}
+
+/// The derivative of a texture's height along `way` by a stencil of five points, whose error falls
+/// with the fourth power of the step.
+template <class T>
+double slope(Holder<T>& texture, const Point& at, Vector way, double step) {
+    const auto height = [&](double steps) {
+        texture.context.hitPoint = {at.x + way.x * steps * step, at.y + way.y * steps * step,
+                                    at.z + way.z * steps * step};
+        return double{texture.plugin.getTexFloat(texture.context)};
+    };
+    return (8 * (height(1) - height(-1)) - (height(2) - height(-2))) / (12 * step);
+}
+
+TEST(HostTexture, OwnBumpOfNoiseGoesByThePlaceInTheScene) {
+    Holder<TexNoise> noise;
+    noise.set("size", 2.0f);
+    noise.set("octaves", 2);
+    noise.startFrame();
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> place(-2, 2);
+    float steepest = 0.0f;
+    for (int i = 0; i < 200; ++i) {
+        const Point at{place(random), place(random), place(random)};
+        const Vector n = normalizeGuarded(at - Point());
+        const Vector x = normalizeGuarded(cross(n, {0.3f, -0.5f, 0.8f})), y = cross(n, x);
+        noise.context.normal = n;
+        noise.context.hitPoint = at;
+        const Vector bump = noise.plugin.getTexBump(noise.context);
+        EXPECT_NEAR(dot(bump, n), 0.0f, 1e-5f) << "along the surface";
+        EXPECT_NEAR(dot(bump, x), -slope(noise, at, x, 0.02), 4e-3f);
+        EXPECT_NEAR(dot(bump, y), -slope(noise, at, y, 0.02), 4e-3f);
+        steepest = std::max(steepest, length(bump));
+    }
+    EXPECT_GT(steepest, 0.2f);
 }
 
 TEST(UVWGenMap, ScalesTurnsAndMoves) {
