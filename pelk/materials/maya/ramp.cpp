@@ -7,8 +7,6 @@
 namespace Tarnkit {
 namespace {
 
-// ---- reading
-
 int itemCount(PelkPluginParameter* parameter, double time) {
     return parameter ? std::max(parameter->getCount(time), 0) : 0;
 }
@@ -64,8 +62,6 @@ void load(Ramp<Entry>& ramp, const PelkParameterList& params, const RampParamNam
     if (!ramp.hasTexturedPositions)
         sortByPosition(ramp.entries);
 }
-
-// ---- looking up
 
 /// The two control points around a position. Without an upper one the position lies beyond the
 /// highest point, which is `lower` then; without a lower one before the lowest, which is `upper`.
