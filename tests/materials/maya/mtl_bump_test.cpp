@@ -198,7 +198,9 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         BSDFSampler* const sampler = mtl.getBSDF(context, 0x11);
         EXPECT_EQ(base.seenFlags, 0x11);
         const Vector bumped = base.seen.normal;
-        const double tolerance = (form == 0 ? 1e-3 : 1e-6) / std::fmin(1, length(sum));
+        // Making a short sum unit enlarges what rounding has done to it.
+        const double tolerance =
+            (form == 0 ? 1e-4 : 1e-6) / (form == 6 ? 1 : std::fmin(1, length(sum)));
         EXPECT_THAT(bumped, VectorNear(context.flippedSide ? -expected : expected, tolerance));
         EXPECT_THAT(base.seen.hitPoint - before.hitPoint, VectorNear(offset, 1e-6f));
 
