@@ -1,118 +1,128 @@
 #include "materials/maya/ramp_fixture.h"
+#include "pelk/contract/shading.h"
+#include "support/regions/test_channels.h"
 
 namespace {
-
-using Value = RampReference::Value;
-
-double limit(double x) {
-    return std::clamp(x, 0.0, 1.0);
-}
 
 double dotOf(Vector a, Vector b) {
     return static_cast<double>(a.x) * b.x + static_cast<double>(a.y) * b.y +
            static_cast<double>(a.z) * b.z;
 }
 
-Vector mirror(Vector v, Vector n) {
-    return v - n * static_cast<float>(2 * dotOf(v, n));
+void expectNear(Color color, const Value& expected, double tolerance, const std::string& what) {
+    const double off[] = {color.r - expected[0], color.g - expected[1], color.b - expected[2]};
+    const double scale = 1 + std::abs(expected[0]) + std::abs(expected[1]) + std::abs(expected[2]);
+    for (const double difference : off)
+        EXPECT_NEAR(difference, 0, tolerance * scale) << what;
 }
 
-Value scaled(Value v, double s) {
-    return {v.r * s, v.g * s, v.b * s, v.a};
-}
+/// A hit within media, the innermost last.
+class MediaContext : public FakeContext {
+public:
+    using FakeContext::FakeContext;
+    std::vector<PelkVolume*> media;
 
-Value product(Value a, Value b) {
-    return {a.r * b.r, a.g * b.g, a.b * b.b, a.a};
-}
+    PelkVolume* currentVolume(PelkVolume* skip) override {
+        const auto inner = std::find_if(media.rbegin(), media.rend(),
+                                        [&](PelkVolume* volume) { return volume != skip; });
+        return inner == media.rend() ? nullptr : *inner;
+    }
+};
 
-Value sum(Value a, Value b) {
-    return {a.r + b.r, a.g + b.g, a.b + b.b, a.a};
-}
+/// The channels of a render, and a fragment that gives back what was written to it.
+class Channels : public Plugin, public ChannelHostInterface, public RecordingFragment {
+public:
+    TestChannels channels;
+    std::map<int, Color> written;  ///< by alias
 
-Value valueOf(Color c) {
-    return {c.r, c.g, c.b, 1};
-}
-
-Value opacity(Value t) {
-    return {1 - limit(t.r), 1 - limit(t.g), 1 - limit(t.b), 1};
-}
-
-void expectNear(Color color, Value expected, double tolerance, const std::string& what) {
-    const double scale = 1 + std::abs(expected.r) + std::abs(expected.g) + std::abs(expected.b);
-    EXPECT_NEAR(color.r, expected.r, tolerance * scale) << what;
-    EXPECT_NEAR(color.g, expected.g, tolerance * scale) << what;
-    EXPECT_NEAR(color.b, expected.b, tolerance * scale) << what;
-}
+    PluginBase* getPlugin() override { return this; }
+    int getNumChannels() override { return static_cast<int>(channels.list.size()); }
+    RenderChannel* getChannel(int index) override { return channels.list[index]; }
+    void setChannel(int index, const void* value) override {
+        written[channels.list.at(index)->getAlias()] = *static_cast<const Color*>(value);
+    }
+    void getChannel(int index, void* out) override {
+        *static_cast<Color*>(out) = written[channels.list.at(index)->getAlias()];
+    }
+};
 
 /// Random ramps and hits, and what the material must answer, in double precision and by other ways
 /// where there are some: angles instead of root formulas, Blinn's minimum instead of its cases.
 class MayaRampBRDFTest : public RampFixture {
 protected:
-    /// Sets everything to random values and starts a frame.
-    void roll(Dice& dice, int input) {
-        for (auto& [name, reference] : ramps) {
-            const std::vector<RampPoint> points = dice.ramp();
-            reference = RampReference(points);
+    MayaRampBRDFTest() {
+        for (const int alias :
+             {kAliasSpecular, kAliasDiffuse, kAliasReflection, kAliasRawReflection,
+              kAliasReflectivity, kAliasRefraction, kAliasRawRefraction, kAliasRefractionWeight,
+              kAliasSelfIllumination})
+            channels.channels.add(kChannelColor, alias);
+        channels.channels.list.push_back(nullptr);
+        renderer.sequenceData.addInterface(&channels, 0);
+    }
+
+    /// Sets everything to random values, for a hit that isn't too near the silhouette.
+    void roll(Dice& dice) {
+        for (const char* name : {"color", "transp", "incan", "specular", "environm",
+                                 "specularRollOff", "reflectivity"}) {
+            const RampPoint white = {0, {Color(1), 1}, 0};
+            const auto points = dice.below(8) ? dice.ramp() : std::vector<RampPoint>{white};
+            ramps[name] = RampReference(points);
             setRamp(name, points);
         }
         diffuse = dice.between(0.2f, 1);
         eccentricity = dice.between(0.05f, 1);
         specularity = dice.between(0.1f, 1);
-        ambient = {dice.color(0, 1), dice.between(0, 1)};
-        ambientTex.color = ambient;
-        startFrame(mtl, {{"color_input", input},
+        ambientTex.color = {dice.color(1), dice.between(0, 1)};
+        PluginBase* const volume = dice.below(2) ? &glass : nullptr;
+        startFrame(mtl, {{"color_input", input = dice.below(6)},
                          {"diffuse_tex", diffuse},
                          {"fscatter_tex", 0.25f},
                          {"eccentricity_tex", eccentricity},
                          {"specularity_tex", specularity},
                          {"ambient_tex", &ambientTex},
-                         {"refractions", true},
-                         {"reflection_limit", dice.below(3)},
-                         {"refraction_limit", dice.below(3)},
-                         {"ior", ior = dice.between(1.05f, 2)}});
-        weight = diffuse - 0.25 * diffuse;
-    }
-
-    /// A hit from any side, not too near the silhouette.
-    void rollHit(Dice& dice) {
+                         {"refractions", refracts = dice.below(4) > 0},
+                         {"reflection_limit", limits[0] = dice.below(4) - 1},
+                         {"refraction_limit", limits[1] = dice.below(4) - 1},
+                         {"volume", volume},
+                         {"ior", ior = dice.below(8) ? dice.between(1.05f, 2) : 1.0f}});
         do {
             context.normal = dice.direction();
             context.rayDir = dice.direction();
-        } while (std::abs(dotOf(context.normal, context.rayDir)) < 0.1);
-        context.geomNormal = context.normal;
-        context.backSide = dotOf(context.normal, context.rayDir) > 0;
-        context.flippedSide = 0;
+            cosine = -dotOf(context.normal, context.rayDir);
+        } while (std::abs(cosine) < 0.1);
+        context.geomNormal = dice.below(8) ? context.normal : -context.normal;
+        context.backSide = cosine < 0;
         context.traceDepth = 1;
+        context.rayType = dice.below(5) ? u32{kRayCamera} : kRayCamera | kRayNoSpecular;
+        context.rayContribution = dice.below(4) ? 1 : 0.004f;
+        context.refusesToSpawn = dice.below(16) == 0;
+        context.spawnRequests.clear();
+        const std::vector<PelkVolume*> media[] = {
+            {}, {&water}, {&glass}, {&water, &glass}, {&glass, &water}};
+        context.media = media[dice.below(5)];
+        facing = std::max(0.0, cosine);
+        opacity = 1.0 - ramps["transp"].at(std::abs(cosine));
+        lightInput = 0;
+        isLit = false;
+        rays.clear();
+        channels.written.clear();
+        expected.clear();
     }
 
-    /// Cosine to the viewer, of the normal as it stands.
-    double facing() const { return limit(-dotOf(context.normal, context.rayDir)); }
-
-    double colorPosition(Vector toLight, Color light, int input) const {
-        const double cosine = std::clamp(dotOf(context.normal, toLight), -1.0, 1.0);
+    Value diffuseOf(Vector toLight, Color light) {
+        const double toNormal = std::clamp(dotOf(context.normal, toLight), -1.0, 1.0);
         const double mean = (static_cast<double>(light.r) + light.g + light.b) / 3;
-        switch (input) {
-            case 0:
-                return (1 - std::acos(cosine) / 3.14159265358979) * 1.1;
-            case 1:
-                return facing();
-            case 2:
-                return std::max(0.0, cosine) * mean;
-            case 3:
-                return std::max(0.0, cosine);
-            default:
-                return input == 4 ? 1 : 0;
+        const double lit = std::max(0.0, toNormal);
+        const double angle = std::acos(toNormal) / std::acos(-1.0);
+        const double places[] = {(1 - angle) * 1.1, facing, lit * mean, lit, 1, 0};
+        if (input == 2 || input == 3) {
+            lightInput += places[input];
+            return Value(0.0, 4);
         }
-    }
-
-    Value diffuseOf(Vector toLight, Color light, int input, Value transparency) {
-        if (input == 2 || input == 3)
-            return {};
-        const double mean = (static_cast<double>(light.r) + light.g + light.b) / 3;
-        const Value color = scaled(
-            product(opacity(transparency), ramps["color"].at(colorPosition(toLight, light, input))),
-            weight);
-        return scaled(product(valueOf(light), color), limit(dotOf(context.normal, toLight)) * mean);
+        isLit = true;
+        const Value color = opacity * ramps["color"].at(places[input]) * (0.75 * diffuse);
+        expected[kAliasDiffuse] = color;
+        return valueOf({light, 1}) * color * (lit * mean);
     }
 
     Value specularOf(Vector toLight, Color light) {
@@ -121,27 +131,51 @@ protected:
         // The frame is that of the viewer's side.
         const double nh = dotOf(context.backSide ? -n : n, half), vh = dotOf(half, toViewer);
         if (nh <= 1e-6 || vh <= 1e-6)
-            return {};
-        const double nv = dotOf(n, toViewer), nl = dotOf(n, toLight);
+            return Value(0.0, 4);
+        const double nv = cosine, nl = dotOf(n, toLight);
         const double e = static_cast<double>(eccentricity) * eccentricity;
         const double d = std::pow(e / (nh * nh * (e - 1) + 1), 2);
         const double g = std::min({1.0, 2 * nh * nv / vh, 2 * nh * nl / vh}) / nv;
-        const double f0 = ramps["specularRollOff"].at(std::min(1.0, nv)).r;
-        const double f = limit(f0 + (1 - f0) * std::pow(1 - vh, 5));
-        const double place = std::min(1.0, dotOf(context.rayDir, mirror(toLight, n)));
-        return scaled(product(ramps["specular"].at(place), valueOf(light)),
-                      d * g * f * specularity);
+        const double f0 = ramps["specularRollOff"].at(nv)[0];
+        const double f = std::clamp(f0 + (1 - f0) * std::pow(1 - vh, 5), 0.0, 1.0);
+        const Vector mirrored = toLight - n * static_cast<float>(2 * nl);
+        const Value color = ramps["specular"].at(dotOf(context.rayDir, mirrored));
+        return expected[kAliasSpecular] = color * valueOf({light, 1}) * (d * g * f * specularity);
     }
 
-    /// What the traced rays of the hit add, if all of them see `renderer.tracedColor`.
-    double tracedShare(double reflectivity) {
-        const bool refracts = context.traceDepth < limits[1];
+    /// Index of refraction behind the surface over that before it, as the ray comes.
+    double relativeIndex() const {
+        if (!context.surfaceVolume)
+            return ior;
+        std::vector<PelkVolume*> media = context.media;
+        if (dotOf(context.rayDir, context.geomNormal) >= 0) {
+            if (media.empty() || media.back() != &glass)
+                return 1;
+            media.pop_back();
+        }
+        return media.empty() ? 1.5 : 1.5 / (media.back() == &glass ? 1.5 : 1.25);
+    }
+
+    Value rayOf(u32 flag, double weight, double filter, int full, int raw, int filterAlias) {
+        Value seen(0.0, 4);
+        if (weight * context.rayContribution >= 0.001) {
+            rays.push_back(flag);
+            if (!context.refusesToSpawn)
+                seen = valueOf({renderer.tracedColor, 1}) * (weight * context.rayContribution);
+        }
+        expected[full] = seen * opacity;
+        expected[raw] = seen * opacity / filter;
+        expected[filterAlias] = Value(filter, 4);
+        return seen;
+    }
+
+    Value tracedOf(double reflectivity) {
         bool reflects = context.traceDepth < limits[0];
-        double share = 1, traced = 0;
-        if (refracts) {
-            const double cosIn = std::abs(dotOf(context.normal, context.rayDir));
-            const double eta = dotOf(context.normal, context.rayDir) < 0 ? 1.0 / ior : ior;
-            const double sinOut = std::sqrt(1 - cosIn * cosIn) * eta;
+        double share = 1;
+        Value sum(0.0, 4);
+        if (refracts && context.traceDepth < limits[1]) {
+            const double index = relativeIndex(), cosIn = std::abs(cosine);
+            const double sinOut = std::sqrt(1 - cosIn * cosIn) * (cosine > 0 ? 1 / index : index);
             if (sinOut >= 1) {
                 reflects = true;
             } else {
@@ -150,117 +184,118 @@ protected:
                 share = (std::pow(std::sin(in - out) / std::sin(in + out), 2) +
                          std::pow(std::tan(in - out) / std::tan(in + out), 2)) /
                         2;
-                traced += (1 - share) * reflectivity;
+                const double through = (1 - share) * reflectivity;
+                sum += rayOf(kRayRefract, through, through, kAliasRefraction, kAliasRawRefraction,
+                             kAliasRefractionWeight);
             }
         }
-        return traced + (reflects ? share * reflectivity : 0);
+        if (reflects && share > 1e-6)
+            sum += rayOf(kRayReflect, share * reflectivity, reflectivity, kAliasReflection,
+                         kAliasRawReflection, kAliasReflectivity);
+        return sum;
     }
 
-    std::map<std::string, RampReference> ramps = {
-        {"color", RampReference()},       {"transp", RampReference()},
-        {"incan", RampReference()},       {"specular", RampReference()},
-        {"environm", RampReference()},    {"specularRollOff", RampReference()},
-        {"reflectivity", RampReference()}};
-    float diffuse = 1, eccentricity = 0.5f, specularity = 1, ior = 1.5f;
-    double weight = 1;
-    AColor ambient;
+    /// What traceForward finds.
+    Value forwardOf() {
+        Value sum(0.0, 4);
+        const double reflectivity = ramps["reflectivity"].at(facing)[0];
+        if (reflectivity >= 1e-6) {
+            const Value environment = ramps["environm"].at(facing);
+            sum = tracedOf(reflectivity) + environment * environment * reflectivity;
+        }
+        const Value upper = ramps["color"].at(0.5) + ramps["color"].at(1);
+        Value surface = upper * valueOf(ambientTex.color) * 0.5;
+        surface *= upper[3] * ambientTex.color.alpha * 0.5;
+        Value channel = surface * opacity;
+        if (input == 2 || input == 3) {
+            surface += ramps["color"].at(lightInput * 0.75 * diffuse);
+            channel = surface * opacity;
+        } else if (isLit) {
+            channel += expected[kAliasDiffuse];
+        } else {
+            channel += ramps["color"].at(0) * opacity * (0.75 * diffuse);
+        }
+        expected[kAliasDiffuse] = channel;
+        expected[kAliasSelfIllumination] = ramps["incan"].at(facing);
+        return (sum + surface) * opacity + ramps["incan"].at(facing);
+    }
+
+    ThreadData thread;
+    MediaContext context{renderer, thread};
+    Channels channels;
+    MediumPlugin glass{1.5f}, water{1.25f};
     FakeTexture ambientTex;
-    int limits[2] = {};  // of reflections and refractions
+    std::map<std::string, RampReference> ramps;
+    float diffuse = 1, eccentricity = 0.5f, specularity = 1, ior = 1.5f;
+    int input = 0, limits[2] = {};  // of reflections and refractions
+    bool refracts = false;
+
+    // Of the hit.
+    double cosine = 1, facing = 1;  // to the viewer
+    Value opacity;
+    double lightInput = 0;
+    bool isLit = false;
+    std::vector<u32> rays;
+    std::map<int, Value> expected;  // by the channel's alias
 };
 
-TEST_F(MayaRampBRDFTest, EvaluatesLightAsTheFormulasSay) {
-    Dice dice;
-    int bright = 0, shining = 0;
-    for (int round = 0; round < 2000; ++round) {
-        const int input = dice.below(6);
-        roll(dice, input);
-        rollHit(dice);
-        context.rayType = round % 5 == 0 ? kRayCamera | kRayNoSpecular : u32{kRayCamera};
-        BSDFSampler* const sampler = mtl.getBSDF(context, 0);
-        const double facingViewer = std::abs(dotOf(context.normal, context.rayDir));
-        const Value transparency = ramps["transp"].at(facingViewer);
-        BRDFSampler* const side = sampler->getBRDF(context.backSide ? kBackSide : kFrontSide);
-        ASSERT_EQ(sampler->getBRDF(context.backSide ? kFrontSide : kBackSide), nullptr);
-        context.resultTransparency = Color(0.5f, 0.25f, 1);
-        const Vector toLight = dice.direction();
-        const Color light = dice.color(0, 2);
-        Color shadowed = light, unshadowed(1);
-        const int flags = dice.below(4);
-        const Color color = side->eval(context, toLight, shadowed, unshadowed, 2.0f, flags);
-        Value expected;
-        if (flags & kEvalDiffuse)
-            expected = diffuseOf(toLight, light, input, transparency);
-        if (flags & kEvalSpecular && !(context.rayType & kRayNoSpecular)) {
-            const Value highlight = specularOf(toLight, light);
-            shining += highlight.r > 0.01;
-            expected = sum(expected, highlight);
-        }
-        bright += expected.r > 0.01;
-        expectNear(color, expected, 1e-4, "round " + std::to_string(round));
-        EXPECT_EQ(shadowed, light * context.resultTransparency);
-        EXPECT_EQ(unshadowed, context.resultTransparency);
-        mtl.releaseBSDF(context, sampler);
-    }
-    EXPECT_GT(bright, 300);
-    EXPECT_GT(shining, 50);
-}
-
-TEST_F(MayaRampBRDFTest, AddsAllButDirectLightAsTheFormulasSay) {
+TEST_F(MayaRampBRDFTest, ShowsWhatTheFormulasSay) {
     Dice dice;
     renderer.tracedColor = Color(0.5f, 1, 2);
-    int traced = 0;
-    for (int round = 0; round < 2000; ++round) {
-        const int input = dice.below(4);
-        roll(dice, input);
-        limits[0] = dice.below(3);
-        limits[1] = dice.below(3);
-        startFrame(mtl, {{"reflection_limit", limits[0]}, {"refraction_limit", limits[1]}});
-        rollHit(dice);
+    context.resultFragment = &channels;
+    int bright = 0, shining = 0, traced = 0;
+    for (int round = 0; round < 3000; ++round) {
+        SCOPED_TRACE(round);
+        roll(dice);
         BSDFSampler* const sampler = mtl.getBSDF(context, 0);
-        const Value transparency =
-            ramps["transp"].at(std::abs(dotOf(context.normal, context.rayDir)));
-        // The light of two lamps, for ramps by brightness.
-        double lightInput = 0;
+        BRDFSampler* const side = sampler->getBRDF(context.backSide ? kBackSide : kFrontSide);
+        ASSERT_EQ(sampler->getBRDF(context.backSide ? kFrontSide : kBackSide), nullptr);
+        context.surfaceVolume = sampler->getVolume(context);
+        context.resultTransparency = Color(0.5f, 0.25f, 1);
+        const bool isClear = opacity.max() < 1e-6;
         for (int lamp = 0; lamp < 2; ++lamp) {
             const Vector toLight = dice.direction();
-            Color light = dice.color(0, 1), same = light;
-            lightInput += colorPosition(toLight, light, input);
-            sampler->getBRDF(context.backSide ? kBackSide : kFrontSide)
-                ->eval(context, toLight, light, same, 2.0f, kEvalDiffuse);
+            const Color light = dice.color(2);
+            Color shadowed = light, unshadowed(1);
+            const int flags = isClear ? 3 : dice.below(4);
+            const Color color = side->eval(context, toLight, shadowed, unshadowed, 2.0f, flags);
+            Value sum(0.0, 4);
+            if (!isClear && flags & kEvalDiffuse)
+                sum += diffuseOf(toLight, light);
+            bright += sum[0] > 0.01;
+            if (!isClear && flags & kEvalSpecular && !(context.rayType & kRayNoSpecular))
+                sum += specularOf(toLight, light);
+            shining += !isLit && sum[0] > 0.01;
+            expectNear(color, sum, 1e-4, "light");
+            const Color passed = isClear ? Color(1) : context.resultTransparency;
+            EXPECT_EQ(shadowed, light * passed);
+            EXPECT_EQ(unshadowed, passed);
         }
         // A hit that another material has turned over and handed on is turned back for the call.
-        const bool isTurned = round % 4 == 0;
+        const bool isTurned = dice.below(4) == 0;
         if (isTurned)
             context.flipSide();
         const PelkContext before = context;
-        sampler->getBRDF(before.backSide == (isTurned ? 1 : 0) ? kFrontSide : kBackSide)
-            ->traceForward(context, 0);
+        side->traceForward(context, 0);
         expectRayAndHitAsBefore(before, context);
         if (isTurned)
             context.flipSide();
-
-        const double reflectivity = ramps["reflectivity"].at(facing()).r;
-        Value expected;
-        if (reflectivity >= 1e-6) {
-            const double share = tracedShare(reflectivity);
-            traced += share > 0;
-            const Value environment = ramps["environm"].at(facing());
-            expected = sum(scaled(valueOf(renderer.tracedColor), share),
-                           scaled(product(environment, environment), reflectivity));
-        }
-        const Value half = ramps["color"].at(0.5), full = ramps["color"].at(1);
-        expected = sum(expected, scaled(product(sum(half, full), valueOf(ambient.color)),
-                                        0.5 * 0.5 * (half.a + full.a) * ambient.alpha));
-        if (input >= 2)
-            expected = sum(expected, ramps["color"].at(lightInput * weight));
-        expected = sum(product(expected, opacity(transparency)), ramps["incan"].at(facing()));
-        // A weight near the bound of what is traced may fall on either side of it.
-        expectNear(context.resultColor, expected, 1e-3, "round " + std::to_string(round));
+        expectNear(context.resultColor, forwardOf(), 1e-3, "forward");
         EXPECT_EQ(context.resultAlpha, complement(context.resultTransparency));
-        expectNear(context.resultAlpha, opacity(transparency), 1e-5, "alpha");
+        expectNear(context.resultAlpha, opacity, 1e-5, "alpha");
+        std::vector<u32> spawned;
+        for (const SpawnRequest& request : context.spawnRequests)
+            spawned.push_back(request.flags);
+        EXPECT_EQ(spawned, rays);
+        traced += static_cast<int>(rays.size());
+        for (const auto& [alias, value] : expected)
+            expectNear(channels.written[alias], value, 1e-3, "channel " + std::to_string(alias));
+        EXPECT_EQ(channels.written.size(), expected.size());
         mtl.releaseBSDF(context, sampler);
     }
-    EXPECT_GT(traced, 300);
+    EXPECT_GT(bright, 450);
+    EXPECT_GT(shining, 75);
+    EXPECT_GT(traced, 450);
 }
 
 TEST_F(MayaRampBRDFTest, SpawnsRaysThatTheHostCanFollow) {
@@ -274,8 +309,6 @@ TEST_F(MayaRampBRDFTest, SpawnsRaysThatTheHostCanFollow) {
     mtl.shade(context);
     ASSERT_EQ(renderer.traced.size(), 2u);
     const PelkContext &through = renderer.traced[0], &back = renderer.traced[1];
-    EXPECT_EQ(context.spawnRequests[0].flags, kRayRefract);
-    EXPECT_EQ(context.spawnRequests[1].flags, kRayReflect);
     EXPECT_EQ(through.rayOrigin, context.refractionOrigin);
     EXPECT_EQ(back.rayOrigin, context.hitPoint);
     EXPECT_THAT(through.rayDir, VectorNear(Vector(0.4f, 0, -std::sqrt(0.84f)), 1e-6f));
@@ -289,116 +322,6 @@ TEST_F(MayaRampBRDFTest, SpawnsRaysThatTheHostCanFollow) {
     }
     EXPECT_EQ(back.rayDerivX, Vector(0.5f, 0, 0)) << "along the surface a mirror keeps them";
     EXPECT_NEAR(through.rayContribution + back.rayContribution, 0.8f * 0.5f, 1e-6f);
-    EXPECT_EQ(context.spawnRequests[0].index, 0);
-}
-
-TEST_F(MayaRampBRDFTest, TracesNoMoreThanItsLimitsAndWeightsAllow) {
-    const struct {
-        const char* what;
-        float reflectivity;
-        bool refractions;
-        int reflectionLimit, refractionLimit;
-        float ior;
-        Vector rayDir;
-        float contribution;
-        std::vector<u32> flags;  ///< of the rays
-    } cases[] = {
-        {"limits as by default", 1, false, 0, -1, 1.5f, {0, 0, -1}, 1, {}},
-        {"no reflectivity, no refraction", 0, true, 5, 5, 1.5f, {0, 0, -1}, 1, {}},
-        {"refractions not asked for", 1, false, 2, 5, 1.5f, {0, 0, -1}, 1, {kRayReflect}},
-        {"at the limit of both", 1, true, 1, 1, 1.5f, {0, 0, -1}, 1, {}},
-        {"reflection alone", 1, true, 2, 1, 1.5f, {0, 0, -1}, 1, {kRayReflect}},
-        {"refraction alone", 1, true, 1, 2, 1.5f, {0, 0, -1}, 1, {kRayRefract}},
-        {"no surface leaves nothing to reflect", 1, true, 2, 2, 1, {0, 0, -1}, 1, {kRayRefract}},
-        {"total reflection knows no limit", 1, true, 0, 2, 1.5f, {0.8f, 0, 0.6f}, 1, {kRayReflect}},
-        {"too weak for the picture", 0.5f, true, 5, 5, 1.5f, {0, 0, -1}, 0.001f, {}},
-        {"the refraction is strong enough", 1, true, 5, 5, 1.5f, {0, 0, -1}, 0.01f, {kRayRefract}},
-    };
-    for (const auto& c : cases) {
-        setRamp("reflectivity", Color(c.reflectivity));
-        startFrame(mtl, {{"refractions", c.refractions},
-                         {"reflection_limit", c.reflectionLimit},
-                         {"refraction_limit", c.refractionLimit},
-                         {"ior", c.ior}});
-        context.traceDepth = 1;
-        context.rayDir = c.rayDir;
-        context.backSide = c.rayDir.z > 0;
-        context.rayContribution = c.contribution;
-        context.spawnRequests.clear();
-        mtl.shade(context);
-        std::vector<u32> flags;
-        for (const SpawnRequest& request : context.spawnRequests)
-            flags.push_back(request.flags);
-        EXPECT_EQ(flags, c.flags) << c.what;
-    }
-    // A host without further contexts: black.
-    context.refusesToSpawn = true;
-    context.rayContribution = 1;
-    mtl.shade(context);
-    EXPECT_EQ(context.resultColor, Color(0));
-}
-
-TEST_F(MayaRampBRDFTest, TakesTheIndexOfRefractionFromTheMediaOnBothSides) {
-    MediumPlugin glass(1.5f), water(1.25f);
-    setRamp("reflectivity", Color(1));
-    startFrame(mtl,
-               {{"refractions", true}, {"refraction_limit", 9}, {"ior", 2.0f}, {"volume", &glass}});
-    const auto indexOf = [&](float cosine, std::vector<PelkVolume*> media, bool isTurned) {
-        // Refraction at a right angle tells nothing, so the ray comes at a slant.
-        context.rayDir = {std::sqrt(1 - cosine * cosine), 0, cosine};
-        context.backSide = cosine > 0;
-        context.media = std::move(media);
-        renderer.traced.clear();
-        if (isTurned)
-            context.flipSide();
-        mtl.shade(context);
-        if (isTurned)
-            context.flipSide();
-        const Vector out = renderer.traced.at(0).rayDir;
-        return cosine < 0 ? context.rayDir.x / out.x : out.x / context.rayDir.x;
-    };
-    EXPECT_NEAR(indexOf(-0.8f, {}, false), 1.5f, 1e-5f) << "into glass";
-    EXPECT_NEAR(indexOf(-0.8f, {&water}, false), 1.5f / 1.25f, 1e-5f) << "from water into glass";
-    EXPECT_NEAR(indexOf(0.9f, {&glass}, false), 1.5f, 1e-5f) << "out of glass";
-    EXPECT_NEAR(indexOf(0.9f, {&water, &glass}, false), 1.5f / 1.25f, 1e-5f) << "back into water";
-    EXPECT_NEAR(indexOf(0.9f, {&glass, &water}, false), 1, 1e-5f) << "it never was in this glass";
-    EXPECT_NEAR(indexOf(0.9f, {&glass}, true), 1.5f, 1e-5f) << "a turned hit is turned back";
-    startFrame(mtl, {{"volume", static_cast<PluginBase*>(nullptr)}});
-    EXPECT_NEAR(indexOf(-0.8f, {&water}, false), 2, 1e-5f) << "no medium of its own";
-}
-
-TEST_F(MayaRampBRDFTest, LeavesLightAloneWhereItIsClear) {
-    setRamp("color", Color(1));
-    setRamp("transp", Color(1));
-    setRamp("incan", Color(0.25f));
-    for (const int input : {0, 2}) {
-        startFrame(mtl, {{"color_input", input}});
-        BSDFSampler* const sampler = mtl.getBSDF(context, 0);
-        context.resultTransparency = Color(0.5f);
-        Color light(3), unshadowed(2);
-        EXPECT_EQ(
-            sampler->getBRDF(kFrontSide)
-                ->eval(context, {0, 0, 1}, light, unshadowed, 2, kEvalDiffuse | kEvalSpecular),
-            Color(0));
-        EXPECT_EQ(light, Color(3));
-        EXPECT_EQ(unshadowed, Color(2));
-        mtl.releaseBSDF(context, sampler);
-        mtl.shade(context);
-        EXPECT_EQ(resultsOf(context), (Results{Color(0.25f), Color(1), Color(0), Color(1)}))
-            << "incandescence isn't scaled by alpha";
-    }
-}
-
-TEST_F(MayaRampBRDFTest, TellsHostsToGatherNothingForIt) {
-    startFrame(mtl);
-    BSDFSampler* const sampler = mtl.getBSDF(context, 0);
-    BRDFSampler* const side = sampler->getBRDF(kFrontSide);
-    Color light(2);
-    EXPECT_EQ(side->getDiffuseColor(light), Color(0));
-    EXPECT_EQ(light, Color(0));
-    EXPECT_EQ(side->getLightMult(light), Color(1));
-    EXPECT_EQ(light, Color(1)) << "layers below get all light";
-    mtl.releaseBSDF(context, sampler);
 }
 
 }  // namespace

@@ -1,17 +1,104 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
-#include <memory>
-#include <optional>
+#include <random>
 #include <string>
+#include <valarray>
 #include <vector>
 
-#include "materials/maya/ramp_reference.h"
-#include "pelk/contract/shading.h"
-#include "support/regions/test_channels.h"
+#include "fake_host/fake_host.h"
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+/// A control point as a test gives it.
+struct RampPoint {
+    float position;
+    AColor value;
+    int interpolation;
+};
+
+/// A colour and its alpha in double precision.
+using Value = std::valarray<double>;
+
+inline Value valueOf(const AColor& c) {
+    return {c.color.r, c.color.g, c.color.b, c.alpha};
+}
+
+/// A ramp in double precision, with other forms of the same curves: the value is carried from the
+/// lower point towards the upper one by the share that the curve has reached.
+struct RampReference {
+    std::vector<RampPoint> points;  ///< at different positions
+
+    explicit RampReference(std::vector<RampPoint> unordered = {}) : points(std::move(unordered)) {
+        std::sort(points.begin(), points.end(),
+                  [](const auto& a, const auto& b) { return a.position < b.position; });
+    }
+
+    Value at(double t) const {
+        if (points.empty())
+            return Value(0.0, 4);
+        t = std::min(t, 1.0);
+        const auto upper = std::find_if(points.begin(), points.end(),
+                                        [&](const RampPoint& p) { return p.position >= t; });
+        if (upper == points.begin() || points.size() == 1)
+            return valueOf(points.front().value);
+        const Value low = valueOf(upper[-1].value);
+        if (upper == points.end())
+            return low;
+        const double width = static_cast<double>(upper->position) - upper[-1].position;
+        const double f = (t - upper[-1].position) / width, sine = std::sin(f * std::acos(0.0));
+        const double shares[] = {0, f, f * f * (3 - 2 * f), sine * sine, 0};
+        return low + (valueOf(upper->value) - low) * shares[upper[-1].interpolation];
+    }
+};
+
+/// Random numbers of a test, the same in each run.
+class Dice {
+public:
+    float between(float low, float high) {
+        return std::uniform_real_distribution<float>(low, high)(engine);
+    }
+    int below(int count) { return std::uniform_int_distribution<int>(0, count - 1)(engine); }
+    Color color(float high) { return {between(0, high), between(0, high), between(0, high)}; }
+    Vector direction() {
+        for (;;) {
+            const Vector v(between(-1, 1), between(-1, 1), between(-1, 1));
+            if (const float len = length(v); len > 0.1f && len <= 1.0f)
+                return v * (1.0f / len);
+        }
+    }
+    /// From none to five points at different multiples of 1/32, of all kinds and an unknown one.
+    std::vector<RampPoint> ramp() {
+        std::vector<RampPoint> points(below(6));
+        std::vector<int> places = {-3, 5, 11, 19, 26, 35};
+        std::shuffle(places.begin(), places.end(), engine);
+        for (std::size_t i = 0; i < points.size(); ++i)
+            points[i] = {(places[i] + below(5) - 2) / 32.0f, {color(1), between(0, 1)}, below(5)};
+        return points;
+    }
+
+private:
+    std::mt19937 engine{1};
+};
+
+/// The three parameters of a ramp: lists of as many items.
+struct RampLists {
+    std::vector<Textured<float>> positions;
+    std::vector<Textured<AColor>> colors;
+    std::vector<Textured<float>> values;  ///< the red of the colours, for ramps of numbers
+    std::vector<int> interpolations;
+
+    explicit RampLists(const std::vector<RampPoint>& points) {
+        for (const RampPoint& point : points) {
+            positions.push_back({point.position});
+            colors.push_back({point.value});
+            values.push_back({point.value.color.r});
+            interpolations.push_back(point.interpolation);
+        }
+    }
+};
 
 /// A medium of the scene.
 class MediumPlugin : public Plugin, public PelkVolume {
@@ -23,51 +110,6 @@ public:
     float ior;
 };
 
-/// The channels of a render, one behind the other by alias; 0 stands for a place without channel.
-class AliasedChannels : public ChannelHostInterface {
-public:
-    explicit AliasedChannels(PluginBase& owner_, const std::vector<int>& aliases) : owner(owner_) {
-        for (const int alias : aliases)
-            channels.push_back(alias ? std::make_unique<TestChannel>(kChannelColor, alias)
-                                     : nullptr);
-        owner.addInterface(this, 0);
-    }
-    ~AliasedChannels() override { owner.removeInterface(this); }
-    PluginBase* getPlugin() override { return &owner; }
-    int getNumChannels() override { return static_cast<int>(channels.size()); }
-    RenderChannel* getChannel(int index) override { return channels.at(index).get(); }
-
-private:
-    PluginBase& owner;
-    std::vector<std::unique_ptr<TestChannel>> channels;
-};
-
-/// A fragment that gives back what was written to it last.
-class ChannelFragment : public RecordingFragment {
-public:
-    void getChannel(int index, void* out) override { *static_cast<Color*>(out) = last(index); }
-    Color last(int index) const {
-        Color value;
-        for (const auto& [channel, written] : channels)
-            if (channel == index)
-                value = written;
-        return value;
-    }
-};
-
-/// A hit within media, the innermost last.
-class MediaContext : public FakeContext {
-public:
-    using FakeContext::FakeContext;
-    std::vector<PelkVolume*> media;
-
-    PelkVolume* currentVolume(PelkVolume* skip) override {
-        const auto inner = std::find_if(media.rbegin(), media.rend(),
-                                        [&](PelkVolume* volume) { return volume != skip; });
-        return inner == media.rend() ? nullptr : *inner;
-    }
-};
-
 /// The ramp material in a fake host, with its ramps given by their points.
 class RampFixture : public FakeHost {
 protected:
@@ -76,16 +118,12 @@ protected:
         setParams(mtl, {{(ramp + "_positions").c_str(), lists.positions},
                         {(ramp + "_interpolations").c_str(), lists.interpolations}});
         if (ramp == "specularRollOff" || ramp == "reflectivity")
-            setParams(mtl, {{(ramp + "_values").c_str(), lists.values}});
+            setParam(mtl, {(ramp + "_values").c_str(), lists.values});
         else
-            setParams(mtl, {{(ramp + "_colors").c_str(), lists.colors}});
+            setParam(mtl, {(ramp + "_colors").c_str(), lists.colors});
     }
     /// The same value everywhere.
-    void setRamp(const std::string& ramp, Color value, float alpha = 1.0f) {
-        setRamp(ramp, {{0.0f, {value, alpha}, 0}});
-    }
+    void setRamp(const std::string& ramp, Color value) { setRamp(ramp, {{0, {value, 1}, 0}}); }
 
     PelkMaterial& mtl = make("MtlMayaRamp", "toon");
-    ThreadData thread;
-    MediaContext context{renderer, thread};
 };
