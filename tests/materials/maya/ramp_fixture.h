@@ -26,33 +26,26 @@ inline Value valueOf(const AColor& c) {
     return {c.color.r, c.color.g, c.color.b, c.alpha};
 }
 
-/// A ramp in double precision, with other forms of the same curves: the value is carried from the
-/// lower point towards the upper one by the share that the curve has reached.
-struct RampReference {
-    std::vector<RampPoint> points;  ///< at different positions
-
-    explicit RampReference(std::vector<RampPoint> unordered = {}) : points(std::move(unordered)) {
-        std::sort(points.begin(), points.end(),
-                  [](const auto& a, const auto& b) { return a.position < b.position; });
-    }
-
-    Value at(double t) const {
-        if (points.empty())
-            return Value(0.0, 4);
-        t = std::min(t, 1.0);
-        const auto upper = std::find_if(points.begin(), points.end(),
-                                        [&](const RampPoint& p) { return p.position >= t; });
-        if (upper == points.begin() || points.size() == 1)
-            return valueOf(points.front().value);
-        const Value low = valueOf(upper[-1].value);
-        if (upper == points.end())
-            return low;
-        const double width = static_cast<double>(upper->position) - upper[-1].position;
-        const double f = (t - upper[-1].position) / width, sine = std::sin(f * std::acos(0.0));
-        const double shares[] = {0, f, f * f * (3 - 2 * f), sine * sine, 0};
-        return low + (valueOf(upper->value) - low) * shares[upper[-1].interpolation];
-    }
-};
+/// The value of a ramp in double precision, with other forms of the same curves: it is carried from
+/// the lower point towards the upper one by the share that the curve has reached. The points are at
+/// different positions.
+inline Value rampAt(std::vector<RampPoint> points, double t) {
+    if (points.empty())
+        return Value(0.0, 4);
+    t = std::min(t, 1.0);
+    std::ranges::sort(points, {}, &RampPoint::position);
+    const auto upper =
+        std::ranges::find_if(points, [&](const auto& point) { return point.position >= t; });
+    if (upper == points.begin() || points.size() == 1)
+        return valueOf(points.front().value);
+    const RampPoint& lower = upper[-1];
+    if (upper == points.end())
+        return valueOf(lower.value);
+    const double f = (t - lower.position) / (upper->position - lower.position);
+    const double shares[] = {0, f, f * f * (3 - 2 * f), 0.5 - std::cos(f * std::acos(-1)) / 2, 0};
+    const Value low = valueOf(lower.value);
+    return low + (valueOf(upper->value) - low) * shares[lower.interpolation];
+}
 
 /// Random numbers of a test, the same in each run.
 class Dice {
