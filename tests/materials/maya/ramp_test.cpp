@@ -79,19 +79,18 @@ TEST(RampTest, TakesTheShortestListAndPlainValuesForOtherObjects) {
 
 TEST(RampTest, AnswersOneOfItsValuesWhateverItsPositionsAre) {
     const float odd[] = {kNaN, HUGE_VALF, -HUGE_VALF, 1e18f, -1e18f, 0.0f, 3.4e38f};
+    FakeTexture places[2];
+    RampLists lists({{0, {Color(1), 1}, 1}, {0, {Color(2), 1}, 2}, {0.5f, {Color(3), 1}, 3}});
+    lists.positions[0].texture = &places[0];
+    lists.positions[1].texture = &places[1];
+    FloatRamp ramp;
     PelkContext context;
+    load(ramp, lists);
     for (const float first : odd)
         for (const float second : odd)
             for (const float t : {-HUGE_VALF, 0.0f, 0.5f, 1.0f, kNaN}) {
-                FakeTexture places[2];
                 places[0].number = first;
                 places[1].number = second;
-                RampLists lists(
-                    {{0, {Color(1), 1}, 1}, {0, {Color(2), 1}, 2}, {0.5f, {Color(3), 1}, 3}});
-                lists.positions[0].texture = &places[0];
-                lists.positions[1].texture = &places[1];
-                FloatRamp ramp;
-                load(ramp, lists);
                 const float value = evalFloatRamp(ramp, context, t);
                 EXPECT_TRUE(value >= 1 && value <= 3)
                     << value << " of " << first << ", " << second << " at " << t;
