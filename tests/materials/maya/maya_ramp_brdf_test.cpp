@@ -296,6 +296,11 @@ TEST_F(MayaRampBRDFTest, ShowsWhatTheFormulasSay) {
         for (const auto& [alias, value] : expected)
             expectNear(channels.written[alias], value, 1e-3, "channel " + std::to_string(alias));
         EXPECT_EQ(channels.written.size(), expected.size());
+        // Hosts gather nothing for it, and layers below get all light.
+        Color light(2);
+        EXPECT_EQ(side->getDiffuseColor(light), Color(0));
+        EXPECT_EQ(side->getLightMult(light), Color(1));
+        EXPECT_EQ(light, Color(1));
         mtl.releaseBSDF(context, sampler);
     }
     EXPECT_GT(bright, 450);

@@ -69,11 +69,6 @@ TEST_F(MtlMayaRampTest, TakesItsSamplerFromTheBump) {
     context.resultAlpha = Color(5);
     EXPECT_EQ(shaded(), Color(0, 0.5f, 7));
     EXPECT_EQ(context.resultAlpha, Color(5));
-
-    bump.hiddenFaces = {BSDFInterface::kInterfaceID};
-    startFrame(mtl);
-    mtl.shade(context);
-    EXPECT_EQ(context.resultTransparency, Color(0)) << "its own sampler";
 }
 
 TEST_F(MtlMayaRampTest, RepairsAndReportsWhatNoLightCanBeOncePerFrame) {
