@@ -11,20 +11,6 @@ namespace {
 
 using Tarnkit::GrowTable;
 
-TEST(GrowTableTest, CapacityFollowsTheStep) {
-    const auto capacity = [](int step, int first, int second) {
-        GrowTable<int> table(step);
-        table.resize(first);
-        table.resize(second);
-        return table.getCapacity();
-    };
-    EXPECT_EQ(capacity(100, 1, 101), 200) << "multiples of the step";
-    EXPECT_EQ(capacity(100, 1, 200), 300) << "a full one takes one more";
-    EXPECT_EQ(capacity(100, 50, 100), 100) << "what fits stays";
-    EXPECT_EQ(capacity(0, 3, 4), 6) << "no step starts with what is asked for";
-    EXPECT_EQ(capacity(-1, 3, 13), 24) << "and doubles until it fits";
-}
-
 TEST(GrowTableTest, EntriesMoveWhenItGrowsAndWhenOneIsRemoved) {
     const TestHeap heap;
     {

@@ -20,22 +20,6 @@ TEST(HashLittleTest, AgreesWithThePublishedValues) {
     EXPECT_EQ(hashlittle(text, 30, 1), 0xcd628161u);
 }
 
-TEST(HashTableTest, GrowsAndShrinksAtItsBounds) {
-    HashTable<u32, int> table;
-    for (u32 key = 0; key < 10; ++key)
-        table.insert(key, 0);
-    EXPECT_FALSE(table.insert(3, 1)) << "a standing key";
-    EXPECT_EQ(table.bucketCount(), 13) << "nothing was added, so nothing grows";
-    table.insert(10, 0);
-    EXPECT_EQ(table.bucketCount(), 29);  // 10 of 13 are 76 percent
-    for (u32 key = 10; key > 5; --key)
-        table.remove(key);
-    EXPECT_EQ(table.bucketCount(), 29);  // 6 of 29 are 20 percent
-    for (u32 key = 0; key <= 5; ++key)
-        table.remove(key);
-    EXPECT_EQ(table.bucketCount(), 13);
-}
-
 TEST(HashTableTest, NamesCompareByTextAndNullIsOne) {
     HashTable<const char*, int> table;
     const std::string same = "name";

@@ -5,16 +5,12 @@
 
 namespace {
 
-/// A height field in space, read at the hit point; as a colour it is the mean of three channels.
+/// A height field in space, read at the hit point.
 class HeightField : public FakeTexture {
 public:
     std::function<double(Point)> height = [](Point) { return 0.0; };
     Point farthest;  ///< from the origin, where it was read
 
-    AColor getTexColor(PelkContext& context) override {
-        const float h = getTexFloat(context);
-        return {Color(2 * h, h, 0), 1.0f};
-    }
     float getTexFloat(PelkContext& context) override {
         throwIf(throwsForMemory);
         if (length(context.hitPoint - Point()) > length(farthest - Point()))
@@ -32,9 +28,6 @@ protected:
         context.rayDerivY = {0, 0.001f, 0};
     }
 
-    Vector ofColor(float amount = 1.0f) {
-        return getAutoBump(context, static_cast<TextureInterface*>(&field), 0, amount);
-    }
     Vector ofNumber(float amount = 1.0f) {
         return getAutoBump(context, static_cast<TextureFloatInterface*>(&field), 0, amount);
     }
@@ -42,25 +35,6 @@ protected:
     HeightField field;
     FakeContext context = hit();
 };
-
-// The gradient in double, by hand: of x^2 + 3 x y - y^2 + z / 2, the part along the surface.
-TEST_F(AutoBumpTest, IsNormalTimesGradientAlongTheSurface) {
-    field.height = [](Point p) { return p.x * p.x + 3 * p.x * p.y - p.y * p.y + 0.5 * p.z; };
-    const Vector normals[] = {{0, 0, 1}, {0, 0, -1}, {1, 0, 0}, {0, 1, 0}, {0.6f, 0.64f, 0.48f}};
-    for (const Vector n : normals) {
-        SCOPED_TRACE(testing::PrintToString(n));
-        context.normal = n;
-        const PelkContext before = context;
-        const double x = context.hitPoint.x, y = context.hitPoint.y;
-        const double g[] = {2 * x + 3 * y, 3 * x - 2 * y, 0.5};
-        const Vector expected = {static_cast<float>(n.y * g[2] - n.z * g[1]),
-                                 static_cast<float>(n.z * g[0] - n.x * g[2]),
-                                 static_cast<float>(n.x * g[1] - n.y * g[0])};
-        EXPECT_THAT(ofNumber(), VectorNear(expected, 2e-3f));
-        EXPECT_THAT(ofColor(), VectorNear(expected, 2e-3f));
-        expectRayAndHitAsBefore(before, context);
-    }
-}
 
 TEST_F(AutoBumpTest, ReadsWithinAPixelOfTheHitTimesTheAmount) {
     const Vector alongX = {0.001f, 0, 0}, none;
@@ -107,7 +81,7 @@ TEST_F(AutoBumpTest, HasNoBumpWhereNoSlopeCanBeTold) {
 TEST_F(AutoBumpTest, PutsTheHitPointBackWhenTheTextureThrows) {
     field.throwsForMemory = true;
     const PelkContext before = context;
-    EXPECT_THROW(ofColor(), ExceptionMsg);
+    EXPECT_THROW(ofNumber(), ExceptionMsg);
     expectRayAndHitAsBefore(before, context);
 }
 

@@ -24,16 +24,6 @@ TEST_F(ContextTest, FlipTurnsAllNormalsAndTogglesBetween0And1) {
     EXPECT_EQ(context.faceNormal + context.geomNormal, Vector(0, -0.6f, -1.8f));
 }
 
-TEST_F(ContextTest, EnvironmentOfTheHighestPriorityHolds) {
-    FakeTexture first, second;
-    context.setEnvironment(&second, 3, 1);
-    context.setEnvironment(&first, 3, 1);   // equal: the later one holds
-    context.setEnvironment(&second, 2, 1);  // lower
-    context.setEnvironment(nullptr, 9, 1);  // no texture overrides nothing
-    EXPECT_EQ(context.environment, static_cast<TextureInterface*>(&first));
-    EXPECT_EQ(context.environmentPriority, 3);
-}
-
 TEST_F(ContextTest, ShadedResultIsDirectLightAndTracedLight) {
     FakeVolume volume;
     sampler.volume = &volume;
@@ -59,20 +49,6 @@ TEST_F(ContextTest, ShadedResultIsDirectLightAndTracedLight) {
     context.onLight = [](BSDFSampler*) { throw ExceptionMsg("no memory"); };
     EXPECT_THROW(shadeBSDF(context, &sampler), ExceptionMsg);
     EXPECT_EQ(context.surfaceVolume, nullptr) << "the volume goes where shading throws";
-    shadeBSDF(context, nullptr);
-    EXPECT_EQ(resultsOf(context), kFullyTransparent);
-}
-
-TEST_F(ContextTest, ReflectedDerivativesAreMirroredLikeTheRay) {
-    // A mirror that turns x into z.
-    context.rayDir = {1, 0, 0};
-    context.rayDerivY = {0.25f, 0, 1};
-    PelkContext reflected;
-    setReflectDerivs(context, reflected, {0, 0, 1}, 0, 1e18f);
-    EXPECT_THAT(reflected.rayDerivY, VectorNear(Vector(1, 0, 0.25f), 1e-6f));
-    // A ray that isn't turned leaves no axis; it must not become a NaN.
-    setReflectDerivs(context, reflected, context.rayDir, 0, 1e18f);
-    EXPECT_EQ(reflected.rayDerivY, context.rayDerivY);
 }
 
 }  // namespace

@@ -31,10 +31,6 @@ constexpr ParamTable kTable{
     textureFloatParam("texture_float", &Fields::textureFloat, 1.0f),
     textureIntParam("texture_int", &Fields::textureInt),
     pluginListParam<RenderChannelInterface>("plugins", &Fields::plugins),
-    stringParam<Fields>("text", "none", "A text"),
-    floatListParam<Fields>("numbers", "Numbers"),
-    intListParam<Fields>("ids", 7),
-    stringListParam<Fields>("texts", nullptr, "hint=(1)"),
 };
 
 struct TestDesc : ListedDesc {
@@ -68,21 +64,6 @@ TEST_F(ParameterListTest, DefaultsReplaceWhateverTheFieldsHeld) {
     EXPECT_EQ(color * number, Color(0.125f, 0.25f, 0.5f));
     EXPECT_TRUE(!plugin && !texture && !textureFloat && !textureInt);
     EXPECT_EQ(plugins.count, 0);
-}
-
-TEST_F(ParameterListTest, RowsWithoutAFieldAreRegisteredAndReadByName) {
-    const auto descOf = [&](const char* name) {
-        return *desc.getParameterListDesc()->findParameter(name);
-    };
-    EXPECT_STREQ(descOf("text").stringDefault, "none");
-    EXPECT_TRUE(descOf("numbers").isList() && !descOf("numbers").hasDefault);
-    EXPECT_EQ(descOf("ids").intDefault, 7);
-    EXPECT_STREQ(descOf("texts").guide, "hint=(1)") << "the first of two texts is the description";
-
-    FloatListParameter numbers("numbers", {0.5f, 2.0f});
-    EXPECT_EQ(list.getParam("numbers"), nullptr) << "registered is not yet set";
-    cache({&numbers});
-    EXPECT_EQ(list.getParam("numbers")->getFloat(1, 0.0), 2.0f);
 }
 
 TEST_F(ParameterListTest, FieldsFollowWhatIsSetUnderTheirNameLast) {

@@ -15,7 +15,6 @@ public:
 
     Color passes, glow;
     Vector bump;
-    u32 ownRay = 0;  ///< ray flags of its own ray; 0: it has none
 
     Color unshadowed, through, tracedWeight;
     Vector normal;
@@ -42,11 +41,6 @@ public:
         tracedWeight = context.rayWeight;
         return glow;
     }
-    PelkContext* getNewContext(PelkContext& context, int&, int) override {
-        const Color weight(0.5f, 1, 2);
-        return ownRay ? context.newSpawnedContext(0, weight, ownRay, {1, 0, 0}) : nullptr;
-    }
-    float setupContext(PelkContext&, PelkContext&, float, int) override { return 2.0f; }
     void traceForward(PelkContext& context, int flag) override {
         BRDFSampler::traceForward(context, flag);
     }
@@ -69,21 +63,6 @@ protected:
     Color light{4}, unshadowed{8};
     LayeredBSDF layers;
 };
-
-TEST_F(SamplersTest, OwnRayIsWeightedAndNoted) {
-    Film film(0, 0);
-    renderer.tracedColor = {1, 4, 16};
-    const Color weight(1, 2, 4), traced(1, 8, 64);
-    RecordingFragment fragment;
-    context.resultFragment = &fragment;
-    for (const u32 ray : {u32{kSpawnMirror}, u32{kRayRefract}}) {
-        film.ownRay = ray;
-        film.traceBSDFForward(context, 1);
-        EXPECT_EQ(context.resultColor, traced);
-    }
-    using Noted = std::vector<std::pair<int, Color>>;
-    EXPECT_EQ(fragment.aliases, (Noted{{102, traced}, {139, weight}, {103, traced}}));
-}
 
 TEST_F(SamplersTest, LayersTakeLightFromTheTopAndPassItOn) {
     Film coat(0.25f, 0.5f), base(0.5f, 0);

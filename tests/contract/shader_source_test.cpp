@@ -13,19 +13,6 @@ using Tarnkit::ShaderSource;
 
 namespace {
 
-TEST(ShaderSourceTest, WritesEveryConversionAsPrintf) {
-    const char* volatile null = nullptr;  // so that the compiler does not see it
-    ShaderSource source;
-    source.printf("%d,%u,%x,%lld,%zu;", -5, 3000000000u, 0xBEEFu, 5000000000LL,
-                  static_cast<std::size_t>(9));
-    source.printf("%f %.2f %g %8.3f|%-8.3f|;", 0.1, 2.0 / 3, 1e-7, 1.0, 1.0);
-    source.printf("%s%c%5s|%%[%s|%4s]", "text", '!', "ab", null, null);
-    EXPECT_STREQ(source.c_str(),
-                 "-5,3000000000,beef,5000000000,9;"
-                 "0.100000 0.67 1e-07    1.000|1.000   |;"
-                 "text!   ab|%[|    ]");
-}
-
 TEST(ShaderSourceTest, WritesAPointInALocaleWithCommas) {
     const std::string former = std::setlocale(LC_NUMERIC, nullptr);
     const ScopedEnvironment locales("LOCPATH", PELK_TEST_LOCALES);

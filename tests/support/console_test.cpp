@@ -61,7 +61,6 @@ TEST(ConsolePrintTest, SequencesBecomeAttributesOrNothing) {
     } cases[] = {
         {"each colour", all, 7, {"4:r", "2:g", "6:y", "3:b", "b:B", "5:m"}, {"7:rgybBm"}},
         {"the background stays", "\x1b[0;32mg\x1b[0mx", 0x97, {"92:g", "97:x"}, {"97:gx"}},
-        {"an unknown colour", "\x1b[0;31ma\x1b[0;36mb", 7, {"4:a", "4:b"}, {"7:ab"}},
         {"an unfinished sequence is dropped", "a\x1b[0;3", 7, {"7:a"}, {"7:a"}},
         {"63 characters", longSequence.substr(0, 63) + "mb", 7, {"7:a", "7:b"}, {"7:ab"}},
         {"64 characters end the walk", longSequence + "mb", 7, {"7:a"}, {"7:ab"}, tooLong},
@@ -79,10 +78,4 @@ TEST(ConsolePrintTest, SequencesBecomeAttributesOrNothing) {
             EXPECT_EQ(console.attributes, c.attributes) << "a colour outlasts the print";
         }
     }
-}
-
-TEST(ConsolePrintTest, FormattedTextOfAnyLength) {
-    RecordingConsole console;
-    tarnkit_cprintf(true, "%100000d", 7);
-    EXPECT_EQ(console.pieces, Pieces{"7:" + std::string(99999, ' ') + "7"});
 }

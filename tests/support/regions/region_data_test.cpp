@@ -84,19 +84,6 @@ TEST_F(RegionDataTest, SyncKeepsWhatFits) {
     EXPECT_EQ(sync("abcd", "dcxy", 1), "abYXCD");
 }
 
-TEST_F(RegionDataTest, PixelsStartFilledAndAreClearedInTheRectangle) {
-    c.add(kChannelColor, 1, "a");
-    c.add(kChannelColor, 1, "elsewhere", kChannelNoBuffer);
-    begin(8, 4);
-    EXPECT_EQ(pixel(0, 31), 0.25f);
-    EXPECT_EQ(record(1).buffer, nullptr);
-    region.setRect(0, 0, 4, 2);
-    c.owned[0]->start = 0.5f;
-    region.clear();
-    EXPECT_EQ(pixel(0, 7), 0.5f);
-    EXPECT_EQ(pixel(0, 8), 0.25f) << "not of this rectangle";
-}
-
 TEST_F(RegionDataTest, RegionsOfHugeSizeAreRefusedAndNoHarm) {
     DebugRecorder quiet;
     c = named("a");
