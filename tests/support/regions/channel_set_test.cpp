@@ -1,6 +1,6 @@
 #include "pelk/support/regions/channel_set.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #include "pelk/support/regions/pixel_readout.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -16,10 +16,10 @@ using Values = std::vector<float>;
 class PixelReadoutTest : public testing::Test {
 protected:
     /// A channel whose pixels are these values, one after the other; a region is one row of them.
-    int channel(int type, const Values& values, int alias = 0, int flags = 0) {
+    int channel(int type, const Values& values, int alias = 0) {
         if (region.getWidth() == 0)
             region.setRect(100, 50, 100 + 4 * std::ssize(values) / channelTypeSize(type), 51);
-        const int index = region.addChannel(&c.add(type, alias, "", flags));
+        const int index = region.addChannel(&c.add(type, alias));
         region.allocateChannelBuffer(index);
         std::memcpy(region.getChannels()[index].buffer->item(0), values.data(), values.size() * 4);
         return index;

@@ -1,6 +1,6 @@
 #include "pelk/support/regions/region_data.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <climits>
 
