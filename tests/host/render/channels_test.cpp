@@ -115,13 +115,5 @@ TEST_F(ChannelsTest, RaysOfLayersAndSidesCountByWhatIsSeenOfThem) {
     }
 }
 
-TEST_F(ChannelsTest, EachChannelStandsOnceHoweverOftenItIsNamed) {
-    const auto scene = read(R"("box": {"type": "GeomBox"})", "");
-    ASSERT_TRUE(scene);
-    Picture picture;
-    render(*scene, picture, optionsWith({"depth", "beauty", "depth", "normals", "depth"}));
-    EXPECT_EQ(picture.getRegion().getNumChannels(), 4);
-}
-
 }  // namespace
 }  // namespace Tarnkit

@@ -44,12 +44,6 @@ protected:
     void render(Scene& scene, Picture& picture, int samples) {
         render(scene, picture, optionsOf(samples));
     }
-    /// What is said of a scene that cannot be rendered.
-    std::string errorOf(Scene& scene) {
-        Picture picture;
-        return renderScene(scene, {}, nullptr, nullptr, false, picture).error;
-    }
-
     /// The pixels of a channel, row by row. `Value` is what the channel holds.
     template <class Value>
     static std::vector<Value> pixelsOf(Picture& picture, int channel) {
