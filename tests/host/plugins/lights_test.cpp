@@ -97,18 +97,19 @@ TEST(LightTest, SunGivesAFacingSurfaceItsIntensity) {
 
 /// Irradiance / pi that a delta light sends to a point; 0 where it sends none.
 template <class Light>
-float arriving(PluginHolder<Light>& holder, const Point& at, Vector* direction = nullptr) {
+float arriving(PluginHolder<Light>& holder, const Point& at) {
     std::string error;
     holder.startFrame();
     EXPECT_TRUE(holder.plugin.prepare({}, error)) << error;
+    EXPECT_FALSE(holder.plugin.hasExtent());
     RenderContext context;
     context.hitPoint = at;
     LightSample sample;
     if (!holder.plugin.sample(context, 0.3f, 0.6f, sample))
         return 0.0f;
     EXPECT_EQ(sample.density, 0.0f);
-    if (direction)
-        *direction = sample.direction;
+    const Point end = at + sample.direction * static_cast<float>(sample.distance);
+    EXPECT_NEAR(length(end - Point(1, 2, 3)), 0.0f, 1e-5f);
     return sample.radiance.g;
 }
 
@@ -116,64 +117,27 @@ TEST(LightTest, PointWeakensWithTheSquareOfTheDistance) {
     PluginHolder<LightPoint> point;
     point.set("position", Color(1, 2, 3));
     point.set("intensity", 9.0f);
-    Vector direction;
-    EXPECT_NEAR(arriving(point, {1, 1, 3}, &direction), 9.0f, 1e-5f) << "one unit away";
-    EXPECT_EQ(direction, Vector(0, 1, 0));
-    EXPECT_NEAR(arriving(point, {1, 2, 0}, &direction), 1.0f, 1e-6f);
-    EXPECT_EQ(direction, Vector(0, 0, 1));
+    EXPECT_NEAR(arriving(point, {1, 1, 3}), 9.0f, 1e-5f) << "one unit away";
+    EXPECT_NEAR(arriving(point, {1, 2, 0}), 1.0f, 1e-6f);
     EXPECT_EQ(arriving(point, {1, 2, 3}), 0.0f) << "at the light itself";
-    EXPECT_NEAR(arriving(point, {1, 2, 3 + 1e-4}), 9e8f, 1e2f);
-
-    // Gauss: through a closed surface around it goes 4 pi times the radiant intensity, and through
-    // one beside it nothing.
-    for (const double away : {0.5, 4.5}) {
-        double flux = 0.0;
-        constexpr int kRings = 200;
-        for (int i = 0; i < kRings; ++i) {
-            // The light stands on the axis of a unit sphere, so far from its centre.
-            const double y = (i + 0.5) * 2 / kRings - 1, r = std::sqrt(1 - y * y);
-            const Vector normal{static_cast<float>(r), static_cast<float>(y), 0};
-            const float got = arriving(point, {1 + r, 2 + y - away, 3}, &direction);
-            flux -= got * dot(normal, direction) * kPi * 4 * kPi / kRings;
-        }
-        EXPECT_NEAR(flux / (4 * kPi * 9 * kPi), away < 1.0 ? 1.0 : 0.0, 1e-3);
-    }
-    EXPECT_FALSE(point.plugin.hasExtent());
-    LightHit hit;
-    EXPECT_FALSE(point.plugin.intersect({1, 0, 3}, {0, 1, 0}, 0, kRayFar, hit));
 }
 
 TEST(LightTest, SpotFadesFromItsInnerConeToItsEdge) {
     PluginHolder<LightSpot> spot;
-    spot.set("position", Color(0, 2, 0));
+    spot.set("position", Color(1, 2, 3));
     spot.set("direction", Color(0, -5, 0));
     spot.set("angle", 60.0f);
-    spot.set("falloff", 10.0f);
     spot.set("intensity", 4.0f);
-    const auto atDegrees = [&](double degrees) {
-        const double a = degrees * kPi / 180;
-        return arriving(spot, {2 * std::sin(a), 2 - 2 * std::cos(a), 0});
-    };
-    EXPECT_NEAR(atDegrees(0), 1.0f, 1e-6f);
-    EXPECT_NEAR(atDegrees(19.9), 1.0f, 1e-6f) << "the inner cone has all";
-    EXPECT_EQ(atDegrees(30.1), 0.0f);
-    EXPECT_EQ(atDegrees(180), 0.0f) << "behind the light";
-    float last = 1.0f;
-    for (double degrees = 20.1; degrees < 30; degrees += 0.5) {
-        const float now = atDegrees(degrees);
-        EXPECT_LT(now, last) << degrees;
-        last = now;
+    const double middle = std::acos((std::cos(kPi / 9) + std::cos(kPi / 6)) / 2) * 180 / kPi;
+    // Falloff, degrees off the axis, what arrives.
+    const double cases[][3] = {{10, 0, 1},   {10, 19.9, 1}, {10, middle, 0.5}, {10, 30.1, 0},
+                               {10, 180, 0}, {0, 29.9, 1},  {0, 30.1, 0}};
+    for (const auto& [falloff, degrees, expected] : cases) {
+        spot.set("falloff", static_cast<float>(falloff));
+        const Point at{1 + 2 * std::sin(degrees * kPi / 180), 2 - 2 * std::cos(degrees * kPi / 180),
+                       3};
+        EXPECT_NEAR(arriving(spot, at), expected, expected == 0.5 ? 1e-4 : 1e-6) << degrees;
     }
-    const double cosMiddle = (std::cos(kPi / 9) + std::cos(kPi / 6)) / 2;
-    EXPECT_NEAR(atDegrees(std::acos(cosMiddle) * 180 / kPi), 0.5f, 1e-4f);
-    EXPECT_NEAR(atDegrees(29.99), 0.0f, 1e-4f) << "no step at the edge";
-
-    spot.set("falloff", 0.0f);
-    EXPECT_NEAR(atDegrees(29.9), 1.0f, 1e-6f) << "a sharp edge";
-    EXPECT_EQ(atDegrees(30.1), 0.0f);
-    spot.set("angle", 360.0f);
-    EXPECT_NEAR(atDegrees(180), 1.0f, 1e-6f) << "the whole sphere";
-    EXPECT_FALSE(spot.plugin.hasExtent());
 }
 
 TEST(LightTest, DomeSamplesWhatItShows) {
