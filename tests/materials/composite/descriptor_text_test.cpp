@@ -4,22 +4,18 @@ namespace {
 
 class DescriptorText : public FakeHost {
 protected:
-    using Plugins = std::vector<PluginBase*>;
-
     DescriptorText() {
         a.text = "a\n";
         b.text = "b\n";
-        mute.hiddenFaces = {RTMtlInterface::kInterfaceID};
     }
 
-    std::string textOf(const char* plugin, std::initializer_list<Param> params,
-                       const char* section = "MaterialDescriptor") {
+    std::string textOf(const char* plugin, std::initializer_list<Param> params) {
         PelkMaterial& mtl = make(plugin, "leaf");
         startFrame(mtl, params);
-        return describe(mtl, section);
+        return describe(mtl, "MaterialDescriptor");
     }
 
-    RecordingMaterial a, b, c, mute;
+    RecordingMaterial a, b, c;
     FakeTexture texture;
 };
 
@@ -31,8 +27,6 @@ TEST_F(DescriptorText, OwnLinesStandAheadOfTheBases) {
               "color_value 0.250000 0.500000 1.000000\n");
     EXPECT_EQ(textOf("MtlSingleBRDF", {{"brdf", &a}, {"double_sided", 4}}),
               "1 double_sided 4\na\n");
-    EXPECT_EQ(textOf("MtlSingleBRDF", {{"brdf", &mute}}),
-              "1 double_sided 1\ndiffuse\ncolor 0.5 0.5 0.5\n");
     EXPECT_EQ(textOf("MtlMaterialID", {{"base_mtl", &a}, {"material_id_number", -3}}),
               "1 material_id_number -3\na\n");
     EXPECT_EQ(textOf("MtlRenderStats",
@@ -57,8 +51,6 @@ TEST_F(DescriptorText, LayersStandInFrames) {
     EXPECT_EQ(textOf("Mtl2Sided", {{"front", &a}, {"back", &b}}),
               leaf + "color 0.000000 0.000000 0.000000\na\n<coatlayer_end>\n" +
                   "<coatlayer_begin>\nweight_map\ncolor 1.0 1.0 1.0\nb\n<coatlayer_end>\n");
-    EXPECT_EQ(textOf("Mtl2Sided", {{"front", &a}, {"back", &mute}, {"translucency_tex", &texture}}),
-              leaf + "texture color \na\n<coatlayer_end>\n");
 
     EXPECT_EQ(textOf("MtlOverride", {{"base_mtl", &a},
                                      {"gi_mtl", &c},
@@ -68,27 +60,9 @@ TEST_F(DescriptorText, LayersStandInFrames) {
                                      {"shadow_mtl", &b}}),
               "1 override_mtl\noverride_sub_mtls_offsets 1,1,2,1,2\n" + frameOfA + frameOfB);
 
-    EXPECT_EQ(textOf("MtlMulti", {{"mtls_list", Plugins{&a, &b}}, {"wrap_id", true}}),
-              "1 mtlmulti_wrap 1\nmtlmulti_maxID 1\n");
-    Plugins many{&a, nullptr, &b};
-    many.resize(10);
-    many.push_back(&b);  // beyond what is described
-    EXPECT_EQ(textOf("MtlMulti", {{"mtls_list", many}, {"mtlid_gen", &texture}}),
-              "1 mtl_switch\nemission\nuvw_transform 1.000000,1.000000,2.000000,1.000000,"
-              "1.000000,1.000000,1.000000,1.000000,1.000000,1.000000,0.000000,0.000000\n"
-              "diffuse\ntexture color name\n" +
-                  frameOfA + frameOfB);
-}
-
-TEST_F(DescriptorText, OtherSectionsAreTheBasesOrNone) {
-    const char* hierarchy = "HierarchyDescriptor";
-    EXPECT_EQ(textOf("MtlDiffuse", {}, hierarchy), "0 ");
-    EXPECT_EQ(textOf("MtlMaterialID", {{"base_mtl", &a}}, "x"), "0 ");
-    EXPECT_EQ(textOf("MtlRenderStats", {{"base_mtl", &a}}, "x"), "1 a\n");
-    EXPECT_EQ(textOf("Mtl2Sided", {{"front", &a}, {"back", &b}}, hierarchy),
-              "1 Num_children: 2\na\nb\n");
-    a.textSection = "x";
-    EXPECT_EQ(textOf("MtlSingleBRDF", {{"brdf", &a}}, hierarchy), "0 double_sided 1\n");
+    EXPECT_EQ(
+        textOf("MtlMulti", {{"mtls_list", std::vector<PluginBase*>{&a, &b}}, {"wrap_id", true}}),
+        "1 mtlmulti_wrap 1\nmtlmulti_maxID 1\n");
 }
 
 }  // namespace

@@ -41,7 +41,6 @@ protected:
     FakeFace face;
     FakeTexture texture;
     PelkMaterial& mtl = make("MtlMulti", "mix");
-    RTMtlInterface& multi = *findInterface<RTMtlInterface>(&mtl);
 };
 
 TEST_F(MtlMultiTest, TheFirstEntryWithTheIdShades) {
@@ -56,7 +55,6 @@ TEST_F(MtlMultiTest, TheFirstEntryWithTheIdShades) {
         {"wrapped", {0, 1, 2}, true, 4, 1},
         {"the largest isn't wrapped", {0, 1, 2}, true, 2, 2},
         {"wrapped to one that isn't there", {1, 3, 3}, true, 6, 0},
-        {"negative", {0, -2, 2}, true, -2, 1},
         {"wrapped without a largest", {-3, -2, -1}, true, 5, 0},
         {"ids run out", {5}, false, 2, 2},
     };
@@ -139,18 +137,6 @@ TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
                 EXPECT_EQ(sub.samplersOut, 0);
         }
     }
-}
-
-TEST_F(MtlMultiTest, TellsOfItsSubMaterials) {
-    subs[1].hiddenFaces = {RTMtlInterface::kInterfaceID};
-    startFrame(mtl, {{"mtls_list", Plugins{&subs[0], nullptr, &subs[1]}},
-                     {"ids_list", std::vector{4, 5, 2}},
-                     {"wrap_id", true}});
-    auto* first = findInterface<RTMtlInterface>(&subs[0]);
-    EXPECT_EQ(multi.getSubMtlByID(10), first) << "wrapped to 4";
-    EXPECT_EQ(multi.getSubMtlByID(3), nullptr) << "the first entry doesn't stand in";
-    for (const int index : {-1, 0, 1, 2, 3})
-        EXPECT_EQ(multi.getSubMtl(index), index == 0 ? first : nullptr) << index;
 }
 
 }  // namespace

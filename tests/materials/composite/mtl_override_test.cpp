@@ -1,5 +1,3 @@
-#include <array>
-
 #include "fake_host/fake_host.h"
 
 namespace {
@@ -31,7 +29,6 @@ TEST_F(MtlOverrideTest, TheRayPicksItsSlotElseTheBase) {
         int giDepth, disabled, slot;
     } cases[] = {
         {kRayCamera | kRayGi, 0, kBase, kBase},
-        {kRayReflect, 0, kBase, kReflect},
         {kRayRefract, 0, kBase, kRefract},
         {kRayReflect | kRayRefract, 0, kBase, kReflect},
         {kRayReflect, 1, kBase, kGi},
@@ -40,7 +37,7 @@ TEST_F(MtlOverrideTest, TheRayPicksItsSlotElseTheBase) {
         {kRayShadow | kRayReflect, 0, kShadow, kReflect},
         {kRayShadow, 0, kShadow, kBase},
         {kRayReflect, 1, kGi, kBase},
-        {kRayReflect | kRayRefract, 0, kReflect, kBase},
+        {kRayReflect, 0, kReflect, kBase},
         {kRayRefract, 0, kRefract, kBase},
     };
     for (const auto& c : cases) {
@@ -84,29 +81,6 @@ TEST_F(MtlOverrideTest, TheEnvironmentHoldsBelowTheMaterialAlone) {
         expectRayAndHitAsBefore(before, context);
         mtl.releaseBSDF(context, sampler);
     }
-    PelkMaterial& mirror = make("MtlDiffuse");
-    startFrame(mirror, {{"reflection", Color(1)}});
-    startFrame(mtl, {{"base_mtl", &mirror}, {"use_environment_override", true}});
-    BSDFSampler* sampler = mtl.getBSDF(context, 0);
-    int index = 0;
-    PelkContext* ray = sampler->getBRDF(kFrontSide)->getNewContext(context, index, 1);
-    EXPECT_EQ(ray->environment, &sky) << "the spawned ray keeps it";
-    ray->releaseContext();
-    mtl.releaseBSDF(context, sampler);
-}
-
-TEST_F(MtlOverrideTest, OpaqueFlagsGoByTheShadowMaterialElseByAllOthers) {
-    const auto flagsOf = [&](std::array<int, kNumSlots> flags, bool enableShadow) {
-        for (int i = 0; i < kNumSlots; ++i)
-            subs[i].opaqueFlags = flags[i];
-        // Another disabled slot is asked all the same.
-        startFrame(mtl, {{"enable_shadow_mtl", enableShadow}, {"enable_gi_mtl", false}});
-        return mtl.getOpaqueFlags();
-    };
-    EXPECT_EQ(flagsOf({0, 2, 0, 0, 1}, true), 3);
-    EXPECT_EQ(flagsOf({1, 1, 1, 1, 2}, true), 0) << "the shadow material lets through";
-    EXPECT_EQ(flagsOf({1, 1, 1, 1, 0}, false), 1);
-    EXPECT_EQ(flagsOf({1, 0, 3, 1, 1}, false), 2) << "one of the others does";
 }
 
 }  // namespace

@@ -1,6 +1,3 @@
-#include <set>
-#include <string>
-
 #include "materials/library/hit_roads.h"
 
 namespace {
@@ -22,33 +19,6 @@ protected:
         EXPECT_EQ(base.samplersOut, 0);
     }
 };
-
-/// A host that only listens.
-struct Listener final : PelkPluginHost {
-    std::vector<std::string> names;  ///< of the plug-in and its parameters
-
-    void addPluginDesc(PluginDesc* desc) override { names.emplace_back(desc->getName()); }
-    void removePluginDesc(PluginDesc*) override { names.clear(); }
-    void addParameter(PluginDesc*, const ParameterDesc& parameter) override {
-        names.emplace_back(parameter.name);
-    }
-};
-
-TEST_F(EveryMaterial, PublishesEachParameterOnceAndInOrder) {
-    for (PelkPluginDesc* desc : kinds()) {
-        Listener host;
-        desc->registerPlugin(&host);
-        std::vector<std::string> expected{desc->getName()};
-        const PelkParameterListDesc& list = *desc->getParameterListDesc();
-        for (int i = 0; i < list.getNumParameters(); ++i)
-            expected.emplace_back(list.getParameter(i).name);
-        EXPECT_EQ(host.names, expected);
-        EXPECT_EQ(std::set(host.names.begin(), host.names.end()).size(), expected.size())
-            << "two parameters of one name";
-        desc->unregisterPlugin(&host);
-        EXPECT_TRUE(host.names.empty());
-    }
-}
 
 // Hosts ask for samplers when they like. Outside the life of its pool a material has none, and a
 // render that follows may have more threads.

@@ -36,25 +36,15 @@ protected:
                                      {"visibility", 0.5f},
                                      {"shadows_receive", false},
                                      {"camera_visibility", visible}});
-        PelkMaterial* byRay = start("MtlOverride", {{"base_mtl", &base},
-                                                    {"use_environment_override", true},
-                                                    {"environment_override", &texture}});
-        start("MtlMulti", {{"mtls_list", Plugins{byRay, &base}}, {"mtlid_gen", &texture}});
         start("MtlMulti", {{"mtls_list", Plugins{&base, diffuse}},
                            {"mtlid_gen_float", &texture},
                            {"wrap_id", true}});
-        start("MtlWrapper", {{"base_material", &base}, {"alpha_contribution", 0.5f}});
-        // Mattes by way of the base's channels and of a mirror ray, and one that a mirror sees,
-        // which looks its place on the picture up.
+        // A matte by way of the base's channels, and one that a mirror sees, which looks its place
+        // on the picture up. Those by way of a mirror ray have their switches turned.
         start("MtlWrapper", {{"base_material", &base},
                              {"matte_surface", true},
                              {"shadows", true},
                              {"reflection_filter_tex", &texture}});
-        start("MtlWrapperMaya", {{"base_material", &base},
-                                 {"matte_surface", true},
-                                 {"shadows", true},
-                                 {"maya_background_shader_compatibility", true},
-                                 {"reflection_filter_tex", &texture}});
         start("MtlWrapper", {{"base_material", &base},
                              {"matte_surface", true},
                              {"matte_for_secondary_rays", 2},
@@ -150,33 +140,26 @@ protected:
 
 private:
     void setAny(PelkMaterial& material, const ParameterDesc& desc, Switches switches) {
+        PluginBase* plugin = nullptr;
         switch (desc.type) {
             case ParameterType::Bool:
                 if (switches == Switches::Turned)
                     setParam(material, Param(desc.name, !desc.intDefault));
-                break;
+                return;
             case ParameterType::Plugin:
-                setPlugin(material, desc);
+                if (desc.interfaceID == RenderChannelInterface::kInterfaceID)
+                    plugin = &channel;
+                else if (desc.interfaceID == 0 || PelkMaterial::Offered::contains(desc.interfaceID))
+                    plugin = &base;
                 break;
             case ParameterType::Texture:
             case ParameterType::TextureFloat:
             case ParameterType::TextureInt:
-                if (desc.isList())
-                    setParam(material, Param(desc.name, std::vector<PluginBase*>(2, &texture)));
-                else
-                    setParam(material, Param(desc.name, &texture));
+                plugin = &texture;
                 break;
             default:
-                break;  // numbers and texts stay as they are
+                return;  // numbers and texts stay as they are
         }
-    }
-
-    void setPlugin(PelkMaterial& material, const ParameterDesc& desc) {
-        PluginBase* plugin = nullptr;
-        if (desc.interfaceID == RenderChannelInterface::kInterfaceID)
-            plugin = &channel;
-        else if (desc.interfaceID == 0 || PelkMaterial::Offered::contains(desc.interfaceID))
-            plugin = &base;
         if (desc.ofPairs)
             setParam(material, Param(desc.name, std::vector<NumberAndPlugin>{{1, plugin}}));
         else if (desc.isList())

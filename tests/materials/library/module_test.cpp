@@ -2,7 +2,6 @@
 
 #include "base/test_heap.h"
 #include "fake_host/fake_host.h"
-#include "pelk/base/crash_handler.h"
 #include "pelk/base/exception_msg.h"
 #include "pelk/contract/plugin_desc.h"
 
@@ -24,30 +23,22 @@ const struct {
 };
 constexpr int kNumPlugins = std::size(kPlugins);
 
-/// Goes on until a number of descriptors has been seen.
 struct Collect final : EnumPluginDescCallback {
-    explicit Collect(int most) : limit(most) {}
     int process(PluginDesc* desc) override {
         seen.push_back(desc);
-        return static_cast<int>(seen.size()) < limit;
+        return 1;  // go on
     }
 
-    int limit;
     std::vector<PluginDesc*> seen;
 };
-
-bool isLoaded() {
-    return dlopen(MaterialsModule::path(), RTLD_NOW | RTLD_NOLOAD);
-}
 
 TEST(Module, ListsItsPluginsInOrderWithTheirFaces) {
     MaterialsModule module;
     PluginLibDesc& lib = *module.getLibDesc();
     EXPECT_STREQ(lib.getLibraryName(), "Materials");
     EXPECT_STREQ(lib.getLibraryDescription(), "Pelk Materials");
-    Collect all(100), first(1);
+    Collect all;
     EXPECT_EQ(lib.enumPluginDescs(&all), kNumPlugins);
-    EXPECT_EQ(lib.enumPluginDescs(&first), 1) << "the one at which it stopped counts";
     for (int i = 0; i < kNumPlugins; ++i) {
         SCOPED_TRACE(kPlugins[i].name);
         PluginDesc& desc = *all.seen[i];
@@ -115,22 +106,9 @@ TEST(Module, LoadsWithoutMemoryNeitherHalfNorForGood) {
         }
         EXPECT_EQ(entry()->enumPluginDescs(nullptr), kNumPlugins) << refusals;
         platform::releaseModule(module);
-        EXPECT_FALSE(isLoaded()) << "something keeps the module from unloading";
+        EXPECT_FALSE(dlopen(MaterialsModule::path(), RTLD_NOW | RTLD_NOLOAD)) << "still loaded";
     }
     EXPECT_GT(refusals, 2 * kNumPlugins) << "a list and a node each";
 }
-
-#ifdef PELK_TEST_REAL_CRASHES
-TEST_F(FakeHost, FaultsInAMaterialBecomeExceptions) {
-    PelkMaterial& diffuse = make("MtlDiffuse");
-    startFrame(diffuse);
-    FakeContext context = hit();
-    context.threadData = nullptr;
-    crashDumpWritten = 1;  // nobody wants the dump
-    installCrashHandler();
-    EXPECT_THROW(diffuse.getBSDF(context, 0), ExceptionMsg);
-    platform::setFaultTranslator(nullptr);
-}
-#endif
 
 }  // namespace

@@ -1,32 +1,22 @@
 #include <dlfcn.h>
 #include <pthread.h>
 
-#include <cerrno>
 #include <cstddef>
 
 #include "materials/library/hit_roads.h"
 #include "pelk/base/memory.h"
 #include "pelk/platform/lock.h"
 
-namespace {
-
 /// What a thread asked of the runtime library.
-struct RuntimeCalls {
+static thread_local struct RuntimeCalls {
     long heap = 0;   ///< memory taken or given back
-    long locks = 0;  ///< mutexes and read-write locks entered
-};
+    long locks = 0;  ///< mutexes entered
+} calls;
 
-thread_local RuntimeCalls calls;
-
-template <class Function>
-int lockBy(const char* name, Function*& next, auto* lock) {
+static int lockBy(const char* name, pthread_mutex_t* lock) {
     ++calls.locks;
-    if (!next)
-        next = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-    return next(lock);
+    return reinterpret_cast<decltype(&pthread_mutex_lock)>(dlsym(RTLD_NEXT, name))(lock);
 }
-
-}  // namespace
 
 // The functions below stand in front of the runtime's for the whole process, libpelk and the
 // module included, since a program's own names are found first. Other libraries are to find them
@@ -35,22 +25,11 @@ int lockBy(const char* name, Function*& next, auto* lock) {
 extern "C" {
 
 void* __libc_malloc(std::size_t size);
-void* __libc_realloc(void* block, std::size_t size);
-void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 
 void* malloc(std::size_t size) noexcept {
     ++calls.heap;
     return __libc_malloc(size);
-}
-void* realloc(void* block, std::size_t size) noexcept {
-    ++calls.heap;
-    return __libc_realloc(block, size);
-}
-int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
-    ++calls.heap;
-    *block = __libc_memalign(alignment, size);
-    return *block ? 0 : ENOMEM;
 }
 void free(void* block) noexcept {
     ++calls.heap;
@@ -58,16 +37,10 @@ void free(void* block) noexcept {
 }
 
 int pthread_mutex_lock(pthread_mutex_t* lock) noexcept {
-    static decltype(pthread_mutex_lock)* next;
-    return lockBy("pthread_mutex_lock", next, lock);
+    return lockBy("pthread_mutex_lock", lock);
 }
 int pthread_mutex_trylock(pthread_mutex_t* lock) noexcept {
-    static decltype(pthread_mutex_trylock)* next;
-    return lockBy("pthread_mutex_trylock", next, lock);
-}
-int pthread_rwlock_rdlock(pthread_rwlock_t* lock) noexcept {
-    static decltype(pthread_rwlock_rdlock)* next;
-    return lockBy("pthread_rwlock_rdlock", next, lock);
+    return lockBy("pthread_mutex_trylock", lock);
 }
 }
 #pragma GCC visibility pop
