@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "pelk/support/plugin_manager_default.h"
+#include "pelk/support/streams.h"
 #include "recording_log.h"
 #include "support/plugin_modules/listed_library.h"
 #include "temporary_directory.h"
@@ -124,15 +125,26 @@ TEST_F(PluginManagerTest, RefusedLibrariesAreReportedAndTheOthersLoaded) {
                                       StartsWith("null.so: getLibDesc gives no"),
                                       StartsWith("text.so: LoadLibrary failed (")));
     EXPECT_EQ(log.texts.end()[-2], "i 1 plugin(s) loaded successfully");
+    EXPECT_FALSE(load("missing*.so"));
+
+    // A mask that fits where the path of what it finds does not.
+    const std::filesystem::path wide = directory.path / std::string(240, 'd');
+    const std::filesystem::path deep = wide / std::string(500 - wide.string().size(), 'e');
+    std::filesystem::create_directories(deep);
+    std::ofstream(deep / "a_long_name.so");
+    EXPECT_FALSE(manager->loadLibrary((deep / "*.so").c_str(), &host, &log));
+    EXPECT_EQ(refusals.back(), "a_long_name.so: the path is too long");
 }
 
 TEST_F(PluginManagerTest, EachIdBelongsToTheFirstLibraryThatHasIt) {
     install("two_plugins", "a.so");
     install("two_plugins", "b.so");
     PluginLibDesc* a = load("a.so");
+    PluginDesc* tint = manager->getPluginDesc("TestTint");
     load("b.so");
     EXPECT_THAT(log.texts, Contains("w Duplicate plugin IDs: TestTint and TestTint"));
     EXPECT_EQ(host.texts.size(), 2u) << "descriptors are added once";
+    EXPECT_EQ(manager->getPluginDesc(101), tint);
     EXPECT_THAT(firstDescs(), ElementsAre("TestTint", "TestGlow")) << "of b alone";
     EXPECT_TRUE(manager->unloadLibrary(a, &host));
     EXPECT_TRUE(manager->unloadAllLibraries(&host));
@@ -154,6 +166,7 @@ TEST_F(PluginManagerTest, ListsAreCutAndJoinedByTheRules) {
         return found;
     };
     EXPECT_EQ(tried("a;bc;d", "x"), (Texts{"bcx", "dx"})) << "one character counts at the end";
+    EXPECT_EQ(tried("p/;q/", "*.a;*.b"), (Texts{"p/*.a", "p/*.b", "q/*.a", "q/*.b"}));
     EXPECT_EQ(tried(";;aa;;bb;", "mm;"), (Texts{"aamm", "bbmm"})) << "empty ends";
     EXPECT_EQ(tried(" \t\\\\host//share\\", "m"), Texts{"\\\\host/share\\m"}) << "a network prefix";
     EXPECT_EQ(tried(dir, "mm"), Texts{dir + "mm"}) << "a path of 1023 characters";
@@ -161,13 +174,15 @@ TEST_F(PluginManagerTest, ListsAreCutAndJoinedByTheRules) {
 }
 
 TEST_F(PluginManagerTest, LibraryThatThrowsSpoilsTheResultButNotTheOthers) {
+    install("throwing_list", "thrower.so");
+    EXPECT_THROW(load("thrower.so"), int);
     install("throwing", "a.so");
     install("two_plugins", "b.so");
     const std::string dirs = directory.file("");
     EXPECT_FALSE(loadPlugins(*manager, dirs.c_str(), "a.so;b.so", &host, &log));
     EXPECT_THAT(log.texts, Contains("e Fatal error loading plugins."));
     EXPECT_EQ(refusals.back(), "a.so: no licence");
-    // Its record has no description, which the walks pass over.
+    // Their records have no description, which the walks pass over.
     EXPECT_THAT(firstDescs(), ElementsAre("TestTint", "TestGlow"));
 }
 
@@ -199,8 +214,74 @@ TEST_F(PluginManagerTest, InstancesAreNumbered) {
     EXPECT_EQ(newNumber(), 102u) << "100 and 101 are in use";
     manager->deletePlugin(manager->getPlugin(102));
     EXPECT_EQ(newNumber(), 103u) << "nor is that of the dead";
-    manager->deleteAllPlugins();
+}
+
+TEST_F(PluginManagerTest, InstancesAreFoundMovedAndDeleted) {
+    manager->registerPluginDesc(&own, nullptr);
+    Plugin* first = manager->newPlugin(7, nullptr, 0);
+    Plugin* second = manager->newPlugin(7, nullptr, 0);
+    for (Plugin* plugin : {first, second}) {
+        manager->setPluginID(plugin, 9);
+        EXPECT_EQ(manager->getPlugin(9), plugin);
+    }
+    EXPECT_EQ(own.alive, 2) << "the displaced one is only not found any more";
+    own.deletePlugin(first);
+
+    struct Deleter final : EnumPluginCallback {
+        PluginManager* manager = nullptr;
+        int process(Plugin* plugin) override {
+            manager->deletePlugin(plugin);
+            return 1;
+        }
+    } deleter;
+    deleter.manager = manager;
+    newNumber(10);
+    EXPECT_EQ(manager->enumPlugins(&deleter), 2);
     EXPECT_EQ(own.alive, 0);
+}
+
+TEST_F(PluginManagerTest, StateIsALabelAndTheLastNumber) {
+    struct Stream final : OutputStream, InputStream {
+        std::string bytes;
+        int write(const void* data, u32 size, u32& written) override {
+            bytes.append(static_cast<const char*>(data), written = size);
+            return 1;
+        }
+        int read(void* data, u32 size, u32& read) override {
+            read = static_cast<u32>(bytes.copy(static_cast<char*>(data), size));
+            bytes.erase(0, read);
+            return read == size;
+        }
+    } stream;
+    const std::string saved("\0\1\0\0\x08\x07\x06\x05\x04\x03\x02\x01", 12);
+    manager->registerPluginDesc(&own, nullptr);
+    manager->setNextPluginID(0x0102030405060708);
+    EXPECT_EQ(manager->saveState(stream), 1);
+    EXPECT_EQ(stream.bytes, saved);
+    manager->setNextPluginID(5);
+    for (const std::string& bad : {std::string(12, '\1'), saved.substr(0, 11)}) {
+        stream.bytes = bad;
+        EXPECT_EQ(manager->loadState(stream), 0);
+    }
+    EXPECT_EQ(newNumber(), 6u);
+    stream.bytes = saved;
+    EXPECT_EQ(manager->loadState(stream), 1);
+    EXPECT_EQ(newNumber(), 0x0102030405060709u);
+}
+
+TEST_F(PluginManagerTest, DescriptorsMayBeListedWhileOtherLibrariesGo) {
+    struct Unloader final : EnumPluginDescCallback {
+        DefaultPluginManager* manager = nullptr;
+        PluginLibDesc* other = nullptr;
+        int process(PluginDesc*) override { return manager->unloadLibrary(other, nullptr) + 1; }
+    } unloader;
+    unloader.manager = manager;
+    install("two_plugins", "a.so");
+    install("two_plugins", "b.so");
+    unloader.other = load("a.so");
+    load("b.so");
+    EXPECT_GE(manager->enumPluginDescs(&unloader), 2);
+    EXPECT_EQ(manager->enumLibraries(nullptr), 2);
 }
 
 }  // namespace

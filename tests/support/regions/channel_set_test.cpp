@@ -1,6 +1,6 @@
 #include "pelk/support/regions/channel_set.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <cstring>
 
@@ -35,12 +35,13 @@ TEST(ChannelSetTest, IndicesAreThoseOfTheRegionUpToAnAliasWithoutAChannel) {
 /// One pixel of a region with one channel of each way of averaging.
 class ChannelKindsTest : public testing::Test {
 protected:
-    enum Index { kSpecular, kMaterialID, kUV, kDepth, kRenderID };
+    enum Index { kSpecular, kMaterialID, kUV, kDepth, kRenderID, kMine };
 
     ChannelKindsTest() {
         constexpr int kAsked[] = {kAliasSpecular, kAliasMaterialIDNumber, kAliasUV, kAliasZDepth,
                                   kAliasRenderID};
         channels.addAliases(kAsked);
+        channels.add(newCustomChannel("mine", kChannelFloat));
         region.setRect(0, 0, 1, 1);
         region.setChannels(channels.getList());
         region.beginRendering();
@@ -50,6 +51,7 @@ protected:
         fragment.addAlias(kAliasSpecular, &specular);
         fragment.addAlias(kAliasMaterialIDNumber, &id);
         fragment.setChannel(kUV, &uv);
+        fragment.setChannel(kMine, &uv.x);
         fragment.zDepth = -distance;  // the camera's axis points backwards
         fragment.renderID = 10 * id;
         fragment.weight = 1.0f;
@@ -78,6 +80,7 @@ TEST_F(ChannelKindsTest, RadianceIsAveragedOverThePixelAndMeasuresOverTheFrontAl
     region.storeFragments(0, 0, list);
 
     EXPECT_EQ(pixel<Color>(kSpecular), Color(5, 4, 3));
+    EXPECT_FLOAT_EQ(pixel<float>(kMine), 0.25f + 0.125f + 0.1875f);
     EXPECT_FLOAT_EQ(pixel<float>(kDepth), 3) << "2, 2 and 5";
     EXPECT_FLOAT_EQ(pixel<Pair>(kUV).x, 1.25f / 3);
     EXPECT_EQ(pixel<int>(kMaterialID), 2) << "an id is never a mean";
@@ -95,6 +98,7 @@ TEST_F(ChannelKindsTest, BehindASeeThroughSurfaceRadianceCountsByTheTransparency
     region.storeFragments(0, 0, list);
 
     EXPECT_EQ(pixel<Color>(kSpecular), Color(2, 2, 1));
+    EXPECT_FLOAT_EQ(pixel<float>(kMine), 0.5f + 0.25f) << "by the mean transparency";
     EXPECT_EQ(pixel<Pair>(kUV), (Pair{0.5f, 0.25f}));
     EXPECT_EQ(pixel<int>(kMaterialID), 1);
     EXPECT_FLOAT_EQ(pixel<float>(kDepth), 3);

@@ -55,6 +55,24 @@ TEST_F(FragmentTest, AddSumsWeightedSamples) {
     sum.addFragment(&numbered(100), Color(1), 0);
     EXPECT_EQ(values(sum), (Values{150, 156, 162, 168, 174, 150, 154, 158, 18}));
     EXPECT_THAT(c.owned[0]->added, testing::ElementsAre(0, 1));
+    sum.color = Color(2);
+    sum.multiply(sum.color, 0);  // the weights are a field of its own
+    EXPECT_EQ(values(sum), (Values{4, 312, 324, 336, 348, 300, 308, 316, 18}));
+}
+
+TEST_F(FragmentTest, AddBehindComposites) {
+    for (int mode : {1, 2}) {
+        PKFragment& front = make();
+        front.clear(mode);
+        front.transparency = Color(0.5f);
+        for (float n : {10.0f, 100.0f})  // weights count in sums alone
+            front.addFragment(&numbered(n), Color(9), mode);
+        Values expected{5 + 650, 11 + 14 * 101, 6 + 6.5f * 102, 6.5f * 103, 14 * 104, 0, -1e18f, 1,
+                        -1};
+        if (mode == 1)  // the first one gives the rest
+            std::copy_n(Values{15, 16, 17, 18}.begin(), 4, expected.begin() + 5);
+        EXPECT_EQ(values(front), expected);
+    }
 }
 
 TEST_F(FragmentTest, AliasesReachTheFieldAndEveryChannel) {
@@ -95,6 +113,23 @@ TEST_F(FragmentTest, ChannelsByIndex) {
     f.setChannel(0, &value);
     EXPECT_EQ(f.zDepth, 3.0f);
     EXPECT_EQ(slots(f)[0], 100.0f) << "the main value has it, not the slot";
+}
+
+TEST_F(FragmentTest, ColorMapper) {
+    c.add(kChannelColor, 50);
+    begin();
+    TestMapper mapper(' ', 1.0f);
+    PKFragment& f = make();
+    f.color = Color(2);
+    f.background = Color(3);
+    f.transparency = Color(0.75f);
+    f.applyColorMapper(&mapper, 1);
+    EXPECT_EQ(*slots(f), 1.0f) << "of the channel";
+    EXPECT_EQ(f.color, Color(2.0f + 0.25f)) << "as much as is covered";
+    EXPECT_EQ(f.background, Color(3.0f + 0.75f)) << "as much as shines through";
+    f.applyColorMapper(&mapper, 0);
+    EXPECT_EQ(f.color, Color(2.25f + 3.75f + 1.0f)) << "both together";
+    EXPECT_EQ(f.background, Color(0));
 }
 
 TEST_F(FragmentTest, FinishedPixelIsMadeOfFrontAndTotal) {

@@ -1,6 +1,6 @@
 #include "pelk/support/regions/pixel_readout.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <cmath>
@@ -16,10 +16,10 @@ using Values = std::vector<float>;
 class PixelReadoutTest : public testing::Test {
 protected:
     /// A channel whose pixels are these values, one after the other; a region is one row of them.
-    int channel(int type, const Values& values, int alias = 0) {
+    int channel(int type, const Values& values, int alias = 0, int flags = 0) {
         if (region.getWidth() == 0)
             region.setRect(100, 50, 100 + 4 * std::ssize(values) / channelTypeSize(type), 51);
-        const int index = region.addChannel(&c.add(type, alias));
+        const int index = region.addChannel(&c.add(type, alias, "", flags));
         region.allocateChannelBuffer(index);
         std::memcpy(region.getChannels()[index].buffer->item(0), values.data(), values.size() * 4);
         return index;
@@ -37,13 +37,14 @@ protected:
     Values readAs(int index, int format, int order, int alpha, int mode) {
         const int bytes = pixelFormatSize(format) * region.getWidth();
         std::vector<Number> out(bytes / sizeof(Number), Number(9));
-        EXPECT_TRUE(region.getPixels(index, alpha, whole(), format, bytes, out.data(), order, 0,
-                                     nullptr, mode));
+        EXPECT_TRUE(region.getPixels(index, alpha, whole(), format, bytes, out.data(), order,
+                                     static_cast<int>(mappers.size()), mappers.data(), mode));
         return Values(out.begin(), out.end());
     }
 
     TestChannels c;
     PKRegionData region;
+    std::vector<ColorMapper*> mappers;
 };
 
 TEST_F(PixelReadoutTest, QuantisingCutsTheRangeIntoEqualSteps) {
@@ -58,20 +59,46 @@ TEST_F(PixelReadoutTest, QuantisingCutsTheRangeIntoEqualSteps) {
 
 TEST_F(PixelReadoutTest, Conversions) {
     const int colour = channel(kChannelColor, {0.25f, 0.5f, 1});
+    const int value = channel(kChannelFloat, {0.75f});
     const int pair = channel(kChannelFloat2, {0.25f, -0.125f});
     const int vector = channel(kChannelVector, {-1, 0, 0.5f});
     const int covered = channel(kChannelAColor, {0.25f, 0.5f, 1, 0.5f});
     const int gray = channel(kChannelColor, {0, 0.75f, 0.75f}, 125);
+    const auto raw = [&](int index, int format) { return read(index, format, 0, -1, 2); };
     const auto alphaFrom = [&](int index) { return read(colour, 300, 0, index)[3]; };
     EXPECT_EQ(read(colour, 104), (Values{1.75f * 0.33333334f})) << "colour in gray";
     EXPECT_EQ(read(colour, 200, 1), (Values{255, 128, 64})) << "blue first";
     EXPECT_EQ(read(colour, 203, 1), (Values{0.25f, 0.5f, 1})) << "floats have red first";
     EXPECT_EQ(read(pair, 104), (Values{0.0625f})) << "pair in gray";
+    EXPECT_EQ(raw(pair, 200), (Values{192, 96, 0})) << "pair in bytes";
     EXPECT_EQ(read(vector, 203), (Values{0, 0.5f, 0.75f})) << "vector";
-    EXPECT_EQ(read(vector, 203, 0, -1, 2), (Values{-1, 0, 0.5f})) << "raw vector";
+    EXPECT_EQ(raw(vector, 203), (Values{-1, 0, 0.5f})) << "raw vector";
     EXPECT_EQ(read(covered, 303, 0, gray)[3], 0.5f) << "an alpha of its own";
     EXPECT_EQ(alphaFrom(gray), 128) << "alpha from a colour's gray";
+    EXPECT_EQ(alphaFrom(value), 192) << "alpha from a value";
     EXPECT_EQ(alphaFrom(pair), 255) << "a pair is no alpha";
+}
+
+TEST_F(PixelReadoutTest, IdsAreRaw) {
+    const u32 ids[] = {7, 8, 0x12345700, 0xFFFFFFFF};
+    const int index = channel(kChannelInt, Values(4));
+    std::memcpy(region.getChannels()[index].buffer->item(0), ids, sizeof ids);
+    EXPECT_EQ(read(index, 101), (Values{7, 8, 0x5700, 65535}));
+    EXPECT_EQ(read(index, 104), (Values{7, 8, 0x12345700, -1}));
+    u32 raw[4];
+    region.getPixels(index, -1, whole(), 102, sizeof raw, raw, 0, 0, nullptr);
+    EXPECT_THAT(raw, testing::ElementsAreArray(ids));
+}
+
+TEST_F(PixelReadoutTest, MappersSeeColoursOnceAndInOrder) {
+    TestMapper a('a', 0.5f), b('b', 0.25f);
+    mappers = {&a, nullptr, &b};
+    const Values values{1, 0.5f, 0, 0, 0, 0};
+    const int colour = channel(kChannelColor, values);
+    EXPECT_EQ(read(colour, 303), (Values{0.125f, 0.0625f, 0, 0.125f, 0, 0, 0, 0.125f}));
+    EXPECT_EQ(read(channel(kChannelColor, values, 125), 203), values) << "an alpha";
+    EXPECT_EQ(read(channel(kChannelColor, values, 0, kChannelNoColorMapping), 203), values);
+    EXPECT_EQ(TestMapper::log, "abab");
 }
 
 TEST_F(PixelReadoutTest, BadRequestsWriteNothing) {

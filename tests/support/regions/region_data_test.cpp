@@ -1,6 +1,6 @@
 #include "pelk/support/regions/region_data.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <climits>
 
@@ -82,6 +82,19 @@ TEST_F(RegionDataTest, SyncKeepsWhatFits) {
     EXPECT_EQ(sync("abcc", "abccc"), "abccC");
     // d and c are looked for from the third name on, so they go, and come back without pixels.
     EXPECT_EQ(sync("abcd", "dcxy", 1), "abYXCD");
+}
+
+TEST_F(RegionDataTest, PixelsStartFilledAndAreClearedInTheRectangle) {
+    c.add(kChannelColor, 1, "a");
+    c.add(kChannelColor, 1, "elsewhere", kChannelNoBuffer);
+    begin(8, 4);
+    EXPECT_EQ(pixel(0, 31), 0.25f);
+    EXPECT_EQ(record(1).buffer, nullptr);
+    region.setRect(0, 0, 4, 2);
+    c.owned[0]->start = 0.5f;
+    region.clear();
+    EXPECT_EQ(pixel(0, 7), 0.5f);
+    EXPECT_EQ(pixel(0, 8), 0.25f) << "not of this rectangle";
 }
 
 TEST_F(RegionDataTest, RegionsOfHugeSizeAreRefusedAndNoHarm) {

@@ -22,7 +22,7 @@ public:
     TestChannel(int ofType, int ofAlias, std::string named = "", int withFlags = 0)
         : type(ofType), alias(ofAlias), name(std::move(named)), flags(withFlags) {}
 
-    void fillPixels(void* pixels, int count) override { fill(pixels, 0.25f, count); }
+    void fillPixels(void* pixels, int count) override { fill(pixels, start, count); }
     void clearData(void* data, int mode) override { fill(data, 100.0f + mode); }
     void setValue(void* data, const void* value) override {
         std::memcpy(data, value, channelTypeSize(type));
@@ -35,7 +35,7 @@ public:
         *static_cast<float*>(data) *= by.r;
     }
     void setColorData(void* data, const Color& color) override { fill(data, color.g); }
-    void mapData(void*, Fragment*, ColorMapper*, int) override {}
+    void mapData(void* data, Fragment*, ColorMapper*, int) override { fill(data, 1.0f); }
     void storePixel(int, int, void* pixel, Fragment* front, Fragment* total, float,
                     int index) override {
         stored.push_back({pixel, front, total, index});
@@ -49,6 +49,7 @@ public:
     int type, alias;
     std::string name;
     int flags;
+    float start = 0.25f;     ///< what fillPixels writes
     std::vector<int> added;  ///< what addData was told of data in the slot
     std::vector<Stored> stored;
 
@@ -56,6 +57,25 @@ private:
     void fill(void* data, float value, int items = 1) {
         std::fill_n(static_cast<float*>(data), items * channelTypeSize(type) / 4, value);
     }
+};
+
+/// Adds 1 to colours of fragments, the background's too; at pixels it scales, and writes its name
+/// down.
+struct TestMapper : ColorMapper {
+    TestMapper(char named, float by) : name(named), factor(by) {}
+    void mapColor(Color& out, const Color& in) override { out = in + Color(1.0f); }
+    void mapPixel(Color& color, Color& alpha, int) override {
+        log += name;
+        color *= factor;
+        alpha *= factor;
+    }
+    void beginMapping(int) override {}
+    void endMapping(int) override {}
+    int mapsBackground() override { return 1; }
+
+    char name;
+    float factor;
+    static inline std::string log;
 };
 
 /// Channel objects of a test, and the list of them as a region takes it.
