@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include "host/plugins/plugin_holder.h"
@@ -13,40 +14,80 @@
 namespace Tarnkit {
 namespace {
 
+template <class Geometry>
+Mesh meshOf(PluginHolder<Geometry>& shape) {
+    Mesh mesh;
+    std::string error;
+    shape.startFrame();
+    EXPECT_TRUE(shape.plugin.buildMesh(mesh, error)) << error;
+    return mesh;
+}
+
 Vector areaVector(const Mesh& mesh, std::size_t triangle) {
     const auto& t = mesh.triangles[triangle];
     const Vector& a = mesh.positions[t[0]];
     return cross(mesh.positions[t[1]] - a, mesh.positions[t[2]] - a) * 0.5f;
 }
 
+/// The volume inside a closed mesh; negative if its fronts look inward.
+double volume(const Mesh& mesh) {
+    double sum = 0;
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i)
+        sum += dotDouble(areaVector(mesh, i), mesh.positions[mesh.triangles[i][0]]) / 3.0;
+    return sum;
+}
+
+/// Every vertex normal lies on the front side of the triangles around it, and is unit.
+void expectNormalsInFront(const Mesh& mesh) {
+    ASSERT_EQ(mesh.normals.size(), mesh.positions.size());
+    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
+        const Vector front = areaVector(mesh, i);
+        EXPECT_GT(length(front), 0.0f) << "collapsed triangle " << i;
+        for (const u32 corner : mesh.triangles[i]) {
+            EXPECT_GT(dot(mesh.normals[corner], front), 0.0f) << "triangle " << i;
+            EXPECT_NEAR(length(mesh.normals[corner]), 1.0f, 1e-5f);
+        }
+    }
+}
+
 TEST(GeomSphere, IsABallThatKeepsItsFrontsWhenStretchedAndMirrored) {
     PluginHolder<GeomSphere> ball;
     ball.set("radius", 2.0f);
     ball.set("scale", Color(-4, 1, 0.25f));
-    ball.startFrame();
-    Mesh mesh;
-    std::string error;
-    ASSERT_TRUE(ball.plugin.buildMesh(mesh, error)) << error;
+    const Mesh mesh = meshOf(ball);
+    const double expected = 4 * std::numbers::pi * 8 / 3;
+    EXPECT_NEAR(volume(mesh), expected, expected * 2e-3);
+    expectNormalsInFront(mesh);
     for (std::size_t i = 0; i < mesh.positions.size(); ++i) {
-        const Vector p = mesh.positions[i];
-        EXPECT_NEAR(length(Vector(p.x / 4, p.y, p.z * 4)), 2.0f, 1e-5f);
         // The gradient of (x/4)^2 + y^2 + (4z)^2 is the true normal.
+        const Vector p = mesh.positions[i];
         const Vector gradient = normalizeGuarded({p.x / 16, p.y, p.z * 16});
         EXPECT_NEAR(dot(gradient, mesh.normals[i]), 1.0f, 1e-4f);
     }
-    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        const auto& t = mesh.triangles[i];
-        EXPECT_GT(dot(areaVector(mesh, i), mesh.normals[t[0]]), 0.0f) << "turned or collapsed";
+    for (const auto& t : mesh.triangles) {
         const float u[] = {mesh.uvs[t[0]].u, mesh.uvs[t[1]].u, mesh.uvs[t[2]].u};
         EXPECT_LT(*std::max_element(u, u + 3) - *std::min_element(u, u + 3), 0.1f) << "seam";
     }
 }
 
-TEST(Geometry, IsScaledThenTurnedAboutXThenYThenZThenMoved) {
-    Mesh mesh;
-    mesh.positions = {{1, 0, 0}};
-    Placement({2, 1, 1}, {90, 90, 90}, {1, 2, 3}).apply(mesh);
-    EXPECT_LE(length(mesh.positions[0] - Vector(1, 2, 1)), 1e-6f);
+TEST(Geometry, TurnsAsAsked) {
+    const Color one(1), none(0);
+    const struct {
+        Color scale, rotate, translate;
+        Vector from, to;
+    } cases[] = {
+        {one, {90, 0, 0}, none, {0, 1, 0}, {0, 0, 1}},
+        {one, {0, 0, -270}, none, {1, 0, 0}, {0, 1, 0}},
+        {one, {90, 90, 90}, none, {0, 1, 0}, {0, 1, 0}},        // X before Y before Z
+        {one, {0, 450, 0}, none, {3e7f, 1, 0}, {0, 1, -3e7f}},  // right angles are exact
+        {{2, 1, 1}, {0, 90, 0}, {1, 2, 3}, {1, 0, 0}, {1, 2, 1}},
+    };
+    for (const auto& c : cases) {
+        Mesh mesh;
+        mesh.positions = {c.from};
+        Placement(c.scale, c.rotate, c.translate).apply(mesh);
+        EXPECT_LE(length(mesh.positions[0] - c.to), 1e-6f) << c.rotate.g;
+    }
 }
 
 constexpr const char* kObj =
@@ -89,15 +130,33 @@ TEST_F(MeshLoaderTest, ReadsEachFormat) {
                  {"text.ply", ply("ascii", "0 0 0\n2 0 0\n0 2 0\n3 0 1 2"), 2.0},
                  {"bytes.PLY", ply("binary_little_endian", plyBytes()), 2.0}};
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         dir.write(c.name, c.content);
         ASSERT_TRUE(load(c.name)) << error;
         EXPECT_NEAR(length(areaVector(mesh, 0)), c.area, 1e-6);
-        EXPECT_NEAR(dot(mesh.normals[0], normalizeGuarded(areaVector(mesh, 0))), 1.0f, 1e-5f);
+        expectNormalsInFront(mesh);
     }
     ASSERT_TRUE(load("q.obj", false));
     EXPECT_THAT(mesh.materialIDs, testing::ElementsAre(0, 0, 1));
     EXPECT_EQ(mesh.uvs.size(), mesh.positions.size());
     EXPECT_TRUE(mesh.normals.empty());
+
+    const float vertices[] = {0, 0, 0, NAN, 0.5f, 1, 0, 0, 1, -INFINITY, 0, 1, 0, 0.25f, 0.5f};
+    const int indices[] = {0, 1, 2};
+    dir.write("nan.ply",
+              "ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty float x\n"
+              "property float y\nproperty float z\nproperty float s\nproperty float t\n"
+              "element face 1\nproperty list uchar int vertex_indices\nend_header\n" +
+                  std::string(reinterpret_cast<const char*>(vertices), sizeof vertices) + "\3" +
+                  std::string(reinterpret_cast<const char*>(indices), sizeof indices));
+    ASSERT_TRUE(loadMesh(dir.file("nan.ply"), false, mesh, error)) << error;
+    ASSERT_EQ(mesh.uvs.size(), 3u);
+    const UV expected[] = {{0, 0}, {0, 0}, {0.25f, 0.5f}};
+    for (int i = 0; i < 3; ++i) {
+        const UV uv = mesh.uvs[mesh.triangles[0][i]];
+        EXPECT_TRUE(uv.u == expected[i].u && uv.v == expected[i].v)
+            << i << ": " << uv.u << " " << uv.v;
+    }
 }
 
 TEST_F(MeshLoaderTest, FilesThatAreMissingOrBrokenAreRefused) {
@@ -111,10 +170,18 @@ TEST_F(MeshLoaderTest, FilesThatAreMissingOrBrokenAreRefused) {
     } cases[] = {
         {"ending", "m.stl", "solid"},
         {"cut among vertices", "m.obj", points},
+        {"cut inside a face", "m.obj", points + "f 1 2 3\nf 1 2"},
+        {"cut before the last vertex is used", "m.obj", points + "v 1 1 0\nf 1 2 3"},
+        {"index too large", "m.obj", points + "f 1 2 4\n"},
         {"not finite", "m.obj", "v 0 0 0\nv 1 0 0\nv 0 nan 0\nf 1 2 3\n"},
+        {"head cut", "m.ply", bytes.substr(0, 50)},
+        {"rows of text missing", "m.ply", ply("ascii", plyPoints + "3 0 1")},
         {"bytes missing", "m.ply", bytes.substr(0, bytes.size() - 1)},
+        {"face without corners", "m.ply", ply("ascii", plyPoints + "0\n")},
         {"index below 0", "m.ply", ply("ascii", plyPoints + "3 0 1 -2\n")},
         {"huge count", "m.ply", ply("binary_big_endian", plyBytes().substr(0, 36) + "\xff")},
+        {"bytes that are no glTF", "m.glb", "glTF\2"},
+        {"glTF cut", "m.gltf", R"({"asset": {"version": "2.0")", cut},
         {"glb longer by its head", "m.glb", head + std::string("\xff\0\0\0", 4), cut},
         {"chunk cut", "m.glb", head + std::string("\x18\0\0\0\x05\0\0\0JSON{}  ", 16), cut},
     };
