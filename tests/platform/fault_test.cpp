@@ -5,7 +5,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <string>
 #include <thread>
 
 namespace {
@@ -88,18 +87,6 @@ TEST(FaultTest, OtherHandlersAndTheTranslatorEachKeepTheirFaults) {
     setFaultTranslator(throwCode);
     faultWithoutTranslator();
     EXPECT_THROW(touchNothing(), Caught) << "not put up anew";
-}
-
-TEST(FaultTest, ASmallAlternateStackIsNotUsed) {
-    const std::size_t size = sysconf(_SC_MINSIGSTKSZ);
-    std::string around(3 * size, 'x');
-    const stack_t small{.ss_sp = &around[size], .ss_flags = 0, .ss_size = size};
-    std::thread([&] {
-        ASSERT_EQ(sigaltstack(&small, nullptr), 0);
-        setFaultTranslator(throwCode);
-        EXPECT_THROW(touchNothing(), Caught);
-    }).join();
-    EXPECT_EQ(around, std::string(3 * size, 'x'));
 }
 
 #if defined(__x86_64__)

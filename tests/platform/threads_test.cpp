@@ -24,24 +24,6 @@ TEST(AffinityTest, ProcessorLists) {
         EXPECT_FALSE(parseProcessorList(broken, set)) << broken;
 }
 
-// Whatever machine this is: its nodes share nothing, and hold all that the process may use.
-TEST(TopologyTest, NodesOfThisMachineCoverTheProcess) {
-    const Topology& machine = systemTopology();
-    int count = 0;
-    if (!machine.listNodes(nullptr, &count))
-        return;  // a system without a node list
-    std::vector<NumaNode> nodes(count);
-    ASSERT_TRUE(machine.listNodes(nodes.data(), &count));
-    ProcessorSet seen, process;
-    for (const NumaNode& node : nodes) {
-        EXPECT_EQ(seen.groups[node.group] & node.mask, 0u);
-        seen.groups[node.group] |= node.mask;
-    }
-    ASSERT_TRUE(machine.processAffinity(&process));
-    EXPECT_EQ(seen, process);
-    EXPECT_EQ(machine.processorCount(), process.count());
-}
-
 TEST(TopologyTest, BoundThreadStaysWhereItIsPut) {
     const Topology& machine = systemTopology();
     ProcessorSet process;

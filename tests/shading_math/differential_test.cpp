@@ -82,14 +82,5 @@ TEST(Differential, FormulasCarryTheirNumericDerivatives) {
     }
 }
 
-TEST(Differential, ProductsWithAConstantKeepWhatSinglePrecisionCancels) {
-    // Two terms of 2^24 and one of 1: their sum in single precision has lost the 1.
-    const Vector large{4096.0f, 1.0f, -4096.0f}, other{4096.0f, 1.0f, 4096.0f};
-    EXPECT_EQ(dot(DiffVector{large, large, {}}, other).dx, 1.0f);
-    const Vector a{0.0f, 4097.0f, 4096.0f}, b{0.0f, 4096.0f, 4095.0f};
-    EXPECT_EQ(cross(DiffVector{a, a, {}}, b).dx.x, -1.0f);
-    EXPECT_EQ(cross(b, DiffVector{a, {}, a}).dy.x, 1.0f);
-}
-
 }  // namespace
 }  // namespace Tarnkit

@@ -19,8 +19,8 @@ const Matrix kLocal = transposed(kFrame);
 const Vector kNormal = kFrame.columns[2];
 
 /// The lobes; the first three are of the GtrType that has the same number.
-enum Lobe { kTailOne, kGgx, kFreeTail, kMixedGgx, kExponential, kWarped };
-constexpr Lobe kLobes[] = {kTailOne, kGgx, kFreeTail, kMixedGgx, kExponential, kWarped};
+enum Lobe { kTailOne, kGgx, kFreeTail, kExponential, kWarped };
+constexpr Lobe kLobes[] = {kTailOne, kGgx, kFreeTail, kExponential, kWarped};
 constexpr float kGamma[] = {1, 2, 1.6f};
 
 float eval(Lobe lobe, const Vector& r, float width, const Vector& d, float& pdf) {
@@ -28,30 +28,21 @@ float eval(Lobe lobe, const Vector& r, float width, const Vector& d, float& pdf)
         pdf = exponentialPdf(r, width, kNormal, d, kLocal);
         return exponentialEval(r, width, kNormal, d, kLocal, kFrame);
     }
-    if (lobe == kMixedGgx)
-        return evalGTRMixed(d, r, width, kGgx, 2, kNormal, kFrame, kLocal, pdf, 0);
     return evalGTR(d, r, width, lobe, kGamma[lobe], kNormal, kFrame, kLocal, pdf, 0);
 }
 
 float pdfOf(Lobe lobe, const Vector& r, float width, const Vector& d) {
-    switch (lobe) {
-        case kExponential:
-            return exponentialPdf(r, width, kNormal, d, kLocal);
-        case kWarped:
-            return warpedLobePdf(r, width, d, kLocal);
-        case kMixedGgx:
-            return gtrPdfMixed(r, width, kGgx, 2, kNormal, d);
-        default:
-            return gtrPdf(r, width, lobe, kGamma[lobe], kNormal, d);
-    }
+    if (lobe == kExponential)
+        return exponentialPdf(r, width, kNormal, d, kLocal);
+    if (lobe == kWarped)
+        return warpedLobePdf(r, width, d, kLocal);
+    return gtrPdf(r, width, lobe, kGamma[lobe], kNormal, d);
 }
 
 Vector sample(Lobe lobe, float u, float v, float width, const Vector& d, float& pdf,
               float& weight) {
     if (lobe == kWarped)
         return sampleWarpedLobe(u, v, width, d, kFrame, pdf, kLocal);
-    if (lobe == kMixedGgx)
-        return sampleGTRMixed(u, v, width, kGgx, 2, d, kFrame, pdf, weight, 0, kLocal);
     if (lobe != kExponential)
         return sampleGTR(u, v, width, lobe, kGamma[lobe], d, kFrame, pdf, weight, 0);
     const Vector r = sampleExponential(u, v, width, d, kFrame, pdf);
@@ -90,9 +81,9 @@ TEST_F(LobesTest, DensityAndWeightOfSamplesAreTheEvaluated) {
                 const float value = eval(lobe, r, width, d, evalPdf);
                 EXPECT_NEAR(value, weight * pdf, 5e-3f * value);
                 EXPECT_NEAR(evalPdf / pdf, 1.0f, 5e-3f);
+                const float back = eval(lobe, -d, width, -r, evalPdf) * dot(r, kNormal);
+                EXPECT_NEAR(-dot(d, kNormal) * value, back, 1e-3f * (1e-3f + back));
             }
-            if (lobe == kMixedGgx)
-                continue;
             // 2 pi over the numeric derivative, up to the fit of the exponential lobe's density.
             const auto near = [&](float a, float b) {
                 float unused;
@@ -114,7 +105,6 @@ TEST_F(LobesTest, DensityIntegratesToTheShareOfSamplesThatHaveIt) {
     for (const Lobe lobe : kLobes) {
         if (lobe == kExponential)
             continue;
-        const float lowest = lobe == kMixedGgx ? 0 : -1;
         for (float width : {0.3f, 0.8f}) {
             for (float cosine : {0.2f, 1.0f}) {
                 const Vector d = -direction(cosine, 2.5f);
@@ -124,27 +114,15 @@ TEST_F(LobesTest, DensityIntegratesToTheShareOfSamplesThatHaveIt) {
                     const float u = (i / kSteps + 0.5f) / kSteps;
                     const float v = (i % kSteps + 0.5f) / kSteps;
                     const float phi = v * static_cast<float>(kTwoPi);
-                    integral += pdfOf(lobe, direction(lowest + (1 - lowest) * u, phi), width, d);
-                    const Vector r = sample(lobe, u, v, width, d, pdf, weight);
-                    share += pdf > 0 && dot(r, kNormal) > lowest;
+                    integral += pdfOf(lobe, direction(2 * u - 1, phi), width, d);
+                    sample(lobe, u, v, width, d, pdf, weight);
+                    share += pdf > 0;
                     weights += weight;
                 }
                 SCOPED_TRACE(testing::Message() << lobe << " " << width << " " << cosine);
-                EXPECT_NEAR(integral * (1 - lowest) / share, 1.0, 0.01);
+                EXPECT_NEAR(2 * integral / share, 1.0, 0.01);
                 EXPECT_LE(weights / kSteps / kSteps, 1.005) << "more than the light that arrived";
             }
-        }
-    }
-}
-
-TEST_F(LobesTest, ValueTimesTheCosineOfTheViewIsSymmetric) {
-    for (const Lobe lobe : kLobes) {
-        for (int i = 0; lobe != kWarped && i < 3000; ++i) {
-            const Vector view = above(), light = above();
-            const float width = number(0.05f, 0.95f);
-            const float there = eval(lobe, light, width, -view, pdf) * dot(kNormal, view);
-            const float back = eval(lobe, view, width, -light, pdf) * dot(kNormal, light);
-            EXPECT_NEAR(there, back, 1e-3f * (1e-3f + there)) << lobe;
         }
     }
 }
@@ -164,7 +142,6 @@ TEST_F(LobesTest, NothingIsSeenAlongOrBehindTheSurface) {
     }
     EXPECT_EQ(sample(kGgx, 1.0f, 0.5f, 0.5f, d, pdf, weight), kNormal);
     EXPECT_EQ(weight, 0.0f) << "a facet that lies flat";
-    EXPECT_EQ(pdfOf(kExponential, below, 0.5f, -below), 0.0f) << "both behind the surface";
     EXPECT_EQ(pdfOf(kExponential, -kNormal + along * 1e-4f, 0.5f, -kNormal), 0.0f)
         << "a facet that stands upright";
 }
@@ -177,24 +154,9 @@ TEST_F(LobesTest, ExponentialValueIsTheDarkenedExactDensity) {
         const float expected = (0.5f + 0.5f / 3) * pdf / (z * z * z * z);
         EXPECT_NEAR(value / expected, 1.0f, 1e-4f) << angle;
     }
-    for (float k : {0.01f, 0.3f}) {
-        // Squared slopes are distributed exponentially, so 1 - 1/e of them are below their mean.
-        const Vector r = sample(kExponential, 0.63212056f, 0.3f, k, -kNormal, pdf, weight);
-        EXPECT_NEAR(std::tan(std::acos(dot(r, kNormal)) / 2), std::sqrt(k), 1e-4f);
-    }
 }
 
-TEST_F(LobesTest, ExponentialOfNoWidthIsAMirror) {
-    const Vector d = -direction(0.8f, 0), mirror = mirrored(d, kNormal);
-    EXPECT_LE(length(sample(kExponential, 0.4f, 0.3f, 0, d, pdf, weight) - mirror), 1e-6f);
-    EXPECT_EQ(pdf, 1e18f);
-    EXPECT_EQ(eval(kExponential, mirror, 0, d, pdf), 0.0f);
-    EXPECT_EQ(pdf, 1e18f);
-    EXPECT_LE(length(sample(kExponential, 1.0f, 0.3f, 0.2f, d, pdf, weight) - mirror), 1e-6f)
-        << "the logarithm of 0";
-}
-
-TEST_F(LobesTest, WarpedLeadsFromLambertToTheMirrorAndIsDefinedAtItsEnds) {
+TEST_F(LobesTest, LobesLeadToTheMirrorAndAreDefinedAtTheirEnds) {
     const Vector d = -direction(0.6f, 2.5f), mirror = mirrored(d, kNormal);
     for (int i = 0; i < 200; ++i) {
         const float u = unit(random), v = unit(random);
@@ -206,15 +168,14 @@ TEST_F(LobesTest, WarpedLeadsFromLambertToTheMirrorAndIsDefinedAtItsEnds) {
         EXPECT_EQ(pdfOf(kWarped, r, 1, d), 0.0f) << "no light is met by chance";
     }
     EXPECT_EQ(pdfOf(kWarped, mirror, 1, d), 0.0f);
-    for (float g : {0.0f, 0.5f, 1.0f}) {
-        for (float cosine : {1.0f, 0.3f}) {
-            for (float u : {0.0f, 1.0f}) {
-                const Vector r = sample(kWarped, u, 0.25f, g, -direction(cosine, 2), pdf, weight);
-                EXPECT_NEAR(length(r), 1.0f, 1e-5f);
-                EXPECT_EQ(pdf > 0.0f, u > 0.0f) << "NaN, or light from the horizon";
-            }
-        }
+    for (float u : {0.0f, 1.0f}) {
+        EXPECT_NEAR(length(sample(kWarped, u, 0.25f, 0.5f, d, pdf, weight)), 1.0f, 1e-5f);
+        EXPECT_EQ(pdf > 0.0f, u > 0.0f) << "NaN, or light from the horizon";
     }
+    EXPECT_LE(length(sample(kExponential, 0.4f, 0.3f, 0, d, pdf, weight) - mirror), 1e-6f);
+    EXPECT_EQ(pdf, 1e18f);
+    EXPECT_LE(length(sample(kExponential, 1.0f, 0.3f, 0.2f, d, pdf, weight) - mirror), 1e-6f)
+        << "the logarithm of 0";
     // At high gloss no facet leans far enough to mirror the view to the horizon.
     EXPECT_EQ(pdfOf(kWarped, kFrame.columns[0], 0.9f, -kNormal), 0.0f);
 }

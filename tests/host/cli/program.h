@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -15,8 +14,6 @@ struct RunResult {
 /// The program as a user runs it: in a directory of its own, with some words behind its name.
 class Program {
 public:
-    ~Program();
-
     void start(const std::vector<std::string>& words);
     /// Presses Ctrl-C.
     void interrupt() const;
@@ -29,8 +26,7 @@ public:
         return wait();
     }
 
-    std::string pluginPath;                          ///< value of PELK_PLUGIN_PATH; empty for none
-    std::map<std::string, std::string> environment;  ///< further variables
+    std::string pluginPath;  ///< value of PELK_PLUGIN_PATH; empty for none
     TemporaryDirectory directory;
 
 private:
