@@ -57,7 +57,7 @@ protected:
     std::string error;
 };
 
-TEST_F(ImageOutputTest, ExrHoldsEveryChannel) {
+TEST_F(ImageOutputTest, ExrHoldsEveryChannelAndTellsHowItWasMade) {
     begin(1, 1, {"beauty", "alpha", "depth", "render_id", "normals", "front"});
     setPixel(0, 0, {{-0.25f, 0.5f, 1e6f}, 1.0f});
     store(2, 0, 0, 7.5f);
@@ -84,6 +84,7 @@ TEST_F(ImageOutputTest, ExrHoldsEveryChannel) {
             ->read_image(0, 0, id, id + 1, OIIO::TypeDesc::UINT, &readID);
         EXPECT_EQ(readID, 16777217u);
     }
+    EXPECT_EQ(spec.get_string_attribute("scene"), "box.json");
 }
 
 TEST_F(ImageOutputTest, PngIsEncodedAndRounded) {
