@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
+#include <vector>
 
-// A source that no build list names is forgotten without an error: the rest compiles and links all
-// the same. So the lists are read as text.
+// What is forgotten in a list compiles and links all the same: a source that no build list names,
+// a material that the module doesn't hand out. So the lists are read as text.
 
 namespace {
 
@@ -19,6 +21,16 @@ std::string textOf(const fs::path& file) {
     std::ifstream stream(file);
     EXPECT_TRUE(stream) << file;
     return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// The files below a folder whose names a pattern matches.
+std::vector<fs::path> filesBelow(const fs::path& folder, const std::string& pattern) {
+    std::vector<fs::path> found;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+        if (std::regex_match(entry.path().filename().string(), std::regex(pattern)))
+            found.push_back(entry.path());
+    }
+    return found;
 }
 
 /// Whether the list in the CMakeLists.txt that is responsible for a source names it.
@@ -36,15 +48,30 @@ bool isBuilt(const fs::path& source) {
 }
 
 TEST(BuildLists, NameEverySource) {
-    int sources = 0;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(kTree)) {
-        if (entry.path().extension() != ".cpp")
-            continue;
-        EXPECT_TRUE(isBuilt(entry)) << entry.path() << " is in no build list";
-        ++sources;
-    }
-    EXPECT_GT(sources, 50) << "looked in the wrong place";
+    const std::vector<fs::path> sources = filesBelow(kTree, ".*\\.cpp");
+    EXPECT_GT(sources.size(), 50u) << "looked in the wrong place";
+    for (const fs::path& source : sources)
+        EXPECT_TRUE(isBuilt(source)) << source << " is in no build list";
     EXPECT_FALSE(isBuilt(kTree / "materials/surface/mtl_forgotten.cpp"));
+}
+
+TEST(BuildLists, EveryMaterialStandsInTheModule) {
+    const std::string module = textOf(kTree / "materials/library/pelk_materials.cpp");
+    const std::regex description("using (\\w+) = DescOf<");
+    int found = 0;
+    for (const fs::path& header : filesBelow(kTree / "materials", ".*\\.h")) {
+        const std::string text = textOf(header);
+        for (std::sregex_iterator desc(text.begin(), text.end(), description), end; desc != end;
+             ++desc, ++found)
+            EXPECT_NE(module.find("Enrolled<" + desc->str(1) + ">"), module.npos)
+                << desc->str(1) << " has no row in the module";
+    }
+    EXPECT_GE(found, 13) << "looked in the wrong place";
+    for (fs::path header : filesBelow(kTree / "materials", "mtl_.*\\.cpp")) {
+        header.replace_extension(".h");
+        EXPECT_TRUE(std::regex_search(textOf(header), description))
+            << header << " has no descriptor";
+    }
 }
 
 }  // namespace

@@ -124,10 +124,21 @@ TEST(Floors, ThisTreeKeepsThem) {
 
 // A rule that finds nothing guards nothing.
 TEST(Floors, EachBreachIsFound) {
+    EXPECT_EQ(judge("contract/a.cpp", "#include \"pelk/base/b.h\""), "");
+    EXPECT_EQ(judge("base/a.cpp", "#include \"pelk/base/b.h\""), "");
+    EXPECT_EQ(judge("contract/a.cpp", "#include \"pelk/contract/private/b.h\""), "");
+    EXPECT_EQ(judge("host/trace/a.cpp", "#include <embree3/rtcore.h>"), "");
+    EXPECT_EQ(judge("host/plugins/mesh_check.cpp", "#include <nlohmann/json.hpp>"), "");
+    EXPECT_EQ(judge("platform/posix/a.cpp", "#include <unistd.h>"), "");
+    EXPECT_EQ(judge("base/a.h", "#include <string_view>"), "");
     const struct {
         const char *file, *line, *problem;
     } breaches[] = {
         {"base/a.cpp", "  # include\t<pelk/host/cli/b.h>", "base may not include from host/cli"},
+        {"contract/a.h", "#include \"pelk/shading_math/b.h\"",
+         "contract may not include from shading_math"},
+        {"support/a.cpp", "#include \"pelk/support/regions/b.h\"",
+         "support may not include from support/regions"},
         {"materials/matte/a.cpp", "#include \"pelk/materials/maya/b.h\"",
          "materials/matte may not include from materials/maya"},
         {"host/render/a.cpp", "#include \"pelk/materials/maya/b.h\"",
@@ -136,11 +147,15 @@ TEST(Floors, EachBreachIsFound) {
          "materials stand on the contract alone"},
         {"support/a.cpp", "#include \"pelk/contract/private/b.h\"",
          "contract/private/b.h is private to contract"},
+        {"base/a.cpp", "#include \"pelk/other/b.h\"", "other/b.h is in no folder of pelk/"},
         {"base/a.cpp", "#include \"b.h\"", "includes of this tree start with pelk/"},
         {"host/plugins/a.cpp", "#include <nlohmann/json.hpp>", "host/plugins may not use nlohmann"},
+        {"host/plugins/a.cpp", "#include <embree3/rtcore.h>", "host/plugins may not use embree3"},
         {"support/a.cpp", "#include <sys/stat.h>", "system headers belong in platform/posix"},
         {"host/cli/a.cpp", "#include <fmt/core>",
          "fmt/core belongs to a library that nobody may use"},
+        {"host/trace/a.cpp", "#include <tbb.hpp>",
+         "tbb.hpp belongs to a library that nobody may use"},
     };
     for (const auto& breach : breaches)
         EXPECT_EQ(judge(breach.file, breach.line), breach.problem) << breach.line;

@@ -17,7 +17,7 @@ json entryNamed(const json& list, const std::string& name) {
     return at == list.end() ? json() : *at;
 }
 
-TEST(ListCommand, ShowsModulesAndOwnPlugins) {
+TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
     Program pelk;
     const RunResult result = pelk.run({"list", "--json"});
     EXPECT_EQ(result.exitCode, 0);
@@ -30,6 +30,23 @@ TEST(ListCommand, ShowsModulesAndOwnPlugins) {
     EXPECT_THAT(diffuse["library"].get<std::string>(), EndsWith("/pelk_materials.so"));
     EXPECT_THAT(diffuse["interfaces"], testing::Contains("EXT_MATERIAL"));
     EXPECT_EQ(entryNamed(list["plugins"], "TexChecker")["library"], "");
+
+    // The last library comes first, and in it the descriptor that was made last.
+    const std::size_t first = result.out.find("\"MtlDiffuse");
+    const std::size_t second = result.out.find("\"MtlSingle");
+    EXPECT_LT(first, second);
+    EXPECT_LT(second, result.out.find("\"TexChecker"));
+}
+
+TEST(ListCommand, RefusedLibrariesHaveReasons) {
+    Program pelk;
+    pelk.directory.write("text.so", "no library");
+    pelk.pluginPath = pelk.directory.path.string() + ";" + pelk.directory.file("missing");
+    const json list = json::parse(pelk.run({"list", "--json"}).out);
+    ASSERT_EQ(list["rejected"].size(), 2u);
+    EXPECT_EQ(list["rejected"][0]["path"], pelk.directory.file("text.so"));
+    EXPECT_NE(list["rejected"][0]["reason"], "");
+    EXPECT_EQ(list["rejected"][1]["path"], pelk.directory.file("missing"));
 }
 
 TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
@@ -43,6 +60,7 @@ TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
     } cases[] = {
         {"MtlDiffuse", "diffuse", "color", {0.5, 0.5, 0.5}, nullptr},
         {"MtlDiffuse", "diffuse_tex", "texture", nullptr, nullptr},
+        {"MtlDiffuse", "diffuse_tex_mult", "float", 1.0, nullptr},
         {"MtlSingleBRDF", "brdf", "plugin", nullptr, "EXT_BSDF"},
         {"MtlSingleBRDF", "allow_negative_colors", "bool", false, nullptr},
         {"GeomSphere", "segments", "int", 128, nullptr},
@@ -67,7 +85,10 @@ TEST(DescribeCommand, PrintsASectionAndKnowsWhoHasNone) {
         "shell": {"type": "MtlSingleBRDF", "brdf": "matte", "double_sided": 1})"));
     EXPECT_EQ(pelk.run({"describe", "s.json", "shell", "--set", "matte.diffuse=[1, 1, 1]"}).out,
               "double_sided 1\ndiffuse\ncolor_value 1.000000 1.000000 1.000000\n");
-    EXPECT_THAT(pelk.run({"describe", "s.json", "camera"}).err, HasSubstr("EXT_RTMTL"));
+    const RunResult camera = pelk.run({"describe", "s.json", "camera"});
+    EXPECT_EQ(camera.exitCode, 1);
+    EXPECT_EQ(camera.out, "");
+    EXPECT_THAT(camera.err, HasSubstr("EXT_RTMTL"));
 }
 
 TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) {

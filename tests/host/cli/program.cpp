@@ -11,6 +11,13 @@
 #include <csignal>
 #include <thread>
 
+Program::~Program() {
+    if (process > 0) {
+        kill(process, SIGKILL);
+        wait();
+    }
+}
+
 void Program::becomeProgram(const std::vector<std::string>& words) {
     const auto redirect = [](const std::string& file, int stream) {
         dup2(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), stream);
@@ -21,6 +28,8 @@ void Program::becomeProgram(const std::vector<std::string>& words) {
                        : setenv("PELK_PLUGIN_PATH", pluginPath.c_str(), 1);
     for (const char* ours : {"NO_COLOR", "PELK_NUM_THREADS", "PELK_USE_THREAD_AFFINITY"})
         unsetenv(ours);
+    for (const auto& [name, value] : environment)
+        setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> arguments{const_cast<char*>("pelk")};
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));

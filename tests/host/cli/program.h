@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ struct RunResult {
 /// The program as a user runs it: in a directory of its own, with some words behind its name.
 class Program {
 public:
+    ~Program();
+
     void start(const std::vector<std::string>& words);
     /// Presses Ctrl-C.
     void interrupt() const;
@@ -26,7 +29,8 @@ public:
         return wait();
     }
 
-    std::string pluginPath;  ///< value of PELK_PLUGIN_PATH; empty for none
+    std::string pluginPath;                          ///< value of PELK_PLUGIN_PATH; empty for none
+    std::map<std::string, std::string> environment;  ///< further variables
     TemporaryDirectory directory;
 
 private:

@@ -100,6 +100,9 @@ TEST_F(RenderCommand, BadInputIsExplainedAndAnOlderPictureSurvives) {
     } cases[] = {
         {"{\n  \"plugins\": [1,,2]\n}", "", "s.json:2:17"},
         {smallScene(R"(, "x": {"type": "MtlDifuse"})"), "\"MtlDiffuse\"", "/plugins/x/type"},
+        {smallScene(R"(, "x": {"type": "MtlDiffuse", "difuse": 1})"), "\"diffuse\"", "/x/difuse"},
+        {smallScene(R"(, "x": {"type": "MtlDiffuse", "diffuse": "red"})"), "red", "/x/diffuse"},
+        {smallScene(R"(, "x": {"type": "MtlSingleBRDF", "brdf": "mate"})"), "\"matte\"", "/x/brdf"},
         {smallScene(R"(, "x": {"type": "MtlSingleBRDF", "brdf": "x"})"), "loop", "x -> x"},
         {smallScene(R"(, "x": {"type": "GeomMesh", "file": "none.obj"})"), "none.obj", "/x"},
         {smallScene(R"(, "x": {"type": "GeomMesh", "file": "cut.obj"})"), "cut.obj", "/x"},
@@ -121,13 +124,18 @@ TEST_F(RenderCommand, BadInputIsExplainedAndAnOlderPictureSurvives) {
 
 TEST_F(RenderCommand, WithoutMaterialsItSaysWhatItLookedFor) {
     const std::string path = directory.file("plugins");
-    for (const char* what : {"missing directory", "no library"}) {
+    const auto expectRefused = [&](const char* what) {
+        SCOPED_TRACE(what);
         const RunResult result = render({"s.json", "--plugins", path});
-        EXPECT_EQ(result.exitCode, 1) << what;
-        EXPECT_THAT(result.err, HasSubstr("getLibDesc in " + path)) << what;
-        std::filesystem::create_directory(path);
-        directory.write("plugins/text.so", "no library");
-    }
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.err, HasSubstr("getLibDesc in " + path));
+    };
+    expectRefused("missing directory");
+    std::filesystem::create_directory(path);
+    directory.write("plugins/text.so", "no library");
+    expectRefused("no library");
+    std::filesystem::create_symlink(PELK_OTHER_LIBRARY, path + "/other.so");
+    expectRefused("library without entry");
     // One bad library beside good ones is no reason to stop.
     pelk.pluginPath = path;
     const RunResult result = render({"s.json"});
@@ -157,6 +165,14 @@ TEST_F(RenderCommand, ColoursWithoutANumberAreErrorsOnlyIfAskedFor) {
     EXPECT_EQ(render({"s.json", "-o", "b.exr", "--strict"}).exitCode, 4);
 }
 
+TEST_F(RenderCommand, ThreadsAreAsTheUserWantsAndToldOnDemand) {
+    pelk.environment = {{"PELK_NUM_THREADS", "3"}, {"PELK_USE_THREAD_AFFINITY", "0"}};
+    EXPECT_THAT(
+        render({"s.json", "--verbose", "--nice"}).err,
+        AllOf(HasSubstr("priority below normal"), HasSubstr("3 threads, which the system")));
+    EXPECT_THAT(render({"s.json", "-v", "--threads", "2"}).err, HasSubstr("2 threads, which"));
+}
+
 TEST_F(RenderCommand, CtrlCWritesWhatIsDone) {
     pelk.start({"render", "s.json", "-o", "a.exr", "--size", "2048x2048", "--spp", "256",
                 "--progress=json"});
@@ -182,12 +198,15 @@ TEST_F(RenderCommand, OutputThatDoesNotFitIsAnErrorAndTheOlderPictureStands) {
     tight.rlim_cur = 250;  // the program inherits it
     setrlimit(RLIMIT_FSIZE, &tight);
     const RunResult result = render({"s.json", "-o", "a.png", "-o", "a.exr"});
+    const RunResult list = pelk.run({"list", "--json"});
     setrlimit(RLIMIT_FSIZE, &former);
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_THAT(result.err, HasSubstr("File too large"));
     for (const char* name : {"a.png", "a.exr"})
         EXPECT_EQ(directory.read(name), "older");
     EXPECT_EQ(directory.entryCount(), 3) << "a temporary file was left";
+    EXPECT_EQ(list.exitCode, 3);
+    EXPECT_THAT(list.err, HasSubstr("cannot write the results"));
 }
 
 }  // namespace

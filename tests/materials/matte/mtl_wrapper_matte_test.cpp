@@ -167,6 +167,26 @@ TEST_F(MatteTest, ShadowChannelsAreOfDirectLightAndShadowsOfAll) {
                                           {124, Color(1, 2, 2)}}));
 }
 
+TEST_F(MatteTest, SamplerMeasuresWhatReachesTheSurface) {
+    const auto measured = [&](Vector direction, float density, int mis) {
+        renderer.gi.mis = mis;
+        startFrame(mtl);
+        BSDFSampler* sampler = mtl.getBSDF(context, 0);
+        Color light(3), original(5);
+        const Color seen = sampler->getBRDF(kBackSide)->eval(context, direction, light, original,
+                                                             density, kEvalDiffuse);
+        EXPECT_EQ(light, Color(0));
+        EXPECT_EQ(original, Color(0)) << "a matte lets no light through";
+        mtl.releaseBSDF(context, sampler);
+        return seen.r;
+    };
+    const Vector up(0, 0, 1), slanted(0.8f, 0, 0.6f), level(1, 0, 0);
+    EXPECT_FLOAT_EQ(measured(slanted, 1, 0), 3 * 0.6f);
+    EXPECT_EQ(measured(-up, 1, 1), 0) << "from below";
+    EXPECT_EQ(measured(up, 2, 1), 1.5f) << "shared with what indirect rays find";
+    EXPECT_EQ(measured(level, 0, 1), 0) << "nothing to weight";
+}
+
 TEST_F(MatteTest, TracesItsOwnMirrorRayForMaya) {
     FakeTexture alpha, filter{AColor{Color(0.5f), 0.0f}}, brightness;
     alpha.number = 0.75f;
@@ -208,6 +228,19 @@ TEST_F(MatteTest, TracesItsOwnMirrorRayForMaya) {
         EXPECT_EQ(renderer.traced.size(), c.isTraced ? 1u : 0u);
     }
     EXPECT_THAT(renderer.traced.at(0).rayDir2, VectorNear(Vector(0.6f, 0, 0.8f), 1e-6f));
+}
+
+TEST_F(MatteTest, MayaVariantIsBlackToReflectedAndRefractedRays) {
+    PelkMaterial& maya = make("MtlWrapperMaya");
+    startFrame(maya, {{"base_material", &base}, {"matte_surface", true}});
+    context.resultFragment = &fragment;
+    for (const u32 bit : {kRayReflect, kRayRefract, kRayGi}) {
+        context.rayType = kRayCamera | bit;
+        log.clear();
+        maya.shade(context);
+        EXPECT_EQ(resultsOf(context) == kOpaqueBlack, bit != kRayGi);
+        EXPECT_EQ(log.calls.empty(), bit != kRayGi) << "not even the fragment is cleared";
+    }
 }
 
 }  // namespace

@@ -55,6 +55,23 @@ TEST_F(MtlWrapperTest, PropertiesTellTheHostWhatTheFrameIs) {
         EXPECT_EQ(properties().matte_surface, stands) << matte << ", " << secondary;
     }
     EXPECT_EQ(properties().surfaceFlags, kGenerateRenderElements | kUseIrradianceMap);
+    endRender(mtl);
+    startFrame(
+        mtl,
+        {{"refraction_list_is_inclusive", true}, {"use_irrad_map", false}, {"gi_surface_id", 7}});
+    EXPECT_EQ(properties().surfaceFlags, kRefractionListInclusive | kGenerateRenderElements);
+    EXPECT_EQ(properties().giSurfaceWord, 7u);
+}
+
+TEST_F(MtlWrapperTest, IsNotOpaqueWhereItChangesItsBase) {
+    FakeTexture texture;
+    base.opaqueFlags = 1;
+    for (const Param& reason : {Param{"alpha_contribution", 0.5f}, Param{"matte_surface", true},
+                                Param{"alpha_contribution_tex", &texture}}) {
+        PelkMaterial& other = make("MtlWrapper");
+        startFrame(other, {{"base_material", &base}, reason});
+        EXPECT_EQ(other.getOpaqueFlags(), 0) << reason.parameter->getName();
+    }
 }
 
 }  // namespace

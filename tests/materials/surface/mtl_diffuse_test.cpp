@@ -51,6 +51,9 @@ TEST_F(MtlDiffuseTest, TransparencyAndReflectionShareTheLight) {
         EXPECT_THAT(pooled->getDiffuseColor(white), ColorNear(Color(c.pooled), 1e-6f));
         EXPECT_EQ(white, Color(0)) << "nothing is left for layers below";
         EXPECT_EQ(pooled->getTransparency(context), Color(0)) << "shade alone has it";
+        pooled->traceForward(context, 1);
+        EXPECT_EQ(resultsOf(context),
+                  (Results{Color(c.pooled * 0.5f), Color(0), Color(1), Color(0)}));
     }
 }
 
@@ -86,6 +89,7 @@ TEST_F(MtlDiffuseTest, TextureIsBlendedByItsAlphaAndReadWithItsWeight) {
     } cases[] = {
         {"adds where its alpha is 0 or below", 1, -1, base + tex},
         {"alpha is clamped above", 1, 4, tex},
+        {"the multiplier isn't", 2, 1, Color(0, 0.75f, 0.5f)},
         {"not read below the bound", std::nextafter(1e-12f, 0.0f), 1, base},
     };
     context.rayWeight = Color(0.5f, 1, 2);
@@ -131,12 +135,33 @@ TEST_F(MtlDiffuseTest, MirrorRaysLeaveAsTheHostLinksThem) {
     EXPECT_EQ(request.weight, Color(0.25f));
     EXPECT_THAT(request.direction, VectorNear(Vector(0.6f, 0.0f, 0.8f), 1e-6f));
     const PelkContext ray = renderer.traced.at(0);
+    EXPECT_EQ(ray.rayDir, request.direction);
+    EXPECT_EQ(ray.rayDir2, request.direction);
+    EXPECT_EQ(ray.rayOrigin, ray.spawnOrigin);
     EXPECT_EQ(ray.parentHitLink, context.hitLink);
     EXPECT_EQ(ray.rayMaxT, 999999984306749440.0);
     EXPECT_EQ(ray.rayClipDistance, 1e18f);
     context.refusesToSpawn = true;
     mtl.shade(context);
     EXPECT_EQ(context.resultAlpha, Color(0.5f)) << "without a ray the rest still stands";
+}
+
+TEST_F(MtlDiffuseTest, SamplerOffersItsMirrorRay) {
+    startFrame(mtl, {{"reflection", Color(0.5f)}, {"transparency", Color(0.5f)}});
+    context.rayDir = {0.6f, 0.0f, -0.8f};
+    int index = 0;
+    EXPECT_EQ(front()->getNewContext(context, index, 2), nullptr);
+    PelkContext* ray = front()->getNewContext(context, index, 1);
+    const SpawnRequest request = context.spawnRequests.at(0);
+    EXPECT_EQ(request.index, 1);
+    EXPECT_EQ(request.flags, 0x8002u);
+    EXPECT_EQ(request.weight, Color(0.5f));
+    EXPECT_EQ(request.direction, -context.rayDir);
+    EXPECT_EQ(front()->setupContext(context, *ray, 0.0f, 0), 1.0f);
+    EXPECT_THAT(ray->rayDir, VectorNear(Vector(0.6f, 0.0f, 0.8f), 1e-6f));
+    // r - d is along z, so that z alone changes its sign.
+    EXPECT_THAT(ray->rayDerivY, VectorNear(Vector(0.0f, 0.5f, -0.25f), 1e-6f));
+    ray->releaseContext();
 }
 
 TEST_F(MtlDiffuseTest, EvalWeightsTheLightAndTakesItAll) {

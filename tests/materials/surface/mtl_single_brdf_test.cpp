@@ -27,6 +27,21 @@ TEST_F(MtlSingleBRDFTest, ShadesThroughThePluginAndItsFilter) {
     EXPECT_EQ(plugin.seen.rayWeight, Color(0.5f, 0.5f, 0.25f));
     EXPECT_EQ(plugin.seen.rayWeight2, Color(0.25f, 0.25f, 0.125f));
     expectRayAndHitAsBefore(before, context);
+    EXPECT_EQ(log.calls,
+              (std::vector<std::string>{"getBSDF", "shadeWithBSDF", "computeDirectLighting",
+                                        "traceForward", "releaseBSDF"}));
+}
+
+TEST_F(MtlSingleBRDFTest, ShadowRaysSeeTheTransparencyAlone) {
+    const Color clear(0.25f, 1.0f, 2.0f);
+    plugin.sampler.transparency = clear;
+    startFrame(mtl, {{"filter", Color(0.5f)}});
+    context.rayType = kRayShadow;
+    mtl.shade(context);
+    EXPECT_EQ(resultsOf(context), (Results{Color(0), clear, Color(0.75f, 0, 0), clear}))
+        << "not filtered";
+    EXPECT_FALSE(log.has("shadeWithBSDF"));
+    EXPECT_EQ(plugin.seen.rayWeight, Color(0.5f)) << "the filter reaches the weights all the same";
 }
 
 TEST_F(MtlSingleBRDFTest, BacksAreSeeThroughByRayType) {
