@@ -109,7 +109,7 @@ float arriving(PluginHolder<Light>& holder, const Point& at) {
         return 0.0f;
     EXPECT_EQ(sample.density, 0.0f);
     const Point end = at + sample.direction * static_cast<float>(sample.distance);
-    EXPECT_NEAR(length(end - Point(1, 2, 3)), 0.0f, 1e-5f);
+    EXPECT_NEAR(length(end - Point{1, 2, 3}), 0.0f, 1e-5f);
     return sample.radiance.g;
 }
 
