@@ -21,7 +21,9 @@ protected:
             region.setRect(100, 50, 100 + 4 * std::ssize(values) / channelTypeSize(type), 51);
         const int index = region.addChannel(&c.add(type, alias, "", flags));
         region.allocateChannelBuffer(index);
-        std::memcpy(region.getChannels()[index].buffer->item(0), values.data(), values.size() * 4);
+        if (!values.empty())
+            std::memcpy(region.getChannels()[index].buffer->item(0), values.data(),
+                        values.size() * 4);
         return index;
     }
     PixelRect whole() { return {0, 0, region.getWidth(), 1, region.getWidth(), 1}; }
