@@ -63,13 +63,14 @@ public:
         return {address(index), std::min({wanted, inPage, used - index})};
     }
 
-    /// Calls `visit(data, n)` for the first `count` items, page by page.
+    /// Calls `visit(data, n)` for `count` items from `first` on, run by run. Ends where the items
+    /// in use do.
     template <class Visit>
-    void forEachRun(int count, Visit&& visit) {
-        for (int index = 0; index < std::min(count, used);) {
-            const Run items = run(index, count - index);
+    void forEachRun(int first, int count, Visit&& visit) {
+        for (Run items; count > 0 && (items = run(first, count)).count > 0;) {
             visit(items.data, items.count);
-            index += items.count;
+            first += items.count;
+            count -= items.count;
         }
     }
 

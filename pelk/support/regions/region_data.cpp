@@ -155,7 +155,7 @@ void PKRegionData::freeBuffer(ChannelRecord& record) {
 
 /// Puts the start value into the first `count` pixels.
 void PKRegionData::fillBuffer(ChannelRecord& record, int count) {
-    record.buffer->forEachRun(count, [&](u8* pixels, int n) {
+    record.buffer->forEachRun(0, count, [&](u8* pixels, int n) {
         if (record.channel)
             record.channel->fillPixels(pixels, n);
         else

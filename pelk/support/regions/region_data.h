@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "pelk/base/grow_table.h"
 #include "pelk/base/thread_pools.h"
@@ -10,6 +11,7 @@
 #include "pelk/support/regions/fragments.h"
 #include "pelk/support/regions/fragments_data.h"
 #include "pelk/support/regions/pixel_readout.h"
+#include "pelk/support/regions/transfer_block.h"
 
 namespace Tarnkit {
 
@@ -166,6 +168,27 @@ public:
     int findChannelByAlias(int alias) override;
     int getChannelFlags(int index) override;
 
+    // The way to another computer and back, see transfer_block.h.
+
+    /// Writes host name, rectangle and all channels into `buffer`. The bytes that it needs for a
+    /// null `buffer`; else 1, or 0 with a word on the debug stream and nothing written if `size` is
+    /// below that. Also 0 for a rectangle that was set larger than the pixels that there are.
+    std::int64_t getBuffer(void* buffer, std::int64_t size) override;
+    /// Writes the same block piece by piece, as long as `getBuffer` says, for a file that needn't
+    /// stand in memory beside the pixels. False as soon as the sink says so, or where `getBuffer`
+    /// answers 0.
+    bool writeBuffer(const TransferSink& sink);
+    /// Takes the block of a trusted writer that has channels like this region's in the same order,
+    /// those without pixels the same: sets the rectangle, starts over as by `beginRendering`, and
+    /// overwrites the pixels. Pixels that are large enough stay, so blocks of one size after
+    /// another need no fresh memory. Of a shorter list of channels the others keep their pixels; so
+    /// do all from the first on whose type is another. A block with a wrong magic number changes
+    /// nothing. The block isn't kept, and the name of this computer stays.
+    void setBuffer(const void* data) override;
+    /// The same for `size` bytes from outside, which are checked first (checkTransferBlock). They
+    /// must have exactly the channels of this region. After an error nothing has changed.
+    ErrorChain setBuffer(const void* data, std::int64_t size);
+
     // The channel table. Objects must outlive the region or be detached before they go.
 
     /// Appends a channel described by its object, without pixels until the next `beginRendering`
@@ -255,6 +278,8 @@ private:
 
     bool isChannel(int index) const { return index >= 0 && index < channels.size(); }
     bool hasPixels(int index) const;
+    std::vector<TransferChannel> transferChannels(std::int64_t count) const;
+    std::int64_t transferBytes() const;
     std::int64_t pixelCount() const;
     int checkedPixelCount() const;
 

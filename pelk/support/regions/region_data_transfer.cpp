@@ -1,0 +1,126 @@
+// How a region passes from one computer to another: into a flat block and back.
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+#include "pelk/base/debug_print.h"
+#include "pelk/support/regions/region_data.h"
+
+namespace Tarnkit {
+
+namespace {
+
+bool writeZeros(const TransferSink& sink, std::int64_t count) {
+    static constexpr u8 kZeros[4096] = {};
+    for (; count > 0; count -= std::ssize(kZeros)) {
+        if (!sink(kZeros, static_cast<std::size_t>(std::min(count, std::ssize(kZeros)))))
+            return false;
+    }
+    return true;
+}
+
+/// Writes the first `count` items of the buffer.
+bool writeItems(const TransferSink& sink, ChannelBuffer& buffer, int count) {
+    bool written = true;
+    buffer.forEachRun(0, count, [&](const u8* items, int n) {
+        written = written && sink(items, static_cast<std::size_t>(n) * buffer.getItemSize());
+    });
+    return written;
+}
+
+}  // namespace
+
+/// The channels as a block of `pixelCount` pixels has them, once beginRendering has made room.
+std::vector<TransferChannel> PKRegionData::transferChannels(std::int64_t count) const {
+    std::vector<TransferChannel> list;
+    list.reserve(static_cast<std::size_t>(channels.size()));
+    for (const ChannelRecord& record : channels) {
+        const bool made = !(record.flags & kChannelNoBuffer) && channelTypeSize(record.type) > 0;
+        list.push_back({record.type, pixelCapacity < count ? made : record.buffer != nullptr});
+    }
+    return list;
+}
+
+/// Bytes of the region's own block; 0 if a buffer doesn't hold the whole rectangle.
+std::int64_t PKRegionData::transferBytes() const {
+    const std::int64_t count = pixelCount();
+    const bool whole = std::none_of(channels.begin(), channels.end(), [&](const ChannelRecord& r) {
+        return r.buffer && r.buffer->size() < count;
+    });
+    return whole && count <= INT_MAX ? transferSize(transferChannels(0), count) : 0;
+}
+
+std::int64_t PKRegionData::getBuffer(void* buffer, std::int64_t size) {
+    const std::int64_t needed = transferBytes();
+    if (!buffer || needed == 0)
+        return needed;
+    if (size < needed) {
+        debugPrint("[PKRegionData::getBuffer] buffer not large enough\n");
+        return 0;
+    }
+    u8* to = static_cast<u8*>(buffer);
+    return writeBuffer([&](const void* bytes, std::size_t count) {
+        std::memcpy(to, bytes, count);
+        to += count;
+        return true;
+    });
+}
+
+bool PKRegionData::writeBuffer(const TransferSink& sink) {
+    std::int64_t left = transferBytes();
+    if (left == 0)
+        return false;
+    TransferHeader header{.x0 = x0, .y0 = y0, .x1 = x1, .y1 = y1, .channelCount = channels.size()};
+    std::copy_n(hostName, std::strlen(hostName), header.hostName);
+    if (!sink(&header, sizeof header))
+        return false;
+    left -= sizeof header;
+    const int count = static_cast<int>(pixelCount());
+    for (const ChannelRecord& record : channels) {
+        if (!sink(&record.type, sizeof record.type))
+            return false;
+        left -= sizeof record.type;
+        if (!record.buffer)
+            continue;
+        if (!writeItems(sink, *record.buffer, count))
+            return false;
+        left -= std::int64_t{count} * record.buffer->getItemSize();
+    }
+    return writeZeros(sink, left);
+}
+
+void PKRegionData::setBuffer(const void* data) {
+    TransferHeader header;
+    std::memcpy(&header.magic, data, sizeof header.magic);
+    if (header.magic != kTransferMagic)
+        return;
+    std::memcpy(&header, data, sizeof header);
+    setRect(header.x0, header.y0, header.x1, header.y1);
+    beginRendering();
+    TransferBlock block;
+    block.read(data, transferChannels(0));
+    const int count = static_cast<int>(pixelCount());
+    for (std::size_t i = 0; i < block.pixels.size(); ++i) {
+        const u8* from = block.pixels[i];
+        if (!from)
+            continue;
+        ChannelBuffer& buffer = *channels[static_cast<int>(i)].buffer;
+        buffer.forEachRun(0, count, [&](u8* to, int n) {
+            const std::size_t bytes = static_cast<std::size_t>(n) * buffer.getItemSize();
+            std::memcpy(to, from, bytes);
+            from += bytes;
+        });
+    }
+}
+
+ErrorChain PKRegionData::setBuffer(const void* data, std::int64_t size) {
+    TransferHeader header;
+    if (size >= static_cast<std::int64_t>(sizeof header))
+        std::memcpy(&header, data, sizeof header);
+    ErrorChain error = checkTransferBlock(data, size, transferChannels(header.pixelCount()));
+    if (!error.isError())
+        setBuffer(data);
+    return error;
+}
+
+}  // namespace Tarnkit
