@@ -17,7 +17,7 @@ namespace Tarnkit::platform {
 class PELK_API OutputFile {
 public:
     /// Makes the empty temporary file. If that fails, or if the target is there and no plain
-    /// file, `getTemporaryName` is empty and `getError` says why.
+    /// file, or may not be written, `getTemporaryName` is empty and `getError` says why.
     explicit OutputFile(const std::string& target);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -34,8 +34,9 @@ public:
     /// Goes to a place from the start, which may lie behind the end.
     void seek(std::int64_t place);
 
-    /// Brings the content safely to disk and moves it to the target's name. False on failure,
-    /// with words in `getError`, if any write failed too; the temporary file is gone then.
+    /// Brings the content safely to disk and moves it to the target's name, which is on disk as
+    /// well when this returns: after a power cut there is the old file or the new one. False on
+    /// failure, with words in `getError`, if any write failed too; the temporary file is gone then.
     bool commit();
 
 private:

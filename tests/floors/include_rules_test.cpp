@@ -42,6 +42,7 @@ const std::map<std::string, std::set<std::string>> kLibraries{
     {"OpenImageIO", {"host/plugins", "host/picture"}},
     {"nlohmann", {"host/scene", "host/plugins/mesh_check.cpp"}},
     {"CLI", {"host/cli"}},
+    {"xxhash.h", {"host/picture/content_hash.cpp"}},
 };
 
 /// The named folder that a file below pelk/ belongs to, empty if there is none.

@@ -5,19 +5,13 @@
 #include <vector>
 
 #include "pelk/host/picture/picture.h"
+#include "pelk/host/picture/picture_rect.h"
 
 namespace Tarnkit {
 
 class MessageLog;
 class Scene;
 class ThreadManager;
-
-/// A rectangle of pixels; x1 and y1 lie outside.
-struct PictureRect {
-    int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
-
-    bool isEmpty() const { return x1 <= x0 || y1 <= y0; }
-};
 
 /// What one render is to do. Sizes and counts are above 0, but where a comment gives 0 a meaning.
 struct RenderOptions {

@@ -1,6 +1,7 @@
 #include "pelk/platform/output_file.h"
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,24 +9,52 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 
 #include "pelk/platform/file.h"
+#include "pelk/platform/system_info.h"
 
 namespace Tarnkit::platform {
 
 namespace {
 
-/// A hidden name in the directory of `target`, with its ending, that no other call and no other
-/// process chooses.
+/// Where the name begins in a path.
+std::size_t nameOffset(const std::string& path) {
+    return path.rfind('/') + 1;  // 0 if there is no separator
+}
+
+/// A number that no other process draws, on whatever machine it runs.
+unsigned randomNumber() {
+    unsigned number = 0;
+    const bool drawn = getrandom(&number, sizeof number, GRND_NONBLOCK) == sizeof number;
+    return drawn ? number : static_cast<unsigned>(std::time(nullptr));
+}
+
+/// What tells the temporary files of all writers apart: several machines may write to one
+/// directory, and containers share both name and process number.
+std::string writerName() {
+    static constinit std::atomic<unsigned> count{0};
+    char host[32];
+    if (!computerName(host, sizeof host))
+        host[0] = '\0';  // no name, or a longer one
+    char text[96];
+    std::snprintf(text, sizeof text, "%s-%d-%u-%08x", host, static_cast<int>(getpid()), count++,
+                  randomNumber());
+    return text;
+}
+
+/// A hidden name in the directory of `target`, with its ending, that no other call, process or
+/// machine chooses. Cut where it would be longer than the 255 bytes that file systems take.
 std::string nameBeside(const std::string& target) {
-    static constinit std::atomic<unsigned> number{0};
-    const std::size_t nameAt = target.rfind('/') + 1;  // 0 if there is no separator
+    constexpr std::size_t kLongestStem = 128, kLongestEnding = 16;
+    const std::size_t nameAt = nameOffset(target);
     const std::size_t dot = target.rfind('.');
-    const bool hasEnding = dot != std::string::npos && dot > nameAt;
+    const bool hasEnding =
+        dot != std::string::npos && dot > nameAt && target.size() - dot <= kLongestEnding;
     const std::string stem = target.substr(nameAt, hasEnding ? dot - nameAt : std::string::npos);
-    return target.substr(0, nameAt) + "." + stem + "." + std::to_string(getpid()) + "-" +
-           std::to_string(number++) + (hasEnding ? target.substr(dot) : "");
+    return target.substr(0, nameAt) + "." + stem.substr(0, kLongestStem) + "." + writerName() +
+           (hasEnding ? target.substr(dot) : "");
 }
 
 /// The file that a path leads to through symbolic links, whether it exists or not. Links that lead
@@ -47,6 +76,22 @@ int lastError() {
     return errno != 0 ? errno : EIO;
 }
 
+/// Brings a changed name of a directory to disk. False, with the reason in `errno`, if that failed;
+/// a directory that may be written but not read, and a file system that has no such operation,
+/// count as done.
+bool syncDirectoryOf(const std::string& path) {
+    const std::size_t nameAt = nameOffset(path);
+    const std::string directory = nameAt == 0 ? "." : path.substr(0, nameAt);
+    const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return errno == EACCES;
+    const bool synced = fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
+    const int reason = errno;
+    close(descriptor);
+    errno = reason;
+    return synced;
+}
+
 /// Name of the temporary file that was made last, while it is there.
 constinit std::atomic<const char*> unfinished{nullptr};
 
@@ -59,7 +104,8 @@ OutputFile::OutputFile(const std::string& path) : target(followLinks(nativePath(
         error = "cannot write \"" + target + "\": it is there and not a plain file";
         return;
     }
-    if (errno == ELOOP) {
+    // Renaming would replace a file that its owner has protected from writing.
+    if (errno == ELOOP || (errno == 0 && access(target.c_str(), W_OK) != 0)) {
         fail("write", target);
         return;
     }
@@ -113,7 +159,7 @@ bool OutputFile::commit() {
         return fail("replace", target);
     unfinished = nullptr;
     temporaryName.clear();
-    return true;
+    return syncDirectoryOf(target) || fail("be sure that the disk holds", target);
 }
 
 /// Notes what the system refused and drops the temporary file.
