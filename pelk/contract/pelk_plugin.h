@@ -88,8 +88,8 @@ protected:
 ///         using WithParams::WithParams;
 ///
 ///         float getTexFloat(PelkContext& context) override {
-///             const Point eye = context.renderer->frameData.cameraPosition;
-///             return length(context.hitPoint - eye) / params.range;
+///             const Vector way = context.hitPoint - context.rayOrigin;
+///             return length(way) / params.range;
 ///         }
 ///         Vector getTexBump(PelkContext&) override { return {}; }
 ///     };

@@ -139,7 +139,7 @@ public:
 /// projected by the picture.
 struct FrameData {
     double frameTime = 0.0;  ///< scene time, at which frameBegin reads the parameters of plug-ins
-    Point cameraPosition;    ///< in world space, the scene's
+    Point cameraPosition;    ///< in the space to which WorldTransform takes a hit
     /// Camera axes in world space, as columns that turn a camera-space vector into world space:
     /// right, up, backwards, each of unit length.
     Vector cameraMatrix[3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};

@@ -125,7 +125,7 @@ bool RenderSetup::prepareCamera(std::string& error) {
         error = placeOf(scene.camera) + ": " + error;
         return false;
     }
-    renderer.frameData.cameraPosition = scene.camera->getPosition() + -sceneOrigin.offset;
+    renderer.frameData.cameraPosition = scene.camera->getPosition();
     scene.camera->getAxes(renderer.frameData.cameraMatrix);
     return true;
 }

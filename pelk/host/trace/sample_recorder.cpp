@@ -24,7 +24,12 @@ constexpr float kNoHitDepth = -static_cast<float>(kRayFar);
 
 /// Signed distance of a point along the camera's axis, negative in front of it (the axis points
 /// back).
-float alongAxis(const FrameData& frame, const Point& point) {
+float alongAxis(const PelkContext& context, const Point& inScene) {
+    const FrameData& frame = context.renderer->frameData;
+    const SequenceData& settings = context.renderer->sequenceData;
+    Point point = inScene;
+    if (settings.useWorldTransform)
+        settings.worldTransform->transformPoint(point, inScene, context.time);
     const Vector& axis = frame.cameraMatrix[2];
     const Point& eye = frame.cameraPosition;
     return static_cast<float>((point.x - eye.x) * axis.x + (point.y - eye.y) * axis.y +
@@ -109,7 +114,7 @@ void SampleRecorder::addSurface(RenderContext& c) {
     if (visible) {
         surface->renderID = renderIDOf(c);
         surface->normal = c.normal;
-        surface->zDepth = alongAxis(c.renderer->frameData, c.hitPoint);
+        surface->zDepth = alongAxis(c, c.hitPoint);
         surface->weight = 1.0f;
         if (uvChannel >= 0) {
             const UV uv = surfaceUV(c);
@@ -124,7 +129,7 @@ void SampleRecorder::addLight(const RenderContext& c, const Color& shown, double
     const float t = static_cast<float>(distance);
     const Point place = c.rayOrigin + c.rayDir * t;
     surface->alpha = Color(1);
-    surface->zDepth = alongAxis(c.renderer->frameData, place);
+    surface->zDepth = alongAxis(c, place);
     surface->weight = 1.0f;
     surface->addAlias(kAliasSelfIllumination, &shown);
     putBehind(true, kTagLight);

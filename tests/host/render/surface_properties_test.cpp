@@ -89,6 +89,37 @@ TEST_F(SurfacePropertiesTest, ABackplateIsSeenByTheCameraAlone) {
     EXPECT_NEAR(pixels[2].r, 3.25f, 0.2f) << "light comes from what surrounds the scene";
 }
 
+TEST_F(SurfacePropertiesTest, APictureIsTheSameWhereverTheCamerasSpaceLies) {
+    // A matte seen in a mirror shows what the camera has behind it there.
+    const char* const plugins = R"("map": {"type": "UVWGenEnvironment"},
+        "sky": {"type": "TexGradient", "form": 1, "uvwgen": "map"},
+        "dome": {"type": "LightDome", "texture": "sky"},
+        "silver": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1]},
+        "ball": {"type": "GeomSphere", "material": "silver"},
+        "matte": {"type": "MtlWrapper", "base_material": "silver", "matte_surface": true,
+                  "matte_for_secondary_rays": 2},
+        "floor": {"type": "GeomQuad", "material": "matte", "width": 9, "height": 9,
+                  "rotate": [-90, 0, 0], "translate": [0, -1, 0]},
+        "far": {"type": "CameraPerspective", "fov": 30, "position": [64, -256, 1029],
+                "target": [64, -256, 1024]})";
+    std::vector<Color> beauty[2];
+    std::vector<float> depth[2];
+    for (const int moved : {0, 1}) {
+        const auto scene = read(plugins, moved ? R"("camera": "far", "origin": [64, -256, 1024])"
+                                               : R"("camera": "camera")");
+        ASSERT_TRUE(scene);
+        RenderOptions options = optionsOf(4);
+        options.channels = {"depth"};
+        Picture picture;
+        render(*scene, picture, options);
+        beauty[moved] = pixelsOf<Color>(picture, 0);
+        depth[moved] = pixelsOf<float>(picture, 2);
+    }
+    EXPECT_EQ(beauty[0], beauty[1]);
+    for (std::size_t i = 0; i < depth[0].size(); ++i)
+        EXPECT_NEAR(depth[0][i], depth[1][i], 1e-5f);
+}
+
 TEST_F(SurfacePropertiesTest, TheOverrideOfHighestPriorityIsTheWorldOfAMirror) {
     const std::string scene = R"("red": {"type": "TexConstant", "color": [1, 0, 0]},
         "blue": {"type": "TexConstant", "color": [0, 0, 1]},
