@@ -12,7 +12,8 @@ constexpr float kRounding = 1e-6f;
 /// The third axis of a pair of edges: on both, and in their unit.
 Vector thirdAxis(const Vector& a, const Vector& b) {
     const float root = std::sqrt((dot(a, a) + dot(b, b)) * 0.5f);
-    return root == 0.0f ? Vector() : cross(a, b) * (1.0f / root);
+    const Vector c = cross(a, b);
+    return root == 0.0f ? Vector() : Vector(c.x / root, c.y / root, c.z / root);
 }
 
 bool isDegenerate(const Vector& a, const Vector& b, const Vector& third) {

@@ -18,12 +18,15 @@ const Matrix kFrame{{{0.8f, 0, -0.6f}, {0, 1, 0}, {0.6f, 0, 0.8f}}};
 const Matrix kLocal = transposed(kFrame);
 const Vector kNormal = kFrame.columns[2];
 
-/// The lobes; the first three are of the GtrType that has the same number.
-enum Lobe { kTailOne, kGgx, kFreeTail, kExponential, kWarped };
-constexpr Lobe kLobes[] = {kTailOne, kGgx, kFreeTail, kExponential, kWarped};
+/// The lobes; the first three are of the GtrType that has the same number. The mixed one is of the
+/// second.
+enum Lobe { kTailOne, kGgx, kFreeTail, kExponential, kWarped, kMixed };
+constexpr Lobe kLobes[] = {kTailOne, kGgx, kFreeTail, kExponential, kWarped, kMixed};
 constexpr float kGamma[] = {1, 2, 1.6f};
 
 float eval(Lobe lobe, const Vector& r, float width, const Vector& d, float& pdf) {
+    if (lobe == kMixed)
+        return evalGTRMixed(d, r, width, kGtrGgx, 2, kNormal, kFrame, kLocal, pdf, 0);
     if (lobe == kExponential) {
         pdf = exponentialPdf(r, width, kNormal, d, kLocal);
         return exponentialEval(r, width, kNormal, d, kLocal, kFrame);
@@ -36,6 +39,8 @@ float pdfOf(Lobe lobe, const Vector& r, float width, const Vector& d) {
         return exponentialPdf(r, width, kNormal, d, kLocal);
     if (lobe == kWarped)
         return warpedLobePdf(r, width, d, kLocal);
+    if (lobe == kMixed)
+        return gtrPdfMixed(r, width, kGtrGgx, 2, kNormal, d);
     return gtrPdf(r, width, lobe, kGamma[lobe], kNormal, d);
 }
 
@@ -43,6 +48,8 @@ Vector sample(Lobe lobe, float u, float v, float width, const Vector& d, float& 
               float& weight) {
     if (lobe == kWarped)
         return sampleWarpedLobe(u, v, width, d, kFrame, pdf, kLocal);
+    if (lobe == kMixed)
+        return sampleGTRMixed(u, v, width, kGtrGgx, 2, d, kFrame, pdf, weight, 0, kLocal);
     if (lobe != kExponential)
         return sampleGTR(u, v, width, lobe, kGamma[lobe], d, kFrame, pdf, weight, 0);
     const Vector r = sampleExponential(u, v, width, d, kFrame, pdf);
@@ -84,6 +91,8 @@ TEST_F(LobesTest, DensityAndWeightOfSamplesAreTheEvaluated) {
                 const float back = eval(lobe, -d, width, -r, evalPdf) * dot(r, kNormal);
                 EXPECT_NEAR(-dot(d, kNormal) * value, back, 1e-3f * (1e-3f + back));
             }
+            if (lobe == kMixed)
+                continue;  // made of two
             // 2 pi over the numeric derivative, up to the fit of the exponential lobe's density.
             const auto near = [&](float a, float b) {
                 float unused;
@@ -114,9 +123,10 @@ TEST_F(LobesTest, DensityIntegratesToTheShareOfSamplesThatHaveIt) {
                     const float u = (i / kSteps + 0.5f) / kSteps;
                     const float v = (i % kSteps + 0.5f) / kSteps;
                     const float phi = v * static_cast<float>(kTwoPi);
-                    integral += pdfOf(lobe, direction(2 * u - 1, phi), width, d);
-                    sample(lobe, u, v, width, d, pdf, weight);
-                    share += pdf > 0;
+                    const bool isAbove = u > 0.5f || lobe != kMixed;
+                    integral += isAbove * pdfOf(lobe, direction(2 * u - 1, phi), width, d);
+                    const Vector r = sample(lobe, u, v, width, d, pdf, weight);
+                    share += lobe == kMixed ? dot(r, kNormal) > 0 : pdf > 0;
                     weights += weight;
                 }
                 SCOPED_TRACE(testing::Message() << lobe << " " << width << " " << cosine);
@@ -124,6 +134,31 @@ TEST_F(LobesTest, DensityIntegratesToTheShareOfSamplesThatHaveIt) {
                 EXPECT_LE(weights / kSteps / kSteps, 1.005) << "more than the light that arrived";
             }
         }
+    }
+}
+
+TEST_F(LobesTest, DensityFollowsAStretchedFrame) {
+    constexpr float kStep = 2e-3f;
+    for (int i = 0; i < 1000; ++i) {
+        const float u = number(0.05f, 0.95f), v = unit(random), alpha = number(0.2f, 0.9f);
+        const float s = number(0.7f, 1.4f);
+        const Vector* c = kFrame.columns;
+        const Matrix frame{{c[0] * s, c[1] * (1 / s), c[2]}};
+        const Matrix local = transposed({{c[0] * (1 / s), c[1] * s, c[2]}});
+        const Vector d = -above();
+        const auto near = [&](float a, float b) {
+            return sampleGTR(a, b, alpha, kGtrGgx, 2, d, frame, pdf, weight, 0);
+        };
+        const Vector alongU = near(u + kStep, v) - near(u - kStep, v);
+        const Vector alongV = near(u, v + kStep) - near(u, v - kStep);
+        const Vector r = near(u, v);
+        if (dot(normalizeGuarded(r - d), r) < 0.1f || dot(r, kNormal) < 1e-3f)
+            continue;
+        const double area = length(cross(alongU, alongV)) / (4.0 * kStep * kStep);
+        EXPECT_NEAR(pdf * area / kTwoPi, 1.0, 0.02);
+        float evalPdf;
+        evalGTR(d, r, alpha, kGtrGgx, 2, kNormal, frame, local, evalPdf, 0);
+        EXPECT_NEAR(evalPdf / pdf, 1.0f, 5e-3f);
     }
 }
 

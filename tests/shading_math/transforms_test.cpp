@@ -62,7 +62,10 @@ TEST_F(TransformsTest, DegenerateEdgesAreRefused) {
 
 TEST_F(TransformsTest, ComposingWhatWasDecomposedGivesTheMatrixBack) {
     for (int i = 0; i < 1000; ++i) {
-        const Matrix m{{vector(), vector(), vector()}};
+        Matrix m{{vector(), vector(), vector()}};
+        if (i % 8 == 0)  // turned so that the axes of two angles are one
+            m = composeMatrix({even(random), std::numbers::pi_v<float> / 2, even(random)},
+                              {0.5f, 1, 2}, vector());
         const float determinant = dot(m.columns[0], cross(m.columns[1], m.columns[2]));
         if (std::fabs(determinant) < 0.05f)
             continue;
@@ -74,17 +77,42 @@ TEST_F(TransformsTest, ComposingWhatWasDecomposedGivesTheMatrixBack) {
         // With scales of one sign, this is what leaves one answer only.
         EXPECT_LE(std::fabs(rotation.y), std::numbers::pi_v<float> / 2);
     }
+    Vector rotation, scale, shear;
+    decomposeMatrix({{{-1 - 4e-7f, 4e-7f, 0}, {-5e-7f, -1, 0}, {0, 3e-7f, -1}}}, rotation, scale,
+                    shear);
+    EXPECT_EQ(composeMatrix(rotation, scale, shear), composeMatrix({}, {-1, -1, -1}, {}))
+        << "rounding is taken off";
+}
+
+TEST_F(TransformsTest, PlaneCoordinatesLeadToTheNearestPoint) {
+    for (int i = 0; i < 300; ++i) {
+        const Vector a = vector(), b = vector(), c = vector();
+        if (length(cross(a, b)) < 0.1f)
+            continue;
+        const auto [s, t] = solvePlaneCoordinates(a, b, c);
+        const Vector rest = c - s * a - t * b;
+        EXPECT_NEAR(dot(rest, a), 0, 1e-5f);
+        EXPECT_NEAR(dot(rest, b), 0, 1e-5f);
+        EXPECT_EQ(solvePlaneCoordinates(a, a * 2, c).s, 0.0f) << "parallel";
+    }
 }
 
 TEST_F(TransformsTest, EyesStandApartAndLookAtTheFocus) {
-    Transform t, left, right;
-    t.offset = {10, 20, 30};
-    for (int mode : {1, 2}) {
-        stereoLeft(t, 0.5f, mode, 4, left);
-        stereoRight(t, 0.5f, mode, 4, right);
-        EXPECT_EQ(left.offset.x + 1, right.offset.x);
-        for (const Transform& eye : {left, right})
-            expectNear(eye.offset - eye.axisZ * std::hypot(0.5f, 4.0f), {10, 20, 26}, 1e-5f);
+    for (const int mode : {0, 1, 2}) {
+        const Matrix m = composeMatrix(vector() * 3, {1, 1, 1}, {});
+        const Transform t{m.columns[0], m.columns[1], m.columns[2], vector()};
+        Transform eyes[2];
+        stereoLeft(t, 0.5f, mode, 4, eyes[0]);
+        stereoRight(t, 0.5f, mode, 4, eyes[1]);
+        expectNear(eyes[0].offset + t.axisX, eyes[1].offset, 1e-6f);
+        for (const Transform& eye : eyes) {
+            SCOPED_TRACE(mode);
+            const float far = mode ? std::hypot(0.5f, 4.0f) : 4, k = 4 / far;
+            const Vector focus = mode ? t.offset - t.axisZ * 4 : eye.offset - t.axisZ * 4;
+            expectNear(eye.offset - eye.axisZ * far, focus, 1e-5f);
+            expectNear(eye.axisY, t.axisY * k, 1e-6f);
+            expectNear(eye.axisX, mode == 1 ? cross(eye.axisY, eye.axisZ) : t.axisX * k, 1e-6f);
+        }
     }
 }
 

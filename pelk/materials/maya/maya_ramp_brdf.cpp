@@ -56,7 +56,7 @@ Matrix frameOf(Vector n) {
 Matrix inverse(const Matrix& m) {
     const auto& [u, v, n] = m.columns;
     const Vector uv = cross(u, v);
-    const float determinant = dot(uv, n);
+    const float determinant = dotDouble(uv, n);
     return transposed({{divided(cross(v, n), determinant), divided(cross(n, u), determinant),
                         divided(uv, determinant)}});
 }
