@@ -1,5 +1,7 @@
 #include "pelk/host/trace/render_context.h"
 
+#include <algorithm>
+
 #include "pelk/host/trace/host_renderer.h"
 #include "pelk/host/trace/sampling.h"
 
@@ -10,7 +12,7 @@ RenderThread& RenderContext::thread() const {
 }
 
 bool RenderContext::isInside() const {
-    return dot(rayDir, object->faceNormals[triangle]) > 0.0f;
+    return dotDouble(rayDir, object->faceNormals[triangle]) > 0.0f;
 }
 
 void RenderContext::releaseContext() {
@@ -44,9 +46,22 @@ void RenderContext::crossSurface(const RenderContext& from) {
         if (numVolumes < kMaxVolumes)
             volumes[numVolumes] = from.surfaceVolume;
         ++numVolumes;
-    } else if (numVolumes > 0) {
-        --numVolumes;
+        return;
     }
+    if (numVolumes > kMaxVolumes) {
+        --numVolumes;  // one of those that are counted only
+        return;
+    }
+    int left = numVolumes - 1;
+    while (left >= 0 && volumes[left] != from.surfaceVolume)
+        --left;
+    // A surface that names no medium is one of an object that does elsewhere: the innermost ends.
+    if (left < 0 && !from.surfaceVolume)
+        left = numVolumes - 1;
+    if (left < 0)
+        return;
+    std::copy(volumes + left + 1, volumes + numVolumes, volumes + left);
+    --numVolumes;
 }
 
 void RenderContext::computeDirectLighting(Color& out, BSDFSampler* sampler) {

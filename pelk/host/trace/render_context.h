@@ -61,7 +61,8 @@ public:
     /// How many of `volumes` are written: media nested deeper are counted only.
     int storedVolumes() const { return std::min(numVolumes, int{kMaxVolumes}); }
     /// Updates the stack of media for a ray refracted at the hit `from`: from the front it enters
-    /// the surface's medium (push), from the back it leaves the innermost one (pop).
+    /// the surface's medium, from the back it leaves that one. Where objects overlap that need not
+    /// be the innermost, and a medium that the ray never entered takes none off.
     void crossSurface(const RenderContext& from);
 
     void releaseContext() override;
