@@ -12,11 +12,17 @@ constexpr float kUsualPixel = 1e-3f;
 
 /// The width of the ray's pixel at the hit, in scene units, measured across the ray: the longer of
 /// the two ray differentials, carried on to the hit (Igehy, "Tracing Ray Differentials", SIGGRAPH
-/// 1999, section 3.1.1). Not along the surface, where at a silhouette it has no end.
+/// 1999, section 3.1.1) and without their part along the ray, which those of a spawned ray have,
+/// as they begin on a surface. Not along this surface, where at a silhouette it has no end.
 float pixelWidth(const PelkContext& context) {
     const float distance = length(context.hitPoint - context.rayOrigin);
-    const float width = std::fmax(length(context.originDerivX + context.rayDerivX * distance),
-                                  length(context.originDerivY + context.rayDerivY * distance));
+    const auto widthOf = [&](Vector origin, Vector direction) {
+        const Vector moved = origin + direction * distance;
+        return length(moved - context.rayDir * dot(context.rayDir, moved));
+    };
+    // A side that isn't known gives way to the other.
+    const float width = std::fmax(widthOf(context.originDerivX, context.rayDerivX),
+                                  widthOf(context.originDerivY, context.rayDerivY));
     if (std::isfinite(width) && width > 0.0f)
         return width;
     return distance > 0.0f ? distance * kUsualPixel : kUsualPixel;

@@ -46,6 +46,7 @@ TEST_F(AutoBumpTest, ReadsWithinAPixelOfTheHitTimesTheAmount) {
         {"from the eye, two units off", none, alongX, none, 1, 0.002f},
         {"parallel", alongX, none, none, 1, 0.001f},
         {"the wider one", alongX, none, {0, 0.004f, 0}, 1, 0.008f},
+        {"begun on a surface", {0.001f, 0, 0.03f}, none, none, 1, 0.001f},
         {"scaled", none, alongX, none, 8, 0.016f},
         {"nobody knows", none, none, none, 1, 0.002f},
         {"no number", none, {NAN, 0, 0}, none, 1, 0.002f},

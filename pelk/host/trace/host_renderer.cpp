@@ -19,6 +19,16 @@ bool isBlack(Color c) {
     return c == Color(0);
 }
 
+/// A derivative of the ray's origin carried on to the hit: how far the point that the ray meets
+/// moves on the face, P' = O' + t D' + t' D with t' such that P' lies in its plane. Igehy, "Tracing
+/// Ray Differentials", SIGGRAPH 1999, eq. 10. Not finite for a ray along the face; readers of ray
+/// differentials take that for unknown.
+Vector transferred(const RenderContext& c, Vector origin, Vector direction) {
+    const Vector across = origin + direction * c.hitDistance;
+    const Vector n = c.object->faceNormals[c.triangle];
+    return across - c.rayDir * (dot(across, n) / dot(c.rayDir, n));
+}
+
 /// Whether this ray may hit `light` by itself. A ray under MIS (bsdfDensity >= 0) must hit exactly
 /// the lights that next-event estimation weighted against it, or the other half of their weight is
 /// lost: those that cast shadows and, for a specular ray, have highlights. Any other ray goes by
@@ -109,8 +119,8 @@ RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
     c->parentHitLink = parent.hitLink;
     c->screenX = parent.screenX;
     c->screenY = parent.screenY;
-    c->originDerivX = parent.originDerivX + parent.rayDerivX * parent.hitDistance;
-    c->originDerivY = parent.originDerivY + parent.rayDerivY * parent.hitDistance;
+    c->originDerivX = transferred(parent, parent.originDerivX, parent.rayDerivX);
+    c->originDerivY = transferred(parent, parent.originDerivY, parent.rayDerivY);
     c->rayDerivX = parent.rayDerivX;
     c->rayDerivY = parent.rayDerivY;
     c->rayClipDistance = parent.rayClipDistance;
@@ -150,7 +160,7 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
                                     mesh.normals[corners[1]] * c.baryU +
                                     mesh.normals[corners[2]] * c.baryV);
     }
-    c.backSide = dot(c.rayDir, c.geomNormal) > 0.0f;
+    c.backSide = c.isInside();
     c.flippedSide = 0;
     c.hitID = c.thread().nextHitID();
     c.shadeFlags = kShadeAlphaCounts;
