@@ -40,7 +40,7 @@ const std::map<std::string, std::set<std::string>> kLibraries{
     {"embree3", {"host/trace"}},
     {"assimp", {"host/plugins"}},
     {"OpenImageIO", {"host/plugins", "host/picture"}},
-    {"nlohmann", {"host/scene", "host/plugins/mesh_check.cpp"}},
+    {"nlohmann", {"host/scene", "host/plugins/mesh_check.cpp", "host/plugins/mesh_files.cpp"}},
     {"CLI", {"host/cli"}},
     {"xxhash.h", {"host/picture/content_hash.cpp"}},
 };

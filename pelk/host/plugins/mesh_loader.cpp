@@ -18,13 +18,6 @@ namespace Tarnkit {
 
 namespace {
 
-std::string lowerEnding(const std::string& file) {
-    std::string ending = std::filesystem::path(file).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
-    return ending;
-}
-
 /// The reader aborts the process on some of what is refused here, so it sees the file after this.
 bool checkFile(const std::string& path, const std::string& ending, std::string& error) {
     std::ifstream stream(path, std::ios::binary);
@@ -140,9 +133,16 @@ bool collect(const aiScene& scene, bool smooth, Mesh& mesh, std::string& error) 
 
 }  // namespace
 
+std::string meshEnding(const std::string& file) {
+    std::string ending = std::filesystem::path(file).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
+    return ending;
+}
+
 bool loadMesh(const std::string& file, bool smooth, Mesh& mesh, std::string& error) {
     const std::string path = platform::nativePath(file);
-    const std::string ending = lowerEnding(file);
+    const std::string ending = meshEnding(file);
     std::string reason;
     Assimp::Importer importer;
     const aiScene* scene = nullptr;

@@ -12,4 +12,7 @@ namespace Tarnkit {
 /// false for a file that is missing, broken or cut short, with a text that names it.
 bool loadMesh(const std::string& file, bool smooth, Mesh& mesh, std::string& error);
 
+/// The ending of a file's name in lower case, ".obj" or another one: what decides on its format.
+std::string meshEnding(const std::string& file);
+
 }  // namespace Tarnkit

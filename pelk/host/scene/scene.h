@@ -36,6 +36,13 @@ struct SceneSettings {
     std::vector<std::string> channels;  ///< names of render channels beyond colour and alpha
 };
 
+/// What a scene was made from, beside its settings; for telling two of them apart.
+struct SceneSource {
+    std::string plugins;                 ///< JSON of all instances, with overrides, on one line
+    std::vector<std::string> files;      ///< that parameters name, as they are opened
+    std::vector<std::string> libraries;  ///< modules that instances come from, each once
+};
+
 /// The name that the scene gave an instance; empty for null, or if it has none.
 std::string instanceName(const Plugin* plugin);
 
@@ -77,6 +84,7 @@ public:
 
     std::string file;  ///< name of the scene's file
     SceneSettings settings;
+    SceneSource source;
     TextureInterface* backplate = nullptr;  ///< null without one
     CameraInterface* camera = nullptr;      ///< null if the scene has none
 

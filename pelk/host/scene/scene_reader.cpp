@@ -33,7 +33,8 @@ public:
 
     bool read(std::span<const std::string> overrides) {
         return parseFile() && checkTop() && makeInstances() && applyOverrides(overrides) &&
-               setParameters() && checkLoops() && findCamera() && findBackplate() && openFiles();
+               setParameters() && noteSource() && checkLoops() && findCamera() && findBackplate() &&
+               openFiles();
     }
 
     std::string error;
@@ -71,6 +72,7 @@ private:
     bool setParameters();
     bool setParameter(const Instance& instance, const std::string& name, const Json& value);
     std::string unknownParameter(const PluginKind& kind, std::string_view name) const;
+    bool noteSource();
     bool checkLoops();
     bool findCamera();
     bool findBackplate();
@@ -218,6 +220,7 @@ bool SceneReader::setParameter(const Instance& instance, const std::string& name
         return fail(sceneError);
     for (Plugin* const target : read.references)
         references.add(instance.plugin, name, target);
+    scene.source.files.insert(scene.source.files.end(), read.files.begin(), read.files.end());
     scene.setParameter(instance.plugin, std::move(read.parameter));
     return true;
 }
@@ -228,6 +231,19 @@ std::string SceneReader::unknownParameter(const PluginKind& kind, std::string_vi
         names.push_back(parameter->name);
     return std::string(kind.getName()) + " has no parameter \"" + std::string(name) + "\"" +
            knownNames(name, names);
+}
+
+bool SceneReader::noteSource() {
+    // What is no UTF-8, as a file name in an override may be, is no reason to fail.
+    scene.source.plugins = document["plugins"].dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::vector<std::string>& libraries = scene.source.libraries;
+    for (const Instance& instance : instances) {
+        const std::string& library = instance.kind->library;
+        if (!library.empty() &&
+            std::find(libraries.begin(), libraries.end(), library) == libraries.end())
+            libraries.push_back(library);
+    }
+    return true;
 }
 
 bool SceneReader::checkLoops() {

@@ -1,6 +1,9 @@
 #include "pelk/host/scene/scene_settings.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <iterator>
 #include <string_view>
 #include <vector>
 
@@ -104,6 +107,26 @@ bool readSetting(const Json& json, const SettingRow& row, SceneSettings& setting
     return true;
 }
 
+/// Whether a render may take another value than the scene's.
+bool isOverridden(const SettingRow& row) {
+    static constexpr std::string_view kNames[] = {"width", "height", "samples", "channels"};
+    return std::find(std::begin(kNames), std::end(kNames), row.name) != std::end(kNames);
+}
+
+void hashSetting(const SceneSettings& settings, const SettingRow& row, ContentHash& hash) {
+    hash.addText(row.name);
+    if (row.intField)
+        hash.addNumber(static_cast<std::uint64_t>(settings.*row.intField));
+    if (row.boolField)
+        hash.addNumber(settings.*row.boolField);
+    if (row.numberField)
+        hash.addNumber(std::bit_cast<std::uint64_t>(settings.*row.numberField));
+    if (row.colorField)
+        hash.add(&(settings.*row.colorField), sizeof(Color));
+    if (row.textField)
+        hash.addText(settings.*row.textField);
+}
+
 std::string expectedOf(const SettingRow& row) {
     return row.expected ? row.expected : row.limits.expected();
 }
@@ -136,6 +159,13 @@ bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettin
         return false;
     }
     return true;
+}
+
+void hashSettings(const SceneSettings& settings, ContentHash& hash) {
+    for (const SettingRow& row : kSettings) {
+        if (!isOverridden(row))
+            hashSetting(settings, row, hash);
+    }
 }
 
 }  // namespace Tarnkit

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "pelk/host/picture/content_hash.h"
 #include "pelk/host/scene/scene_values.h"
 
 namespace Tarnkit {
@@ -11,5 +12,9 @@ namespace Tarnkit {
 /// unknown, of the wrong type, or beyond its limits.
 bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettings& settings,
                        SceneError& error);
+
+/// Adds all settings that decide on the pixels of a render to a hash: those are left out that a
+/// render overrides by its options (size, samples, channels).
+void hashSettings(const SceneSettings& settings, ContentHash& hash);
 
 }  // namespace Tarnkit

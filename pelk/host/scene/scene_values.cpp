@@ -297,8 +297,10 @@ private:
             return unexpected(json, pointer);
         std::string text = json.get<std::string>();
         const bool isFile = desc.guide && desc.guide == std::string_view(kFileGuide);
-        if (isFile && !text.empty())
+        if (isFile && !text.empty()) {
             text = (std::filesystem::path(directory) / text).string();
+            out.files.push_back(text);
+        }
         value = texts.emplace_back(std::move(text)).c_str();
         return true;
     }

@@ -16,10 +16,12 @@ struct SceneError {
     std::string text;     ///< what was expected there
 };
 
-/// A parameter made from a value, and the instances that it refers to, in the order of the value.
+/// A parameter made from a value, with the instances and files that it refers to, in the order of
+/// the value.
 struct SceneValue {
     std::unique_ptr<PelkPluginParameter> parameter;
     std::vector<Plugin*> references;
+    std::vector<std::string> files;  ///< as they are opened
 };
 
 /// Makes the parameter of `desc` from the value `json`, which stands at `pointer` in the file: a
