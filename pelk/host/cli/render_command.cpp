@@ -57,9 +57,9 @@ ExitCode RenderRun::run() {
     const RenderResult result = render(scene, renderOptions, interrupt.wasRequested(), picture);
     if (!result.ok)
         return command.fail(ExitCode::BadInput, options.file + ": " + result.error);
-    if (result.stopped && result.samples == 0)
+    if (result.samplesOfPixels.least == 0)
         return command.fail(ExitCode::Interrupted,
-                            "interrupted before any pixel was done; nothing written");
+                            "interrupted before every pixel had a sample; nothing written");
     const ExitCode code = report(result, write(scene, renderOptions, result, picture));
     // Asked to stop during the writing, the run tells its caller so, though the pictures are whole.
     return code == ExitCode::Done && interrupt.wasRequested() ? ExitCode::Interrupted : code;
@@ -81,6 +81,7 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     render = options.picture.forRender(scene.settings);
     render.threads = options.threads;
     render.tileSize = options.tileSize;
+    render.order = options.order;
     render.channels = options.channels;
     std::string error;
     if (!choosePixels(options, render.width, render.height, render.region, error))

@@ -47,6 +47,15 @@ void parseTile(const std::string& text, RenderCommandOptions& options) {
     options.tile = {tile[0], tile[1]};
 }
 
+void parseOrder(const std::string& text, RenderCommandOptions& options) {
+    if (text == "passes")
+        options.order = SampleOrder::Passes;
+    else if (text == "tiles")
+        options.order = SampleOrder::Tiles;
+    else
+        refuse("--order", text, "passes or tiles");
+}
+
 void parseProgress(const std::string& text, RenderCommandOptions& options) {
     const std::map<std::string, ProgressStyle> styles{{"auto", ProgressStyle::Auto},
                                                       {"json", ProgressStyle::JsonLines},
@@ -111,6 +120,12 @@ void RenderCommandOptions::addTo(CLI::App& command) {
         ->type_name("N")
         ->check(numbersTo(kMaxTileSize))
         ->capture_default_str();
+    addParsed(
+        command, "--order", "passes|tiles",
+        "passes: a few samples for the whole picture, then more; tiles: all samples of a tile "
+        "at once, which takes less memory; the picture is the same. By default passes, if "
+        "they fit into memory",
+        *this, parseOrder);
     command.add_flag("--nice", nice, "Render at a priority below normal, behind other programs");
     addSetOption(command, overrides);
     addParsed(command, "--progress", "auto|json|none",

@@ -4,6 +4,7 @@
 
 #include "pelk/base/thrown_text.h"
 #include "pelk/host/render/render_setup.h"
+#include "pelk/host/render/sample_goal.h"
 #include "pelk/host/render/tile_worker.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/trace/surface_uv.h"
@@ -71,8 +72,10 @@ ProbeResult probePixel(Scene& scene, const RenderOptions& options, int x, int y,
             return result;
         result.hit = probeHit(setup, x, y);
         const PictureRect pixel{x, y, x + 1, y + 1};
-        TileWorker worker(setup, options.samples, pixel, 0);
-        worker.render(pixel);
+        TileWorker worker(setup, pixel, 0);
+        TileSums sums(pixel, worker.needsFragments());
+        worker.sample(sums, {static_cast<u32>(options.samples)}, StopTest());
+        worker.develop(sums, pixel);
         result.channels = readChannels(worker.getRegion());
         result.ok = true;
     } catch (...) {

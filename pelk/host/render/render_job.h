@@ -6,6 +6,7 @@
 
 #include "pelk/host/picture/picture.h"
 #include "pelk/host/picture/picture_rect.h"
+#include "pelk/host/render/tile_sums.h"
 
 namespace Tarnkit {
 
@@ -13,13 +14,21 @@ class MessageLog;
 class Scene;
 class ThreadManager;
 
+/// In which order a picture gets its samples; the picture is the same.
+enum class SampleOrder {
+    Automatic,  ///< passes, if the sums of all pixels fit into memory
+    Passes,     ///< a few for every pixel, then more: an early end leaves a whole picture
+    Tiles,      ///< all of a tile at once: next to no memory beside the picture
+};
+
 /// What one render is to do. Sizes and counts are above 0, but where a comment gives 0 a meaning.
 struct RenderOptions {
-    int width = 0, height = 0;          ///< of the whole picture
-    int samples = 16;                   ///< per pixel
-    int threads = 0;                    ///< 0: as many as getNumThreads() says
-    PictureRect region;                 ///< what to render; empty stands for the whole picture
-    int tileSize = 32;                  ///< pixels on a side of a tile, which one thread renders
+    int width = 0, height = 0;  ///< of the whole picture
+    int samples = 16;           ///< per pixel
+    int threads = 0;            ///< 0: as many as getNumThreads() says
+    PictureRect region;         ///< what to render; empty stands for the whole picture
+    int tileSize = 32;          ///< pixels on a side of a tile, which one thread renders
+    SampleOrder order = SampleOrder::Automatic;
     std::vector<std::string> channels;  ///< names of render channels beside those of the scene
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };
@@ -42,9 +51,12 @@ public:
 /// What became of a render.
 struct RenderResult {
     bool ok = false;       ///< false: nothing was rendered, `error` says why
-    bool stopped = false;  ///< ended early by `stop`; what was finished stands in the picture
+    bool stopped = false;  ///< ended early by `stop`
     std::string error;
-    long long samples = 0;         ///< of all pixels that were finished
+    /// Of the pixels that were to be rendered. If one of them has none, the picture is left without
+    /// any: a part of it is no use in the place of an older one.
+    SampleRange samplesOfPixels;
+    long long samples = 0;         ///< of all pixels together
     double seconds = 0.0;          ///< of tracing rays, without reading and building the scene
     long long droppedSamples = 0;  ///< left out since their colour was NaN or infinite
     std::string droppedBy;         ///< name of an instance that made one of them
@@ -52,11 +64,12 @@ struct RenderResult {
 
 /// Renders the scene into `picture`, which gets the size of the whole picture; pixels outside the
 /// region hold what a miss gives. Each thread takes one tile after the other from a common queue
-/// and renders it with all its samples, so a tile in the picture is final: there are no progressive
-/// passes. The picture has the same bits whatever the number of threads and the size of tiles.
+/// and gives it more samples, RenderOptions::order says how many at a time. The picture has the
+/// same bits whatever the number of threads, the size of tiles and the order.
 ///
-/// `stop` may be set from any thread or a signal handler, and ends the render behind the tiles in
-/// work. `log` and `progress` may be null. Nothing is thrown: `error` of the result has the words.
+/// `stop` may be set from any thread or a signal handler, and ends the render behind the few
+/// samples in work. `log` and `progress` may be null. Nothing is thrown: `error` of the result has
+/// the words.
 RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog* log,
                          RenderProgress* progress, const std::atomic<bool>& stop, Picture& picture);
 

@@ -50,10 +50,10 @@ public:
     WorkerJob(const std::function<void(Worker&)>& threadWork, FirstFailure& threadFailure)
         : work(threadWork), failure(threadFailure) {}
 
-    void run(int* abortFlag, int* progress, int threadIndex, int) override {
+    void run(int* abortFlag, int*, int threadIndex, int) override {
         begun.fetch_add(1, std::memory_order_relaxed);
         try {
-            Worker worker(threadIndex, *abortFlag, *progress);
+            Worker worker(threadIndex, *abortFlag);
             work(worker);
         } catch (...) {
             failure.keep();
@@ -75,9 +75,9 @@ public:
     WorkerProgress(const WorkerGroup& watched, MessageLog& messages, FirstFailure& anyFailure)
         : group(watched), log(messages), failure(anyFailure) {}
 
-    void setProgress(int total) override {
+    void setProgress(int) override {
         try {
-            group.report(total);
+            group.report();
         } catch (...) {
             failure.keep();  // thrown on once the threads have ended, which checkAbort now asks for
         }

@@ -20,20 +20,15 @@ using OwnedThreadManager = std::unique_ptr<ThreadManager, ThreadManagerDeleter>;
 /// One thread of a run, as its work sees it. Lives on that thread's stack while the work runs.
 class Worker {
 public:
-    Worker(int index, int& abort, int& counter)
-        : threadIndex(index), abortFlag(abort), progress(counter) {}
+    Worker(int index, int& abort) : threadIndex(index), abortFlag(abort) {}
 
     int getThreadIndex() const { return threadIndex; }
     /// True once the run is to end early. Work that is in hand may be finished.
     bool mustStop() const { return readShared(abortFlag) != 0; }
-    /// Adds finished work to this thread's counter, in units of the caller's choice.
-    void count(int finished) { writeShared(progress, progress + finished); }
-    int getCounted() const { return progress; }
 
 private:
     const int threadIndex;
     int& abortFlag;
-    int& progress;
 };
 
 /// A group of threads, and who follows what they do.
@@ -41,9 +36,9 @@ struct WorkerGroup {
     ThreadManager& manager;
     int threads;                    ///< above 0
     const std::atomic<bool>& stop;  ///< may be set at any moment, and ends the run early
-    /// Gets the sum of all counters about every 200 ms, on the caller's thread; may be empty. What
-    /// it throws ends the run.
-    std::function<void(int done)> report = {};
+    /// Called about every 200 ms, on the caller's thread; may be empty. What it throws ends the
+    /// run.
+    std::function<void()> report = {};
     MessageLog* log = nullptr;  ///< may be null
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "pelk/host/render/sample_goal.h"
 #include "pelk/host/trace/sampling.h"
 
 namespace Tarnkit {
@@ -10,6 +11,13 @@ namespace Tarnkit {
 u32 pixelSeed(int x, int y) {
     return hash32(static_cast<u32>(x) + hash32(static_cast<u32>(y) + 0x51ed270bu));
 }
+
+namespace {
+
+/// A sample takes a few microseconds, and in the worst scenes a thousand times as long.
+constexpr u32 kSamplesBetweenTests = 16;
+
+}  // namespace
 
 void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u32 seed,
                u32 sample) {
@@ -41,34 +49,8 @@ void startPath(RenderContext& c, HostRenderer& renderer, RenderThread& thread, u
         c.resultFragment = thread.recorder->nextSurfaceFragment();
 }
 
-namespace {
-
-/// A sum of many small colours. In double: the float that a million samples have summed to would no
-/// longer notice one more.
-class ColorSum {
-public:
-    void add(const Color& c) {
-        r += c.r;
-        g += c.g;
-        b += c.b;
-    }
-    Color times(double scale) const {
-        return {static_cast<float>(r * scale), static_cast<float>(g * scale),
-                static_cast<float>(b * scale)};
-    }
-
-private:
-    double r = 0.0, g = 0.0, b = 0.0;
-};
-
-}  // namespace
-
-TileWorker::TileWorker(RenderSetup& setup_, int samples_, const PictureRect& largest,
-                       int threadIndex)
-    : renderer(setup_.renderer),
-      setup(setup_),
-      samples(samples_),
-      thread(setup_.renderer, threadIndex) {
+TileWorker::TileWorker(RenderSetup& setup_, const PictureRect& largest, int threadIndex)
+    : renderer(setup_.renderer), setup(setup_), thread(setup_.renderer, threadIndex) {
     region.setChannels(setup.channels.getList());
     // Memory for the largest tile is taken here, and the region keeps it for the smaller ones.
     region.setRect(largest.x0, largest.y0, largest.x1, largest.y1);
@@ -79,49 +61,87 @@ TileWorker::TileWorker(RenderSetup& setup_, int samples_, const PictureRect& lar
     }
 }
 
-void TileWorker::render(const PictureRect& tile) {
-    region.setRect(tile.x0, tile.y0, tile.x1, tile.y1);
-    for (int y = tile.y0; y < tile.y1; ++y) {
-        for (int x = tile.x0; x < tile.x1; ++x)
-            renderPixel(x, y);
+long long TileWorker::sample(TileSums& sums, const SampleGoal& goal, const StopTest& stop) {
+    long long taken = 0;
+    FragmentReader fragments(sums);
+    packed.clear();
+    std::size_t index = 0;
+    for (int y = sums.rect.y0; y < sums.rect.y1; ++y) {
+        for (int x = sums.rect.x0; x < sums.rect.x1; ++x, ++index) {
+            PixelSums& pixel = sums.pixels[index];
+            const u32 before = pixel.tried;
+            FragmentList list{&region};
+            if (recorder)
+                fragments.read(index, region, list);
+            samplePixel(x, y, goal.samples, pixel, list, stop);
+            taken += pixel.tried - before;
+            if (recorder)
+                sums.fragmentBytes[index] = packFragments(list, region, packed);
+            region.resetFragments();
+        }
     }
+    if (recorder)
+        sums.fragments.swap(packed);
+    return taken;
 }
 
-void TileWorker::renderPixel(int x, int y) {
+/// Adds samples to a pixel, in their order, until it has `goal` of them.
+void TileWorker::samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentList& fragments,
+                             const StopTest& stop) {
+    if (sums.tried >= goal)
+        return;
     const u32 seed = pixelSeed(x, y);
-    FragmentList pixel{&region};
-    auto* const total = static_cast<PKFragment*>(pixel.getFragment(kTagTotal));
     if (recorder)
         recorder->beginPixel();
     else
         thread.plainFragment = static_cast<PKFragment*>(region.newFragment());
-    ColorSum color, alpha;
-    int kept = 0;
     RenderContext& c = *thread.takeContext();
-    for (int sample = 0; sample < samples; ++sample) {
-        if (!renderSample(c, x, y, seed, static_cast<u32>(sample))) {
-            ++dropped;
-            continue;
+    while (sums.tried < goal && !stop.isDue()) {
+        for (const u32 end = std::min(goal, sums.tried + kSamplesBetweenTests); sums.tried < end;) {
+            if (!renderSample(c, x, y, seed, sums.tried++)) {
+                ++dropped;
+                continue;
+            }
+            sums.add(c.traceResult, c.traceAlpha);
+            if (recorder)
+                recorder->endSample(c, fragments);
         }
-        ++kept;
-        color.add(c.traceResult);
-        alpha.add(c.traceAlpha);
-        if (recorder)
-            recorder->endSample(c, 1.0f / static_cast<float>(samples), pixel);
     }
     c.releaseContext();
-    // Each sample came in with the weight 1 / samples; with some dropped, the mean is over the
-    // rest.
-    if (recorder && kept < samples)
-        pixel.multiplyAll(static_cast<float>(samples) / static_cast<float>(std::max(kept, 1)));
-    if (recorder)
-        recorder->endPixel(pixel);
-    const double share = 1.0 / std::max(kept, 1);
-    total->color = color.times(share);
+}
+
+void TileWorker::develop(const TileSums& sums, const PictureRect& shown) {
+    const PictureRect target = intersection(sums.rect, shown);
+    region.setRect(target.x0, target.y0, target.x1, target.y1);
+    FragmentReader fragments(sums);
+    std::size_t index = 0;
+    for (int y = sums.rect.y0; y < sums.rect.y1; ++y) {
+        for (int x = sums.rect.x0; x < sums.rect.x1; ++x, ++index) {
+            FragmentList list{&region};
+            list.getFragment(kTagTotal);
+            if (recorder)
+                fragments.read(index, region, list);
+            if (target.contains(x, y))
+                developPixel(x, y, sums.pixels[index], list);
+            region.resetFragments();
+        }
+    }
+}
+
+/// `fragments`: an empty total, followed by those of the objects in the pixel.
+void TileWorker::developPixel(int x, int y, const PixelSums& sums, FragmentList& fragments) {
+    auto* const total = static_cast<PKFragment*>(fragments.head());
+    const u32 samples = std::max(sums.kept, 1u);
+    if (recorder) {
+        for (Fragment* part = total->nextFragment; part; part = part->nextFragment)
+            total->addFragment(part, Color(1), 0);
+        fragments.multiplyAll(1.0f / static_cast<float>(samples));
+    }
+    const double share = 1.0 / samples;
+    total->color = sums.color.times(share);
     total->background = Color(0);
-    total->alpha = alpha.times(share);
-    region.storeFragments(x, y, pixel);
-    region.resetFragments();
+    total->alpha = sums.alpha.times(share);
+    region.storeFragments(x, y, fragments);
 }
 
 /// Traces one path, jittered within the pixel. False if its colour or alpha is NaN or infinite, so

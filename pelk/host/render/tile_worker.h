@@ -3,11 +3,15 @@
 #include <optional>
 
 #include "pelk/host/render/render_setup.h"
+#include "pelk/host/render/tile_sums.h"
 #include "pelk/host/trace/render_thread.h"
 #include "pelk/host/trace/sample_recorder.h"
 #include "pelk/support/regions/region_data.h"
 
 namespace Tarnkit {
+
+class StopTest;
+struct SampleGoal;
 
 /// The seed of a pixel's random numbers: a hash of its place in the whole picture, so that it does
 /// not depend on the tile, the thread or the region that is rendered.
@@ -19,19 +23,28 @@ u32 pixelSeed(int x, int y);
 void startPath(RenderContext& context, HostRenderer& renderer, RenderThread& thread, u32 seed,
                u32 sample);
 
-/// Renders tiles on one thread: for each pixel the mean of its samples, box filtered, for colour,
-/// alpha and all channels. Made and used on a render thread; its region, contexts and fragments
-/// serve one tile after the other, so that nothing is allocated per tile. A pixel comes out the
-/// same whichever tile it lies in and whatever was rendered before.
+/// Renders tiles on one thread: adds samples to the sums of pixels, and makes pixels of sums, each
+/// the mean of its samples, box filtered, for colour, alpha and all channels. Made and used on a
+/// render thread; its region, contexts and fragments serve one tile after the other, so that
+/// nothing is allocated per tile. A pixel comes out the same whichever tile it lies in, whatever
+/// was rendered before, and in however many steps it gets its samples.
 class TileWorker {
 public:
-    /// `samples`: per pixel, above 0. `largest`: every tile fits into a rectangle of this size.
-    /// `threadIndex`: of this thread in its group, and the index of its pools in materials.
-    TileWorker(RenderSetup& setup, int samples, const PictureRect& largest, int threadIndex);
+    /// `largest`: every tile fits into a rectangle of this size. `threadIndex`: of this thread in
+    /// its group, and the index of its pools in materials.
+    TileWorker(RenderSetup& setup, const PictureRect& largest, int threadIndex);
 
-    /// Renders the pixels of a rectangle of the picture. They stand in the region until the next
-    /// call, and are the caller's to copy before that.
-    void render(const PictureRect& tile);
+    /// Whether the sums of a tile must hold fragments: there are channels beyond colour and alpha.
+    bool needsFragments() const { return recorder.has_value(); }
+
+    /// Gives every pixel of a tile so many samples in all; those that have them are left alone.
+    /// Once `stop` says so the sums stay as they are by then: whole samples, though not everywhere
+    /// the same number. Returns the number of samples taken.
+    long long sample(TileSums& sums, const SampleGoal& goal, const StopTest& stop);
+
+    /// Makes pixels of the sums where a tile overlaps `shown`. They stand in the region until the
+    /// next call, and are the caller's to copy before that. A pixel without samples is black.
+    void develop(const TileSums& sums, const PictureRect& shown);
     PKRegionData& getRegion() { return region; }
 
     /// Samples, or their share in one channel, that were left out since they were NaN or infinite:
@@ -41,15 +54,17 @@ public:
     const SceneObject* getBadObject() const;
 
 private:
-    void renderPixel(int x, int y);
+    void samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentList& fragments,
+                     const StopTest& stop);
     bool renderSample(RenderContext& context, int x, int y, u32 seed, u32 sample);
+    void developPixel(int x, int y, const PixelSums& sums, FragmentList& fragments);
 
     HostRenderer& renderer;
     const RenderSetup& setup;
-    const int samples;
     RenderThread thread;
     PKRegionData region;
     std::optional<SampleRecorder> recorder;  // if there are channels beyond colour and alpha
+    std::vector<u8> packed;                  // of the tile in work, while it is packed anew
     long long dropped = 0;
 };
 

@@ -78,22 +78,14 @@ void SampleRecorder::beginPixel() {
     surface = fragments[0];
 }
 
-void SampleRecorder::endSample(const RenderContext& c, float share, FragmentList& pixel) {
+void SampleRecorder::endSample(const RenderContext& c, FragmentList& pixel) {
     if (!sample)
         addSurroundings(Color(0));  // ended by the depth limit, nothing was shaded
     sample->color = c.traceResult;
     sample->background = Color(0);  // is in the colour
     sample->alpha = c.traceAlpha;
     dropBadValues(c);
-    pixel.getFragment(sampleTag)->addFragment(sample, Color(share), 0);
-}
-
-void SampleRecorder::endPixel(FragmentList& pixel) const {
-    Fragment* const total = pixel.getFragment(kTagTotal);
-    for (Fragment* part = pixel.head(); part; part = part->nextFragment) {
-        if (part != total)
-            total->addFragment(part, Color(1), 0);
-    }
+    pixel.getFragment(sampleTag)->addFragment(sample, Color(1), 0);
 }
 
 void SampleRecorder::beginSample() {

@@ -16,23 +16,21 @@ struct SceneObject;
 /// Each surface, light or environment that a ray hits gets a surface fragment: materials write
 /// their channels to it, and the main values (colour, alpha, depth, ...) are added here. Surface
 /// fragments are composited front to back into the sample. The samples of a pixel are summed per
-/// object that is visible first, since the object that covers most of the pixel is its front; the
-/// sum of those sums is the pixel's total. Owned and used by one render thread.
+/// object that is visible first, since the object that covers most of the pixel is its front.
+/// Owned and used by one render thread.
 class SampleRecorder {
 public:
     /// `region` outlives this, has its channels already and keeps them.
     explicit SampleRecorder(PKRegionData& region);
 
     // Per pixel, in this order: beginPixel; for each sample beginSample, the operations along the
-    // ray, and endSample unless the sample is dropped; endPixel.
+    // ray, and endSample unless the sample is dropped.
 
     void beginPixel();
     void beginSample();
-    /// Adds the sample, whose traceResult and traceAlpha stand in the context. `share`: its weight
-    /// in the pixel, 1 over the number of samples.
-    void endSample(const RenderContext& context, float share, FragmentList& pixel);
-    /// Sums the fragments of all objects into the pixel's total.
-    void endPixel(FragmentList& pixel) const;
+    /// Adds the sample, whose traceResult and traceAlpha stand in the context, with the weight 1 to
+    /// the sum of the object that it shows: how many samples there will be need not be known yet.
+    void endSample(const RenderContext& context, FragmentList& pixel);
 
     // Along a ray.
 

@@ -16,7 +16,7 @@ protected:
     }
 };
 
-TEST_F(ChannelsTest, BitsAreTheSameWhateverIsAskedForAndOnAnyThreads) {
+TEST_F(ChannelsTest, BitsAreTheSameWhateverIsAskedForInAnyOrderAndOnAnyThreads) {
     const auto scene = read(R"(
         "mirror": {"type": "MtlDiffuse", "diffuse": [0.2, 0.3, 0.4], "reflection": [0.5, 0.5, 0.5]},
         "veil": {"type": "MtlDiffuse", "transparency": [0.5, 0.3, 1]},
@@ -36,10 +36,15 @@ TEST_F(ChannelsTest, BitsAreTheSameWhateverIsAskedForAndOnAnyThreads) {
     render(*scene, full, optionsWith({"all"}, 45, 33));
     for (const int channel : {0, 1})
         EXPECT_EQ(pixelsOf<Color>(plain, channel), pixelsOf<Color>(full, channel));
-    for (const auto& [threads, tileSize] : {std::pair{1, 1}, {5, 7}, {2, 4096}}) {
+    const struct {
+        int threads, tileSize;
+        SampleOrder order;
+    } cuts[] = {{1, 1, SampleOrder::Tiles}, {5, 7, SampleOrder::Passes}, {2, 4096, {}}};
+    for (const auto& [threads, tileSize, order] : cuts) {
         RenderOptions options = optionsWith({"all"}, 45, 33);
         options.threads = threads;
         options.tileSize = tileSize;
+        options.order = order;
         Picture again;
         render(*scene, again, options);
         for (int i = 0; i < full.getRegion().getNumChannels(); ++i) {

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include "pelk/host/render/render_job.h"
+#include "pelk/host/render/render_setup.h"
+#include "pelk/host/render/sample_goal.h"
+#include "pelk/host/render/sum_store.h"
+#include "pelk/host/render/tile_queue.h"
+#include "pelk/host/render/tile_worker.h"
+
+namespace Tarnkit {
+
+/// Takes the samples of one render on the threads of a group, and makes a picture of them: in
+/// passes over the whole picture, between which the sums of all pixels are kept, or tile by tile.
+/// Both give the same bits. Made and used by the thread that renders a scene.
+class PictureSampler {
+public:
+    /// All must outlive this. `shown`: the pixels that the picture, which has its channels, is to
+    /// get.
+    PictureSampler(RenderSetup& setup, const RenderOptions& options, const PictureRect& shown,
+                   bool inPasses, Picture& picture);
+
+    /// Renders until all samples are there or the end comes early, and fills in what became of it.
+    /// Throws what threads throw.
+    void run(const WorkerGroup& group, RenderProgress* progress, RenderResult& result);
+
+private:
+    void sampleTiles(const WorkerGroup& group, Worker& thread, RenderResult& result);
+    void sampleTile(TileWorker& worker, TileSums& sums, const StopTest& stop);
+    SampleGoal nextGoal(const TileSums& sums) const;
+    void developTiles(const WorkerGroup& group);
+    void show(TileWorker& worker, const TileSums& sums);
+
+    RenderSetup& setup;
+    const RenderOptions& options;
+    const PictureRect shown;
+    const bool inPasses;
+    Picture& picture;
+    const TileGrid grid;
+    std::unique_ptr<SumStore> store;  // null if no sums are kept
+    TileQueue queue;
+    std::atomic<long long> samplesDone{0};
+    std::atomic<int> tilesDone{0};
+    std::mutex mutex;  // of what follows and of the result, while threads run
+    SampleRange shownRange;
+};
+
+/// Whether the sums of all pixels fit into what the machine has free, with room for the rest. What
+/// they need is estimated: `channels` asks for fragments, of which a pixel has two in the mean.
+bool passesFitIntoMemory(const PictureRect& area, const RenderChannels& channels, MessageLog* log);
+
+}  // namespace Tarnkit
