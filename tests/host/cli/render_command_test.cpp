@@ -174,7 +174,7 @@ TEST_F(RenderCommand, ThreadsAreAsTheUserWantsAndToldOnDemand) {
 }
 
 TEST_F(RenderCommand, CtrlCWritesWhatIsDone) {
-    pelk.start({"render", "s.json", "-o", "a.exr", "--size", "2048x2048", "--spp", "256",
+    pelk.start({"render", "s.json", "-o", "a.exr", "--size", "64x64", "--spp", "9999999",
                 "--progress=json"});
     ASSERT_TRUE(pelk.waitForOutput("\"progress\""));
     pelk.interrupt();
@@ -182,8 +182,8 @@ TEST_F(RenderCommand, CtrlCWritesWhatIsDone) {
     EXPECT_EQ(result.exitCode, 130);
     EXPECT_THAT(result.err, HasSubstr("interrupted"));
     const std::vector<float> pixels = readPicture(directory.file("a.exr"));
-    EXPECT_EQ(pixels.size(), 2048u * 2048 * 4);
-    EXPECT_GT(*std::max_element(pixels.begin(), pixels.end()), 0.0f);
+    EXPECT_EQ(pixels.size(), 64u * 64 * 4);
+    EXPECT_GT(*std::min_element(pixels.begin(), pixels.end()), 0.0f);
     const std::string lastLine = result.out.substr(result.out.rfind("{"));
     EXPECT_THAT(lastLine, AllOf(HasSubstr("\"finished\""), HasSubstr("\"interrupted\":true"),
                                 HasSubstr("[\"" + directory.file("a.exr") + "\"]")));
