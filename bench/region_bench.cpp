@@ -3,6 +3,7 @@
 #include <OpenImageIO/imageio.h>
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -84,6 +85,91 @@ void convertPixelValues(benchmark::State& state) {
 }
 BENCHMARK(convertPixelValues)->Iterations(5);
 
+/// Two regions of one size, written all over, with the block of the one.
+struct Transfer {
+    Transfer() : block(static_cast<std::size_t>(from.getBuffer(nullptr, 0)), 1), copy(block) {
+        from.clear();
+        to.clear();
+    }
+    Region from{kWidth, kHeight}, to{kWidth, kHeight};
+    std::vector<u8> block, copy;
+};
+
+Transfer& transfer() {
+    static Transfer regions;
+    return regions;
+}
+
+void copyBytes(benchmark::State& state) {
+    Transfer& t = transfer();
+    for (auto _ : state) {
+        std::memcpy(t.copy.data(), t.block.data(), t.block.size());
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(copyBytes)->Iterations(3);
+
+void getBlock(benchmark::State& state) {
+    Transfer& t = transfer();
+    for (auto _ : state)
+        t.from.getBuffer(t.block.data(), static_cast<std::int64_t>(t.block.size()));
+}
+BENCHMARK(getBlock)->Iterations(3);
+
+void setBlock(benchmark::State& state) {
+    Transfer& t = transfer();
+    t.from.getBuffer(t.copy.data(), static_cast<std::int64_t>(t.copy.size()));
+    for (auto _ : state)
+        t.to.setBuffer(t.copy.data());
+}
+BENCHMARK(setBlock)->Iterations(3);
+
+void mergeRegions(benchmark::State& state) {
+    Transfer& t = transfer();
+    for (auto _ : state)
+        t.to.copyFrom(t.from);
+}
+BENCHMARK(mergeRegions)->Iterations(3);
+
+constexpr int kTile = 64;
+
+/// All tiles of the picture from one that is moved about, as a render merges them.
+void mergeTiles(benchmark::State& state) {
+    Transfer& t = transfer();
+    Region tile(kTile, kTile);
+    for (auto _ : state) {
+        for (int y = 0; y < kHeight; y += kTile) {
+            for (int x = 0; x < kWidth; x += kTile) {
+                tile.setRect(x, y, x + kTile, y + kTile);
+                t.to.copyFrom(tile);
+            }
+        }
+    }
+}
+BENCHMARK(mergeTiles)->Iterations(3);
+
+/// The same rows by memcpy, each tile's from one place to another in a flat picture.
+void copyTileRows(benchmark::State& state) {
+    Transfer& t = transfer();
+    constexpr std::size_t kSizes[] = {12, 12, 4, 12, 4, 12, 8, 12, 12, 12};
+    for (auto _ : state) {
+        for (std::size_t y = 0; y < kHeight; y += kTile) {
+            for (std::size_t x = 0; x < kWidth; x += kTile) {
+                u8* plane = t.copy.data();
+                const u8* from = t.block.data();
+                for (const std::size_t size : kSizes) {
+                    for (std::size_t row = y; row < std::min<std::size_t>(kHeight, y + kTile);
+                         ++row, from += kTile * size)
+                        std::memcpy(plane + (row * kWidth + x) * size, from, kTile * size);
+                    plane += size * kWidth * kHeight;
+                }
+                benchmark::ClobberMemory();
+            }
+        }
+    }
+}
+BENCHMARK(copyTileRows)->Iterations(3);
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -93,5 +179,10 @@ int main(int argc, char** argv) {
               "copy of as many bytes", 100.0);
     table.row("getPixels, 1920 x 1080 to RGB8", "readPixels", "convertPixelValues",
               "convert_pixel_values", 1.0 / 3.0);
+    constexpr double kCopy = 1.0 / 0.8;
+    table.row("getBuffer, 1920 x 1080, 10 channels", "getBlock", "copyBytes", "memcpy", kCopy);
+    table.row("setBuffer into a warm region", "setBlock", "copyBytes", "memcpy", kCopy);
+    table.row("copyFrom, the same rectangle", "mergeRegions", "copyBytes", "memcpy", kCopy);
+    table.row("copyFrom, tiles of 64 x 64", "mergeTiles", "copyTileRows", "memcpy of rows", kCopy);
     return 0;
 }

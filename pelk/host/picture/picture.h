@@ -15,7 +15,7 @@ public:
 
     /// Copies the pixels of a tile inside the picture, which has the same channels. Tiles that
     /// don't overlap may be copied from different threads at once.
-    void copyTile(PKRegionData& tile);
+    void copyTile(PKRegionData& tile) { region.copyFrom(tile); }
 
     int getWidth() { return region.getWidth(); }
     int getHeight() { return region.getHeight(); }

@@ -1,6 +1,7 @@
 #include "pelk/support/regions/channel_buffer.h"
 
 #include <climits>
+#include <cstring>
 #include <memory>
 
 namespace Tarnkit {
@@ -72,6 +73,17 @@ void ChannelBuffer::addPages(int count) {
         const std::int64_t items = std::int64_t{pages.size()} * itemsPerPage;
         capacity = static_cast<int>(std::min<std::int64_t>(items, INT_MAX));
     }
+}
+
+void copyItems(ChannelBuffer& from, int fromIndex, ChannelBuffer& to, int toIndex, int count) {
+    from.forEachRun(fromIndex, count, [&](const u8* source, int sourceCount) {
+        to.forEachRun(toIndex, sourceCount, [&](u8* target, int n) {
+            const std::size_t bytes = static_cast<std::size_t>(n) * from.getItemSize();
+            std::memmove(target, source, bytes);  // a region may be merged with itself
+            source += bytes;
+        });
+        toIndex += sourceCount;
+    });
 }
 
 }  // namespace Tarnkit

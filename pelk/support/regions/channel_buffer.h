@@ -100,4 +100,9 @@ private:
     int itemSize = 0;
 };
 
+/// Copies `count` items of equal size from one buffer to another, in block copies that end only
+/// where a page does. Ends early where the items in use of either buffer do. The items may be the
+/// same, not overlap by halves.
+void copyItems(ChannelBuffer& from, int fromIndex, ChannelBuffer& to, int toIndex, int count);
+
 }  // namespace Tarnkit

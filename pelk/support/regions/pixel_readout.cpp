@@ -15,11 +15,6 @@ bool liesInside(const PixelRect& rect, int width, int height) {
            rect.height <= height - rect.y0;
 }
 
-/// Whether the alpha of other pixels can be read from pixels of this type.
-bool hasAlphaColor(int type) {
-    return type != kChannelInt && type != kChannelFloat2;
-}
-
 /// Calls beginMapping of all mappers, and endMapping on every way out of the read.
 class MapperUse {
 public:
@@ -80,7 +75,7 @@ int PKRegionData::getPixels(int channel, int alphaChannel, const PixelRect& rect
     if (!PixelConverter::writes(record.type, format))
         return 1;
     const ChannelRecord* alpha = nullptr;
-    if (hasPixels(alphaChannel) && hasAlphaColor(channels[alphaChannel].type))
+    if (hasPixels(alphaChannel) && channelTypeIsColor(channels[alphaChannel].type))
         alpha = &channels[alphaChannel];
 
     const bool mapped = (record.type == kChannelColor || record.type == kChannelAColor) &&

@@ -15,8 +15,6 @@
 
 namespace Tarnkit {
 
-/// Says which pixels a merge of two regions may change. Defined and owned by whoever owns the
-/// region.
 class RegionMask;
 
 /// Channel objects by their indices, not owned. A null entry is a place without a channel:
@@ -24,11 +22,26 @@ class RegionMask;
 /// stands there.
 using ChannelList = std::span<RenderChannel* const>;
 
+/// What PKRegionData::shadeRegion does with a rectangle. Of any other mode nothing changes.
+enum ShadeMode : int {
+    kShadeChecker = 1,  ///< pixels with an even x + y become black
+    kShadeRows = 2,     ///< rows with an even y become black
+    kShadeDark = 3,     ///< all three components are halved
+    kShadeBlue = 4,     ///< red and green are halved, blue goes half the way to 1
+    kShadeReset = 5,    ///< all channels go back to their start values there
+};
+
 /// Bytes of one value of a channel type, in a slot and in a pixel; 0 for an unknown one. Values are
 /// 32-bit floats or an int in the byte order of the machine, without padding.
 constexpr int channelTypeSize(int type) {
     constexpr int kSizes[] = {0, 4, 12, 8, 4, 12, 16};
     return type >= kChannelNone && type <= kChannelAColor ? kSizes[type] : 0;
+}
+
+/// Whether values of a channel type can stand for a colour or a coverage, one number among them:
+/// not ids and pairs.
+constexpr bool channelTypeIsColor(int type) {
+    return type != kChannelInt && type != kChannelFloat2;
 }
 
 /// One channel of a region: a row of the channel table, whose place there is the channel's index.
@@ -183,11 +196,44 @@ public:
     /// overwrites the pixels. Pixels that are large enough stay, so blocks of one size after
     /// another need no fresh memory. Of a shorter list of channels the others keep their pixels; so
     /// do all from the first on whose type is another. A block with a wrong magic number changes
-    /// nothing. The block isn't kept, and the name of this computer stays.
+    /// nothing. A channel of kAliasHostStamp that the block reaches shows the name of the block's
+    /// computer afterwards, whatever it held (text_stamp.h). The block isn't kept, and the name of
+    /// this computer stays.
     void setBuffer(const void* data) override;
     /// The same for `size` bytes from outside, which are checked first (checkTransferBlock). They
     /// must have exactly the channels of this region. After an error nothing has changed.
     ErrorChain setBuffer(const void* data, std::int64_t size);
+
+    // Pixels of other regions. Rectangles are in pixels of the image, and only where both overlap
+    // do pixels change. No memory is taken without a mask, so regions that share no pixels may be
+    // copied to the same one by several threads at once.
+
+    /// Merges another region into this one: channels by their index, as many as both have, where
+    /// both have pixels of one size; all others stay. Copies all of the overlap, or what `mask`
+    /// lets pass, in its way (MaskMode).
+    void copyFrom(PKRegionData& source);
+    /// Takes pixels of one channel that stand outside of a region: `width` by `height` of them, row
+    /// by row, with the upper left at (`x`, `y`) of the image. Makes room if the channel has no
+    /// pixels. Nothing is copied if the item sizes differ or the buffer has fewer pixels.
+    void copyChannelRect(ChannelBuffer& source, int channelIndex, int x, int y, int width,
+                         int height);
+
+    // Marks in an image that is in the making, such as the tiles in work. Unlike above, (0, 0) is
+    // the upper left corner of the region. Only channels of colours and vectors with pixels are
+    // drawn into.
+
+    /// Fills the part of a rectangle that the region has, `x1` and `y1` exclusive, with `colorA` in
+    /// one channel and `colorB` in another. Ends at the first channel that can't be drawn into.
+    void fillRect(int x0, int y0, int x1, int y1, const Color& colorA, const Color& colorB,
+                  int channelA, int channelB);
+    /// Draws the pixels from `x0` to `x1`, both included, of row `y`. What lies outside of the
+    /// region is drawn at its edge.
+    void drawRow(int x0, int y, int x1, const Color& color, int channel);
+    /// Draws the pixels from `y0` to `y1`, both included, of column `x`, in the same way.
+    void drawColumn(int x, int y0, int y1, const Color& color, int channel);
+    /// Shades the part of a rectangle that the region has, `x1` and `y1` exclusive, in the channel
+    /// of kAliasImageColor. `mode`: of ShadeMode. Nothing happens without that channel's pixels.
+    void shadeRegion(int x0, int y0, int x1, int y1, int mode);
 
     // The channel table. Objects must outlive the region or be detached before they go.
 
@@ -260,7 +306,7 @@ public:
 
     // Settings of the region's owner, who writes them before the render; `reset` takes them back.
 
-    RegionMask* mask = nullptr;  ///< not owned; null lets a merge change all pixels
+    RegionMask* mask = nullptr;  ///< what copyFrom may change; not owned; null for all pixels
 
     // What compareFragments tests, not 0 for yes, and by how much the two may differ.
     int compareRenderID = 0;
@@ -280,6 +326,15 @@ private:
     bool hasPixels(int index) const;
     std::vector<TransferChannel> transferChannels(std::int64_t count) const;
     std::int64_t transferBytes() const;
+    void stamp(const TransferBlock& block);
+    bool canCopy(const PKRegionData& source, int index) const;
+    void copyMasked(PKRegionData& source);
+    bool isDrawable(int channel) const;
+    PixelRect clamped(int left, int top, int right, int bottom) const;
+    template <class Visit>
+    void forEachPixel(int channel, const PixelRect& rect, Visit visit);
+    void fillArea(int channel, const PixelRect& rect, const Color& color);
+    void resetPixels(const PixelRect& rect);
     std::int64_t pixelCount() const;
     int checkedPixelCount() const;
 

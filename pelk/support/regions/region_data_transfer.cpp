@@ -2,9 +2,12 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <string>
 
 #include "pelk/base/debug_print.h"
+#include "pelk/contract/channel_alias.h"
 #include "pelk/support/regions/region_data.h"
+#include "pelk/support/regions/text_stamp.h"
 
 namespace Tarnkit {
 
@@ -90,14 +93,11 @@ bool PKRegionData::writeBuffer(const TransferSink& sink) {
 }
 
 void PKRegionData::setBuffer(const void* data) {
-    TransferHeader header;
-    std::memcpy(&header.magic, data, sizeof header.magic);
-    if (header.magic != kTransferMagic)
-        return;
-    std::memcpy(&header, data, sizeof header);
-    setRect(header.x0, header.y0, header.x1, header.y1);
-    beginRendering();
     TransferBlock block;
+    if (!block.read(data, {}))  // the header alone: channels get their pixels by its rectangle
+        return;
+    setRect(block.header.x0, block.header.y0, block.header.x1, block.header.y1);
+    beginRendering();
     block.read(data, transferChannels(0));
     const int count = static_cast<int>(pixelCount());
     for (std::size_t i = 0; i < block.pixels.size(); ++i) {
@@ -111,6 +111,22 @@ void PKRegionData::setBuffer(const void* data) {
             from += bytes;
         });
     }
+    stamp(block);
+}
+
+/// Writes the name of the block's computer on the last stamp channel that the block has reached. A
+/// channel of ids or pairs has no room for a colour.
+void PKRegionData::stamp(const TransferBlock& block) {
+    const int read = static_cast<int>(block.pixels.size());
+    int index = std::min({read + 1, block.header.channelCount, channels.size()}) - 1;
+    while (index >= 0 && channels[index].alias != kAliasHostStamp)
+        --index;
+    if (!hasPixels(index) || channelTypeSize(channels[index].type) < 12)
+        return;
+    const ChannelRecord& record = channels[index];
+    auto* const layout = findInterface<StampModeInterface>(record.channel);
+    stampName(*record.buffer, width, height, std::string(block.header.host()).c_str(),
+              layout ? layout->getStampMode() : kStampRight);
 }
 
 ErrorChain PKRegionData::setBuffer(const void* data, std::int64_t size) {
