@@ -136,6 +136,8 @@ inline constexpr ChannelAliasInfo kChannelAliases[] = {
     {kAliasTransparency, "transparency", kChannelColor,
      "Share of what lies behind that shows through, per component"},
     {kAliasFront, "front", kChannelAColor, "Colour and alpha of the object in front alone"},
+    {kAliasHostStamp, "host_stamp", kChannelColor,
+     "Name of the computer that rendered a merged region; black without one"},
 
     {kAliasColor, nullptr, kChannelColor, "Colour without the background, premultiplied"},
     {kAliasAlpha, nullptr, kChannelColor, "Alpha per component"},
@@ -143,7 +145,6 @@ inline constexpr ChannelAliasInfo kChannelAliases[] = {
      "Share of the alpha of what lies behind that counts"},
     {kAliasWeight, nullptr, kChannelFloat,
      "Share of the pixel's samples; normal and depth are divided by it"},
-    {kAliasHostStamp, nullptr, kChannelColor, "Name of the computer that rendered the region"},
 };
 
 // Of two rows for one number or name, look-ups would find the first alone.

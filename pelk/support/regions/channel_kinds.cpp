@@ -57,6 +57,11 @@ void storeFront(void* pixel, const PKFragment* front, const PKFragment&) {
     store(pixel, front ? AColor{front->color, mean(front->alpha)} : AColor());
 }
 
+/// Samples have no name; it comes with the block of another computer, over the finished pixels.
+void storeUnstamped(void* pixel, const PKFragment*, const PKFragment&) {
+    store(pixel, Color());
+}
+
 /// Writes one pixel from main values of its fragments; `front` may be null.
 using StoreMainValue = void (*)(void* pixel, const PKFragment* front, const PKFragment& total);
 
@@ -77,6 +82,8 @@ StoreMainValue storeOf(int alias) {
             return storeTransparency;
         case kAliasFront:
             return storeFront;
+        case kAliasHostStamp:
+            return storeUnstamped;
         default:
             return nullptr;
     }
