@@ -104,11 +104,12 @@ void mergePixel(Pixel& to, const Pixel& from, int alias, Pixel cover, int type) 
 }
 
 TEST_F(RegionEditTest, MergeChangesWhatOverlapsAndTheMaskLetsPass) {
+    const int beauties[] = {kChannelColor, kChannelFloat, kChannelAColor};
     const int alphas[] = {kChannelColor, kChannelFloat, kChannelAColor, kChannelInt};
     for (int round = 0; round < 2000; ++round) {
         Film from, to;
         std::vector<int> here = types, there = types;
-        here[0] = there[0] = draw(0, 3) ? kChannelColor : kChannelAColor;
+        here[0] = there[0] = beauties[draw(0, 2)];
         here[1] = there[1] = alphas[draw(0, 3)];
         here[3] = draw(0, 1) ? kChannelFloat2 : kChannelFloat;
         there.resize(draw(1, 7));
@@ -152,14 +153,15 @@ TEST_F(RegionEditTest, BlocksAndSingleChannelsArriveWhole) {
         make(to, types);
         const int channel = draw(-1, 7), x = draw(-9, 9), y = draw(-9, 9);
         if (channel >= 0 && channel < 6) {
-            const bool same = channel < 6 && !to.pixels[channel].empty();
+            const int width = from.width + draw(0, 1);  // one more than the buffer has
             forAll(to, [&](int px, int py) {
                 const int column = px - x, row = py - y;
-                if (same && column >= 0 && column < from.width && row >= 0 && row < from.height)
+                if (width == from.width && column >= 0 && column < from.width && row >= 0 &&
+                    row < from.height)
                     to.at(channel, px, py) = from.pixels[channel][column + row * from.width];
             });
             to.region.copyChannelRect(*from.region.getChannels()[channel].buffer, channel, x, y,
-                                      from.width, from.height);
+                                      width, from.height);
         }
         ASSERT_NO_FATAL_FAILURE(expectPixels(to));
 

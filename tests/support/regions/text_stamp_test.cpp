@@ -48,6 +48,7 @@ TEST(TextStampTest, TextIsSetInLinesOfTenRows) {
         EXPECT_EQ(bitmap.width, c.width) << c.what;
         EXPECT_EQ(bitmap.height, c.height) << c.what;
     }
+    EXPECT_EQ(Bitmap("11", 7).art(), Bitmap("11", 100).art());
     // Each blank counts for a line and begins none: the second glyph stands on the second line.
     const std::string art = Bitmap("1  1", 8).art(), one = Bitmap("1     ", 100).art();
     ASSERT_EQ(art.size(), 9 * 38u);
@@ -57,12 +58,19 @@ TEST(TextStampTest, TextIsSetInLinesOfTenRows) {
 }
 
 TEST(TextStampTest, ColoursAreThoseOfTheNamesHash) {
-    // The low 16 bits of the hash decide the hue: 44,252 and, of the empty name, 64,535.
-    EXPECT_NEAR(stampColor("abc").r, 0.18 * (44252 * 6 / 65536.0 - 4), 1e-6);
-    EXPECT_EQ(stampColor("abc"), Color(stampColor("abc").r, 0, 0.18f));
-    EXPECT_NEAR(stampColor("").b, 0.18 * (6 - 64535 * 6 / 65536.0), 1e-6);
-    EXPECT_EQ(stampColor(""), Color(0.18f, 0, stampColor("").b));
-    EXPECT_NE(stampColor("\xE9"), stampColor("i"));
+    // The low 16 bits of the hash decide the hue. Bytes are signed: 0xE9 is -23.
+    const u32 u = static_cast<u32>(-23);
+    const u32 signedByte = (0x71E0FC17 ^ (u * 8 | u >> 7)) * (u + 0x2370CEFC) + 0x7761001F;
+    const std::pair<const char*, u32> names[] = {{"abc", 44252}, {"", 64535}, {"\xE9", signedByte}};
+    for (const auto& [name, hash] : names) {
+        const float hue = static_cast<float>(hash & 0xFFFF) * 6 / 65536;
+        const auto tent = [&](float middle) {
+            return 0.18f * std::clamp(2 - std::abs(hue - middle), 0.0f, 1.0f);
+        };
+        EXPECT_NEAR(stampColor(name).r, 0.18f - tent(3), 1e-6f) << name;
+        EXPECT_NEAR(stampColor(name).g, tent(2), 1e-6f) << name;
+        EXPECT_NEAR(stampColor(name).b, tent(4), 1e-6f) << name;
+    }
 }
 
 struct StampChannel : TestChannel, StampModeInterface {

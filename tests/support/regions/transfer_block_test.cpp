@@ -72,6 +72,10 @@ TEST_F(TransferBlockTest, CutOrChangedBlocksAreRefusedAndChangeNothing) {
     view.read(nameless.data(), {});
     EXPECT_EQ(view.header.host(), std::string(32, 'n'));
     EXPECT_EQ(blockOf(receiver), block) << "the name is that of this computer";
+    PKRegionData fresh;
+    fresh.setChannels(c.list);
+    EXPECT_FALSE(fresh.setBuffer(block.data(), std::ssize(block)).isError());
+    EXPECT_EQ(blockOf(fresh), block);
 }
 
 TEST_F(TransferBlockTest, HugeRectanglesAreRefusedBeforeMemoryIsTaken) {
