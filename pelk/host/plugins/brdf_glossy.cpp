@@ -50,7 +50,10 @@ void GlossySampler::set(const GlossyLook& look, PelkContext& context, bool singl
     passes = complement(look.color * fresnel(cosine));
     const float lost = 1.0f / std::max(look.albedoAt(cosine), kLeastAlbedo) - 1.0f;
     color = look.color * (Color(1) + look.color * (fresnel(1.0f) * std::max(0.0f, lost)));
-    lights = lightSearchAt(context, tracesMirrorRays(context) && !(mean(look.color) < 1e-10f));
+    // getBRDF alone can't hide the back: where a side has no face the host takes the other side's.
+    if (singleSided && context.backSide)
+        color = passes = Color(0);
+    lights = lightSearchAt(context, tracesMirrorRays(context) && !(mean(color) < 1e-10f));
 }
 
 Color GlossySampler::getDiffuseColor(Color& lightColor) {

@@ -32,10 +32,15 @@ TEST_F(GlossyTest, WhiteInWhiteSurroundingsIsWhite) {
 }
 
 TEST_F(GlossyTest, ACoatMirrorsByItsIndexAndLetsTheRestThrough) {
-    const char* wall = R"("mtl": {"type": "MtlSingleBRDF", "brdf": "coat"},
-        "coat": {"type": "BRDFGlossy", "roughness": 0.3, "ior": 1.5},
+    const std::string wall = R"("coat": {"type": "BRDFGlossy", "roughness": 0.3, "ior": 1.5},
         "wall": {"type": "GeomQuad", "material": "mtl", "width": 9, "height": 9})";
-    expectNear(meanOf(wall, R"("background": [1, 1, 1])"), Color(0.04f), 0.003f);
+    const char* mtl = R"(, "mtl": {"type": "MtlSingleBRDF", "brdf": "coat", "double_sided": )";
+    const char* white = R"("background": [1, 1, 1])";
+    expectNear(meanOf(wall + mtl + "0}", white), Color(0.04f), 0.003f);
+
+    const std::string turned = wall.substr(0, wall.size() - 1) + R"(, "rotate": [0, 180, 0]})";
+    expectNear(meanOf(turned + mtl + "1}", white), Color(0.04f), 0.003f);
+    expectNear(meanOf(turned + mtl + "0}", white), Color(0), 0.0f);
 }
 
 TEST_F(GlossyTest, AGlassBallTurnsTheWorldUpsideDown) {
