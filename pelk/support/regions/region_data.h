@@ -1,26 +1,22 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <vector>
 
 #include "pelk/base/grow_table.h"
 #include "pelk/base/thread_pools.h"
 #include "pelk/contract/fragment.h"
 #include "pelk/support/regions/channel_buffer.h"
+#include "pelk/support/regions/channel_record.h"
 #include "pelk/support/regions/fragments.h"
 #include "pelk/support/regions/fragments_data.h"
+#include "pelk/support/regions/output_region.h"
 #include "pelk/support/regions/pixel_readout.h"
 #include "pelk/support/regions/transfer_block.h"
 
 namespace Tarnkit {
 
 class RegionMask;
-
-/// Channel objects by their indices, not owned. A null entry is a place without a channel:
-/// setChannels and addChannels skip it, channelsMatch takes it for a match with whatever channel
-/// stands there.
-using ChannelList = std::span<RenderChannel* const>;
 
 /// What PKRegionData::shadeRegion does with a rectangle. Of any other mode nothing changes.
 enum ShadeMode : int {
@@ -29,80 +25,6 @@ enum ShadeMode : int {
     kShadeDark = 3,     ///< all three components are halved
     kShadeBlue = 4,     ///< red and green are halved, blue goes half the way to 1
     kShadeReset = 5,    ///< all channels go back to their start values there
-};
-
-/// Bytes of one value of a channel type, in a slot and in a pixel; 0 for an unknown one. Values are
-/// 32-bit floats or an int in the byte order of the machine, without padding.
-constexpr int channelTypeSize(int type) {
-    constexpr int kSizes[] = {0, 4, 12, 8, 4, 12, 16};
-    return type >= kChannelNone && type <= kChannelAColor ? kSizes[type] : 0;
-}
-
-/// Whether values of a channel type can stand for a colour or a coverage, one number among them:
-/// not ids and pairs.
-constexpr bool channelTypeIsColor(int type) {
-    return type != kChannelInt && type != kChannelFloat2;
-}
-
-/// One channel of a region: a row of the channel table, whose place there is the channel's index.
-struct ChannelRecord {
-    int type = kChannelFloat;  ///< of ChannelType
-    char name[64] = "";        ///< at most 63 bytes; longer names are cut and compared as cut
-    int alias = -1;            ///< of ChannelAlias; -1 for a channel of a scene's own
-    ChannelBuffer* buffer = nullptr;   ///< the pixels, owned by the region; null when none
-    RenderChannel* channel = nullptr;  ///< its arithmetic, not owned; may be null
-    int fragmentOffset = 0;  ///< bytes from the start of a fragment's data block to the slot
-    int fragmentSize = 0;    ///< bytes of the slot; 0 for a channel without one
-    int flags = 0;           ///< of ChannelFlags
-
-    /// Whether the channel has that name; not for null.
-    bool hasName(const char* other) const;
-    /// The slot in a data block of `blockSize` bytes; null without an object, or where the block
-    /// has no room for it: a channel may be younger than the block.
-    u8* slotIn(u8* block, int blockSize) const {
-        const bool fits = fragmentSize > 0 && fragmentOffset <= blockSize - fragmentSize;
-        return channel && fits ? block + fragmentOffset : nullptr;
-    }
-};
-
-/// A channel in the list of those that share a bucket of aliases. The buckets make a write by alias
-/// at a hit (Fragment::addAlias) independent of the number of channels.
-struct AliasNode {
-    int channelIndex = 0;
-    AliasNode* next = nullptr;  ///< a channel of smaller index, or null
-};
-
-/// A rectangle of an image in the making (a tile, a bucket) that takes finished pixels as
-/// fragments. What renderers know of it; how the pixels are stored is up to the class.
-///
-/// Operations have no bodies here but for those that a store may do without.
-class OutputRegion : public FragmentManager {
-public:
-    /// The rectangle as `setRect` left it, and its width and height.
-    virtual void getRect(int& x0, int& y0, int& x1, int& y1, int& width, int& height) = 0;
-    /// Sets the rectangle in pixels of the image: (0, 0) is its upper left corner, y grows
-    /// downwards, `x1` and `y1` are exclusive. Comes before the render; moves no pixels.
-    virtual void setRect(int x0, int y0, int x1, int y1) = 0;
-    /// Writes the pixel at (`x`, `y`) of the image from the fragments of a list, which stay with
-    /// the caller, who may add further samples to them. A pixel outside of the rectangle, or an
-    /// empty list, stores nothing.
-    virtual void storeFragments(int x, int y, const FragmentList& list) = 0;
-    /// Puts the start value into all pixels, then takes all fragments back: what a region is reused
-    /// for may store fewer pixels, and the last tile must not show between them.
-    virtual void clear() = 0;
-    /// Takes all fragments back at once, with their data: between two pixels, where giving each
-    /// back would walk lists that are thrown away as a whole. Pointers to them, and lists of them,
-    /// are void from then on.
-    virtual void resetFragments() = 0;
-    /// Whether two estimates of one pixel still differ, for a sampler that adapts: 1 if the total
-    /// fragments of the lists differ by more than is allowed, else 0. The two numbers are not
-    /// read; `weight` scales the difference of the normals. May add an empty total to a list.
-    virtual int compareFragments(FragmentList&, int, FragmentList&, int, float) { return 0; }
-    /// Writes the region into a flat block, to be passed between computers. The needed size for a
-    /// null block, else 1, or 0 if the size is too small. Here 0: it can't be transferred.
-    virtual std::int64_t getBuffer(void*, std::int64_t) { return 0; }
-    /// Takes rectangle and pixels from such a block. Here nothing.
-    virtual void setBuffer(const void*) {}
 };
 
 /// The film of one rectangle of an image: any number of channels (AOVs), each a typed array of

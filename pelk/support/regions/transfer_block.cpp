@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "pelk/support/regions/region_data.h"
+#include "pelk/support/regions/channel_record.h"
 
 namespace Tarnkit {
 
