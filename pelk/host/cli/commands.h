@@ -13,12 +13,14 @@ enum class ExitCode {
     BadUsage = 2,          ///< the command line is wrong
     OutputFailed = 3,      ///< a picture or the results could not be written
     PictureHasErrors = 4,  ///< under --strict alone
+    SystemFailed = 5,      ///< memory or a read failed: the same may succeed later
     Interrupted = 130,     ///< by Ctrl-C or a request to terminate: 128 + SIGINT, as shells count
 };
 
 // Each adds one command to the program. If the command line asks for it, it runs while the command
 // line is parsed, and leaves its outcome in `exitCode`.
 void addRenderCommand(CLI::App& program, ExitCode& exitCode);
+void addMergeCommand(CLI::App& program, ExitCode& exitCode);
 void addListCommand(CLI::App& program, ExitCode& exitCode);
 void addInfoCommand(CLI::App& program, ExitCode& exitCode);
 void addDescribeCommand(CLI::App& program, ExitCode& exitCode);

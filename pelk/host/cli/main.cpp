@@ -19,7 +19,7 @@ constexpr char kFooter[] =
     "\nA first picture:\n"
     "  pelk render scenes/cornell.json -o cornell.png\n"
     "\nExit codes: 0 done, 1 bad input, 2 bad usage, 3 output failed, 4 the picture has errors\n"
-    "(under --strict), 130 interrupted.";
+    "(under --strict), 5 memory or a read failed, 130 interrupted.";
 
 /// What is wrong with the word that stands in the place of the command; empty if nothing is.
 std::string checkCommand(const CLI::App& program, int argc, char** argv) {
@@ -41,6 +41,7 @@ ExitCode run(int argc, char** argv) {
     program.require_subcommand(1);
     ExitCode exitCode = ExitCode::Done;
     addRenderCommand(program, exitCode);
+    addMergeCommand(program, exitCode);
     addListCommand(program, exitCode);
     addInfoCommand(program, exitCode);
     addDescribeCommand(program, exitCode);

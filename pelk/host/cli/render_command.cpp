@@ -11,6 +11,8 @@
 #include "pelk/host/cli/progress.h"
 #include "pelk/host/cli/render_options.h"
 #include "pelk/host/picture/image_output.h"
+#include "pelk/host/picture/region_file.h"
+#include "pelk/host/render/fingerprint.h"
 #include "pelk/host/render/render_workers.h"
 #include "pelk/platform/file.h"
 
@@ -29,6 +31,9 @@ public:
 private:
     ExitCode checkOutputs();
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
+    ExitCode takeFingerprint(const Scene& scene, const RenderOptions& render);
+    FileHeader headerOf(const Scene& scene, const RenderOptions& render, const RenderResult& result,
+                        Picture& picture) const;
     RenderResult render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
                         Picture& picture);
     ExitCode write(const Scene& scene, const RenderOptions& render, const RenderResult& result,
@@ -37,6 +42,7 @@ private:
 
     RenderCommandOptions& options;
     SceneCommand command;
+    ContentDigest fingerprint;         ///< if there are region files to write
     std::vector<std::string> written;  ///< full names of the pictures
 };
 
@@ -50,6 +56,8 @@ ExitCode RenderRun::run() {
     Scene& scene = command.getScene();
     RenderOptions renderOptions;
     if (const ExitCode code = checkPixels(scene, renderOptions); code != ExitCode::Done)
+        return code;
+    if (const ExitCode code = takeFingerprint(scene, renderOptions); code != ExitCode::Done)
         return code;
 
     Picture picture;
@@ -89,6 +97,15 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     return ExitCode::Done;
 }
 
+/// Costs a read of all files of the scene, so it is not done for nothing.
+ExitCode RenderRun::takeFingerprint(const Scene& scene, const RenderOptions& render) {
+    std::string error;
+    const bool wanted = std::any_of(options.outputs.begin(), options.outputs.end(), isRegionFile);
+    if (!wanted || fingerprintOf(scene, render, PELK_VERSION, fingerprint, error))
+        return ExitCode::Done;
+    return command.fail(ExitCode::SystemFailed, options.file + ": " + error);
+}
+
 RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
                                Picture& picture) {
     TerminalProgress terminalProgress(command.getStatus());
@@ -109,6 +126,29 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::at
     return result;
 }
 
+FileHeader RenderRun::headerOf(const Scene& scene, const RenderOptions& render,
+                               const RenderResult& result, Picture& picture) const {
+    const bool isTile = options.region.isEmpty() && options.tile.count > 1;
+    const FilePart part{.rect = render.region,
+                        .tile = isTile ? options.tile.index : 0,
+                        .tiles = isTile ? options.tile.count : 0,
+                        .seconds = result.seconds,
+                        .computer = picture.getRegion().getHostName()};
+    return {.fingerprint = fingerprint,
+            .width = render.width,
+            .height = render.height,
+            .rect = render.region,
+            .samplesAsked = render.samples,
+            .samplesLeast = static_cast<int>(result.samplesOfPixels.least),
+            .samplesMost = static_cast<int>(result.samplesOfPixels.most),
+            .halfFloat = scene.settings.halfFloat,
+            .scene = options.file,
+            .program = "pelk",
+            .version = PELK_VERSION,
+            .channels = fileChannelsOf(picture),
+            .parts = {part}};
+}
+
 /// Writes every picture that can be written; one that can't does not spoil the others.
 ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
                           const RenderResult& result, Picture& picture) {
@@ -117,11 +157,11 @@ ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
                            .seconds = result.seconds,
                            .host = "pelk",
                            .version = PELK_VERSION};
-    const PixelDepth depth = scene.settings.halfFloat ? PixelDepth::Half : PixelDepth::Float;
+    const FileHeader header = headerOf(scene, render, result, picture);
     ExitCode code = ExitCode::Done;
     for (const std::string& output : options.outputs) {
         std::string error;
-        if (!writePicture(picture, output, info, depth, error))
+        if (!writeOutput(picture, output, header, info, error))
             code = command.fail(ExitCode::OutputFailed, error);
         else
             written.push_back(platform::fullPath(output));

@@ -84,8 +84,8 @@ CLI::Option* addParsed(CLI::App& command, const char* name, const char* form, co
 void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
     command
         .add_option("-o,--output", options.outputs,
-                    "Picture to write, .exr or .png; repeatable. Without it, the scene's name "
-                    "with .png, in the working directory")
+                    "Picture to write, .exr or .png, or .pkr for pelk merge; repeatable. "
+                    "Without it, the scene's name with .png, in the working directory")
         ->type_name("FILE")
         ->allow_extra_args(false);
     options.picture.addTo(command);

@@ -55,6 +55,8 @@ public:
     /// as far as can be told without reading the payload.
     bool readHeader(FileKind kind);
     const FileHeader& getHeader() const { return header; }
+    /// As it was given.
+    const std::string& getName() const { return name; }
 
     /// Reads through the payload and compares the check sum. False if it is damaged. What it holds
     /// may be trusted after that, as far as its writer may be. The next read begins at its start.

@@ -97,7 +97,7 @@ bool isInside(const PictureRect& inner, const PictureRect& outer) {
 
 bool isSensible(const FilePart& part, const PictureRect& rect) {
     return isInside(part.rect, rect) && part.tile >= 0 && part.tile <= part.tiles &&
-           std::isfinite(part.seconds) && part.seconds >= 0.0;
+           part.tiles <= kMaxSide && std::isfinite(part.seconds) && part.seconds >= 0.0;
 }
 
 /// Whether the values can be those of a picture, so that code behind this need not ask.

@@ -6,7 +6,9 @@
 #include <memory>
 
 #include "pelk/host/picture/exr_writer.h"
+#include "pelk/host/picture/file_ending.h"
 #include "pelk/host/picture/png_writer.h"
+#include "pelk/host/picture/region_file.h"
 #include "pelk/platform/file.h"
 #include "pelk/platform/output_file.h"
 
@@ -17,12 +19,9 @@ namespace {
 enum class Format { None, Exr, Png };
 
 Format formatOf(const std::string& path) {
-    std::string ending = path.substr(std::min(path.rfind('.'), path.size()));
-    for (char& c : ending)
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-    if (ending == ".exr")
+    if (hasEnding(path, ".exr"))
         return Format::Exr;
-    return ending == ".png" ? Format::Png : Format::None;
+    return hasEnding(path, ".png") ? Format::Png : Format::None;
 }
 
 bool fail(const std::string& path, const std::string& reason, std::string& error) {
@@ -56,27 +55,23 @@ private:
     std::int64_t end = 0;
 };
 
-bool checkFormat(const std::string& path, std::string& error) {
-    return formatOf(path) != Format::None || fail(path, "the name must end in .exr or .png", error);
-}
-
 }  // namespace
 
 bool canWritePicture(const std::string& path, std::string& error) {
-    if (!checkFormat(path, error))
-        return false;
+    if (formatOf(path) == Format::None && !isRegionFile(path))
+        return fail(path, "the name must end in .exr, .png or .pkr", error);
     const platform::OutputFile file(path);
     return !file.getTemporaryName().empty() || fail(path, file.getError(), error);
 }
 
 bool writePicture(Picture& picture, const std::string& path, const PictureInfo& info,
                   PixelDepth depth, std::string& error) {
-    if (!checkFormat(path, error))
-        return false;
+    const Format format = formatOf(path);
+    if (format == Format::None)
+        return fail(path, "the name must end in .exr or .png", error);
     platform::OutputFile file(path);
     if (file.getTemporaryName().empty())
         return fail(path, file.getError(), error);
-    const Format format = formatOf(path);
     OutputProxy proxy(file);  // outlives `output`, which writes to the end
     const std::unique_ptr<OIIO::ImageOutput> output =
         OIIO::ImageOutput::create(format == Format::Png ? "png" : "openexr");
@@ -87,6 +82,14 @@ bool writePicture(Picture& picture, const std::string& path, const PictureInfo& 
                                 : writeExr(picture, info, depth, name, *output)))
         return fail(path, output->geterror(), error);
     return file.commit() || fail(path, file.getError(), error);
+}
+
+bool writeOutput(Picture& picture, const std::string& path, const FileHeader& header,
+                 const PictureInfo& info, std::string& error) {
+    if (isRegionFile(path))
+        return writeRegionFile(path, header, picture, error);
+    const PixelDepth depth = header.halfFloat ? PixelDepth::Half : PixelDepth::Float;
+    return writePicture(picture, path, info, depth, error);
 }
 
 }  // namespace Tarnkit

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "pelk/contract/channel_alias.h"
+#include "pelk/host/picture/file_header.h"
 #include "pelk/host/picture/picture.h"
 
 namespace Tarnkit {
@@ -13,13 +15,15 @@ struct PictureInfo {
     double seconds = 0.0;
     std::string host;  ///< the program
     std::string version;
+    int pngChannel = kBeautyChannel;  ///< a colour that a PNG shows
 };
 
 /// How colours are stored where the format leaves a choice.
 enum class PixelDepth { Float, Half };
 
 /// Checks before a render whether its picture can be written to `path`: the ending (".exr" or
-/// ".png") and the directory. On failure `error` says what was expected.
+/// ".png", or ".pkr" for writeRegionFile) and the directory. On failure `error` says what was
+/// expected.
 bool canWritePicture(const std::string& path, std::string& error);
 
 /// Writes the picture. EXR has linear R, G, B, A, and all other channels as layers of their names
@@ -30,5 +34,11 @@ bool canWritePicture(const std::string& path, std::string& error);
 /// older one stands, and `error` names the file and says why.
 bool writePicture(Picture& picture, const std::string& path, const PictureInfo& info,
                   PixelDepth depth, std::string& error);
+
+/// Writes a region file (see writeRegionFile) or a picture, by the ending of the name. `header`
+/// tells all that `info` does, for the files that keep more. Answers as the functions that it
+/// calls.
+bool writeOutput(Picture& picture, const std::string& path, const FileHeader& header,
+                 const PictureInfo& info, std::string& error);
 
 }  // namespace Tarnkit

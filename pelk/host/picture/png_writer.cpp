@@ -31,10 +31,11 @@ public:
     int mapsBackground() override { return 1; }
 };
 
-/// Rows of beauty for a display, 8 bits a channel.
+/// Rows of a colour channel for a display, 8 bits a channel.
 class DisplayReader {
 public:
-    DisplayReader(Picture& picture_, int format_) : picture(picture_), format(format_) {}
+    DisplayReader(Picture& picture_, int channel_, int format_)
+        : picture(picture_), channel(channel_), format(format_) {}
 
     bool read(int y, std::vector<std::uint8_t>& row) {
         const int width = picture.getWidth();
@@ -42,14 +43,14 @@ public:
         const PixelRect rect{0, y, width, y + 1, width, 1};
         ColorMapper* const mappers[] = {&mapper};
         const int alpha = format == kPixelRGBA8 ? kAlphaChannel : -1;
-        return picture.getRegion().getPixels(kBeautyChannel, alpha, rect, format,
+        return picture.getRegion().getPixels(channel, alpha, rect, format,
                                              static_cast<std::int64_t>(row.size()), row.data(), 0,
                                              1, mappers);
     }
 
 private:
     Picture& picture;
-    const int format;
+    const int channel, format;
     DisplayMapper mapper;
 };
 
@@ -76,7 +77,8 @@ bool showsSurroundings(Picture& picture) {
 
 bool writePng(Picture& picture, const PictureInfo& info, const std::string& file,
               OIIO::ImageOutput& output) {
-    const int format = showsSurroundings(picture) ? kPixelRGB8 : kPixelRGBA8;
+    const bool opaque = info.pngChannel != kBeautyChannel || showsSurroundings(picture);
+    const int format = opaque ? kPixelRGB8 : kPixelRGBA8;
     OIIO::ImageSpec spec(picture.getWidth(), picture.getHeight(), pixelFormatSize(format),
                          OIIO::TypeDesc::UINT8);
     spec.attribute("oiio:UnassociatedAlpha", 1);
@@ -84,7 +86,7 @@ bool writePng(Picture& picture, const PictureInfo& info, const std::string& file
     addOriginAttributes(info, spec);
     if (!output.open(file, spec))
         return false;
-    DisplayReader reader(picture, format);
+    DisplayReader reader(picture, info.pngChannel, format);
     std::vector<std::uint8_t> row;
     for (int y = 0; y < picture.getHeight(); ++y) {
         if (!reader.read(y, row) || !output.write_scanline(y, 0, OIIO::TypeDesc::UINT8, row.data()))

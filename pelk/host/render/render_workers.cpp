@@ -10,6 +10,7 @@
 
 #include "pelk/base/exception_msg.h"
 #include "pelk/contract/renderer.h"
+#include "pelk/host/render/number_ranges.h"
 #include "pelk/support/silent_log.h"
 
 namespace Tarnkit {
@@ -109,19 +110,6 @@ private:
     FirstFailure& failure;
 };
 
-/// "0-3, 8" for 0, 1, 2, 3, 8, which come in rising order.
-std::string asRanges(const std::vector<int>& numbers) {
-    std::string text;
-    for (std::size_t first = 0, last; first < numbers.size(); first = last + 1) {
-        for (last = first; last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1;)
-            ++last;
-        text.append(first > 0 ? ", " : "").append(std::to_string(numbers[first]));
-        if (last > first)
-            text.append("-").append(std::to_string(numbers[last]));
-    }
-    return text;
-}
-
 std::vector<int> processorsOf(const ThreadPlacement& thread) {
     std::vector<int> processors;
     for (int bit = 0; bit < 64; ++bit)
@@ -144,8 +132,9 @@ std::vector<std::string> describePlacement(const std::vector<ThreadPlacement>& p
     }
     std::vector<std::string> lines;
     for (const auto& [index, node] : nodes)
-        lines.push_back("threads " + asRanges(node.threads) + " on node " + std::to_string(index) +
-                        ", processors " + asRanges(node.processors));
+        lines.push_back("threads " + numberRanges(node.threads, ", ") + " on node " +
+                        std::to_string(index) + ", processors " +
+                        numberRanges(node.processors, ", "));
     return lines;
 }
 

@@ -1,0 +1,84 @@
+#include "pelk/host/picture/region_file.h"
+
+#include "pelk/host/picture/file_ending.h"
+
+namespace Tarnkit {
+
+namespace {
+
+std::vector<TransferChannel> transferChannelsOf(const FileHeader& header) {
+    std::vector<TransferChannel> channels;
+    for (const FileChannel& channel : header.channels)
+        channels.push_back({.type = channel.type});
+    return channels;
+}
+
+/// Makes a region of a part of the picture, with its pixels.
+void cutOut(Picture& picture, const PictureRect& rect, PKRegionData& part) {
+    const std::vector<FileChannel> channels = fileChannelsOf(picture);
+    part.setNumChannels(static_cast<int>(channels.size()));
+    for (std::size_t i = 0; i < channels.size(); ++i)
+        part.setChannelInfo(static_cast<int>(i), channels[i].type, channels[i].alias,
+                            channels[i].name.c_str());
+    part.setRect(rect.x0, rect.y0, rect.x1, rect.y1);
+    part.beginRendering();
+    part.copyFrom(picture.getRegion());
+}
+
+}  // namespace
+
+bool isRegionFile(const std::string& path) {
+    return hasEnding(path, ".pkr");
+}
+
+std::vector<FileChannel> fileChannelsOf(Picture& picture) {
+    std::vector<FileChannel> channels;
+    for (const ChannelRecord& record : picture.getRegion().getChannels())
+        channels.push_back({record.type, record.alias, record.name});
+    return channels;
+}
+
+bool writeRegionFile(const std::string& path, FileHeader header, Picture& picture,
+                     std::string& error) {
+    header.kind = FileKind::Region;
+    header.channels = fileChannelsOf(picture);
+    PKRegionData part;
+    PKRegionData* region = &picture.getRegion();
+    if (header.rect != PictureRect{0, 0, picture.getWidth(), picture.getHeight()}) {
+        cutOut(picture, header.rect, part);
+        region = &part;
+    }
+    const auto payload = [&](PayloadWriter& out) {
+        region->writeBuffer([&](const void* bytes, std::size_t count) {
+            out.write(bytes, count);
+            return true;
+        });
+    };
+    return writeEnvelope(path, std::move(header), payload, error);
+}
+
+bool RegionPixels::read(EnvelopeReader& file, std::string& error) {
+    bytes.reset();
+    const FileHeader& header = file.getHeader();
+    if (file.checkPayload()) {
+        bytes = std::make_unique_for_overwrite<u8[]>(header.payloadSize);
+        file.read(bytes.get(), header.payloadSize);
+    }
+    error = file.getError();
+    if (!error.empty())
+        return false;
+    const std::vector<TransferChannel> channels = transferChannelsOf(header);
+    ErrorChain fault =
+        checkTransferBlock(bytes.get(), static_cast<std::int64_t>(header.payloadSize), channels);
+    if (!fault.isError()) {
+        block.read(bytes.get(), channels);
+        const TransferHeader& found = block.header;
+        if (PictureRect{found.x0, found.y0, found.x1, found.y1} == header.rect)
+            return true;
+        fault.addError("region file", 3, "header and pixels have other rectangles");
+    }
+    error = "\"" + file.getName() + "\": " + fault.getRecordText(0);
+    return false;
+}
+
+}  // namespace Tarnkit
