@@ -15,10 +15,42 @@
 
 // Made-up plug-ins that stand around the material under test.
 
-class FakeVolume : public PelkVolume {
+/// A medium of the scene.
+class FakeVolume : public Plugin, public PelkVolume {
 public:
-    PluginBase* getPlugin() override { return nullptr; }
-    float getIOR(PelkContext&) override { return 1.5f; }
+    explicit FakeVolume(float index = 1.5f) : ior(index) { addInterface(this, 0); }
+    PluginBase* getPlugin() override { return this; }
+    float getIOR(PelkContext&) override { return ior; }
+
+    float ior;
+};
+
+/// The object hit, or a generator of texture coordinates: a space of its own and a tangent frame.
+class FakeSurface : public Plugin,
+                    public SurfaceFrameInterface,
+                    public UVWGenInterface,
+                    public ObjectMappingInterface {
+public:
+    Vector u = {0.5f, 0.25f, 0}, v = {-0.5f, 1, 0.25f}, w = {0.25f, -0.5f, 1};  ///< gradients
+    int isValid = 1;
+
+    FakeSurface() {
+        addInterface(static_cast<SurfaceFrameInterface*>(this), 0);
+        addInterface(static_cast<UVWGenInterface*>(this), 0);
+        addInterface(static_cast<ObjectMappingInterface*>(this), 0);
+    }
+    PluginBase* getPlugin() override { return this; }
+    Transform getSurfaceFrame(PelkContext& context, int channel) override {
+        EXPECT_EQ(channel, -1);
+        EXPECT_TRUE(context.rayType & kRayTangentFrame);
+        return {{u.x, v.x, w.x}, {u.y, v.y, w.y}, {u.z, v.z, w.z}, {}};
+    }
+    Vector getUVW(PelkContext&) override { return {}; }
+    Transform getTangentFrame(PelkContext& context, int& valid) override {
+        valid = isValid;
+        return getSurfaceFrame(context, -1);
+    }
+    Vector objectToWorld(PelkContext&, Vector p) override { return {-3 * p.y, 2 * p.x, p.z}; }
 };
 
 /// How a hit lay when something looked at it.
@@ -243,7 +275,10 @@ public:
     void getChannel(int, void*) override {}
     void* getChannelPtr(int) override { return nullptr; }
     void getAlias(int, void*) override {}
-    void* getAliasPtr(int) override { return hasAliases ? this : nullptr; }
+    void* getAliasPtr(int) override {
+        static thread_local Color slot;  // threads of a test share fragments
+        return hasAliases ? &slot : nullptr;
+    }
     void applyColorMapper(ColorMapper*, int) override {}
     AColor* getSampleColor(AColor* out) override { return out; }
 };

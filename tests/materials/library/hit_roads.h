@@ -1,13 +1,20 @@
 #pragma once
 
 #include "fake_host/fake_host.h"
+#include "support/regions/test_channels.h"
 
 /// Every material of the module on the roads that a hit can take through it, set up once and then
 /// run without notes, so that what remains is what the materials do. The module says which there
 /// are: each runs with all that its parameters can name, and some with values of their own besides.
 class HitRoads : public FakeHost {
 protected:
-    HitRoads() { startAll(); }
+    HitRoads() {
+        for (int alias = 0; alias <= kAliasRawRefraction; ++alias)
+            channels.list.add(kChannelColor, alias);
+        renderer.sequenceData.addInterface(&channels, 0);
+        fragment.hasAliases = true;
+        startAll();
+    }
 
     /// Makes every material anew and starts its frame, around what `base` and `texture` answer.
     void startAll() {
@@ -51,21 +58,29 @@ protected:
                              {"affect_alpha", true},
                              {"shadow_brightness_tex", &texture}});
         start("MtlLayeredBRDF", {{"brdfs", Plugins{diffuse, nullptr, &base}}});
-        // By light angle with a reflected ray, by brightness with a refracted one too.
-        for (const int input : {0, 2})
-            startRamp({{"color_input", input},
-                       {"diffuse_tex", &texture},
-                       {"reflection_limit", 5},
-                       {"refraction_limit", input},
-                       {"refractions", true},
-                       {"channels", Plugins{&channel}}});
-        for (int form = 0; form <= 6; ++form)
-            start("MtlBump", {{"base_mtl", &base},
-                              {"bump_tex_color", &texture},
-                              {"bump_tex_mult_tex", &texture},
-                              {"bump_shadows", true},
-                              {"maya_compatible", true},
-                              {"map_type", form}});
+        // By light angle with a reflected ray, by brightness with a refracted one too; by itself,
+        // and with each form of bump, around a base or the ramp itself.
+        for (int form = -1; form <= 6; ++form)
+            for (const int input : {0, 2}) {
+                PelkMaterial& ramp = startRamp({{"color_input", input},
+                                                {"diffuse_tex", &texture},
+                                                {"volume", input ? &glass : nullptr},
+                                                {"reflection_limit", 5},
+                                                {"refraction_limit", input},
+                                                {"refractions", true},
+                                                {"channels", Plugins{&channel}}});
+                if (form < 0)
+                    continue;
+                PelkMaterial* const bump =
+                    start("MtlBump", {{"base_mtl", input ? &base : &ramp},
+                                      {"bump_tex_color", &texture},
+                                      {"bump_tex_mult_tex", &texture},
+                                      {"bump_shadows", true},
+                                      {"maya_compatible", true},
+                                      {"normal_uvwgen", input ? &surface : nullptr},
+                                      {"map_type", form}});
+                startFrame(ramp, {{"bump_brdf", bump}});
+            }
         log.quiet = true;
     }
 
@@ -85,6 +100,7 @@ protected:
     /// Makes ready in a context what hits will ask it for.
     void prepare(FakeContext& context) {
         context.resultFragment = &fragment;
+        context.hitObject = context.hitMapping = &surface;
         context.prepareToSpawn(1);
     }
 
@@ -149,6 +165,10 @@ private:
             case ParameterType::Plugin:
                 if (desc.interfaceID == RenderChannelInterface::kInterfaceID)
                     plugin = &channel;
+                else if (desc.interfaceID == PelkVolume::kInterfaceID)
+                    plugin = &glass;
+                else if (desc.interfaceID == UVWGenInterface::kInterfaceID)
+                    plugin = &surface;
                 else if (desc.interfaceID == 0 || PelkMaterial::Offered::contains(desc.interfaceID))
                     plugin = &base;
                 break;
@@ -175,7 +195,7 @@ private:
     }
 
     /// With a plain and a textured point in each ramp.
-    void startRamp(std::initializer_list<Param> params) {
+    PelkMaterial& startRamp(std::initializer_list<Param> params) {
         PelkMaterial& material = make("MtlMayaRamp");
         materials.push_back(&material);
         const std::vector<Textured<float>> positions = {{0.0f, &texture}, {1.0f}},
@@ -194,7 +214,21 @@ private:
                 set("_colors", colors);
         }
         startFrame(material, params);
+        return material;
     }
 
+    /// A channel for each alias that the ramp writes.
+    class Channels : public Plugin, public ChannelHostInterface {
+    public:
+        TestChannels list;
+
+        PluginBase* getPlugin() override { return this; }
+        int getNumChannels() override { return static_cast<int>(list.list.size()); }
+        RenderChannel* getChannel(int index) override { return list.list[index]; }
+    };
+
+    Channels channels;
     FakeChannel channel{2};
+    FakeSurface surface;
+    FakeVolume glass;
 };

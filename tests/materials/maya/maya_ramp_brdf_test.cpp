@@ -226,7 +226,7 @@ protected:
     ThreadData thread;
     MediaContext context{renderer, thread};
     Channels channels;
-    MediumPlugin glass{1.5f}, water{1.25f};
+    FakeVolume glass, water{1.25f};
     FakeTexture ambientTex;
     std::map<std::string, std::vector<RampPoint>> ramps;
     float diffuse = 1, eccentricity = 0.5f, specularity = 1, ior = 1.5f;

@@ -17,7 +17,7 @@ TEST_F(MtlMayaRampTest, ShadesInTheHostsOrderAndWritesTheChannelsLast) {
     FakeChannel first(4), second(2);
     Plugin noChannel;
     RecordingFragment fragment;
-    MediumPlugin glass(1.5f);
+    FakeVolume glass;
     context.resultFragment = &fragment;
     context.directLight = Color(0.25f, 0.5f, 3);
     setRamp("incan", Color(0.25f));

@@ -93,16 +93,6 @@ struct RampLists {
     }
 };
 
-/// A medium of the scene.
-class MediumPlugin : public Plugin, public PelkVolume {
-public:
-    explicit MediumPlugin(float index) : ior(index) { addInterface(this, 0); }
-    PluginBase* getPlugin() override { return this; }
-    float getIOR(PelkContext&) override { return ior; }
-
-    float ior;
-};
-
 /// The ramp material in a fake host, with its ramps given by their points.
 class RampFixture : public FakeHost {
 protected:
