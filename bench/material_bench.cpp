@@ -5,8 +5,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bare_scene.h"
 #include "comparison.h"
-#include "leaf_material.h"
 #include "pelk/contract/plugin_parameters.h"
 #include "pelk/materials/composite/mtl_multi.h"
 #include "pelk/materials/composite/mtl_override.h"
@@ -28,67 +28,13 @@ public:
     int getTexInt(PelkContext&) override { return kNumIds - 1; }
 };
 
-class BareRenderer final : public PelkRenderer {
-public:
-    BareRenderer() { sequenceData.numThreads = 1; }
-    void evalEnvironment(PelkContext&) override {}
-    void traceRay(PelkContext&) override {}
-    StringTable* getStringTable() override { return nullptr; }
-};
-
-/// A material in a frame, reached as hosts reach it, and a hit.
-template <class Desc>
-class Scene {
-public:
-    explicit Scene(std::vector<PelkPluginParameter*> parameters) {
-        material = static_cast<PelkMaterial*>(desc.newPlugin(nullptr));
-        for (PelkPluginParameter* parameter : parameters)
-            material->setParameter(parameter);
-        material->renderBegin(renderer);
-        material->frameBegin(renderer);
-        bsdf = findInterface<BSDFInterface>(material);
-        context.threadData = &thread;
-        context.renderer = &renderer;
-        context.rayType = kRayCamera;
-        context.hitID = 1;
-    }
-    ~Scene() {
-        material->frameEnd(renderer);
-        material->renderEnd(renderer);
-        desc.deletePlugin(material);
-    }
-
-    PelkContext context;
-    BSDFInterface* bsdf;
-
-private:
-    Desc desc;
-    BareRenderer renderer;
-    ThreadData thread;
-    PelkMaterial* material;
-};
-
-/// Asks for a sampler; the compiler knows neither whom it asks nor what becomes of the answer.
-BSDFSampler* ask(BSDFInterface* bsdf, PelkContext& context) {
-    benchmark::DoNotOptimize(bsdf);
-    BSDFSampler* sampler = bsdf->getBSDF(context, 0);
-    benchmark::DoNotOptimize(sampler);
-    return sampler;
-}
-
-void virtualCall(benchmark::State& state) {
-    Leaf leaf;
-    PelkContext context;
-    for (auto _ : state)
-        ask(&leaf, context);
-}
 BENCHMARK(virtualCall);
 
 template <class Desc>
 void askAndRelease(benchmark::State& state, const char* baseName = "base_mtl") {
     Leaf leaf;
     PluginParameter base(baseName, &leaf);
-    Scene<Desc> scene({&base});
+    BareScene<Desc> scene({&base});
     for (auto _ : state) {
         BSDFSampler* sampler = ask(scene.bsdf, scene.context);
         scene.bsdf->releaseBSDF(scene.context, sampler);
@@ -120,7 +66,7 @@ void askMulti(benchmark::State& state, int stride) {
     PluginListParameter mtls("mtls_list", std::vector<PluginBase*>(kNumIds, &leaf));
     IntListParameter ids("ids_list", idValues);
     TextureParameter generator("mtlid_gen", &idTexture);
-    Scene<MtlMultiDesc> scene({&mtls, &ids, &generator});
+    BareScene<MtlMultiDesc> scene({&mtls, &ids, &generator});
     for (auto _ : state) {
         ask(scene.bsdf, scene.context);
         // Never 0, which is the key of no hit.

@@ -1,4 +1,5 @@
-// The sampling of glossy lobes beside calls of powf, the unit in which such routines are reckoned.
+// The sampling of glossy lobes, and a ramp material asked for a light, beside calls of powf, the
+// unit in which such routines are reckoned, and a virtual call.
 
 #include <benchmark/benchmark.h>
 
@@ -7,7 +8,10 @@
 #include <random>
 #include <vector>
 
+#include "bare_scene.h"
 #include "comparison.h"
+#include "pelk/contract/plugin_parameters.h"
+#include "pelk/materials/maya/mtl_maya_ramp.h"
 #include "pelk/shading_math/exponential_lobe.h"
 #include "pelk/shading_math/gtr_lobe.h"
 #include "pelk/shading_math/warped_lobe.h"
@@ -96,6 +100,37 @@ void warpedSample(benchmark::State& state) {
 }
 BENCHMARK(warpedSample);
 
+/// A ramp material with three points in each ramp that a light asks for, and its answer for lights
+/// from one direction after the other.
+void rampEval(benchmark::State& state) {
+    TexturedFloatListParameter positions("color_positions", {{0.0f}, {0.5f}, {1.0f}}),
+        specularPositions("specular_positions", {{0.0f}, {0.5f}, {1.0f}}),
+        rollOffPositions("specularRollOff_positions", {{0.0f}, {0.5f}, {1.0f}});
+    const AColor grey{Color(0.5f), 1.0f}, white{Color(1), 1.0f};
+    TexturedColorListParameter colors("color_colors", {{grey}, {white}, {grey}}),
+        specularColors("specular_colors", {{grey}, {white}, {grey}});
+    TexturedFloatListParameter rollOff("specularRollOff_values", {{1.0f}, {0.5f}, {0.25f}});
+    IntListParameter kinds("color_interpolations", {1, 2, 1}),
+        specularKinds("specular_interpolations", {1, 2, 1}),
+        rollOffKinds("specularRollOff_interpolations", {1, 2, 1});
+    BareScene<MtlRampPluginDesc> scene({&positions, &colors, &kinds, &specularPositions,
+                                        &specularColors, &specularKinds, &rollOffPositions,
+                                        &rollOff, &rollOffKinds});
+    PelkContext& context = scene.context;
+    context.normal = context.geomNormal = {0, 0, 1};
+    context.rayDir = {0.6f, 0, -0.8f};
+    BSDFSampler* const sampler = ask(scene.bsdf, context);
+    BRDFSampler* const side = sampler->getBRDF(kFrontSide);
+    forHits(state, [&](const Hit& hit) {
+        Color light(1), unshadowed(1);
+        return side->eval(context, -hit.d, light, unshadowed, kDeltaDensity,
+                          kEvalDiffuse | kEvalSpecular);
+    });
+    scene.bsdf->releaseBSDF(context, sampler);
+}
+BENCHMARK(rampEval);
+BENCHMARK(virtualCall);
+
 void twelvePowf(benchmark::State& state) {
     forHits(state, [](const Hit& hit) {
         float sum = 0.0f;
@@ -118,5 +153,7 @@ int main(int argc, char** argv) {
     table.row("exponential: sample with density", "exponentialSample", "twelvePowf", "12 powf",
               1.0);
     table.row("warped: sample with density", "warpedSample", "twelvePowf", "12 powf", 1.5);
+    table.row("MtlMayaRamp: eval of a light", "rampEval", "twelvePowf", "12 powf", 2.0);
+    table.row("MtlMayaRamp: eval of a light", "rampEval", "virtualCall", "virtual call", 100.0);
     return 0;
 }
