@@ -3,8 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <numbers>
+#include <sstream>
 
+#include "host/plugins/plugin_holder.h"
 #include "host/render/render_fixture.h"
+#include "pelk/host/plugins/tex_noise.h"
 
 namespace Tarnkit {
 namespace {
@@ -85,16 +89,68 @@ TEST_F(RenderTest, ShadowsAreFilteredByWhatStandsInTheWayUnlessTheyAreOff) {
     expectNear(lit("false", R"("white")"), Color(1), 1e-5f);
 }
 
-TEST_F(RenderTest, ABumpedWallIsLitAsATiltedOne) {
-    const std::string scene = R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
-        "wall": {"type": "GeomQuad", "material": "bump", "width": 40, "height": 40},
-        "sun": {"type": "LightSun", "direction": [-1, 0, -1], "angle": 0},
-        "slope": {"type": "TexGradient", "color2": [10, 10, 10]},
-        "bump": {"type": "MtlBump", "base_mtl": "white", "bump_tex_color": "slope", "map_type": )";
-    // The heights rise by a quarter, away from the light.
-    const float expected = 0.75f / std::sqrt(2 * (1 + 0.25f * 0.25f));
-    for (const char* form : {"0}", "5}"})
-        expectNear(meanOf(scene + form, R"("gi": false)", 4), Color(expected), 1e-3f);
+/// The bump of the test below as geometry: a ball of radius 1, each point of it raised along its
+/// normal by `height` times the noise there.
+std::string raisedBall(PluginHolder<TexNoise>& noise, float height) {
+    constexpr int kRows = 120, kColumns = 240;
+    std::ostringstream ply;
+    ply << "ply\nformat ascii 1.0\nelement vertex " << (kRows + 1) * kColumns
+        << "\nproperty float x\nproperty float y\nproperty float z\nelement face "
+        << kRows * kColumns << "\nproperty list uchar int vertex_indices\nend_header\n";
+    PelkContext context;
+    for (int i = 0; i < (kRows + 1) * kColumns; ++i) {
+        const float down = std::numbers::pi_v<float> * static_cast<float>(i / kColumns) / kRows;
+        const float around =
+            std::numbers::pi_v<float> * 2 * static_cast<float>(i % kColumns) / kColumns;
+        const Vector n{std::sin(down) * std::cos(around), std::cos(down),
+                       -std::sin(down) * std::sin(around)};
+        context.hitPoint = Point() + n;
+        const Vector p = n * (1 + height * (noise.plugin.getTexFloat(context) - 0.5f));
+        ply << p.x << ' ' << p.y << ' ' << p.z << '\n';
+    }
+    for (int i = 0; i < kRows * kColumns; ++i) {
+        const int next = i % kColumns == kColumns - 1 ? i - kColumns + 1 : i + 1;
+        ply << "4 " << i << ' ' << i + kColumns << ' ' << next + kColumns << ' ' << next << '\n';
+    }
+    return ply.str();
+}
+
+TEST_F(RenderTest, ABumpedBallIsLitAsOneOfThatShape) {
+    PluginHolder<TexNoise> noise;
+    noise.set("octaves", 1);
+    noise.set("size", 0.5f);
+    noise.startFrame();
+    directory.write("raised.ply", raisedBall(noise, 0.06f));
+    const auto blocksOf = [&](const std::string& ball) {
+        const auto scene = read(R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+            "near": {"type": "CameraPerspective", "position": [0, 0, 5], "fov": 12},
+            "sun": {"type": "LightSun", "direction": [-0.8, 0.4, -1], "angle": 0},
+            "noise": {"type": "TexNoise", "octaves": 1, "size": 0.5},
+            "bump": {"type": "MtlBump", "base_mtl": "white", "bump_tex_color": "noise",
+                     "bump_tex_mult": 0.06, "map_type": )" +
+                                    ball,
+                                R"("gi": false, "camera": "near")");
+        Picture picture;
+        render(*scene, picture, optionsOf(4, 128, 128));
+        const auto pixels = pixelsOf<Color>(picture, 0);
+        std::vector<float> sums(16);
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            sums[i / 128 / 32 * 4 + i % 128 / 32] += pixels[i].r / 1024;
+        return sums;
+    };
+    const std::string ball = R"(}, "ball": {"type": "GeomSphere", "segments": 240, "material": )";
+    const auto smooth = blocksOf("0" + ball + R"("white"})");
+    const auto raised = blocksOf(R"(0}, "ball": {"type": "GeomMesh", "file": "raised.ply",
+        "smooth": false, "material": "white"})");
+    float most = 0;
+    for (const char* form : {"0", "5"}) {
+        const auto bumped = blocksOf(form + ball + R"("bump"})");
+        for (std::size_t i = 0; i < 16; ++i) {
+            EXPECT_NEAR(bumped[i] / raised[i], 1, 0.01f) << i;
+            most = std::fmax(most, std::fabs(smooth[i] / raised[i] - 1));
+        }
+    }
+    EXPECT_GT(most, 0.05f) << "the bump is not seen";
 }
 
 TEST_F(RenderTest, ManyLightsOfWhichSomeAreChosenGiveTheSameLight) {
