@@ -99,11 +99,14 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
 
 /// Costs a read of all files of the scene, so it is not done for nothing.
 ExitCode RenderRun::takeFingerprint(const Scene& scene, const RenderOptions& render) {
-    std::string error;
-    const bool wanted = std::any_of(options.outputs.begin(), options.outputs.end(), isRegionFile);
-    if (!wanted || fingerprintOf(scene, render, PELK_VERSION, fingerprint, error))
+    if (std::none_of(options.outputs.begin(), options.outputs.end(), isRegionFile))
         return ExitCode::Done;
-    return command.fail(ExitCode::SystemFailed, options.file + ": " + error);
+    const Fingerprint taken = fingerprintOf(scene, render, PELK_VERSION);
+    fingerprint = taken.digest;
+    if (taken.error.empty())
+        return ExitCode::Done;
+    return command.fail(taken.systemFault ? ExitCode::SystemFailed : ExitCode::BadInput,
+                        options.file + ": " + taken.error);
 }
 
 RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
@@ -145,6 +148,7 @@ FileHeader RenderRun::headerOf(const Scene& scene, const RenderOptions& render,
             .scene = options.file,
             .program = "pelk",
             .version = PELK_VERSION,
+            .ended = result.stopped ? "interrupted" : kFinished,
             .channels = fileChannelsOf(picture),
             .parts = {part}};
 }

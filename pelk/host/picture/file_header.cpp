@@ -120,6 +120,7 @@ void readLists(ByteReader& in, FileHeader& header) {
     header.scene = in.text();
     header.program = in.text();
     header.version = in.text();
+    header.ended = in.text();
     for (std::uint32_t i = 0; i < channels && in.isWhole(); ++i) {
         FileChannel& channel = header.channels.emplace_back();
         channel.type = in.i32();
@@ -179,7 +180,7 @@ std::vector<unsigned char> encodeHeader(const FileHeader& header) {
         out.i32(samples);
     out.u32(static_cast<std::uint32_t>(header.channels.size()));
     out.u32(static_cast<std::uint32_t>(header.parts.size()));
-    for (const std::string& text : {header.scene, header.program, header.version})
+    for (const std::string& text : {header.scene, header.program, header.version, header.ended})
         out.text(text);
     for (const FileChannel& channel : header.channels) {
         out.i32(channel.type);

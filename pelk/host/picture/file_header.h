@@ -16,6 +16,9 @@ enum class FileKind : std::uint32_t {
     Checkpoint = 2,  ///< sums of samples, for a render to go on with (.pkc)
 };
 
+/// FileHeader::ended of a render that did all it was asked for.
+inline constexpr const char* kFinished = "finished";
+
 /// One channel of the pixels in a file, in the order of the payload.
 struct FileChannel {
     int type = 0;   ///< of ChannelType
@@ -48,9 +51,10 @@ struct FileHeader {
     bool halfFloat = false;                 ///< colour depth that the scene asks pictures for
     std::string scene;                      ///< the scene's file, as the command line named it
     std::string program, version;           ///< that wrote the file
+    std::string ended;  ///< kFinished, or why there are fewer samples than asked for
     std::vector<FileChannel> channels;
     std::vector<FilePart> parts;  ///< without overlaps unless renders did overlap
-    /// Bytes behind the header, and their XXH3 check sum. Written by FileWriter.
+    /// Bytes behind the header, and their XXH3 check sum. Filled in by writeEnvelope.
     std::uint64_t payloadSize = 0, payloadChecksum = 0;
 
     bool operator==(const FileHeader&) const = default;

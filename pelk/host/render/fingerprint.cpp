@@ -14,40 +14,54 @@ namespace Tarnkit {
 
 namespace {
 
-bool hashFile(const std::string& path, ContentHash& hash, std::string& error) {
-    constexpr std::uint64_t kStep = 1 << 20;
-    platform::InputFile file(path);
-    hash.addNumber(file.getSize());
-    std::vector<char> bytes(static_cast<std::size_t>(std::min(kStep, file.getSize())));
-    bool good = file.isOpen();
-    for (std::uint64_t place = 0; good && place < file.getSize(); place += bytes.size()) {
-        bytes.resize(static_cast<std::size_t>(std::min(kStep, file.getSize() - place)));
-        good = file.read(place, bytes.data(), bytes.size());
-        hash.add(bytes.data(), bytes.size());
-    }
-    if (!good)
-        error = file.getError();
-    return good;
-}
+/// Adds the content of files, up to the first that can't be read.
+class FileHasher {
+public:
+    explicit FileHasher(ContentHash& hash_) : hash(hash_) {}
 
-/// Adds a file that a parameter names, and what that one reads further. Of a mesh's libraries some
-/// may be missing; that is told apart from an empty one.
-bool hashSceneFile(const std::string& path, ContentHash& hash, std::string& error) {
-    if (!hashFile(path, hash, error))
-        return false;
-    for (const std::string& further : filesBehindMesh(path)) {
-        const bool exists = std::filesystem::is_regular_file(platform::nativePath(further));
-        hash.addNumber(exists);
-        if (exists && !hashFile(further, hash, error))
-            return false;
+    bool add(const std::string& path) {
+        constexpr std::uint64_t kStep = 1 << 20;
+        platform::InputFile file(path);
+        std::uint64_t left = file.getSize();
+        hash.addNumber(left);
+        std::vector<char> bytes(static_cast<std::size_t>(std::min(kStep, left)));
+        bool good = file.isOpen();
+        while (good && left > 0) {
+            bytes.resize(static_cast<std::size_t>(std::min(kStep, left)));
+            good = file.read(file.getSize() - left, bytes.data(), bytes.size());
+            hash.add(bytes.data(), bytes.size());
+            left -= bytes.size();
+        }
+        error = file.getError();
+        systemFault = file.isSystemFault();
+        return good;
     }
-    return true;
-}
+
+    /// Adds a file that a parameter names, and what that one reads further. Of a mesh's libraries
+    /// some may be missing; that is told apart from an empty one.
+    bool addWithFurther(const std::string& path) {
+        if (!add(path))
+            return false;
+        for (const std::string& further : filesBehindMesh(path)) {
+            const bool exists = std::filesystem::is_regular_file(platform::nativePath(further));
+            hash.addNumber(exists);
+            if (exists && !add(further))
+                return false;
+        }
+        return true;
+    }
+
+    std::string error;
+    bool systemFault = false;
+
+private:
+    ContentHash& hash;
+};
 
 }  // namespace
 
-bool fingerprintOf(const Scene& scene, const RenderOptions& options, const std::string& version,
-                   ContentDigest& fingerprint, std::string& error) {
+Fingerprint fingerprintOf(const Scene& scene, const RenderOptions& options,
+                          const std::string& version) {
     ContentHash hash;
     hash.addText(version);
     hash.addText(scene.source.plugins);
@@ -58,16 +72,15 @@ bool fingerprintOf(const Scene& scene, const RenderOptions& options, const std::
         for (const std::string& name : *names)
             hash.addText(name);
     }
-    for (const std::string& file : scene.source.files) {
-        if (!hashSceneFile(file, hash, error))
-            return false;
-    }
-    for (const std::string& library : scene.source.libraries) {
-        if (!hashFile(library, hash, error))
-            return false;
-    }
-    fingerprint = hash.digest();
-    return true;
+    FileHasher hasher(hash);
+    const std::vector<std::string>& files = scene.source.files;
+    const std::vector<std::string>& libraries = scene.source.libraries;
+    const bool good =
+        std::all_of(files.begin(), files.end(),
+                    [&](const std::string& file) { return hasher.addWithFurther(file); }) &&
+        std::all_of(libraries.begin(), libraries.end(),
+                    [&](const std::string& file) { return hasher.add(file); });
+    return {good ? hash.digest() : ContentDigest{}, hasher.error, hasher.systemFault};
 }
 
 }  // namespace Tarnkit

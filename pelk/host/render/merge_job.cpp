@@ -124,6 +124,8 @@ void Merge::describe() {
         merged.samplesAsked = std::max(merged.samplesAsked, header.samplesAsked);
         merged.samplesLeast = std::min(merged.samplesLeast, header.samplesLeast);
         merged.samplesMost = std::max(merged.samplesMost, header.samplesMost);
+        if (header.ended != kFinished)
+            merged.ended = header.ended;
     }
 }
 

@@ -39,10 +39,10 @@ std::string fingerprint(const Origin& origin) {
     std::string error;
     const auto scene = readScene(session, dir.file("s.json"), origin.overrides, error);
     EXPECT_TRUE(scene) << error;
-    ContentDigest digest;
-    return scene && fingerprintOf(*scene, origin.options, origin.version, digest, error)
-               ? digest.toText()
-               : error;
+    if (!scene)
+        return error;
+    const Fingerprint taken = fingerprintOf(*scene, origin.options, origin.version);
+    return taken.error.empty() ? taken.digest.toText() : taken.error;
 }
 
 TEST(Fingerprint, TellsWhatDecidesOnPixelsFromWhatDoesNot) {
