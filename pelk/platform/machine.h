@@ -24,7 +24,8 @@ struct LocalTime {
     int hour, minute, second;
 };
 
-/// A wall time in the time zone that the system or the user has set. Any thread.
-PELK_API LocalTime localTime(std::int64_t wallTime);
+/// A wall time in the time zone that the system or the user has set. False, with `local` untouched,
+/// for a time of a year that is no int. Any thread.
+PELK_API bool localTime(std::int64_t wallTime, LocalTime& local);
 
 }  // namespace Tarnkit::platform

@@ -7,6 +7,7 @@
 
 #include "pelk/platform/file.h"
 #include "pelk/support/bounded_format.h"
+#include "pelk/support/files.h"
 
 namespace Tarnkit {
 
@@ -23,7 +24,7 @@ File openLog(int id, const char* mode) {
     char path[kPathSize + 32];
     if (!getDebugLogPath(id, path, sizeof path))
         return nullptr;
-    return File(std::fopen(platform::nativePath(path).c_str(), mode));
+    return File(openFile(path, mode));
 }
 
 bool isSeparator(char character) {
@@ -60,7 +61,8 @@ void getTempDirectory(char* buffer, int size) {
     char path[kPathSize];
     platform::temporaryDirectory(path, sizeof path);
     std::size_t length = std::strlen(path);
-    const bool fits = length < static_cast<std::size_t>(size);
+    // With its end it must leave a byte free: a path that fills the buffer stays as it is.
+    const bool fits = length + 1 < static_cast<std::size_t>(size);
     // A path of the root alone keeps its separator.
     while (fits && length > 1 && isSeparator(path[length - 1]))
         path[--length] = 0;

@@ -21,7 +21,8 @@ void appendDebugLog(int id, const char* format, ...) __attribute__((format(print
 bool getDebugLogPath(int id, char* buffer, int size);
 
 /// The directory for temporary files (TMPDIR, else the system's) without separators at its end, in
-/// `size` bytes; "C:" if the system names none. A path that fills the buffer stands there cut.
+/// `size` bytes; "C:" if the system names none. A path that fills the buffer with its end keeps
+/// them, and a longer one stands there cut.
 void getTempDirectory(char* buffer, int size);
 
 }  // namespace Tarnkit

@@ -26,16 +26,18 @@ std::int64_t wallTime() {
     return std::time(nullptr);
 }
 
-LocalTime localTime(std::int64_t wallTime) {
+bool localTime(std::int64_t wallTime, LocalTime& local) {
     const std::time_t time = wallTime;
     std::tm fields{};
-    localtime_r(&time, &fields);
-    return {.year = fields.tm_year + 1900,
-            .month = fields.tm_mon + 1,
-            .day = fields.tm_mday,
-            .hour = fields.tm_hour,
-            .minute = fields.tm_min,
-            .second = fields.tm_sec};
+    if (!localtime_r(&time, &fields))
+        return false;
+    local = {.year = fields.tm_year + 1900,
+             .month = fields.tm_mon + 1,
+             .day = fields.tm_mday,
+             .hour = fields.tm_hour,
+             .minute = fields.tm_min,
+             .second = fields.tm_sec};
+    return true;
 }
 
 }  // namespace Tarnkit::platform
