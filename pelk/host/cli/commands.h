@@ -13,8 +13,11 @@ enum class ExitCode {
     BadUsage = 2,          ///< the command line is wrong
     OutputFailed = 3,      ///< a picture or the results could not be written
     PictureHasErrors = 4,  ///< under --strict alone
-    SystemFailed = 5,      ///< memory or a read failed: the same may succeed later
-    Interrupted = 130,     ///< by Ctrl-C or a request to terminate: 128 + SIGINT, as shells count
+    SystemFailed = 5,      ///< no memory, or a file can't be read: may succeed another time
+    PluginFaulted = 6,     ///< a plug-in did what the processor refuses
+    HungUp = 129,          ///< stopped by SIGHUP: 128 and its number, as shells count
+    Interrupted = 130,     ///< by SIGINT, Ctrl-C
+    Terminated = 143,      ///< by SIGTERM
 };
 
 // Each adds one command to the program. If the command line asks for it, it runs while the command

@@ -1,29 +1,32 @@
 #include "pelk/host/cli/interrupt.h"
 
 #include <cerrno>
-#include <csignal>
 
 #include "pelk/platform/console.h"
 #include "pelk/platform/debug_stream.h"
 #include "pelk/platform/output_file.h"
+#include "pelk/platform/stop_signals.h"
 
 namespace Tarnkit {
 
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM};
-constexpr char kNotice[] =
-    "\npelk: stopping once what is in work is done; Ctrl-C again gives up at once\n";
+constexpr char kNotice[] = "\npelk: stopping; Ctrl-C again gives up at once\n";
 
 std::atomic<bool> requested{false}, hasTerminal{false};
-static_assert(std::atomic<bool>::is_always_lock_free, "set from a signal handler");
+std::atomic<int> firstSignal{0};
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
+              "set from a signal handler");
 
-void onInterrupt(int number) {
-    if (requested.exchange(true)) {
+void onInterrupt(int signal) {
+    int none = 0;
+    if (!firstSignal.compare_exchange_strong(none, signal)) {
         platform::dropUnfinishedOutput();
-        std::signal(number, SIG_DFL);
-        std::raise(number);
-    } else if (hasTerminal) {
+        platform::endBySignal(signal);
+        return;
+    }
+    requested.store(true);
+    if (hasTerminal) {
         const int keptError = errno;  // of the code that the signal came upon
         platform::writeErrorOutput(kNotice);
         errno = keptError;
@@ -34,28 +37,21 @@ void onInterrupt(int number) {
 
 InterruptGuard::InterruptGuard() {
     requested.store(false);
+    firstSignal.store(0);
     hasTerminal = platform::errorConsole().isTerminal();
-    for (const int number : kSignals) {
-        if (std::signal(number, onInterrupt) == SIG_IGN)
-            std::signal(number, SIG_IGN);
-    }
+    platform::setStopHandler(onInterrupt);
 }
 
 InterruptGuard::~InterruptGuard() {
-    for (const int number : kSignals) {
-        if (std::signal(number, SIG_DFL) == SIG_IGN)
-            std::signal(number, SIG_IGN);
-    }
+    platform::setStopHandler(nullptr);
 }
 
 const std::atomic<bool>& InterruptGuard::wasRequested() const {
     return requested;
 }
 
-void ignoreFileSizeSignal() {
-#ifdef SIGXFSZ
-    std::signal(SIGXFSZ, SIG_IGN);
-#endif
+ExitCode InterruptGuard::getExitCode() const {
+    return static_cast<ExitCode>(128 + firstSignal.load());
 }
 
 }  // namespace Tarnkit

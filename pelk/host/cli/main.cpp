@@ -1,4 +1,6 @@
 #include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <exception>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -7,8 +9,11 @@
 #include "pelk/base/thrown_text.h"
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/console_text.h"
-#include "pelk/host/cli/interrupt.h"
+#include "pelk/host/render/plugin_faults.h"
 #include "pelk/platform/console.h"
+#include "pelk/platform/debug_stream.h"
+#include "pelk/platform/output_file.h"
+#include "pelk/platform/stop_signals.h"
 #include "pelk/support/spelling.h"
 
 namespace {
@@ -18,8 +23,10 @@ using namespace Tarnkit;
 constexpr char kFooter[] =
     "\nA first picture:\n"
     "  pelk render scenes/cornell.json -o cornell.png\n"
-    "\nExit codes: 0 done, 1 bad input, 2 bad usage, 3 output failed, 4 the picture has errors\n"
-    "(under --strict), 5 memory or a read failed, 130 interrupted.";
+    "\nExit codes, for scripts that try again or don't:\n"
+    "  0 done    1 bad input    2 bad usage    4 the picture has errors, under --strict\n"
+    "  3 output failed    5 no memory, or a file can't be read    6 a plug-in faulted\n"
+    "  129, 130, 143 stopped by SIGHUP, SIGINT (Ctrl-C), SIGTERM";
 
 /// What is wrong with the word that stands in the place of the command; empty if nothing is.
 std::string checkCommand(const CLI::App& program, int argc, char** argv) {
@@ -65,12 +72,22 @@ ExitCode run(int argc, char** argv) {
     return exitCode;
 }
 
+/// Of a fault that can't be thrown through the function it is in, and of whatever else ends here.
+[[noreturn]] void onTerminate() {
+    platform::dropUnfinishedOutput();
+    if (!hadPluginFault())
+        std::abort();
+    platform::writeErrorOutput("pelk: a plug-in faulted\n");
+    std::_Exit(static_cast<int>(ExitCode::PluginFaulted));
+}
+
 ExitCode runGuarded(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (...) {
+        // Bad input has its answers; what is thrown as far as here is lack of memory, or the like.
         print(Stream::Error, complaint(thrownText()).add("\n"));
-        return ExitCode::BadInput;
+        return hadPluginFault() ? ExitCode::PluginFaulted : ExitCode::SystemFailed;
     }
 }
 
@@ -78,7 +95,8 @@ ExitCode runGuarded(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     platform::fillClosedStreams();
-    ignoreFileSizeSignal();
+    platform::ignoreFileSizeSignal();
+    std::set_terminate(onTerminate);
     ExitCode exitCode = runGuarded(argc, argv);
     std::string error;
     if (!platform::finishStandardOutput(error)) {

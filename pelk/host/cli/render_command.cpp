@@ -13,12 +13,31 @@
 #include "pelk/host/picture/image_output.h"
 #include "pelk/host/picture/region_file.h"
 #include "pelk/host/render/fingerprint.h"
+#include "pelk/host/render/plugin_faults.h"
 #include "pelk/host/render/render_workers.h"
 #include "pelk/platform/file.h"
 
 namespace Tarnkit {
 
 namespace {
+
+ExitCode failureCode(const RenderResult& result) {
+    if (!result.systemFailed)
+        return ExitCode::BadInput;
+    return hadPluginFault() ? ExitCode::PluginFaulted : ExitCode::SystemFailed;
+}
+
+/// Why a picture has the samples that it has, as its metadata tell it.
+const char* wordsFor(RenderEnd end) {
+    constexpr const char* kWords[] = {"finished", "interrupted", "out of time"};
+    return kWords[static_cast<int>(end)];
+}
+
+/// "3", or "3 to 4".
+std::string asText(const SampleRange& range) {
+    const std::string least = std::to_string(range.least);
+    return range.least == range.most ? least : least + " to " + std::to_string(range.most);
+}
 
 /// One run of `pelk render`.
 class RenderRun {
@@ -29,6 +48,7 @@ public:
     ExitCode run();
 
 private:
+    ExitCode failWithoutPicture(const RenderResult& result, const InterruptGuard& interrupt);
     ExitCode checkOutputs();
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
     ExitCode takeFingerprint(const Scene& scene, const RenderOptions& render);
@@ -64,13 +84,21 @@ ExitCode RenderRun::run() {
     const InterruptGuard interrupt;  // until the pictures are written
     const RenderResult result = render(scene, renderOptions, interrupt.wasRequested(), picture);
     if (!result.ok)
-        return command.fail(ExitCode::BadInput, options.file + ": " + result.error);
+        return command.fail(failureCode(result), options.file + ": " + result.error);
     if (result.samplesOfPixels.least == 0)
-        return command.fail(ExitCode::Interrupted,
-                            "interrupted before every pixel had a sample; nothing written");
+        return failWithoutPicture(result, interrupt);
     const ExitCode code = report(result, write(scene, renderOptions, result, picture));
     // Asked to stop during the writing, the run tells its caller so, though the pictures are whole.
-    return code == ExitCode::Done && interrupt.wasRequested() ? ExitCode::Interrupted : code;
+    return code == ExitCode::Done && interrupt.wasRequested() ? interrupt.getExitCode() : code;
+}
+
+/// A render ended before its first pass was over: older pictures stand.
+ExitCode RenderRun::failWithoutPicture(const RenderResult& result,
+                                       const InterruptGuard& interrupt) {
+    const std::string rest = " before every pixel had a sample; nothing written";
+    if (result.end == RenderEnd::Stopped)
+        return command.fail(interrupt.getExitCode(), "interrupted" + rest);
+    return command.fail(ExitCode::BadInput, "--time: the time was over" + rest);
 }
 
 /// Finds out before the render what could go wrong after it.
@@ -90,6 +118,7 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     render.threads = options.threads;
     render.tileSize = options.tileSize;
     render.order = options.order;
+    render.seconds = options.seconds;
     render.channels = options.channels;
     std::string error;
     if (!choosePixels(options, render.width, render.height, render.region, error))
@@ -158,6 +187,9 @@ ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
                           const RenderResult& result, Picture& picture) {
     const PictureInfo info{.scene = options.file,
                            .samples = render.samples,
+                           .samplesLeast = static_cast<int>(result.samplesOfPixels.least),
+                           .samplesMost = static_cast<int>(result.samplesOfPixels.most),
+                           .ended = wordsFor(result.end),
                            .seconds = result.seconds,
                            .host = "pelk",
                            .version = PELK_VERSION};
@@ -181,7 +213,10 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
                    {"samples", result.samples},
                    {"seconds", result.seconds},
                    {"dropped_samples", result.droppedSamples},
-                   {"interrupted", result.stopped}},
+                   {"least_samples", result.samplesOfPixels.least},
+                   {"most_samples", result.samplesOfPixels.most},
+                   {"interrupted", result.end == RenderEnd::Stopped},
+                   {"out_of_time", result.end == RenderEnd::OutOfTime}},
                   -1);
     } else {
         for (const std::string& file : written)
@@ -198,12 +233,14 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
             "%lld samples were left out, since their colour was not finite; \"%s\" made "
             "one of them",
             result.droppedSamples, result.droppedBy.c_str());
-    if (result.stopped)
-        command.getLog().complain("interrupted; the picture holds what was done by then");
+    const std::string samples =
+        "the picture has " + asText(result.samplesOfPixels) + " samples in each pixel";
+    if (result.end == RenderEnd::Stopped)
+        command.getLog().complain("interrupted; " + samples);
+    else if (result.end == RenderEnd::OutOfTime)
+        command.getLog().info("The time is over; %s", samples.c_str());
     if (code != ExitCode::Done)
         return code;
-    if (result.stopped)
-        return ExitCode::Interrupted;
     return options.strict && result.droppedSamples > 0 ? ExitCode::PictureHasErrors
                                                        : ExitCode::Done;
 }

@@ -17,7 +17,8 @@ constexpr char kEnvironment[] =
     "  PELK_USE_THREAD_AFFINITY  0: do not bind threads to the nodes of a machine that has "
     "several\n"
     "  NO_COLOR                  Not empty: no colours on the terminal\n"
-    "Ctrl-C finishes the tiles in work and writes what there is; a second one gives up at once.";
+    "Ctrl-C, SIGTERM and SIGHUP end a render and write the picture with the samples that it has;\n"
+    "where some pixels have none, an older picture stands. A second one gives up at once.";
 
 /// The render channels that can be asked for by name, a line each.
 std::string channelHelp() {
@@ -120,6 +121,11 @@ void RenderCommandOptions::addTo(CLI::App& command) {
         ->type_name("N")
         ->check(numbersTo(kMaxTileSize))
         ->capture_default_str();
+    command
+        .add_option("--time", seconds,
+                    "Ends so many seconds after the first sample, with the samples done by then")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.001, 1e9).description(""));
     addParsed(
         command, "--order", "passes|tiles",
         "passes: a few samples for the whole picture, then more; tiles: all samples of a tile "

@@ -25,6 +25,7 @@ struct RenderCommandOptions : SceneOptions {
     PictureRect region;  ///< empty if it was left out
     TileChoice tile;
     int tileSize = RenderOptions().tileSize;
+    double seconds = 0.0;  ///< --time; 0 if it was left out
     SampleOrder order = SampleOrder::Automatic;
     std::vector<std::string> channels;
     ProgressStyle progress = ProgressStyle::Auto;

@@ -33,6 +33,9 @@ PictureSampler::PictureSampler(RenderSetup& setup_, const RenderOptions& options
 
 void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, RenderResult& result) {
     const Clock::time_point start = Clock::now();
+    if (options.seconds > 0.0)
+        deadline = start + std::chrono::duration_cast<Clock::duration>(
+                               std::chrono::duration<double>(options.seconds));
     const long long total = shown.numPixels() * options.samples;
     const auto tell = [&] {
         result.samples = samplesDone;
@@ -43,10 +46,11 @@ void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, Ren
     WorkerGroup reporting = group;
     reporting.report = tell;
     runWorkers(reporting, [&](Worker& thread) { sampleTiles(group, thread, result); });
-    result.stopped = tilesDone < grid.size();
+    if (tilesDone < grid.size())
+        result.end = group.stop ? RenderEnd::Stopped : RenderEnd::OutOfTime;
     if (store)
         shownRange = store->getRange();
-    else if (result.stopped)
+    else if (tilesDone < grid.size())
         shownRange.least = 0;
     result.samplesOfPixels = shownRange;
     if (inPasses && shownRange.least > 0)
@@ -57,7 +61,7 @@ void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, Ren
 /// What one thread does: it takes tiles until there are no more.
 void PictureSampler::sampleTiles(const WorkerGroup& group, Worker& thread, RenderResult& result) {
     TileWorker worker(setup, grid.largest(), thread.getThreadIndex());
-    const StopTest stop(group.stop, thread, {});
+    const StopTest stop(group.stop, thread, deadline);
     TileSums sums;
     for (int tile; !stop.isDue() && (tile = queue.take()) >= 0;) {
         if (store)

@@ -41,6 +41,7 @@ private:
     Picture& picture;
     const TileGrid grid;
     std::unique_ptr<SumStore> store;  // null if no sums are kept
+    StopTest::Deadline deadline;
     TileQueue queue;
     std::atomic<long long> samplesDone{0};
     std::atomic<int> tilesDone{0};

@@ -4,6 +4,7 @@
 
 #include "pelk/base/thrown_text.h"
 #include "pelk/host/render/picture_sampler.h"
+#include "pelk/host/render/plugin_faults.h"
 
 namespace Tarnkit {
 
@@ -28,6 +29,7 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
         std::min(options.threads > 0 ? options.threads : getNumThreads(), kMaxThreads);
     const PictureRect whole{0, 0, options.width, options.height};
     const PictureRect area = options.region.isEmpty() ? whole : options.region;
+    const PluginFaultGuard faults;
     try {
         RenderSetup setup(scene, options, threads, log);
         if (!setup.prepare(result.error))
@@ -42,6 +44,7 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
         result.ok = true;
     } catch (...) {
         result.error = thrownText();
+        result.systemFailed = true;
     }
     return result;
 }

@@ -21,6 +21,13 @@ enum class SampleOrder {
     Tiles,      ///< all of a tile at once: next to no memory beside the picture
 };
 
+/// How a render came to its end.
+enum class RenderEnd {
+    Finished,
+    Stopped,    ///< by `stop`
+    OutOfTime,  ///< RenderOptions::seconds were over
+};
+
 /// What one render is to do. Sizes and counts are above 0, but where a comment gives 0 a meaning.
 struct RenderOptions {
     int width = 0, height = 0;  ///< of the whole picture
@@ -29,6 +36,8 @@ struct RenderOptions {
     PictureRect region;         ///< what to render; empty stands for the whole picture
     int tileSize = 32;          ///< pixels on a side of a tile, which one thread renders
     SampleOrder order = SampleOrder::Automatic;
+    /// Ends the render so many seconds after its first sample, with what there is; 0: no limit.
+    double seconds = 0.0;
     std::vector<std::string> channels;  ///< names of render channels beside those of the scene
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };
@@ -50,9 +59,12 @@ public:
 
 /// What became of a render.
 struct RenderResult {
-    bool ok = false;       ///< false: nothing was rendered, `error` says why
-    bool stopped = false;  ///< ended early by `stop`
+    bool ok = false;  ///< false: nothing was rendered, `error` says why
+    /// With `ok` false: the system failed, mostly for lack of memory, or a plug-in, and not the
+    /// scene; the same may succeed another time.
+    bool systemFailed = false;
     std::string error;
+    RenderEnd end = RenderEnd::Finished;
     /// Of the pixels that were to be rendered. If one of them has none, the picture is left without
     /// any: a part of it is no use in the place of an older one.
     SampleRange samplesOfPixels;

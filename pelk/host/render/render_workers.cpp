@@ -11,6 +11,7 @@
 #include "pelk/base/exception_msg.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/host/render/number_ranges.h"
+#include "pelk/host/render/plugin_faults.h"
 #include "pelk/support/silent_log.h"
 
 namespace Tarnkit {
@@ -53,6 +54,7 @@ public:
 
     void run(int* abortFlag, int*, int threadIndex, int) override {
         begun.fetch_add(1, std::memory_order_relaxed);
+        const PluginFaultGuard faults;
         try {
             Worker worker(threadIndex, *abortFlag);
             work(worker);
