@@ -112,7 +112,9 @@ ExitCode MergeRun::checkOutputs() {
 ExitCode MergeRun::write(const MergeResult& result, Picture& picture) const {
     const FileHeader& header = result.header;
     PictureInfo info{.scene = header.scene,
-                     .samples = header.samplesMost,
+                     .samples = header.samplesAsked,
+                     .samplesLeast = header.samplesLeast,
+                     .samplesMost = header.samplesMost,
                      .seconds = header.seconds(),
                      .host = header.program,
                      .version = header.version};

@@ -13,7 +13,7 @@ struct PictureInfo {
     std::string scene;                      ///< the scene's file
     int samples = 0;                        ///< per pixel, as asked for
     int samplesLeast = 0, samplesMost = 0;  ///< done, of the pixel that got least and most
-    std::string ended;  ///< "finished", or why there are fewer samples than asked for
+    std::string ended = {};  ///< "finished", or why samples are missing; empty if unknown
     double seconds = 0.0;
     std::string host;  ///< the program
     std::string version;

@@ -9,7 +9,8 @@ void addOriginAttributes(const PictureInfo& info, OIIO::ImageSpec& spec) {
     spec.attribute("samples", std::to_string(info.samples));
     spec.attribute("samples_least", std::to_string(info.samplesLeast));
     spec.attribute("samples_most", std::to_string(info.samplesMost));
-    spec.attribute("ended", info.ended);
+    if (!info.ended.empty())
+        spec.attribute("ended", info.ended);
     spec.attribute("seconds", std::to_string(info.seconds));
     spec.attribute("host", info.host);
     spec.attribute("version", info.version);
