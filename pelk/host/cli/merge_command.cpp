@@ -115,6 +115,7 @@ ExitCode MergeRun::write(const MergeResult& result, Picture& picture) const {
                      .samples = header.samplesAsked,
                      .samplesLeast = header.samplesLeast,
                      .samplesMost = header.samplesMost,
+                     .ended = header.ended,
                      .seconds = header.seconds(),
                      .host = header.program,
                      .version = header.version};

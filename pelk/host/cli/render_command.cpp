@@ -29,7 +29,7 @@ ExitCode failureCode(const RenderResult& result) {
 
 /// Why a picture has the samples that it has, as its metadata tell it.
 const char* wordsFor(RenderEnd end) {
-    constexpr const char* kWords[] = {"finished", "interrupted", "out of time"};
+    constexpr const char* kWords[] = {kFinished, "interrupted", "out of time"};
     return kWords[static_cast<int>(end)];
 }
 
@@ -177,7 +177,7 @@ FileHeader RenderRun::headerOf(const Scene& scene, const RenderOptions& render,
             .scene = options.file,
             .program = "pelk",
             .version = PELK_VERSION,
-            .ended = result.stopped ? "interrupted" : kFinished,
+            .ended = wordsFor(result.end),
             .channels = fileChannelsOf(picture),
             .parts = {part}};
 }
