@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
+#include <random>
 
 #include "support/regions/test_channels.h"
 
@@ -15,7 +17,8 @@ using Values = std::vector<float>;
 
 class PixelReadoutTest : public testing::Test {
 protected:
-    /// A channel whose pixels are these values, one after the other; a region is one row of them.
+    /// A channel whose pixels are these values, one after the other; a region is
+    /// one row of them.
     int channel(int type, const Values& values, int alias = 0, int flags = 0) {
         if (region.getWidth() == 0)
             region.setRect(100, 50, 100 + 4 * std::ssize(values) / channelTypeSize(type), 51);
@@ -49,47 +52,93 @@ protected:
     std::vector<ColorMapper*> mappers;
 };
 
-TEST_F(PixelReadoutTest, QuantisingCutsTheRangeIntoEqualSteps) {
-    const float inf = std::numeric_limits<float>::infinity();
-    const Values values{-1, 0, 0.00390624f, 0.00390625f, 0.5f, 0.999f, 1, 7, inf, -inf};
-    const int index = channel(kChannelFloat, values), nan = channel(kChannelFloat, {NAN});
-    EXPECT_EQ(read(index, 100), (Values{0, 0, 0, 1, 128, 255, 255, 255, 255, 0}));
-    EXPECT_EQ(read(index, 101), (Values{0, 0, 255, 256, 32768, 65470, 65535, 65535, 65535, 0}));
-    EXPECT_EQ(read(index, 104), values);
-    EXPECT_EQ(read(nan, 100)[0], 0.0f);
+float gray(const Values& color) {
+    return (color[0] + color[1] + color[2]) * 0.33333334f;
 }
 
-TEST_F(PixelReadoutTest, Conversions) {
-    const int colour = channel(kChannelColor, {0.25f, 0.5f, 1});
-    const int value = channel(kChannelFloat, {0.75f});
-    const int pair = channel(kChannelFloat2, {0.25f, -0.125f});
-    const int vector = channel(kChannelVector, {-1, 0, 0.5f});
-    const int covered = channel(kChannelAColor, {0.25f, 0.5f, 1, 0.5f});
-    const int gray = channel(kChannelColor, {0, 0.75f, 0.75f}, 125);
-    const auto raw = [&](int index, int format) { return read(index, format, 0, -1, 2); };
-    const auto alphaFrom = [&](int index) { return read(colour, 300, 0, index)[3]; };
-    EXPECT_EQ(read(colour, 104), (Values{1.75f * 0.33333334f})) << "colour in gray";
-    EXPECT_EQ(read(colour, 200, 1), (Values{255, 128, 64})) << "blue first";
-    EXPECT_EQ(read(colour, 203, 1), (Values{0.25f, 0.5f, 1})) << "floats have red first";
-    EXPECT_EQ(read(pair, 104), (Values{0.0625f})) << "pair in gray";
-    EXPECT_EQ(raw(pair, 200), (Values{192, 96, 0})) << "pair in bytes";
-    EXPECT_EQ(read(vector, 203), (Values{0, 0.5f, 0.75f})) << "vector";
-    EXPECT_EQ(raw(vector, 203), (Values{-1, 0, 0.5f})) << "raw vector";
-    EXPECT_EQ(read(covered, 303, 0, gray)[3], 0.5f) << "an alpha of its own";
-    EXPECT_EQ(alphaFrom(gray), 128) << "alpha from a colour's gray";
-    EXPECT_EQ(alphaFrom(value), 192) << "alpha from a value";
-    EXPECT_EQ(alphaFrom(pair), 255) << "a pair is no alpha";
+/// What a pixel reads as, by the definition and one number after the other.
+/// `p`: the floats of its channel.
+Values slowRead(int type, const float* p, float alpha, int format, bool blueFirst, bool raw) {
+    const bool isGray = format<200, real = format % 100> 2;
+    const u32 id = std::bit_cast<u32>(p[0]);
+    Values out{p[0], p[type < 2 ? 0 : 1], p[type < 2 ? 0 : 2]};
+    if (format == 102)
+        return {type == kChannelInt ? p[0] : 9};  // of others nothing is written
+    if (type == kChannelInt && isGray)
+        return {real ? static_cast<float>(static_cast<int>(id))
+                     : id % (format == 100 ? 256 : 65536)};
+    if (type == kChannelInt) {
+        out = {0, 0, 0};
+        for (int bit = 0; bit < 24; ++bit)
+            out[bit % 3] += static_cast<float>(id >> bit & 1) * std::ldexp(0.5f, -(bit / 3));
+    }
+    if (type == kChannelFloat2) {
+        const float shift = raw && real ? 0 : 0.5f, sum = out[0] + out[1];
+        out = {out[0] + shift, out[1] + shift, 0};
+        if (isGray)
+            out = {real ? sum * (raw ? 1 : 0.5f) : sum * 0.5f + 0.5f};
+    }
+    for (float& number : out) {
+        if (type == kChannelVector && !raw)
+            number = number * 0.5f + 0.5f;
+    }
+    if (isGray && out.size() == 3)
+        out = {type == kChannelFloat ? p[0] : gray(out)};
+    if (blueFirst && !real && !isGray)
+        std::swap(out[0], out[2]);
+    if (format >= 300)
+        out.push_back(type == kChannelAColor ? gray(Values(3, p[3])) : alpha);
+    const float steps = format % 100 == 0 ? 256 : 65536;
+    for (float& number : out) {
+        if (!real)
+            number =
+                std::min(std::floor((number > 0 ? std::min(number, 1.0f) : 0) * steps), steps - 1);
+    }
+    return out;
 }
 
-TEST_F(PixelReadoutTest, IdsAreRaw) {
-    const u32 ids[] = {7, 8, 0x12345700, 0xFFFFFFFF};
-    const int index = channel(kChannelInt, Values(4));
-    std::memcpy(region.getChannels()[index].buffer->item(0), ids, sizeof ids);
-    EXPECT_EQ(read(index, 101), (Values{7, 8, 0x5700, 65535}));
-    EXPECT_EQ(read(index, 104), (Values{7, 8, 0x12345700, -1}));
-    u32 raw[4];
-    region.getPixels(index, -1, whole(), 102, sizeof raw, raw, 0, 0, nullptr);
-    EXPECT_THAT(raw, testing::ElementsAreArray(ids));
+TEST_F(PixelReadoutTest, EveryTypeReadsInEveryFormatAsDefined) {
+    constexpr int kPixels = 300;  // more than a run of the converter
+    constexpr float kInf = std::numeric_limits<float>::infinity();
+    const float numbers[] = {-1,     0, 0.00390624f, 0.00390625f, 0.25f, 0.5f, 0.75f,
+                             0.999f, 1, 7,           kInf,        -kInf, NAN};
+    std::mt19937 random(3);
+    std::vector<Values> channels;
+    for (int type = kChannelFloat; type <= kChannelAColor; ++type) {
+        Values& values = channels.emplace_back(kPixels * channelTypeSize(type) / 4);
+        for (float& value : values)
+            value = type == kChannelInt ? std::bit_cast<float>(static_cast<u32>(random()))
+                                        : numbers[random() % std::size(numbers)];
+        channel(type, values);
+    }
+    const auto plain = [](Values values) {
+        for (float& value : values)
+            value = std::isnan(value) ? 12345 : value;  // nothing is equal to a NaN
+        return values;
+    };
+    for (int round = 0; round < 3000; ++round) {
+        constexpr int kFormats[] = {100, 101, 102, 104, 200, 201, 203, 300, 301, 303};
+        const int format = kFormats[random() % 10], index = random() % 6, order = random() % 2;
+        const int alpha = static_cast<int>(random() % 7) - 1, mode = 1 + random() % 2;
+        const int type = index + 1, step = channelTypeSize(type) / 4;
+        SCOPED_TRACE(testing::Message() << type << " in " << format << " by alpha " << alpha + 1);
+        Values expected;
+        for (int i = 0; i < kPixels; ++i) {
+            float cover = 1;  // of ids and pairs too
+            if (alpha == 0)
+                cover = gray(Values(3, channels[0][i]));
+            else if (alpha == 1 || alpha >= 4) {
+                const float* first = &channels[alpha][i * channelTypeSize(alpha + 1) / 4];
+                cover = gray(Values(first, first + 3));
+            }
+            const Values pixel =
+                slowRead(type, &channels[index][i * step], cover, format, order == 1, mode == 2);
+            expected.insert(expected.end(), pixel.begin(), pixel.end());
+        }
+        ASSERT_EQ(plain(read(index, format, order, alpha, mode)), plain(expected));
+    }
+    for (const int format : {103, 202, 302})  // sizes without a conversion
+        EXPECT_THAT(read(1, format, 0, -1, 1), testing::Each(9));
 }
 
 TEST_F(PixelReadoutTest, MappersSeeColoursOnceAndInOrder) {
@@ -108,7 +157,8 @@ TEST_F(PixelReadoutTest, BadRequestsWriteNothing) {
     channel(kChannelColor, Values(36));
     region.addChannel(&c.add(kChannelColor, 0));
     u8 out[100];
-    // Whether it was answered; the bytes that were written are those of 3 x 2 pixels, or none.
+    // Whether it was answered; the bytes that were written are those of 3 x 2
+    // pixels, or none.
     const auto reads = [&](int channel, PixelRect rect, int size) {
         std::memset(out, 9, sizeof out);
         const int result = region.getPixels(channel, -1, rect, 200, size, out, 0, 0, nullptr);
@@ -128,29 +178,6 @@ TEST_F(PixelReadoutTest, BadRequestsWriteNothing) {
     EXPECT_FALSE(reads(1, {0, 0, 1, 1, 1, 1}, 100)) << "no pixels";
     region.setRect(0, 0, 5, 3);
     EXPECT_FALSE(reads(0, {0, 0, 1, 1, 1, 1}, 100)) << "larger than the pixels that there are";
-}
-
-TEST_F(PixelReadoutTest, RectanglesOfManyPagesComeOutWhole) {
-    region.setRect(-3, 7, 4997, 607);  // colours take two pages, their alphas one
-    channel(kChannelColor, {});
-    channel(kChannelFloat, {});
-    ChannelBuffer &colours = *region.getChannels()[0].buffer,
-                  &alphas = *region.getChannels()[1].buffer;
-    ASSERT_LT(colours.getItemsPerPage(), colours.size());
-    for (int i = 0; i < colours.size(); ++i) {
-        const float number = static_cast<float>(i);
-        *reinterpret_cast<Color*>(colours.item(i)) = Color(number);
-        *reinterpret_cast<float*>(alphas.item(i)) = number;
-    }
-    const PixelRect rect{1, 555, 4998, 563, 4997, 8};
-    std::vector<AColor> read(rect.width * rect.height);
-    const auto bytes = static_cast<std::int64_t>(read.size() * sizeof(AColor));
-    ASSERT_TRUE(region.getPixels(0, 1, rect, 303, bytes, read.data(), 0, 0, nullptr));
-    for (int i = 0; i < std::ssize(read); ++i) {
-        const int source = (rect.y0 + i / rect.width) * 5000 + rect.x0 + i % rect.width;
-        ASSERT_EQ(read[i].color, Color(static_cast<float>(source))) << i;
-        ASSERT_FLOAT_EQ(read[i].alpha, static_cast<float>(source)) << i;
-    }
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
-#include "pelk/support/regions/channel_set.h"
+#include "pelk/support/regions/channel_kinds.h"
 
 #include <gmock/gmock.h>
 
 #include <cstring>
 
-#include "pelk/support/regions/channel_kinds.h"
+#include "pelk/support/regions/channel_set.h"
 #include "support/regions/test_channels.h"
 
 namespace Tarnkit {
@@ -14,23 +14,6 @@ struct Pair {
     float x, y;
     bool operator==(const Pair&) const = default;
 };
-
-TEST(ChannelSetTest, IndicesAreThoseOfTheRegionUpToAnAliasWithoutAChannel) {
-    for (const int unknown : {0, -1, 9, 100, 147, int{kAliasWeight}}) {
-        SCOPED_TRACE(unknown);
-        const int asked[] = {kAliasImageColor, kAliasZDepth, kAliasUV, unknown, kAliasDiffuse};
-        ChannelSet channels;
-        EXPECT_FALSE(channels.addAliases(asked));
-        PKRegionData region;
-        region.setChannels(channels.getList());
-        ASSERT_EQ(region.getNumChannels(), 3);
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(channels.at(i)->getAlias(), asked[i]);
-            EXPECT_EQ(region.findChannelByAlias(asked[i]), i);
-        }
-        EXPECT_TRUE(!channels.at(3) && !channels.at(-1));
-    }
-}
 
 /// One pixel of a region with one channel of each way of averaging.
 class ChannelKindsTest : public testing::Test {
