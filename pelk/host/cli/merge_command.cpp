@@ -48,8 +48,8 @@ void MergeCommandOptions::addTo(CLI::App& command) {
     command.add_flag("--allow-uneven", merge.allowUneven,
                      "Merge pixels with unequal numbers of samples");
     command.add_flag("--host-stamp", merge.hostStamp,
-                     "Show which computer rendered what: as the layer host_stamp in .exr and .pkr, "
-                     "in the place of the picture in .png");
+                     "Show which computer rendered what: as the layer host_stamp in .exr, in the "
+                     "place of the picture in .png");
     command.footer(kFooter);
 }
 

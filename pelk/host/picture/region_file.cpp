@@ -1,5 +1,7 @@
 #include "pelk/host/picture/region_file.h"
 
+#include <iterator>
+
 #include "pelk/host/picture/file_ending.h"
 
 namespace Tarnkit {
@@ -14,12 +16,12 @@ std::vector<TransferChannel> transferChannelsOf(const FileHeader& header) {
 }
 
 /// Makes a region of a part of the picture, with its pixels.
-void cutOut(Picture& picture, const PictureRect& rect, PKRegionData& part) {
-    const std::vector<FileChannel> channels = fileChannelsOf(picture);
-    part.setNumChannels(static_cast<int>(channels.size()));
-    for (std::size_t i = 0; i < channels.size(); ++i)
-        part.setChannelInfo(static_cast<int>(i), channels[i].type, channels[i].alias,
-                            channels[i].name.c_str());
+void cutOut(Picture& picture, const FileHeader& header, PKRegionData& part) {
+    int index = 0;
+    part.setNumChannels(static_cast<int>(header.channels.size()));
+    for (const FileChannel& channel : header.channels)
+        part.setChannelInfo(index++, channel.type, channel.alias, channel.name.c_str());
+    const PictureRect& rect = header.rect;
     part.setRect(rect.x0, rect.y0, rect.x1, rect.y1);
     part.beginRendering();
     part.copyFrom(picture.getRegion());
@@ -38,14 +40,13 @@ std::vector<FileChannel> fileChannelsOf(Picture& picture) {
     return channels;
 }
 
-bool writeRegionFile(const std::string& path, FileHeader header, Picture& picture,
+bool writeRegionFile(const std::string& path, const FileHeader& header, Picture& picture,
                      std::string& error) {
-    header.kind = FileKind::Region;
-    header.channels = fileChannelsOf(picture);
     PKRegionData part;
     PKRegionData* region = &picture.getRegion();
-    if (header.rect != PictureRect{0, 0, picture.getWidth(), picture.getHeight()}) {
-        cutOut(picture, header.rect, part);
+    const PictureRect whole{0, 0, picture.getWidth(), picture.getHeight()};
+    if (header.rect != whole || std::ssize(header.channels) != region->getNumChannels()) {
+        cutOut(picture, header, part);
         region = &part;
     }
     const auto payload = [&](PayloadWriter& out) {
@@ -54,7 +55,23 @@ bool writeRegionFile(const std::string& path, FileHeader header, Picture& pictur
             return true;
         });
     };
-    return writeEnvelope(path, std::move(header), payload, error);
+    return writeEnvelope(path, header, payload, error);
+}
+
+bool readRegionHeader(EnvelopeReader& file, std::string& error) {
+    if (!file.readHeader(FileKind::Region)) {
+        error = file.getError();
+        return false;
+    }
+    const FileHeader& header = file.getHeader();
+    const PictureRect& rect = header.rect;
+    const std::int64_t pixels = std::int64_t{rect.x1 - rect.x0} * (rect.y1 - rect.y0);
+    const std::int64_t expected = transferSize(transferChannelsOf(header), pixels);
+    if (header.payloadSize == static_cast<std::uint64_t>(expected))
+        return true;
+    error = "\"" + file.getName() + "\": its pixels have " + std::to_string(header.payloadSize) +
+            " bytes, expected " + std::to_string(expected);
+    return false;
 }
 
 bool RegionPixels::read(EnvelopeReader& file, std::string& error) {

@@ -17,16 +17,22 @@ bool isRegionFile(const std::string& path);
 /// The channels of a picture, as region files name them.
 std::vector<FileChannel> fileChannelsOf(Picture& picture);
 
-/// Writes the pixels of `header.rect` of a picture, in the block that regions are passed in (see
-/// transfer_block.h), with the header around it; its channels are filled in. The file appears whole
-/// or not at all: on failure an older one stands, and `error` names the file and says why.
-bool writeRegionFile(const std::string& path, FileHeader header, Picture& picture,
+/// Writes the pixels of `header.rect` and `header.channels`, the first ones of the picture, in the
+/// block that regions are passed in (see transfer_block.h), with the header around it. The file
+/// appears whole or not at all: on failure an older one stands, and `error` names the file and says
+/// why.
+bool writeRegionFile(const std::string& path, const FileHeader& header, Picture& picture,
                      std::string& error);
+
+/// Reads the header of a region file. False if anything is wrong with it, or if its payload can't
+/// be the pixels that it tells of; `error` has the words, with the file's name. A picture of the
+/// header's rectangle takes no more memory than the file has bytes.
+bool readRegionHeader(EnvelopeReader& file, std::string& error);
 
 /// The pixels of a region file in memory, as they stood in the file.
 class RegionPixels {
 public:
-    /// Reads the payload of a file whose header has been read. False if it is damaged, or is not
+    /// Reads the payload of a file behind readRegionHeader. False if it is damaged, or is not
     /// what the header says; `error` then has the words, with the file's name. Takes as much memory
     /// as the payload has bytes; what was held before is given back first.
     bool read(EnvelopeReader& file, std::string& error);

@@ -35,9 +35,9 @@ private:
         result.error = text;
         return false;
     }
-    bool fail(const EnvelopeReader& file) {
+    bool fail(const EnvelopeReader& file, const std::string& text) {
         result.systemFault = file.isSystemFault();
-        return fail(file.getError());
+        return fail(text);
     }
     std::string quoted(std::size_t file) const { return "\"" + options.files[file] + "\""; }
 
@@ -62,8 +62,9 @@ private:
 bool Merge::readHeaders() {
     for (const std::string& name : options.files) {
         EnvelopeReader file(name);
-        if (!file.readHeader(FileKind::Region))
-            return fail(file);
+        std::string error;
+        if (!readRegionHeader(file, error))
+            return fail(file, error);
         headers.push_back(file.getHeader());
     }
     return true;
@@ -227,7 +228,6 @@ bool Merge::addFiles() {
     const std::vector<FilePart>& parts = result.header.parts;
     for (auto part = parts.rbegin(); part != parts.rend() && channel >= 0; ++part)
         stamp(*part, channel);
-    result.header.channels = fileChannelsOf(picture);
     return true;
 }
 
@@ -236,14 +236,12 @@ bool Merge::addFile(std::size_t index, Coverage& coverage) {
     EnvelopeReader file(options.files[index]);
     RegionPixels pixels;
     std::string error;
-    if (!file.readHeader(FileKind::Region))
-        return fail(file);
+    if (!readRegionHeader(file, error))
+        return fail(file, error);
     if (file.getHeader() != headers[index])
         return fail(quoted(index) + " was changed while it was read");
-    if (!pixels.read(file, error)) {
-        result.systemFault = file.isSystemFault();
-        return fail(error);
-    }
+    if (!pixels.read(file, error))
+        return fail(file, error);
     const PictureRect& rect = headers[index].rect;
     const int channels = static_cast<int>(headers[index].channels.size());
     int rival = Coverage::kNobody;  // a file that has other pixels in the same place

@@ -42,7 +42,9 @@ protected:
     /// Writes pixels of the whole picture, and returns the file's full name.
     std::string write(const std::string& name, const FileHeader& header) {
         std::string error;
-        EXPECT_TRUE(writeRegionFile(directory.file(name), header, whole, error)) << error;
+        FileHeader full = header;
+        full.channels = fileChannelsOf(whole);
+        EXPECT_TRUE(writeRegionFile(directory.file(name), full, whole, error)) << error;
         return directory.file(name);
     }
     std::string write(const std::string& name, const PictureRect& rect) {
@@ -145,21 +147,33 @@ TEST_F(MergeTest, WhatIsNoPartOfThePictureIsRefusedByName) {
     }
     const MergeResult conflict =
         merge({.files = {good, directory.file("bit.pkr")}, .allowMissing = true});
-    // Check sums agree, but the block is that of another rectangle.
-    FileHeader shifted = headerOf({1, 0, kWidth + 1, kHeight});
-    shifted.width = kWidth + 1;
-    shifted.channels = fileChannelsOf(whole);
+    EXPECT_THAT(conflict.error, AllOf(HasSubstr("bit.pkr\" overlaps"), HasSubstr("good.pkr")));
+}
+
+// Check sums keep out damage, not somebody who computes them as well.
+TEST_F(MergeTest, PixelsThatAreNotThoseOfTheHeaderAreRefusedBeforeRoomIsMadeForThem) {
     const auto payload = [&](PayloadWriter& out) {
         whole.getRegion().writeBuffer([&](const void* pixels, std::size_t count) {
             out.write(pixels, count);
             return true;
         });
     };
-    std::string error;
-    ASSERT_TRUE(writeEnvelope(directory.file("shifted.pkr"), shifted, payload, error)) << error;
-    EXPECT_THAT(merge({.files = {directory.file("shifted.pkr")}, .allowMissing = true}).error,
-                HasSubstr("other rectangles"));
-    EXPECT_THAT(conflict.error, AllOf(HasSubstr("bit.pkr\" overlaps"), HasSubstr("good.pkr")));
+    const struct {
+        int width, height;
+        PictureRect rect;
+        const char* says;
+    } cases[] = {{kWidth + 1, kHeight, {1, 0, kWidth + 1, kHeight}, "other rectangles"},
+                 {65536, 4096, {0, 0, 65536, 4096}, "expected 15032385620"}};
+    for (const auto& c : cases) {
+        FileHeader header = headerOf(c.rect);
+        header.width = c.width;
+        header.height = c.height;
+        header.channels = fileChannelsOf(whole);
+        std::string error;
+        ASSERT_TRUE(writeEnvelope(directory.file("a.pkr"), header, payload, error)) << error;
+        EXPECT_THAT(merge({.files = {directory.file("a.pkr")}, .allowMissing = true}).error,
+                    HasSubstr(c.says));
+    }
 }
 
 TEST_F(MergeTest, WhatIsMissingIsToldAndStaysAsIfNothingWereHit) {
