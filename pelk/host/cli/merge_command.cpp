@@ -80,13 +80,13 @@ ExitCode MergeRun::run() {
     const InterruptGuard interrupt;  // until the pictures are written
     const MergeResult result = mergeRegions(options.merge, interrupt.wasRequested(), picture);
     if (result.stopped)
-        return fail(ExitCode::Interrupted, "interrupted; nothing written");
+        return fail(interrupt.getExitCode(), "interrupted; nothing written");
     if (!result.ok)
         return fail(result.systemFault ? ExitCode::SystemFailed : ExitCode::BadInput, result.error);
     const ExitCode code = write(result, picture);
     for (const std::string& missing : result.missingTexts())
         print(Stream::Output, "Missing " + missing + "\n");
-    return code == ExitCode::Done && interrupt.wasRequested() ? ExitCode::Interrupted : code;
+    return code == ExitCode::Done && interrupt.wasRequested() ? interrupt.getExitCode() : code;
 }
 
 /// Finds out before the merge what could go wrong after it.
