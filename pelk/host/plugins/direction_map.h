@@ -19,6 +19,13 @@ inline UV directionToMap(const Vector& d) {
             std::acos(std::clamp(d.y, -1.0f, 1.0f)) * (1.0f / std::numbers::pi_v<float>)};
 }
 
+/// The texture coordinates of a unit direction: images have their first row at the top of the map,
+/// texture coordinates start at the bottom.
+inline Vector directionToUVW(const Vector& d) {
+    const UV map = directionToMap(d);
+    return {map.u, 1.0f - map.v, 0.0f};
+}
+
 /// The unit direction of a place on the map.
 inline Vector mapToDirection(UV map) {
     const float longitude = (map.u - 0.5f) * 2.0f * std::numbers::pi_v<float>,

@@ -6,6 +6,7 @@
 #include "pelk/contract/context.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/contract/scene_interfaces.h"
+#include "pelk/host/plugins/direction_map.h"
 
 namespace Tarnkit {
 
@@ -41,15 +42,19 @@ int HostTexture::writeTexSource(const char*, const char*, const char* kind, Shad
 }
 
 Vector textureCoordinates(PelkContext& context, UVWGenInterface* uvwgen) {
-    if (uvwgen)
-        return uvwgen->getUVW(context);
+    return uvwgen ? uvwgen->getUVW(context) : ownCoordinates(context, 0);
+}
+
+Vector ownCoordinates(PelkContext& context, int uvSet) {
     if (context.shadeFlags & kShadeBackgroundLookup) {
         const FrameData& frame = context.renderer->frameData;
         return {static_cast<float>(context.screenX / frame.imageWidth),
                 static_cast<float>(1.0 - context.screenY / frame.imageHeight), 0.0f};
     }
+    if (!context.hitObject)
+        return directionToUVW(context.rayDir);
     auto* const surface = findInterface<SurfaceUVInterface>(context.hitObject);
-    return surface ? surface->getSurfaceUVW(context, -1) : Vector();
+    return surface ? surface->getSurfaceUVW(context, uvSet) : Vector();
 }
 
 }  // namespace Tarnkit

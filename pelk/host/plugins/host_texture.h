@@ -32,9 +32,12 @@ protected:
 /// The nearest integer, clamped to the range of int; 0 for NaN.
 int nearestInt(float x);
 
-/// Texture coordinates at the hit: of the generator, or without one (null) set 0 of the mesh. A
-/// lookup for the backplate, which has no hit, gets the pixel's place on the picture, 0 to 1 from
-/// the lower left corner.
+/// Texture coordinates at the hit: of the generator, or without one (null) ownCoordinates.
 Vector textureCoordinates(PelkContext& context, UVWGenInterface* uvwgen);
+
+/// Texture coordinates without a generator: set `uvSet` of the mesh, from 0. A lookup for the
+/// backplate, which has no hit, gets the pixel's place on the picture, 0 to 1 from the lower left
+/// corner; any other without a hit, that of the ray's direction on a longitude-latitude image.
+Vector ownCoordinates(PelkContext& context, int uvSet);
 
 }  // namespace Tarnkit

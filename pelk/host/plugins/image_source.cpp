@@ -223,6 +223,13 @@ AColor ImageSource::sample(float u, float v, bool repeat) const {
     return result;
 }
 
+void ImageSource::readRow(int y, std::span<AColor> row) const {
+    std::vector<Texel> texels(row.size());
+    fetch(0, y, width - 1, y, texels.data());
+    std::transform(texels.begin(), texels.end(), row.begin(),
+                   [this](const Texel& texel) { return decode(texel); });
+}
+
 float ImageSource::nearest(float u, float v, bool repeat) const {
     if (!handle)
         return 0.0f;

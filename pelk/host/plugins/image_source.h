@@ -3,6 +3,7 @@
 #include <OpenImageIO/imagecache.h>
 
 #include <array>
+#include <span>
 #include <string>
 
 #include "pelk/base/color.h"
@@ -29,6 +30,11 @@ public:
     bool open(const std::string& file, ColorSpace space, std::string& error);
 
     bool isOpen() const { return handle != nullptr; }
+    int getWidth() const { return width; }
+    int getHeight() const { return height; }
+    /// Writes the pixels of row `y`, from the top, as `sample` gives them in their middles; `row`
+    /// has the width of the image, which is open.
+    void readRow(int y, std::span<AColor> row) const;
     /// The bilinearly filtered colour at (u, v), linear and premultiplied; (0, 0) is the lower left
     /// corner. `repeat`: tiles, else clamps to the border pixels. Opaque black if closed.
     AColor sample(float u, float v, bool repeat) const;

@@ -6,6 +6,7 @@
 #include "pelk/contract/renderer.h"
 #include "pelk/contract/shader_source.h"
 #include "pelk/host/plugins/text_parameter.h"
+#include "pelk/host/plugins/uvwgen_environment.h"
 
 namespace Tarnkit {
 
@@ -68,6 +69,15 @@ bool TexImage::openFile(std::string& error) {
     else
         return image.open(openedFile, space, error);
     return false;
+}
+
+bool TexImage::getSkyLayout(SkyLayout& layout) const {
+    const auto* const turned = dynamic_cast<const UVWGenEnvironment*>(params.uvwgen);
+    if (!image.isOpen() || (uvwgen && !turned))
+        return false;
+    layout = {image.getWidth(), image.getHeight(), turned ? turned->getRotation() : 0.0f,
+              openedFile.c_str()};
+    return true;
 }
 
 void TexImage::frameBegin(PelkRenderer& renderer) {

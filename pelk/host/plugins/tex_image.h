@@ -5,6 +5,7 @@
 #include "pelk/host/plugins/file_guide.h"
 #include "pelk/host/plugins/host_texture.h"
 #include "pelk/host/plugins/image_source.h"
+#include "pelk/host/plugins/sky_image.h"
 
 namespace Tarnkit {
 
@@ -20,17 +21,21 @@ struct TexImageParams {
 /// decoded to linear before they are filtered. Read as an integer it is the first channel of the
 /// nearest pixel as the file stores it, since ids must not be blended: 0 to 255 of 8 bits, 0 to
 /// 65535 of 16.
-class TexImage final : public WithParams<TexImageParams, HostTexture>, public FileUserInterface {
+class TexImage final : public WithParams<TexImageParams, HostTexture>,
+                       public FileUserInterface,
+                       public SkyImageInterface {
 public:
     static constexpr const char* kName = "TexImage";
     static constexpr u32 kID = 0x7E100033;
-    using Offered = HostTexture::Offered::With<FileUserInterface>;
+    using Offered = HostTexture::Offered::With<FileUserInterface, SkyImageInterface>;
 
     using WithParams::WithParams;
 
     PluginInterface* getInterface(u64 id) override;
     PluginBase* getPlugin() override { return this; }
     bool openFile(std::string& error) override;
+    bool getSkyLayout(SkyLayout& layout) const override;
+    void readSkyRow(int y, std::span<AColor> row) const override { image.readRow(y, row); }
 
     /// Opens a file that was set since; one that can't be read is opaque black, with an error.
     void frameBegin(PelkRenderer& renderer) override;

@@ -22,10 +22,9 @@ ParamRows<UVWGenEnvironmentParams> UVWGenEnvironmentParams::table() {
 }
 
 Vector UVWGenEnvironment::getUVW(PelkContext& context) {
-    const UV map = directionToMap(context.rayDir);
-    const float u = map.u - params.rotation * (1.0f / 360.0f);
-    // Images have their first row at the top, texture coordinates start at the bottom.
-    return {u - std::floor(u), 1.0f - map.v, 0.0f};
+    const Vector uvw = directionToUVW(context.rayDir);
+    const float u = uvw.x - params.rotation * (1.0f / 360.0f);
+    return {u - std::floor(u), uvw.y, 0.0f};
 }
 
 Transform UVWGenEnvironment::getTangentFrame(PelkContext&, int& valid) {

@@ -21,6 +21,9 @@ public:
     static constexpr u32 kID = 0x7E100011;
     using WithParams::WithParams;
 
+    /// Degrees about +Y by which the image is moved to the right; as of the last frameBegin.
+    float getRotation() const { return params.rotation; }
+
     Vector getUVW(PelkContext& context) override;
     Transform getTangentFrame(PelkContext& context, int& valid) override;
 };

@@ -5,6 +5,7 @@
 
 #include "pelk/contract/context.h"
 #include "pelk/contract/param_table.h"
+#include "pelk/host/plugins/host_texture.h"
 #include "pelk/host/trace/surface_uv.h"
 
 namespace Tarnkit {
@@ -33,8 +34,8 @@ void UVWGenMap::frameBegin(PelkRenderer& renderer) {
 }
 
 Vector UVWGenMap::getUVW(PelkContext& context) {
-    const UV uv = surfaceUV(context, params.uvSet);
-    const float u = uv.u * params.scale.r, v = uv.v * params.scale.g;
+    const Vector uvw = ownCoordinates(context, params.uvSet);
+    const float u = uvw.x * params.scale.r, v = uvw.y * params.scale.g;
     return {u * cosine - v * sine + params.offset.r, u * sine + v * cosine + params.offset.g,
             params.offset.b};
 }

@@ -16,7 +16,8 @@ struct UVWGenMapParams {
 };
 
 /// UV mapping: a set of the mesh's texture coordinates, scaled, then rotated about their origin,
-/// then moved.
+/// then moved. Where nothing was hit, as in a dome, those of the ray's direction on a
+/// longitude-latitude image.
 class UVWGenMap final : public WithParams<UVWGenMapParams, PluginOffering<UVWGenInterface>> {
 public:
     static constexpr const char* kName = "UVWGenMap";

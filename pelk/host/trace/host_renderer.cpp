@@ -196,6 +196,7 @@ Color HostRenderer::backgroundAlong(RenderContext& c, const Vector& direction) c
     if (!c.environment)
         return background;
     const ScopedValue looked(c.rayDir, direction);
+    const ScopedValue noHit(c.hitObject, static_cast<PluginBase*>(nullptr));
     return c.environment->getTexColor(c).color;
 }
 

@@ -1,5 +1,7 @@
-#include <gtest/gtest.h>
+#include <OpenImageIO/imageio.h>
+#include <gmock/gmock.h>
 
+#include <limits>
 #include <numbers>
 #include <random>
 
@@ -11,8 +13,11 @@
 #include "pelk/host/plugins/light_spot.h"
 #include "pelk/host/plugins/light_sun.h"
 #include "pelk/host/plugins/tex_gradient.h"
+#include "pelk/host/plugins/tex_image.h"
 #include "pelk/host/plugins/uvwgen_environment.h"
 #include "pelk/host/trace/render_context.h"
+#include "recording_log.h"
+#include "temporary_directory.h"
 
 namespace Tarnkit {
 namespace {
@@ -144,18 +149,129 @@ TEST(LightTest, DomeSamplesWhatItShows) {
     PluginHolder<UVWGenEnvironment> mapping;
     PluginHolder<TexGradient> sky;
     sky.set("form", 1);  // dark below, bright above
-    sky.set("uvwgen", &mapping.plugin);
     sky.startFrame();
     PluginHolder<LightDome> dome;
     dome.set("intensity", 0.5f);
     expectBothWaysAgree(dome, {1, 2, 3}, 0.5 * 4 * kPi);
     dome.set("texture", &sky.plugin);
     expectBothWaysAgree(dome, {0, 0, 0}, 0.5 * 2 * kPi);
+    sky.set("uvwgen", &mapping.plugin);
+    sky.startFrame();
+    dome.set("rotate", Color(90, 0, 0));  // bright on the side of +Z
+    expectBothWaysAgree(dome, {0, 0, 0}, 0.5 * 2 * kPi);
+    LightHit hit;
+    EXPECT_TRUE(dome.plugin.intersect({}, {0, 0, 1}, 0, kRayFar, hit));
+    EXPECT_EQ(hit.radiance.g, 0.5f);
 
     // The sky goes once around from its middle at -Z.
     RenderContext context;
     context.rayDir = normalizeGuarded({1, 0, -1});
     EXPECT_NEAR(length(mapping.plugin.getUVW(context) - Vector(0.625f, 0.5f, 0)), 0.0f, 1e-5f);
+}
+
+/// A dark sky of few pixels, no multiple of the table's tiles, with suns at a pole, on the seam and
+/// inside, and pixels that can't be light.
+class DomeImageTest : public testing::Test {
+protected:
+    static constexpr int kWidth = 18, kHeight = 9;
+
+    DomeImageTest() {
+        for (float& value : pixels)
+            value = unit(random) < 0.5f ? 0.0f : 0.1f * unit(random);
+        for (const int sun : {4, 5 * kWidth - 1, 6 * kWidth + 7})
+            pixels[static_cast<std::size_t>(sun)] = 3730;
+        pixels[3 * kWidth + 3] = -40;
+        pixels[2 * kWidth + 9] = std::numeric_limits<float>::quiet_NaN();
+        const OIIO::ImageSpec spec(kWidth, kHeight, 1, OIIO::TypeDesc::FLOAT);
+        const auto output = OIIO::ImageOutput::create(file);
+        EXPECT_TRUE(output && output->open(file, spec) &&
+                    output->write_image(spec.format, pixels.data()) && output->close());
+        pixels[2 * kWidth + 9] = 0;
+        map.set("rotation", 30.0f);
+        map.startFrame();
+        texture.set("file", file.c_str());
+        dome.set("texture", &texture.plugin);
+        dome.plugin.setPluginName("sky");
+        dome.renderer.sequenceData.log = &log;
+    }
+
+    /// The plain way: interpolated around the image, and constant towards the poles.
+    double lookUp(double u, double v) const {
+        const double x = u * kWidth - 0.5, y = std::clamp(v * kHeight - 0.5, 0.0, kHeight - 1.0);
+        double sum = 0;
+        for (int i = 0; i < kHeight; ++i) {
+            for (int j = -1; j <= kWidth; ++j)
+                sum += std::max(0.0, 1 - std::fabs(x - j)) * std::max(0.0, 1 - std::fabs(y - i)) *
+                       pixels[static_cast<std::size_t>(i * kWidth + (j + kWidth) % kWidth)];
+        }
+        return sum;
+    }
+
+    std::mt19937 random{7};
+    std::uniform_real_distribution<float> unit{0.0f, 1.0f};
+    std::vector<float> pixels = std::vector<float>(kWidth * kHeight);
+    TemporaryDirectory dir;
+    std::string file = dir.file("sky.exr");
+    RecordingLog log;
+    PluginHolder<UVWGenEnvironment> map;
+    PluginHolder<TexImage> texture;
+    PluginHolder<LightDome> dome;
+};
+
+TEST_F(DomeImageTest, EveryPixelIsSampledAsItShinesHoweverTheSkyIsTurned) {
+    for (const bool turned : {false, true}) {
+        if (turned) {
+            texture.set("uvwgen", &map.plugin);
+            dome.set("rotate", Color(0, 90, 0));
+        }
+        texture.startFrame();
+        dome.startFrame();
+        log.texts.clear();
+        std::string error;
+        ASSERT_TRUE(dome.plugin.prepare({}, error)) << error;
+        EXPECT_THAT(log.texts,
+                    testing::ElementsAre(
+                        testing::AllOf(testing::HasSubstr("\"sky\": 1 pixels of \"" + file),
+                                       testing::HasSubstr("down to -40")),
+                        testing::HasSubstr("1 pixels of \"" + file)));
+        // Over the sphere: the light, its magnitude, the density; 32 x 32 places a pixel.
+        double light = 0, magnitude = 0, density = 0;
+        constexpr int kFine = 32;
+        for (int i = 0; i < kHeight * kFine; ++i) {
+            for (int j = 0; j < kWidth * kFine; ++j) {
+                const double u = (j + 0.5) / (kWidth * kFine), v = (i + 0.5) / (kHeight * kFine);
+                const double longitude = (u - 0.5 + (turned ? 30 / 360.0 : 0)) * 2 * kPi,
+                             sine = std::sin(v * kPi);
+                const double x = sine * std::sin(longitude), z = -sine * std::cos(longitude);
+                const Vector direction(float(turned ? z : x), float(std::cos(v * kPi)),
+                                       float(turned ? -x : z));
+                LightHit hit;
+                ASSERT_TRUE(dome.plugin.intersect({}, direction, 0, kRayFar, hit));
+                const double expected = lookUp(u, v);
+                ASSERT_NEAR(hit.radiance.r, expected, 0.02 + 1e-3 * std::fabs(expected));
+                const double solid = 2 * kPi * kPi * sine / (kWidth * kHeight * kFine * kFine);
+                light += expected * solid;
+                magnitude += std::fabs(expected) * solid;
+                density += hit.density * solid;
+            }
+        }
+        EXPECT_NEAR(density, 1.0, 2e-3);
+        RenderContext context;
+        double sum = 0;
+        constexpr int kCount = 100000;
+        for (int i = 0; i < kCount; ++i) {
+            LightSample sample;
+            LightHit hit;
+            ASSERT_TRUE(dome.plugin.sample(context, unit(random), unit(random), sample));
+            ASSERT_TRUE(dome.plugin.intersect({}, sample.direction, 0, kRayFar, hit));
+            ASSERT_NEAR(hit.density, sample.density, 0.01f * sample.density + 1e-5f);
+            const double value = sample.radiance.g / sample.density;
+            // The tents of the first row reach where the sine is 2.9 times that of its middle.
+            ASSERT_LT(std::fabs(value), 3 * magnitude) << "sparkles";
+            sum += value;
+        }
+        EXPECT_NEAR(sum / kCount / light, 1.0, 0.01);
+    }
 }
 
 }  // namespace

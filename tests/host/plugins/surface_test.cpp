@@ -27,6 +27,7 @@ public:
         object.faceNormals.resize(mesh.triangles.size());
         object.faceNormals[triangle] = normalizeGuarded(cross(b - a, c - a));
         context.object = &object;
+        context.hitObject = &this->plugin;
         context.triangle = triangle;
         context.flippedSide = 0;
         context.normal = object.faceNormals[triangle];
