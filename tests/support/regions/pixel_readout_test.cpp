@@ -61,7 +61,8 @@ float gray(const Values& color) {
 Values slowRead(int type, const float* p, float alpha, int format, bool blueFirst, bool raw) {
     const bool isGray = format<200, real = format % 100> 2;
     const u32 id = std::bit_cast<u32>(p[0]);
-    Values out{p[0], p[type < 2 ? 0 : 1], p[type < 2 ? 0 : 2]};
+    const int floats = channelTypeSize(type) / 4;
+    Values out{p[0], p[floats > 1 ? 1 : 0], p[floats > 2 ? 2 : 0]};
     if (format == 102)
         return {type == kChannelInt ? p[0] : 9};  // of others nothing is written
     if (type == kChannelInt && isGray)
