@@ -99,20 +99,21 @@ TEST_F(TransferBlockTest, HugeRectanglesAreRefusedBeforeMemoryIsTaken) {
 
 TEST_F(TransferBlockTest, TrustedBlocksFillAsFarAsTheirChannelsGo) {
     begin(sender, 100);
-    begin(receiver, 500);
-    const Bytes block = blockOf(sender);
-    const auto numbers = [&](int channel, int pixel) {
-        return *reinterpret_cast<float*>(receiver.getChannels()[channel].buffer->item(pixel));
-    };
-    receiver.setBuffer(changed(block, [](Bytes& b) { b[0] ^= 1; }).data());
-    EXPECT_EQ(numbers(0, 0), 500) << "wrong magic number";
-    receiver.setBuffer(changed(block, [](Bytes& b) { b[52] = 2; }).data());
-    EXPECT_EQ(numbers(0, 14), 114);
-    EXPECT_EQ(numbers(2, 0), 515) << "beyond the block's channels";
-    begin(receiver, 500);
-    receiver.setBuffer(changed(block, [](Bytes& b) { b[56 + 4 + 15 * 12] ^= 1; }).data());
-    EXPECT_EQ(numbers(0, 14), 114);
-    EXPECT_EQ(numbers(2, 0), 515) << "behind a channel of another type";
+    const struct {
+        const char* what;
+        std::size_t at;
+        float first, last;  // numbers of the first channel and the last
+    } cases[] = {{"another magic number", 0, 500, 515},
+                 {"two channels", 52, 100, 515},
+                 {"another type in the second", 56 + 4 + 15 * 12, 100, 515},
+                 {"another name", 4, 100, 115}};
+    for (const auto& row : cases) {
+        begin(receiver, 500);
+        receiver.setBuffer(changed(blockOf(sender), [&](Bytes& b) { b[row.at] ^= 1; }).data());
+        const GrowTable<ChannelRecord>& records = receiver.getChannels();
+        EXPECT_EQ(*reinterpret_cast<float*>(records[0].buffer->item(0)), row.first) << row.what;
+        EXPECT_EQ(*reinterpret_cast<float*>(records[2].buffer->item(0)), row.last) << row.what;
+    }
 }
 
 }  // namespace
