@@ -23,7 +23,7 @@ constexpr ParamTable kParams{
     floatParam("tail", &GlassParams::tail, 2.0f, "How steeply highlights fall off, 0 to 10"),
     pluginParam<PelkVolume>("volume", &GlassParams::volume, "Medium behind the surface"),
     boolParam("pass_shadows", &GlassParams::passShadows, false,
-              "Light passes straight through, in the place of real caustics"),
+              "Light passes straight through, in the place of refracted caustics"),
 };
 
 }  // namespace
@@ -66,9 +66,10 @@ int GlassSampler::getNumSamples(PelkContext&, int) {
 }
 
 Color GlassSampler::getTransparency(PelkContext& context) {
-    const bool passes = look->passesShadows && (context.rayType & kRayShadow);
-    return passes ? look->refraction * (1.0f - fresnelShare(std::max(0.0f, lobe.viewCosine()), n))
-                  : Color(0);
+    if (!look->passesShadows || !(context.rayType & kRayShadow))
+        return Color(0);
+    hostContext(context).replacesRefraction = true;
+    return look->refraction * (1.0f - fresnelShare(std::max(0.0f, lobe.viewCosine()), n));
 }
 
 void GlassSampler::chooseReflection(const PelkContext& context, const FacetSample& sample,
@@ -93,7 +94,10 @@ bool GlassSampler::chooseRefraction(const PelkContext& context, const Vector& fa
     chosen.weight = leavesOnViewerSide(context, ray.direction)
                         ? 0.0f
                         : lobe.refractedWeight(facet, ray.direction);
-    chosen.density = -1.0f;
+    // Where the ray began under MIS, its shadow rays have brought the lights beyond in full
+    // already. Any other ray, as the camera's or a mirror's, sees them through the glass alone.
+    const bool covered = look->passesShadows && hostContext(context).bsdfDensity >= 0.0f;
+    chosen.density = covered ? kNegligibleDensity : -1.0f;
     return true;
 }
 

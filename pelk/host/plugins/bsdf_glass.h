@@ -62,7 +62,9 @@ struct GlassParams {
     float roughness = 0.0f;        ///< 0 to 1; its square is the width alpha of the GTR lobe
     float tail = 2.0f;             ///< exponent gamma of the GTR lobe, 0 to 10; 2 is GGX
     PluginBase* volume = nullptr;  ///< EXT_VOLUME of the medium behind the surface; may be null
-    int passShadows = 0;           ///< 1: shadow rays pass, attenuated, in place of caustics
+    /// 1: shadow rays pass straight through, attenuated, in place of the refracted rays' caustics:
+    /// these don't find lights any more where shadow rays do. Reflected caustics stay.
+    int passShadows = 0;
 
     static ParamRows<GlassParams> table();
 };

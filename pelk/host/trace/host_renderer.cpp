@@ -69,6 +69,8 @@ public:
         return !isBlack(light);
     }
 
+    bool replacesRefraction() const { return context && context->replacesRefraction; }
+
     Color light;
 
 private:
@@ -131,6 +133,7 @@ RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
     c->skipTriangle = parent.triangle;
     c->bsdfDensity = -1.0f;
     c->isIndirectDiffuse = false;
+    c->replacesRefraction = false;
     c->resultScale = 1.0f;
     c->hidden = {};
     c->pathSeed = hash32(parent.pathSeed ^ (branch * 0x85ebca6bu + 0x68e31da4u));
@@ -302,10 +305,12 @@ void HostRenderer::shadeHit(RenderContext& c) {
 }
 
 Color HostRenderer::shadowed(RenderContext& c, const Vector& direction, double distance,
-                             Color light) {
+                             Color light, bool* replacesRefraction) {
     ShadowRay ray(*this, c, direction, distance, light);
     const bool reached =
         intersector.walkShadow(c.hitPoint, direction, distance, c.object->index, c.triangle, ray);
+    if (replacesRefraction)
+        *replacesRefraction = ray.replacesRefraction();
     return reached ? ray.light : Color(0);
 }
 

@@ -41,8 +41,12 @@ public:
     /// environment ends the ray.
     void trace(RenderContext& context);
     /// Visibility of a light sample from the hit: `light` times the transparency of each surface up
-    /// to `distance` along `direction`; black if one is opaque.
-    Color shadowed(RenderContext& context, const Vector& direction, double distance, Color light);
+    /// to `distance` along `direction`; black if one is opaque. `replacesRefraction`, unless null,
+    /// gets whether a surface on the way refracts other rays (pass_shadows of BSDFGlass): the
+    /// sample then stands for their caustic, and a BSDF ray in its direction doesn't reach the
+    /// light, so next-event estimation keeps its full weight.
+    Color shadowed(RenderContext& context, const Vector& direction, double distance, Color light,
+                   bool* replacesRefraction = nullptr);
     /// Radiance of the environment along a ray that has hit nothing: the background colour, or a
     /// material's environment override, plus the infinite lights with their MIS weights; or the
     /// backplate in place of all of these.

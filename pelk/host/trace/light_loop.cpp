@@ -21,9 +21,11 @@ constexpr float kPi = std::numbers::pi_v<float>;
 
 /// The density of a light sample as BRDFSampler::eval takes it for MIS: 2 pi times that per solid
 /// angle. A light that casts no shadows shines through geometry that would stop a BSDF ray, so such
-/// rays don't look for it (see HostRenderer) and next-event estimation keeps its full weight.
-float densityForEval(const SceneLight& light, const LightSample& sample, float density) {
-    if (!(sample.density > 0.0f) || !light.castsShadows)
+/// rays don't look for it (see HostRenderer) and next-event estimation keeps its full weight. So it
+/// does where the sample `replacesRefraction`.
+float densityForEval(const SceneLight& light, const LightSample& sample, float density,
+                     bool replacesRefraction) {
+    if (!(sample.density > 0.0f) || !light.castsShadows || replacesRefraction)
         return kDeltaDensity;
     return std::min(kDeltaDensity, 2.0f * kPi * density);
 }
@@ -143,11 +145,13 @@ void LightLoop::runLight(Color& out, RenderContext& c, u32 index, const SideBRDF
     Color unshadowed =
         hasExtent ? sample.radiance * (1.0f / (kPi * density)) : sample.radiance * (1.0f / choice);
     Color shadowed = unshadowed;
+    bool replacesRefraction = false;
     if (light.castsShadows && !(c.shadeFlags & kShadeNoShadows))
-        shadowed = renderer.shadowed(c, sample.direction, sample.distance, unshadowed);
+        shadowed = renderer.shadowed(c, sample.direction, sample.distance, unshadowed,
+                                     &replacesRefraction);
 
     const float highlights = light.affectsSpecular ? causticFactor(c) : 0.0f;
-    const float evalDensity = densityForEval(light, sample, density);
+    const float evalDensity = densityForEval(light, sample, density, replacesRefraction);
     const ScopedValue normal(c.normal, brdf->getDiffuseNormal(c));
     if (highlights != 0.0f && highlights != 1.0f && !(c.shadedFlags & kShadedMatte)) {
         Color arrives = shadowed, asked = unshadowed;

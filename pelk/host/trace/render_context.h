@@ -38,6 +38,9 @@ public:
     bool isIndirectDiffuse = false;  ///< spawned by PathGi, not specular
     /// Of an indirect diffuse ray: factor of caustics at the hit that spawned it.
     float receiveCaustics = 1.0f;
+    /// Of a shadow ray, written by what it crosses: a surface that refracts other rays has let it
+    /// straight through (HostRenderer::shadowed).
+    bool replacesRefraction = false;
     float resultScale = 1.0f;  ///< factor of traceResult; dims caustics behind mirrors and lenses
     HiddenObjects hidden;      ///< what the ray doesn't hit
     /// Of the path's random numbers: hashed from the pixel and the bounces so far.

@@ -31,6 +31,45 @@ TEST_F(GlossyTest, WhiteInWhiteSurroundingsIsWhite) {
     }
 }
 
+TEST_F(GlossyTest, GlassThatPassesShadowsCountsLightOnce) {
+    // All is inside a ball of glass that neither bends nor mirrors: as if it weren't there.
+    const std::string wall = R"("white": {"type": "MtlDiffuse", "diffuse": [0.8, 0.8, 0.8]},
+        "metal": {"type": "BRDFGlossy", "roughness": 0.5, "ior": 30},
+        "sheen": {"type": "MtlSingleBRDF", "brdf": "metal"},
+        "wall": {"type": "GeomQuad", "width": 40, "height": 40, "material": )";
+    const std::string glass = R"(, "clear": {"type": "BSDFGlass", "ior": 1, "pass_shadows": %PASS%},
+        "shell": {"type": "MtlSingleBRDF", "brdf": "clear"},
+        "ball": {"type": "GeomSphere", "material": "shell", "radius": 9})";
+    const std::string lights[] = {
+        R"(}, "light": {"type": "LightDome", "intensity": 0.7})",
+        R"(}, "light": {"type": "LightSun", "direction": [1, 0, -1], "angle": 60})",
+        R"(}, "light": {"type": "LightArea", "position": [0, 5, 20], "direction": [0, 0, -1],
+                        "width": 40, "height": 40, "shadows": %SHADOWS%})"};
+    const struct {
+        const char *pass, *shadows, *material, *settings;
+    } cases[] = {
+        {"true", "true", R"("white")", R"("max_depth": 9)"},
+        {"true", "true", R"("sheen")", R"("max_depth": 9)"},
+        {"true", "true", R"("white")", R"("max_depth": 9, "reflective_gi": false)"},
+        {"true", "true", R"("white")", R"("gi": false)"},
+        {"true", "false", R"("white")", R"("max_depth": 9)"},
+        {"false", "true", R"("white")", R"("max_depth": 9)"},
+    };
+    for (const auto& c : cases) {
+        for (const std::string& light : lights) {
+            std::string plugins = wall + c.material + light + glass;
+            plugins.replace(plugins.find("%PASS%"), 6, c.pass);
+            if (const auto at = plugins.find("%SHADOWS%"); at != plugins.npos)
+                plugins.replace(at, 9, c.shadows);
+            SCOPED_TRACE(plugins + c.settings);
+            const Color bare =
+                meanOf(plugins.substr(0, plugins.find(R"(, "clear")")), c.settings, 64);
+            EXPECT_GT(bare.g, 0.05f);
+            expectNear(meanOf(plugins, c.settings, 64), bare, 0.02f * bare.g);
+        }
+    }
+}
+
 TEST_F(GlossyTest, ACoatMirrorsByItsIndexAndLetsTheRestThrough) {
     const std::string wall = R"("coat": {"type": "BRDFGlossy", "roughness": 0.3, "ior": 1.5},
         "wall": {"type": "GeomQuad", "material": "mtl", "width": 9, "height": 9})";
