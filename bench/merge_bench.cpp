@@ -66,13 +66,13 @@ void merge(benchmark::State& state) {
 }
 
 void fourSmall(benchmark::State& state) {
-    merge<512, 4, 4>(state);
+    merge<1024, 4, 4>(state);
 }
 void oneLarge(benchmark::State& state) {
-    merge<1024, 4, 1>(state);
+    merge<2048, 4, 1>(state);
 }
 void manyFiles(benchmark::State& state) {
-    merge<1024, 128, 1>(state);
+    merge<2048, 128, 1>(state);
 }
 BENCHMARK(fourSmall);
 BENCHMARK(oneLarge);
@@ -82,7 +82,8 @@ BENCHMARK(manyFiles);
 
 int main(int argc, char** argv) {
     Comparison table(argc, argv);
-    table.row("merge, 1024 x 1024 of 4 files", "oneLarge", "fourSmall", "4 times 512 x 512", 1.25);
-    table.row("merge, 1024 x 1024 of 128 files", "manyFiles", "oneLarge", "of 4 files", 1.5);
+    table.row("merge, 2048 x 2048 of 4 files", "oneLarge", "fourSmall", "4 times 1024 x 1024",
+              1.25);
+    table.row("merge, 2048 x 2048 of 128 files", "manyFiles", "oneLarge", "of 4 files", 1.5);
     return 0;
 }

@@ -74,11 +74,20 @@ bool readRegionHeader(EnvelopeReader& file, std::string& error) {
     return false;
 }
 
-bool RegionPixels::read(EnvelopeReader& file, std::string& error) {
+/// Keeps memory for the next file: to have it anew costs more than to read into it.
+void RegionPixels::makeRoom(std::size_t size) {
+    if (size <= capacity)
+        return;
     bytes.reset();
+    capacity = 0;
+    bytes = std::make_unique_for_overwrite<u8[]>(size);
+    capacity = size;
+}
+
+bool RegionPixels::read(EnvelopeReader& file, std::string& error) {
     const FileHeader& header = file.getHeader();
     if (file.checkPayload()) {
-        bytes = std::make_unique_for_overwrite<u8[]>(header.payloadSize);
+        makeRoom(header.payloadSize);
         file.read(bytes.get(), header.payloadSize);
     }
     error = file.getError();

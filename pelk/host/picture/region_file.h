@@ -34,14 +34,17 @@ class RegionPixels {
 public:
     /// Reads the payload of a file behind readRegionHeader. False if it is damaged, or is not
     /// what the header says; `error` then has the words, with the file's name. Takes as much memory
-    /// as the payload has bytes; what was held before is given back first.
+    /// as the payload has bytes, or what an earlier file needed if that was more.
     bool read(EnvelopeReader& file, std::string& error);
 
     /// The first pixel of a channel, rows from the top without gaps. Not aligned.
     const u8* channel(std::size_t index) const { return block.pixels[index]; }
 
 private:
+    void makeRoom(std::size_t size);
+
     std::unique_ptr<u8[]> bytes;
+    std::size_t capacity = 0;
     TransferBlock block;  // points into the former
 };
 

@@ -57,6 +57,7 @@ private:
     Picture& picture;
     MergeResult& result;
     std::vector<FileHeader> headers;
+    RegionPixels pixels;  // of the file in hand
 };
 
 bool Merge::readHeaders() {
@@ -234,7 +235,6 @@ bool Merge::addFiles() {
 /// Copies the pixels that are new, and compares the others with what is there.
 bool Merge::addFile(std::size_t index, Coverage& coverage) {
     EnvelopeReader file(options.files[index]);
-    RegionPixels pixels;
     std::string error;
     if (!readRegionHeader(file, error))
         return fail(file, error);
