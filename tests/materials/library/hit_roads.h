@@ -5,7 +5,7 @@
 
 /// Every material of the module on the roads that a hit can take through it, set up once and then
 /// run without notes, so that what remains is what the materials do. The module says which there
-/// are: each runs with all that its parameters can name, and some with values of their own besides.
+/// are: each runs in kVariants instances with all that its parameters can name.
 class HitRoads : public FakeHost {
 protected:
     HitRoads() {
@@ -27,73 +27,31 @@ protected:
             if (context.fragmentList)
                 context.fragmentList->getFragment(1);
         };
-        for (PelkPluginDesc* desc : kinds())
-            for (const Switches switches : {Switches::AsDefault, Switches::Turned})
-                startFrame(addMaterial(*desc, switches));
-        using Plugins = std::vector<PluginBase*>;
-        PelkMaterial* diffuse = start("MtlDiffuse", {{"diffuse_tex", &texture},
-                                                     {"reflection", Color(0.5f)},
-                                                     {"transparency", Color(0.25f)},
-                                                     {"render_channel_color", &channel}});
-        for (const int sided : {0, 2, 3})
-            start("MtlSingleBRDF",
-                  {{"brdf", &base}, {"filter", Color(0.5f)}, {"double_sided", sided}});
-        for (const bool visible : {true, false})
-            start("MtlRenderStats", {{"base_mtl", &base},
-                                     {"visibility", 0.5f},
-                                     {"shadows_receive", false},
-                                     {"camera_visibility", visible}});
-        start("MtlMulti", {{"mtls_list", Plugins{&base, diffuse}},
-                           {"mtlid_gen_float", &texture},
-                           {"wrap_id", true}});
-        // A matte by way of the base's channels, and one that a mirror sees, which looks its place
-        // on the picture up. Those by way of a mirror ray have their switches turned.
-        start("MtlWrapper", {{"base_material", &base},
-                             {"matte_surface", true},
-                             {"shadows", true},
-                             {"reflection_filter_tex", &texture}});
-        start("MtlWrapper", {{"base_material", &base},
-                             {"matte_surface", true},
-                             {"matte_for_secondary_rays", 2},
-                             {"affect_alpha", true},
-                             {"shadow_brightness_tex", &texture}});
-        start("MtlLayeredBRDF", {{"brdfs", Plugins{diffuse, nullptr, &base}}});
-        // By light angle with a reflected ray, by brightness with a refracted one too; by itself,
-        // and with each form of bump, around a base or the ramp itself.
-        for (int form = -1; form <= 6; ++form)
-            for (const int input : {0, 2}) {
-                PelkMaterial& ramp = startRamp({{"color_input", input},
-                                                {"diffuse_tex", &texture},
-                                                {"volume", input ? &glass : nullptr},
-                                                {"reflection_limit", 5},
-                                                {"refraction_limit", input},
-                                                {"refractions", true},
-                                                {"channels", Plugins{&channel}}});
-                if (form < 0)
-                    continue;
-                PelkMaterial* const bump =
-                    start("MtlBump", {{"base_mtl", input ? &base : &ramp},
-                                      {"bump_tex_color", &texture},
-                                      {"bump_tex_mult_tex", &texture},
-                                      {"bump_shadows", true},
-                                      {"maya_compatible", true},
-                                      {"normal_uvwgen", input ? &surface : nullptr},
-                                      {"map_type", form}});
-                startFrame(ramp, {{"bump_brdf", bump}});
-            }
+        for (int variant = 0; variant < kVariants; ++variant) {
+            for (PelkPluginDesc* desc : kinds())
+                startFrame(addMaterial(desc->getName(), variant));
+            // A ramp by the way of its bump, and back.
+            PelkMaterial& ramp = addMaterial("MtlMayaRamp", variant);
+            PelkMaterial& bump = addMaterial("MtlBump", variant);
+            startFrame(ramp, {{"bump_brdf", &bump}});
+            startFrame(bump, {{"base_mtl", &ramp}});
+        }
         log.quiet = true;
     }
 
-    enum class Switches { AsDefault, Turned };
+    /// By which numbers and switches go. As a number it is each value of what a plug-in counts from
+    /// 0 (forms, inputs, kinds of rays), and enough for a depth.
+    static constexpr int kVariants = 8;
 
     /// An instance of that kind with all that it can ask others for: `base` and `channel` for
     /// plug-ins, `texture` for textures. Its frame has not begun.
-    PelkMaterial& addMaterial(PelkPluginDesc& desc, Switches switches) {
-        PelkMaterial& material = make(desc.getName());
+    PelkMaterial& addMaterial(const char* name, int variant) {
+        PelkMaterial& material = make(name);
         materials.push_back(&material);
-        PelkParameterListDesc& list = *desc.getParameterListDesc();
+        auto* desc = static_cast<PelkPluginDesc*>(material.getPluginDesc());
+        PelkParameterListDesc& list = *desc->getParameterListDesc();
         for (int i = 0; i < list.getNumParameters(); ++i)
-            setAny(material, list.getParameter(i), switches);
+            setAny(material, list.getParameter(i), variant, i);
         return material;
     }
 
@@ -155,66 +113,53 @@ protected:
     std::vector<PelkMaterial*> materials;
 
 private:
-    void setAny(PelkMaterial& material, const ParameterDesc& desc, Switches switches) {
-        PluginBase* plugin = nullptr;
+    void setAny(PelkMaterial& material, const ParameterDesc& desc, int variant, int index) {
+        const char* const name = desc.name;
+        using Numbers = std::vector<Textured<float>>;
+        using Colors = std::vector<Textured<AColor>>;
         switch (desc.type) {
-            case ParameterType::Bool:
-                if (switches == Switches::Turned)
-                    setParam(material, Param(desc.name, !desc.intDefault));
-                return;
+            case ParameterType::Bool:  // any three that stand together in each combination
+                return setParam(material, Param(name, (variant >> index % 3 & 1) == 1));
+            case ParameterType::Int:
+                return setParam(material, desc.isList() ? Param(name, std::vector{variant, 3})
+                                                        : Param(name, variant));
+            case ParameterType::Float:
+                return variant ? setParam(material, Param(name, 0.5f)) : void();
+            case ParameterType::Color:
+                return variant ? setParam(material, Param(name, Color(0.5f))) : void();
             case ParameterType::Plugin:
-                if (desc.interfaceID == RenderChannelInterface::kInterfaceID)
-                    plugin = &channel;
-                else if (desc.interfaceID == PelkVolume::kInterfaceID)
-                    plugin = &glass;
-                else if (desc.interfaceID == UVWGenInterface::kInterfaceID)
-                    plugin = &surface;
-                else if (desc.interfaceID == 0 || PelkMaterial::Offered::contains(desc.interfaceID))
-                    plugin = &base;
-                break;
+                return setPlugin(material, desc, variant);
             case ParameterType::Texture:
+                return setParam(material, desc.isList()
+                                              ? Param(name, Colors{{{}, &texture}, {{Color(1), 1}}})
+                                              : Param(name, &texture));
             case ParameterType::TextureFloat:
+                return setParam(material, desc.isList() ? Param(name, Numbers{{0, &texture}, {1}})
+                                                        : Param(name, &texture));
             case ParameterType::TextureInt:
-                plugin = &texture;
-                break;
-            default:
-                return;  // numbers and texts stay as they are
+                return setParam(material, Param(name, &texture));
+            case ParameterType::Other:
+                return setParam(material, Param(name, Numbers{{0, &texture}, {1}}));
+            case ParameterType::String:
+                return;
         }
-        if (desc.ofPairs)
+    }
+
+    void setPlugin(PelkMaterial& material, const ParameterDesc& desc, int variant) {
+        PluginBase *const others[] = {&channel, &glass, &surface}, *plugin = nullptr;
+        // The base also where it hides its interfaces.
+        if (!desc.interfaceID || PelkMaterial::Offered::contains(desc.interfaceID))
+            plugin = &base;
+        for (PluginBase* other : others)
+            if (!plugin && other->getInterface(desc.interfaceID))
+                plugin = other;
+        if (!desc.ofPairs)
+            setParam(material,
+                     desc.isList()
+                         ? Param(desc.name, std::vector<PluginBase*>{plugin, nullptr, plugin})
+                         : Param(desc.name, plugin));
+        else if (variant % 2)  // the older form of a list, which wins
             setParam(material, Param(desc.name, std::vector<NumberAndPlugin>{{1, plugin}}));
-        else if (desc.isList())
-            setParam(material, Param(desc.name, std::vector<PluginBase*>(2, plugin)));
-        else
-            setParam(material, Param(desc.name, plugin));
-    }
-
-    PelkMaterial* start(const char* name, std::initializer_list<Param> params) {
-        materials.push_back(&make(name));
-        startFrame(*materials.back(), params);
-        return materials.back();
-    }
-
-    /// With a plain and a textured point in each ramp.
-    PelkMaterial& startRamp(std::initializer_list<Param> params) {
-        PelkMaterial& material = make("MtlMayaRamp");
-        materials.push_back(&material);
-        const std::vector<Textured<float>> positions = {{0.0f, &texture}, {1.0f}},
-                                           values = {{0.0f, &texture}, {0.75f}};
-        const std::vector<Textured<AColor>> colors = {{{}, &texture}, {{Color(0.75f), 1.0f}}};
-        for (const std::string ramp : {"color", "transp", "incan", "specular", "environm",
-                                       "specularRollOff", "reflectivity"}) {
-            const auto set = [&](const char* list, const auto& items) {
-                setParams(material, {{(ramp + list).c_str(), items}});
-            };
-            set("_positions", positions);
-            set("_interpolations", std::vector<int>{1, 3});
-            if (ramp == "specularRollOff" || ramp == "reflectivity")
-                set("_values", values);
-            else
-                set("_colors", colors);
-        }
-        startFrame(material, params);
-        return material;
     }
 
     /// A channel for each alias that the ramp writes.

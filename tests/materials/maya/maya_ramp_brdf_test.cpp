@@ -55,7 +55,7 @@ protected:
     }
 
     /// Sets everything to random values, for a hit that isn't too near the silhouette.
-    void roll(Dice& dice) {
+    void roll(RampDice& dice) {
         for (const char* name : {"color", "transp", "incan", "specular", "environm",
                                  "specularRollOff", "reflectivity"}) {
             const std::vector<RampPoint> white = {{0, {Color(1), 1}, 0}};
@@ -243,7 +243,7 @@ protected:
 };
 
 TEST_F(MayaRampBRDFTest, ShowsWhatTheFormulasSay) {
-    Dice dice;
+    RampDice dice;
     renderer.tracedColor = Color(0.5f, 1, 2);
     context.resultFragment = &channels;
     context.refractionOrigin = {1, 2, 2.5};

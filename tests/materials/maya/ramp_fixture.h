@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <string>
 #include <valarray>
 #include <vector>
 
+#include "fake_host/dice.h"
 #include "fake_host/fake_host.h"
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -47,21 +47,9 @@ inline Value rampAt(std::vector<RampPoint> points, double t) {
     return low + (valueOf(upper->value) - low) * shares[lower.interpolation];
 }
 
-/// Random numbers of a test, the same in each run.
-class Dice {
+/// Random ramps besides.
+class RampDice : public Dice {
 public:
-    float between(float low, float high) {
-        return std::uniform_real_distribution<float>(low, high)(engine);
-    }
-    int below(int count) { return std::uniform_int_distribution<int>(0, count - 1)(engine); }
-    Color color(float high) { return {between(0, high), between(0, high), between(0, high)}; }
-    Vector direction() {
-        for (;;) {
-            const Vector v(between(-1, 1), between(-1, 1), between(-1, 1));
-            if (const float len = length(v); len > 0.1f && len <= 1.0f)
-                return v * (1.0f / len);
-        }
-    }
     /// From none to five points at different multiples of 1/32, of all kinds and an unknown one.
     std::vector<RampPoint> ramp() {
         std::vector<RampPoint> points(below(6));
@@ -71,9 +59,6 @@ public:
             points[i] = {(places[i] + below(5) - 2) / 32.0f, {color(1), between(0, 1)}, below(5)};
         return points;
     }
-
-private:
-    std::mt19937 engine{1};
 };
 
 /// The three parameters of a ramp: lists of as many items.

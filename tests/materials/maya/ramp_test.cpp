@@ -19,7 +19,7 @@ void load(Ramp& ramp, const RampLists& lists) {
 }
 
 TEST(RampTest, FollowsItsCurvesWhetherSortedOrTextured) {
-    Dice dice;
+    RampDice dice;
     PelkContext context;
     for (int round = 0; round < 300; ++round) {
         callLog().clear();

@@ -1,188 +1,158 @@
+#include <algorithm>
 #include <cmath>
 
+#include "fake_host/dice.h"
 #include "fake_host/fake_host.h"
 
 namespace {
 
+/// Random parameters and hits, and what the material must answer for them by its formulas.
 class MtlDiffuseTest : public FakeHost {
 protected:
-    MtlDiffuseTest() {
-        renderer.gi.light = Color(0.5f);
-        renderer.tracedColor = Color(8, 4, 2);
-        context.directLight = Color(0.125f, 0.25f, 0.5f);
+    void roll() {
+        diffuse = dice.color(1);
+        transparency = dice.of({Color(0), dice.color(1), dice.color(2)});
+        // Two at the bound below which no ray is traced, by the weight of the ray.
+        reflection = dice.of({Color(0), Color(0, 2e-3f, 0), Color(0, std::nextafter(2e-3f, 0), 0),
+                              dice.color(1), dice.color(3)});
+        texture.color = {dice.color(1), dice.between(-1, 2)};
+        texture.seenWeight = Color(0);
+        strength = dice.of({1e-12f, std::nextafter(1e-12f, 0.0f), dice.between(0, 2)});
+        PluginBase* const tex = dice.below(3) ? &texture : nullptr;
+        setParams(mtl, {{"diffuse", diffuse}, {"reflection", reflection}});
+        startFrame(
+            mtl,
+            {{"transparency", transparency}, {"diffuse_tex", tex}, {"diffuse_tex_mult", strength}});
+        if (!tex || strength < 1e-12f)
+            strength = 0;
+        renderer.gi.light = dice.color(1);
+        renderer.gi.mis = dice.coin();
+        renderer.tracedColor = dice.color(8);
+        renderer.sequenceData.reflectiveGi = dice.coin();
+        context.directLight = dice.color(1);
+        context.rayWeight = Color(0.5f);
+        context.rayType = dice.of<u32>({kRayCamera, kRayShadow, kRayCamera | kRayGi});
+        context.backSide = dice.below(4) == 0;
+        context.traceDepth = dice.of({0, 4, 5});
+        context.rayDir = dice.direction();
+        context.normal = context.geomNormal = dice.direction();
+        context.refusesToSpawn = dice.below(8) == 0;
+        context.spawnRequests.clear();
+        renderer.traced.clear();
     }
 
-    // The front of the sampler at the hit; the sampler goes back with it.
-    std::shared_ptr<BRDFSampler> front() {
-        BSDFSampler* sampler = mtl.getBSDF(context, 0);
-        return {sampler->getBRDF(kFrontSide),
-                [=, this](BRDFSampler*) { mtl.releaseBSDF(context, sampler); }};
+    /// The colour below the mirror of that reflectance.
+    Color lambertBelow(Color mirror) const {
+        const float cover = std::clamp(texture.color.alpha, 0.0f, 1.0f) * strength;
+        return (diffuse * (1 - cover) + texture.color.color * strength) *
+               std::max(0.0f, 1 - (mirror.r + mirror.g + mirror.b) / 3);
     }
 
     PelkMaterial& mtl = make("MtlDiffuse");
     FakeContext context = hit();
+    Dice dice;
+    FakeTexture texture;
+    Color diffuse, reflection, transparency;
+    float strength = 0;  ///< of the texture, 0 where it isn't read
 };
 
-TEST_F(MtlDiffuseTest, TransparencyAndReflectionShareTheLight) {
-    const struct {
-        const char* what;
-        float reflection, transparency, lit, mirrored, pooled;
-    } cases[] = {
-        // With E = (1 - T) R: lit = D (1 - mean E) (1 - T), pooled = D (1 - mean R), D = 0.5.
-        {"neither: no ray", 0.0f, 0.0f, 0.5f, 0.0f, 0.5f},
-        {"filtered", 0.5f, 0.5f, 0.1875f, 0.25f, 0.25f},
-        {"more than clear: a ray of no weight", 0.5f, 2.0f, 0.0f, 0.0f, 0.25f},
-        {"more than white", 4.0f, 0.5f, 0.0f, 2.0f, 0.0f},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        const Color clear(c.transparency);
-        startFrame(mtl, {{"reflection", Color(c.reflection)}, {"transparency", clear}});
-        mtl.shade(context);
-        const Color expected =
-            Color(c.lit * 0.5f) + context.directLight + Color(c.mirrored) * renderer.tracedColor;
-        EXPECT_THAT(context.resultColor, ColorNear(expected, 1e-5f));
-        EXPECT_EQ(resultsOf(context),
-                  (Results{context.resultColor, clear, complement(clear), clear}));
-        EXPECT_EQ(log.count("traceRay"), c.reflection > 0.0f);
-
-        const auto pooled = front();
-        Color white(1);
-        EXPECT_THAT(pooled->getDiffuseColor(white), ColorNear(Color(c.pooled), 1e-6f));
-        EXPECT_EQ(white, Color(0)) << "nothing is left for layers below";
-        EXPECT_EQ(pooled->getTransparency(context), Color(0)) << "shade alone has it";
-        pooled->traceForward(context, 1);
-        EXPECT_EQ(resultsOf(context),
-                  (Results{Color(c.pooled * 0.5f), Color(0), Color(1), Color(0)}));
-    }
-}
-
-TEST_F(MtlDiffuseTest, ShadowRaysAndBacksAreAFilterAndChannelsGetTheResult) {
+TEST_F(MtlDiffuseTest, ShadesAsItsFormulaSays) {
     FakeTexture noChannel;
     FakeChannel alphaChannel(5);
-    const Color filter(0.25f, 0.5f, 3), opacity(0.75f, 0.5f, 0);
-    startFrame(mtl, {{"reflection", Color(0.5f)},
-                     {"transparency", filter},
-                     {"render_channel_color", &noChannel},
-                     {"render_channel_alpha", &alphaChannel}});
-    for (const auto& [rayType, backSide] :
-         {std::pair(kRayShadow, 0), {kRayCamera, 1}, {kRayCamera, 0}}) {
+    setParams(mtl, {{"render_channel_color", &noChannel}, {"render_channel_alpha", &alphaChannel}});
+    int numTraced = 0;
+    for (int round = 0; round < 2000; ++round) {
+        SCOPED_TRACE(round);
+        roll();
         RecordingFragment fragment;
         context.resultFragment = &fragment;
-        context.rayType = rayType;
-        context.backSide = backSide;
+        const PelkContext before = context;
         mtl.shade(context);
-        const bool isFilter = rayType == kRayShadow || backSide;
-        EXPECT_EQ(resultsOf(context) == (Results{Color(0), filter, opacity, filter}), isFilter);
+        expectRayAndHitAsBefore(before, context);
+        const Color opacity = complement(transparency), mirror = opacity * reflection;
+        const bool isFilter = context.rayType == kRayShadow || context.backSide;
+        const bool mirrorsHere = context.traceDepth < 5 &&
+                                 (context.rayType == kRayCamera ||
+                                  (context.rayType & kRayGi && renderer.sequenceData.reflectiveGi));
+        const bool traces =
+            !isFilter && mirrorsHere && length({reflection.r, reflection.g, reflection.b}) >= 2e-3f;
+        Color expected;
+        if (!isFilter)
+            expected = lambertBelow(mirror) * opacity * renderer.gi.light + context.directLight;
+        if (traces && !context.refusesToSpawn)
+            expected += mirror * renderer.tracedColor;
+        EXPECT_THAT(context.resultColor, ColorNear(expected, 1e-5f));
+        EXPECT_EQ(resultsOf(context),
+                  (Results{context.resultColor, transparency, opacity, transparency}));
         // Behind the reflection, and with the index of no channel too.
         EXPECT_EQ(fragment.channels,
                   (std::vector<std::pair<int, Color>>{{-1, context.resultColor}, {5, opacity}}));
+        EXPECT_EQ(texture.seenWeight, isFilter ? Color(0) : Color(0.5f) * strength);
+
+        ASSERT_EQ(context.spawnRequests.size(), traces);
+        for (const PelkContext& ray : renderer.traced) {
+            EXPECT_EQ(context.spawnRequests[0].flags, 0x8002u);
+            EXPECT_EQ(context.spawnRequests[0].weight, mirror);
+            EXPECT_EQ(context.spawnRequests[0].direction, ray.rayDir);
+            EXPECT_THAT(ray.rayDir, VectorNear(mirrored(context.rayDir, context.normal), 1e-6f));
+            EXPECT_EQ(ray.rayDir2, ray.rayDir);
+            EXPECT_EQ(ray.rayOrigin, ray.spawnOrigin);
+            EXPECT_EQ(ray.parentHitLink, context.hitLink);
+            EXPECT_EQ(ray.rayMaxT, 999999984306749440.0);
+            EXPECT_EQ(ray.rayClipDistance, 1e18f);
+            ++numTraced;
+        }
     }
+    EXPECT_GT(numTraced, 200);
 }
 
-TEST_F(MtlDiffuseTest, TextureIsBlendedByItsAlphaAndReadWithItsWeight) {
-    const Color base(0.5f, 0.25f, 1), tex(0.25f, 0.5f, 0.75f);
-    const struct {
-        const char* what;
-        float mult, alpha;
-        Color blended;
-    } cases[] = {
-        {"adds where its alpha is 0 or below", 1, -1, base + tex},
-        {"alpha is clamped above", 1, 4, tex},
-        {"the multiplier isn't", 2, 1, Color(0, 0.75f, 0.5f)},
-        {"not read below the bound", std::nextafter(1e-12f, 0.0f), 1, base},
-    };
-    context.rayWeight = Color(0.5f, 1, 2);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        FakeTexture texture(AColor{tex, c.alpha});
-        startFrame(mtl,
-                   {{"diffuse", base}, {"diffuse_tex", &texture}, {"diffuse_tex_mult", c.mult}});
-        const PelkContext before = context;
-        mtl.shade(context);
-        EXPECT_THAT(context.resultColor, ColorNear(c.blended * 0.5f + context.directLight, 1e-6f));
-        Color white(1);
-        EXPECT_THAT(front()->getDiffuseColor(white), ColorNear(c.blended, 1e-6f));
-        EXPECT_EQ(texture.seenWeight, c.mult < 1e-12f ? Color(0) : context.rayWeight * c.mult);
-        expectRayAndHitAsBefore(before, context);
-    }
-}
+TEST_F(MtlDiffuseTest, SamplerIsOpaqueAndMirrorsWhatItDoesNotScatter) {
+    for (int round = 0; round < 2000; ++round) {
+        SCOPED_TRACE(round);
+        roll();
+        BSDFSampler* const sampler = mtl.getBSDF(context, 0);
+        ASSERT_EQ(sampler->getBRDF(kBackSide), nullptr);
+        BRDFSampler& front = *sampler->getBRDF(kFrontSide);
+        const Color own = lambertBelow(reflection);
+        Color light(2, 4, 8), unshadowed(9);
+        EXPECT_THAT(front.getDiffuseColor(light), ColorNear(own * Color(2, 4, 8), 1e-5f));
+        EXPECT_EQ(light, Color(0)) << "nothing is left for layers below";
+        EXPECT_EQ(front.getTransparency(context), Color(0)) << "shade alone has it";
+        const int doDiffuse = dice.below(2);
+        front.traceForward(context, doDiffuse);
+        EXPECT_THAT(context.resultColor,
+                    ColorNear(own * renderer.gi.light * static_cast<float>(doDiffuse), 1e-5f));
+        EXPECT_EQ(context.resultAlpha, Color(1));
 
-TEST_F(MtlDiffuseTest, ReflectionIsTracedWhereItCounts) {
-    const auto rays = [&](float reflection, u32 rayType, int depth, int reflectiveGi) {
-        startFrame(mtl, {{"reflection", Color(reflection, 0, 0)}});
-        renderer.sequenceData.reflectiveGi = reflectiveGi;
-        context.rayWeight = Color(0.5f);
-        context.rayType = rayType;
-        context.traceDepth = depth;
-        mtl.shade(context);
-        return log.count("traceRay");
-    };
-    EXPECT_EQ(rays(2e-3f, kRayCamera, 0, 0), 1) << "on the bound, by the weight of the ray";
-    EXPECT_EQ(rays(std::nextafter(2e-3f, 0.0f), kRayCamera, 0, 0), 0) << "below the bound";
-    EXPECT_EQ(rays(1, kRayCamera, 4, 0), 1) << "last depth";
-    EXPECT_EQ(rays(1, kRayCamera, 5, 0), 0) << "too deep";
-    EXPECT_EQ(rays(1, kRayCamera | kRayGi, 1, 0), 0) << "indirect";
-    EXPECT_EQ(rays(1, kRayCamera | kRayGi, 1, 1), 1) << "indirect where mirrors are wanted";
-}
-
-TEST_F(MtlDiffuseTest, MirrorRaysLeaveAsTheHostLinksThem) {
-    startFrame(mtl, {{"reflection", Color(0.5f)}, {"transparency", Color(0.5f)}});
-    context.rayDir = {0.6f, 0.0f, -0.8f};
-    mtl.shade(context);
-    const SpawnRequest request = context.spawnRequests.at(0);
-    EXPECT_EQ(request.flags, 0x8002u);
-    EXPECT_EQ(request.weight, Color(0.25f));
-    EXPECT_THAT(request.direction, VectorNear(Vector(0.6f, 0.0f, 0.8f), 1e-6f));
-    const PelkContext ray = renderer.traced.at(0);
-    EXPECT_EQ(ray.rayDir, request.direction);
-    EXPECT_EQ(ray.rayDir2, request.direction);
-    EXPECT_EQ(ray.rayOrigin, ray.spawnOrigin);
-    EXPECT_EQ(ray.parentHitLink, context.hitLink);
-    EXPECT_EQ(ray.rayMaxT, 999999984306749440.0);
-    EXPECT_EQ(ray.rayClipDistance, 1e18f);
-    context.refusesToSpawn = true;
-    mtl.shade(context);
-    EXPECT_EQ(context.resultAlpha, Color(0.5f)) << "without a ray the rest still stands";
-}
-
-TEST_F(MtlDiffuseTest, SamplerOffersItsMirrorRay) {
-    startFrame(mtl, {{"reflection", Color(0.5f)}, {"transparency", Color(0.5f)}});
-    context.rayDir = {0.6f, 0.0f, -0.8f};
-    int index = 0;
-    EXPECT_EQ(front()->getNewContext(context, index, 2), nullptr);
-    PelkContext* ray = front()->getNewContext(context, index, 1);
-    const SpawnRequest request = context.spawnRequests.at(0);
-    EXPECT_EQ(request.index, 1);
-    EXPECT_EQ(request.flags, 0x8002u);
-    EXPECT_EQ(request.weight, Color(0.5f));
-    EXPECT_EQ(request.direction, -context.rayDir);
-    EXPECT_EQ(front()->setupContext(context, *ray, 0.0f, 0), 1.0f);
-    EXPECT_THAT(ray->rayDir, VectorNear(Vector(0.6f, 0.0f, 0.8f), 1e-6f));
-    // r - d is along z, so that z alone changes its sign.
-    EXPECT_THAT(ray->rayDerivY, VectorNear(Vector(0.0f, 0.5f, -0.25f), 1e-6f));
-    ray->releaseContext();
-}
-
-TEST_F(MtlDiffuseTest, EvalWeightsTheLightAndTakesItAll) {
-    // The share of the light that is reflected, by a colour of 0.5.
-    const auto share = [&](Vector direction, float prob, int flags, int mis) {
-        renderer.gi.mis = mis;
-        startFrame(mtl);
-        Color shadowed(2, 4, 8), unshadowed(9);
-        const Color seen = front()->eval(context, direction, shadowed, unshadowed, prob, flags);
-        EXPECT_EQ(shadowed, Color(0));
+        const Vector toLight = dice.of({dice.direction(), cross(context.normal, {0.6f, 0, 0.8f})});
+        const float density = dice.of({0.0f, 1e18f, dice.between(0, 4)});
+        const int flags = dice.below(4);
+        const float cosine = std::max(0.0f, dotDouble(context.normal, toLight));
+        const float squared = density * density, sum = 4 * cosine * cosine + squared;
+        const float share = !renderer.gi.mis ? 1 : sum > 0 ? squared / sum : 0;
+        light = Color(2, 4, 8);
+        const Color seen = front.eval(context, toLight, light, unshadowed, density, flags);
+        const float scale = flags & kEvalDiffuse ? cosine * share : 0;
+        EXPECT_THAT(seen, ColorNear(own * Color(2, 4, 8) * scale, 1e-5f));
+        EXPECT_EQ(light, Color(0));
         EXPECT_EQ(unshadowed, Color(0));
-        EXPECT_EQ(seen, Color(1, 2, 4) * seen.r);
-        return seen.r;
-    };
-    const Vector up(0, 0, 1), slanted(0.6f, 0, 0.8f), level(1, 0, 0);
-    EXPECT_EQ(share(-up, 2, 1, 0), 0) << "from below";
-    EXPECT_FLOAT_EQ(share(slanted, 4, 1, 1), 0.8f * 16 / (1.6f * 1.6f + 16)) << "shared";
-    EXPECT_EQ(share(up, 1e18f, 1, 1), 1) << "a light without extent";
-    EXPECT_EQ(share(level, 0, 1, 1), 0) << "nothing to share";
-    EXPECT_FLOAT_EQ(share(slanted, 2, 7, 0), 0.8f) << "the cosine alone, as nothing is shared now";
-    EXPECT_EQ(share(up, 2, 2, 0), 0) << "diffuse light not wanted";
+
+        int index = 0;
+        EXPECT_EQ(front.getNewContext(context, index, 2), nullptr);
+        if (PelkContext* const ray = front.getNewContext(context, index, 1)) {
+            EXPECT_EQ(context.spawnRequests[0].index, 1);
+            EXPECT_EQ(context.spawnRequests[0].flags, 0x8002u);
+            EXPECT_EQ(context.spawnRequests[0].weight, reflection);
+            EXPECT_EQ(front.setupContext(context, *ray, 0, 0), 1);
+            EXPECT_THAT(ray->rayDir, VectorNear(mirrored(context.rayDir, context.normal), 1e-6f));
+            EXPECT_THAT(ray->rayDerivY,
+                        VectorNear(mirrored(context.rayDerivY, context.normal), 1e-4f));
+            ray->releaseContext();
+        } else {
+            EXPECT_TRUE(context.refusesToSpawn || reflection == Color(0));
+        }
+        mtl.releaseBSDF(context, sampler);
+    }
 }
 
 }  // namespace
