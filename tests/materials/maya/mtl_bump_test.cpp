@@ -83,6 +83,13 @@ protected:
         context.hitMapping = coin() ? &surface : nullptr;
         context.rayType = static_cast<u32>(random()) & (kRayShadow | kRayGiBump | kRayTangentFrame);
         context.giDepth = coin();
+        // Seldom no map, a number for one, or one by the older way, which wins if it is none too.
+        PluginBase *const maps[] = {nullptr, &map, &base}, *color = maps[random() % 8 > 0],
+                          *number = maps[coin()], *either = maps[random() % 8 ? 0 : 1 + coin()];
+        setParams(mtl, {{"bump_tex_color", color}, {"bump_tex_float", number}});
+        setParams(mtl, {{"bump_tex", either}});
+        hasColor = either ? either == &map : color != nullptr;
+        hasNumber = either ? either == &map : number != nullptr;
     }
 
     /// What the surface's own normal becomes by the formulas, before it is made unit.
@@ -101,6 +108,11 @@ protected:
             color,
             n,
         };
+        // A number is the same all over, and no normal.
+        if (!hasColor && form != 5)
+            return form == 6 ? Exact(0.0, 3) : n;
+        if (strength == 0 && form > 0)
+            return form == 6 ? Exact(0.0, 3) : n;
         return form < 0 || form > 7 ? towards(m) : byForm[form];
     }
 
@@ -130,6 +142,7 @@ protected:
     RecordingMaterial base;
     FakeSurface surface, generator;
     SlopeTexture map;
+    bool hasColor = true, hasNumber = false;
     PelkMaterial& mtl = make("MtlBump");
     FakeContext context = hit();
     std::mt19937 random{3};
@@ -150,7 +163,8 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         SCOPED_TRACE(i);
         drawHit();
         const int form = i % 10 - 1;
-        const float mult = even(random);
+        const float mults[] = {0, 1e-13f, -1e-12f, 1};
+        const float mult = random() % 8 ? even(random) : mults[random() % 4];
         const bool isMaya = coin(), raises = coin(), forShadows = coin();
         PluginBase* const uvwgens[] = {nullptr, &base, &generator};  // the second has no frame
         PluginBase* const uvwgen = uvwgens[random() % 3];
@@ -161,7 +175,8 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
                               (context.giDepth == 0 || context.rayType & kRayGiBump);
         const double strength = static_cast<double>(mult) * map.number;
         const bool isRaised = isBumped && raises && form == 0;
-        const double height = isRaised ? strength * mean(map.color.color) : 0;
+        const double height =
+            isRaised ? strength * (hasColor ? mean(map.color.color) : map.number) : 0;
         const Vector offset = rounded(exact(context.rayDir) * -std::fmax(0, height));
         const Exact sum = moved(isBumped ? form : 7, strength, isMaya, uvwgen);
         const Vector expected = rounded(isBumped && form == 6 ? sum : unit(sum));
@@ -169,6 +184,14 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         const PelkContext before = context;
         BSDFSampler* const sampler = mtl.getBSDF(context, 0x11);
         EXPECT_EQ(base.seenFlags, 0x11);
+        const bool hasMap = hasColor || hasNumber, hasHeight = std::fabs(mult) >= 1e-12f;
+        const bool isBases = !hasMap || (!hasHeight && (form == 0 || form == 5));
+        ASSERT_EQ(sampler == &base.sampler, isBases);
+        if (isBases) {
+            EXPECT_EQ(base.seen.normal, before.normal);
+            mtl.releaseBSDF(context, sampler);
+            continue;
+        }
         const Vector bumped = base.seen.normal;
         // Making a short sum unit enlarges what rounding has done to it.
         const double tolerance =
@@ -193,9 +216,11 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         EXPECT_EQ(traced.normal, bumped);
         EXPECT_EQ(traced.hitPoint, base.seen.hitPoint);
         expectRayAndHitAsBefore(before, context);
-        const bool readsColor = isBumped && form != 5;
-        EXPECT_EQ(log.count("getTexColor"), readsColor ? isRaised + (form == 0 ? 4 : 1) : 0);
-        EXPECT_EQ(log.count("getTexFloat"), isBumped) << "the bump is computed once a hit";
+        // The bump is computed once a hit: with one read of its strength.
+        const int ofHeight = isBumped && form == 0 ? 4 + isRaised : 0;
+        const bool readsNormal = isBumped && hasColor && form && form != 5 && strength != 0;
+        EXPECT_EQ(log.count("getTexColor"), hasColor ? readsNormal + ofHeight : 0);
+        EXPECT_EQ(log.count("getTexFloat"), isBumped + (hasColor ? 0 : ofHeight));
 
         ASSERT_EQ(fragment.aliases.size(), fragment.hasAliases ? 2u : 0u);
         if (fragment.hasAliases) {
@@ -220,10 +245,18 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         EXPECT_THAT(traced.hitPoint - before.hitPoint, VectorNear(-offset, 1e-6f));
         EXPECT_TRUE(traced.normal == -bumped || form == 0);
         mtl.releaseBSDF(context, sampler);
+        log.clear();
+        mtl.shade(context);
+        EXPECT_EQ(log.has("shade"), !hasHeight) << "whatever the form";
     }
 }
 
 TEST_F(MtlBumpTest, BadMapsAndNormalsMakeNoNaN) {
+    base.givesSampler = false;
+    startFrame(mtl);
+    mtl.shade(context);
+    EXPECT_EQ(resultsOf(context), kFullyTransparent);
+    base.givesSampler = true;
     map.color.color = Color(0.5f);  // decodes to zero
     for (const int form : {1, 2, 3, 4}) {
         SCOPED_TRACE(form);
@@ -240,44 +273,6 @@ TEST_F(MtlBumpTest, BadMapsAndNormalsMakeNoNaN) {
         map.color.color = Color(number);
         EXPECT_EQ(bumpedNormal(0), context.normal);
     }
-}
-
-TEST_F(MtlBumpTest, WithoutMapOrHeightTheBaseIsAskedItself) {
-    PluginBase* const none = nullptr;
-    const struct {
-        const char* what;
-        PluginBase *color, *number, *either;
-        int form;
-        float mult;
-        bool isBasesSampler, shadesBySampler;
-    } cases[] = {
-        {"no map", none, none, none, 4, 1, true, false},
-        {"no height", &map, none, none, 0, 0, true, false},
-        {"no height of the texture's own", none, &map, none, 5, 1e-13f, true, false},
-        {"the least height", &map, none, none, 0, -1e-12f, false, true},
-        {"a normal map of no strength", &map, none, none, 1, 0, false, false},
-        {"the older way wins even if it is no texture", &map, &map, &base, 4, 1, true, false},
-        {"the older way has the map", none, none, &map, 1, 0, false, false},
-        {"a number for a normal map", none, &map, none, 4, 1, false, true},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        setParams(mtl, {{"map_type", c.form}, {"bump_tex_mult", c.mult}, {"bump_tex", c.either}});
-        startFrame(mtl, {{"bump_tex_color", c.color}, {"bump_tex_float", c.number}});
-        BSDFSampler* const sampler = mtl.getBSDF(context, 0);
-        EXPECT_EQ(sampler == &base.sampler, c.isBasesSampler);
-        EXPECT_THAT(base.seen.normal, VectorNear(context.normal, 1e-6f));
-        mtl.releaseBSDF(context, sampler);
-        log.clear();
-        mtl.shade(context);
-        EXPECT_EQ(log.has("shade"), !c.shadesBySampler);
-    }
-    EXPECT_EQ(log.calls,
-              (std::vector<std::string>{"getTexFloat", "getBSDF", "shadeWithBSDF",
-                                        "computeDirectLighting", "traceForward", "releaseBSDF"}));
-    base.givesSampler = false;
-    mtl.shade(context);
-    EXPECT_EQ(resultsOf(context), kFullyTransparent);
 }
 
 TEST_F(MtlBumpTest, DescribesItsMapAroundTheBase) {

@@ -71,21 +71,6 @@ TEST_F(MtlMayaRampTest, TakesItsSamplerFromTheBump) {
     EXPECT_EQ(context.resultAlpha, Color(5));
 }
 
-TEST_F(MtlMayaRampTest, RepairsAndReportsWhatNoLightCanBeOncePerFrame) {
-    texture.color = {Color(kNaN, -3, 0.5f), 1};
-    const std::vector<Textured<AColor>> colors = {{{}, &texture}};
-    setRamp("incan", Color(0));
-    startFrame(mtl, {{"incan_colors", colors}});
-    mtl.shade(context);
-    EXPECT_EQ(shaded(), Color(0, 0, 0.5f));
-    EXPECT_EQ(renderer.log.texts,
-              std::vector<std::string>{"w Material \"toon\" produced overbright or invalid color "
-                                       "(rgb=nan 0.000000 0.500000).\n"});
-    startFrame(mtl);
-    mtl.shade(context);
-    EXPECT_EQ(renderer.log.texts.size(), 2u) << "one for the new frame";
-}
-
 TEST_F(MtlMayaRampTest, LetsNoTextureMakeAPictureOfNoNumbers) {
     setRamp("reflectivity", Color(1));
     for (const std::string ramp : {"color", "transp", "incan", "specular", "environm"}) {
@@ -98,6 +83,7 @@ TEST_F(MtlMayaRampTest, LetsNoTextureMakeAPictureOfNoNumbers) {
         context.directLight =
             sampler->getBRDF(kFrontSide)->eval(context, {0, 0.6f, 0.8f}, light, same, 2, 3);
     };
+    std::size_t numReported = 0;
     for (const float number : {kNaN, HUGE_VALF, -HUGE_VALF, -1.0f, 1e38f})
         for (const Vector normal : {Vector(0, 0, 1), Vector(), Vector(kNaN, 0, 1)})
             for (const int input : {0, 1, 2, 3}) {
@@ -111,10 +97,15 @@ TEST_F(MtlMayaRampTest, LetsNoTextureMakeAPictureOfNoNumbers) {
                                  {"refractions", true},
                                  {"refraction_limit", 5},
                                  {"reflection_limit", 5}});
+                renderer.log.texts.clear();
+                mtl.shade(context);
                 const Color color = shaded();
+                EXPECT_LE(renderer.log.texts.size(), 1u) << "one in a frame";
+                numReported += renderer.log.texts.size();
                 EXPECT_TRUE(isFinite(color) && color.r >= 0 && color.g >= 0 && color.b >= 0)
                     << number << ", input " << input;
             }
+    EXPECT_GT(numReported, 12u) << "in each frame anew";
 }
 
 }  // namespace
