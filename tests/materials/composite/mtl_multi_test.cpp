@@ -1,5 +1,7 @@
-#include <cmath>
+#include <algorithm>
+#include <climits>
 
+#include "fake_host/dice.h"
 #include "fake_host/fake_host.h"
 
 namespace {
@@ -21,91 +23,83 @@ public:
 
 class MtlMultiTest : public FakeHost {
 protected:
-    using Plugins = std::vector<PluginBase*>;
-
-    MtlMultiTest() {
-        for (int i = 0; i < 3; ++i)
-            subs[i].results.color = Color(static_cast<float>(i));
-        setParams(mtl, {{"mtls_list", Plugins{&subs[0], &subs[1], &subs[2]}}});
-    }
-
-    /// The position of the sub-material that shades a hit; -1 for opaque black.
-    int shaded() {
-        FakeContext context = hit();
-        context.hitObject = &face;
-        mtl.shade(context);
-        return resultsOf(context) == kOpaqueBlack ? -1 : static_cast<int>(context.resultColor.r);
-    }
-
-    RecordingMaterial subs[3];
+    RecordingMaterial subs[4];
     FakeFace face;
     FakeTexture texture;
     PelkMaterial& mtl = make("MtlMulti", "mix");
 };
 
-TEST_F(MtlMultiTest, TheFirstEntryWithTheIdShades) {
-    const struct {
-        const char* what;
-        std::vector<int> ids;
-        bool wrap;
-        int id, position;
-    } cases[] = {
-        {"the first of two", {1, 3, 3}, false, 3, 1},
-        {"unknown", {1, 3, 5}, false, 4, 0},
-        {"wrapped", {0, 1, 2}, true, 4, 1},
-        {"the largest isn't wrapped", {0, 1, 2}, true, 2, 2},
-        {"wrapped to one that isn't there", {1, 3, 3}, true, 6, 0},
-        {"wrapped without a largest", {-3, -2, -1}, true, 5, 0},
-        {"ids run out", {5}, false, 2, 2},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        startFrame(mtl, {{"ids_list", c.ids}, {"wrap_id", c.wrap}});
-        face.id = c.id;
-        EXPECT_EQ(shaded(), c.position);
-    }
-}
+TEST_F(MtlMultiTest, TheFirstEntryThatTheHitNamesShades) {
+    Dice dice;
+    const char* const names[] = {"silk", "wood", "steel", "glass"};
+    for (int i = 0; i < 4; ++i)
+        subs[i].results.color = Color(static_cast<float>(i));
+    for (int round = 0; round < 4000; ++round) {
+        SCOPED_TRACE(round);
+        PelkMaterial& mix = round % 2 ? mtl : make("MtlMulti", "mix");
+        // Which entry has which id and which material; -1 is none. The ids of a list may run out.
+        const int count = dice.below(5), numIDs = dice.below(5);
+        const bool isOld = round % 2, isBySet = dice.below(4) == 0, wraps = dice.coin();
+        std::vector<PluginBase*> list;
+        std::vector<NumberAndPlugin> pairs;
+        std::vector<int> ids(numIDs), entryIDs, entries;
+        std::vector<const char*> sets;
+        std::generate(ids.begin(), ids.end(), [&] { return dice.below(8) - 3; });
+        int largest = -1;
+        for (int i = 0; i < count; ++i) {
+            const int sub = dice.below(5) - 1, id = i < numIDs ? ids[i] : i;
+            list.push_back(sub < 0 ? nullptr : &subs[sub]);
+            pairs.push_back({id, list.back()});
+            largest = std::max(largest, id);
+            if (isOld && sub < 0)
+                continue;  // no entry, yet its id counts for the largest
+            entryIDs.push_back(id);
+            entries.push_back(sub);
+        }
+        for (int i = 0; isBySet && i < 1 + count; ++i)
+            sets.push_back(names[dice.below(4)]);
+        // The first of these that is there says what the hit's id is.
+        PluginBase* const whole = dice.below(3) ? nullptr : &texture;
+        PluginBase* const fraction = dice.below(3) ? nullptr : &texture;
+        texture.integer = dice.below(12) - 4;
+        texture.number = dice.of({2.4f, 2.5f, -0.7f, -1.5f, 1e30f, dice.between(-4, 8)});
+        face.id = dice.below(12) - 4;
+        const int set = dice.below(5);
+        face.shaderSet = set == 4 ? StringHandle() : renderer.intern(names[set]);
+        if (isOld)
+            setParam(mix, {"mtls", pairs});
+        else
+            setParams(mix, {{"mtls_list", list}, {"ids_list", ids}, {"shader_sets_list", sets}});
+        renderer.log.texts.clear();
+        startFrame(mix, {{"wrap_id", wraps}, {"mtlid_gen", whole}, {"mtlid_gen_float", fraction}});
+        const std::string warning =
+            isOld    ? "w MtlMulti (mix) \"mtls\" parameter is deprecated; use \"mtls_list\" and "
+                       "\"ids_list\" instead.\n"
+            : !count ? "w MtlMulti (mix) has no sub-materials.\n"
+            : numIDs < count ? "w MtlMulti \"mix\" has more materials (" + std::to_string(count) +
+                                   ") than ids (" + std::to_string(numIDs) + ").\n"
+                             : "";
+        EXPECT_EQ(renderer.log.texts, std::vector<std::string>(!warning.empty(), warning));
 
-TEST_F(MtlMultiTest, TexturesGiveTheIdBeforeFaces) {
-    face.id = 2;
-    texture.integer = 1;
-    startFrame(mtl, {{"ids_list", std::vector{1, 2, INT_MAX}}, {"mtlid_gen_float", &texture}});
-    for (const auto& [number, position] :
-         {std::pair(2.4f, 1), {2.5f, 0}, {1.5f, 1}, {-1.5f, 0}, {1e30f, 2}, {std::nanf(""), 0}}) {
-        texture.number = number;
-        EXPECT_EQ(shaded(), position) << number;
+        int id = whole      ? texture.integer
+                 : fraction ? static_cast<int>(std::min(texture.number + 0.5, 2147483647.0))
+                            : face.id;
+        if (wraps && id > largest)
+            id = largest < 0 ? INT_MAX : id % (largest + 1);
+        auto place = std::find(entryIDs.begin(), entryIDs.end(), id) - entryIDs.begin();
+        if (isBySet && !isOld)
+            place = std::find(sets.begin(), sets.end(), set == 4 ? "" : names[set]) - sets.begin();
+        if (place >= std::ssize(entries))
+            place = 0;
+        const int expected = entries.empty() ? -1 : entries[place];
+        FakeContext context = hit();
+        context.hitObject = &face;
+        mix.shade(context);
+        if (expected < 0)
+            EXPECT_EQ(resultsOf(context), kOpaqueBlack);
+        else
+            EXPECT_EQ(context.resultColor, Color(static_cast<float>(expected)));
     }
-    texture.number = 2.0f;
-    startFrame(mtl, {{"mtlid_gen", &texture}});
-    EXPECT_EQ(shaded(), 0) << "the integer texture comes first";
-}
-
-TEST_F(MtlMultiTest, ShaderSetsPickByName) {
-    const std::vector<const char*> names{"silk", "wood", "steel", "beyond"};
-    face.id = 7;  // plays no part, as wrap_id
-    startFrame(mtl, {{"shader_sets_list", names}, {"wrap_id", true}});
-    EXPECT_TRUE(renderer.log.texts.empty()) << "ids aren't missed";
-    EXPECT_EQ(shaded(), 0) << "no set";
-    for (const auto& [name, position] :
-         {std::pair("wood", 1), {"steel", 2}, {"beyond", 0}, {"glass", 0}}) {
-        face.shaderSet = renderer.intern(name);
-        EXPECT_EQ(shaded(), position) << name;
-    }
-}
-
-TEST_F(MtlMultiTest, PairsAreTheOldFormOfTheLists) {
-    using Pairs = std::vector<NumberAndPlugin>;
-    startFrame(mtl,
-               {{"mtls", Pairs{{4, &subs[2]}, {9, nullptr}, {2, &subs[1]}}}, {"wrap_id", true}});
-    EXPECT_EQ(renderer.log.texts,
-              std::vector<std::string>{"w MtlMulti (mix) \"mtls\" parameter is deprecated; use "
-                                       "\"mtls_list\" and \"ids_list\" instead.\n"});
-    face.id = 12;
-    EXPECT_EQ(shaded(), 1) << "wrapped by the id of the empty pair, to 2";
-    face.id = 9;
-    EXPECT_EQ(shaded(), 2) << "the first entry stands in";
-    startFrame(mtl, {{"mtls", Pairs()}});
-    EXPECT_EQ(shaded(), -1) << "the new lists aren't looked at";
 }
 
 TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
@@ -121,6 +115,7 @@ TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
         {"deep ones have stayed", 0, 40, 5, 0},
         {"another thread", 1, 0, 6, 1},
     };
+    setParams(mtl, {{"mtls_list", std::vector<PluginBase*>{&subs[0], &subs[1], &subs[2]}}});
     for (int frame = 0; frame < 2; ++frame) {
         startFrame(mtl, {{"mtlid_gen", &texture}});
         for (const auto& c : cases) {
