@@ -4,29 +4,11 @@
 
 #include <cmath>
 #include <random>
-#include <valarray>
+
+#include "slow_vector.h"
 
 namespace Tarnkit {
 namespace {
-
-/// The same operations without derivatives, in double: the second way to every formula.
-using Slow = std::valarray<double>;
-
-Slow slow(const Vector& v) {
-    return {v.x, v.y, v.z};
-}
-Slow cross(const Slow& a, const Slow& b) {
-    return a.cshift(1) * b.cshift(2) - a.cshift(2) * b.cshift(1);
-}
-double dot(const Slow& a, const Slow& b) {
-    return (a * b).sum();
-}
-double length(const Slow& a) {
-    return std::sqrt(dot(a, a));
-}
-Slow normalize(const Slow& a) {
-    return a / length(a);
-}
 
 /// A formula of random operations, the same for the same state of `random`.
 template <class Number, class Constant, class Vec>

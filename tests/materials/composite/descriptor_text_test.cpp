@@ -9,10 +9,11 @@ protected:
         b.text = "b\n";
     }
 
-    std::string textOf(const char* plugin, std::initializer_list<Param> params) {
+    std::string textOf(const char* plugin, std::initializer_list<Param> params,
+                       const char* section = "MaterialDescriptor") {
         PelkMaterial& mtl = make(plugin, "leaf");
         startFrame(mtl, params);
-        return describe(mtl, "MaterialDescriptor");
+        return describe(mtl, section);
     }
 
     RecordingMaterial a, b, c;
@@ -42,6 +43,30 @@ TEST_F(DescriptorText, OwnLinesStandAheadOfTheBases) {
               "1 mtl_wrapper\nmtlwrapper_generate_gi 1\nmtlwrapper_receive_gi 0\n"
               "mtlwrapper_matte_surface 3\nmtlwrapper_matte_shadow 0\n"
               "mtlwrapper_matte_shadowColor 1.000000 0.500000 0.000000\na\n");
+}
+
+TEST_F(DescriptorText, BumpsTellTheirMapAroundTheBase) {
+    PluginBase* const map = &texture;
+    const auto of = [&](PluginBase* color, PluginBase* number, Param param,
+                        const char* section = "MaterialDescriptor") {
+        return textOf(
+            "MtlBump",
+            {{"base_mtl", &a}, {"bump_tex_color", color}, {"bump_tex_float", number}, param},
+            section);
+    };
+    const std::string head = "1 dbgmtlname \"leaf\"\nbump\nbitmap_mult 1.000000\n",
+                      color = "texture color name\n", number = "texture float name\n",
+                      block = "<coatlayer_begin>\na\n<coatlayer_end>\n";
+    EXPECT_EQ(of(nullptr, nullptr, {"map_type", 1}, "x"), "1 a\n") << "no map";
+    EXPECT_EQ(of(map, nullptr, {"base_mtl", static_cast<PluginBase*>(nullptr)}), "0 ");
+    EXPECT_EQ(of(map, nullptr, {"bump_shadows", true}), head + color + "bump\n" + block)
+        << "nobody has set map_type";
+    EXPECT_EQ(of(nullptr, map, {"map_type", 1}), head + number + "bumpIsNormalMap\nbump\n" + block);
+    EXPECT_EQ(of(map, map, {"map_type", 0}), head + color + number + "bumpMaya\nbump\n" + block);
+    EXPECT_EQ(of(map, nullptr, {"bump_tex_mult_tex", map}),
+              head + color + "bump\nbump_amount\n" + number + block);
+    EXPECT_EQ(of(map, nullptr, {"map_type", 1}, "HierarchyDescriptor"), "1 Num_children: 1\na\n");
+    EXPECT_EQ(of(map, nullptr, {"map_type", 1}, "x"), "0 ");
 }
 
 TEST_F(DescriptorText, LayersStandInFrames) {

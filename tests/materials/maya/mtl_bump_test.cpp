@@ -1,50 +1,24 @@
 #include <cmath>
 #include <random>
-#include <valarray>
 
 #include "fake_host/fake_host.h"
+#include "slow_vector.h"
 
 namespace {
 
-/// Three numbers in double, for the second way to each result.
-using Exact = std::valarray<double>;
-
-Exact exact(Vector v) {
-    return {v.x, v.y, v.z};
-}
-Vector rounded(const Exact& v) {
-    return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2])};
-}
 Vector vectorOf(Color c) {
     return {c.r, c.g, c.b};
-}
-double dot(const Exact& a, const Exact& b) {
-    return (a * b).sum();
-}
-double length(const Exact& v) {
-    return std::sqrt(dot(v, v));
-}
-Exact unit(const Exact& v) {
-    return v / length(v);
-}
-Exact cross(const Exact& a, const Exact& b) {
-    return a.cshift(1) * b.cshift(2) - a.cshift(2) * b.cshift(1);
 }
 
 /// A map that has its colour at one place and grows lighter along `slope`.
 class SlopeTexture : public FakeTexture {
 public:
-    Exact slope = {0.5, -0.25, 0.125};
+    Slow slope = {0.5, -0.25, 0.125};
     Point place;
-    bool isWordless = false;
 
-    PluginInterface* getInterface(u64 id) override {
-        const bool isHidden = isWordless && id == RTTexInterface::kInterfaceID;
-        return isHidden ? nullptr : FakeTexture::getInterface(id);
-    }
     AColor getTexColor(PelkContext& context) override {
         const Color here = FakeTexture::getTexColor(context).color;
-        return {here + Color(static_cast<float>(dot(slope, exact(context.hitPoint - place)))), 1};
+        return {here + Color(static_cast<float>(dot(slope, slow(context.hitPoint - place)))), 1};
     }
 };
 
@@ -69,14 +43,14 @@ protected:
 
     void drawHit() {
         map.color.color = Color(even(random), even(random), even(random)) + Color(0.5f);
-        map.slope = exact(vector());
+        map.slope = slow(vector());
         map.number = even(random);
         map.bump = vector();
         generator.u = Vector(1, 0, 0) + vector() * 0.5f;
         generator.w = Vector(0, 0, coin() ? 1 : -1) + vector() * 0.5f;
         generator.isValid = coin();
-        context.normal = rounded(unit(exact(vector())));
-        context.rayDir = rounded(unit(exact(vector())));
+        context.normal = rounded(normalize(slow(vector())));
+        context.rayDir = rounded(normalize(slow(vector())));
         context.flippedSide = coin();
         context.backSide = coin();
         context.hitObject = coin() ? &surface : nullptr;
@@ -93,42 +67,45 @@ protected:
     }
 
     /// What the surface's own normal becomes by the formulas, before it is made unit.
-    Exact moved(int form, double strength, bool isMaya, const PluginBase* uvwgen) const {
-        const Exact n = exact(context.normal) * (context.flippedSide ? -1.0 : 1.0);
-        const Exact color = exact(vectorOf(map.color.color)), m = color * 2.0 - 1.0;
-        const auto towards = [&](const Exact& v) -> Exact { return n + (unit(v) - n) * strength; };
-        const Exact byForm[] = {
+    Slow moved(int form, double strength, bool isMaya, const PluginBase* uvwgen) const {
+        const Slow n = slow(context.normal) * (context.flippedSide ? -1.0 : 1.0);
+        const Slow color = slow(vectorOf(map.color.color)), m = color * 2.0 - 1.0;
+        const auto towards = [&](const Slow& v) -> Slow {
+            return n + (normalize(v) - n) * strength;
+        };
+        const Slow byForm[] = {
             // The height field as geometry: less the gradient along the surface.
             n - (map.slope - n * dot(map.slope, n)) * strength,
             movedInFrame(n, m, strength, isMaya, uvwgen == &generator),
-            towards(context.hitMapping ? Exact{-3 * m[1], 2 * m[0], m[2]} : m),
+            towards(context.hitMapping ? Slow{-3 * m[1], 2 * m[0], m[2]} : m),
             towards({0.8 * m[0] - 0.6 * m[2], m[1], 0.6 * m[0] + 0.8 * m[2]}),
             towards(m),
-            n + exact(map.bump) * strength,
+            n + slow(map.bump) * strength,
             color,
             n,
         };
         // A number is the same all over, and no normal.
         if (!hasColor && form != 5)
-            return form == 6 ? Exact(0.0, 3) : n;
+            return form == 6 ? Slow(0.0, 3) : n;
         if (strength == 0 && form > 0)
-            return form == 6 ? Exact(0.0, 3) : n;
+            return form == 6 ? Slow(0.0, 3) : n;
         return form < 0 || form > 7 ? towards(m) : byForm[form];
     }
 
-    Exact movedInFrame(const Exact& n, const Exact& m, double strength, bool isMaya,
-                       bool isGenerated) const {
+    Slow movedInFrame(const Slow& n, const Slow& m, double strength, bool isMaya,
+                      bool isGenerated) const {
         if (isGenerated ? !generator.isValid : !context.hitObject)
             return n + m;
         // Along an axis the two other coordinates stay. On a back a compatible map turns x and y
         // over and keeps z; in a frame that looks against the normal it turns all over.
         const FakeSurface& f = isGenerated ? generator : surface;
-        const Exact u = exact(f.u), v = exact(f.v), w = exact(f.w);
+        const Slow u = slow(f.u), v = slow(f.v), w = slow(f.w);
         const double hand = dot(cross(u, v), w) < 0 ? -1 : 1;
-        const double turn = isMaya && dot(w, exact(context.normal)) < 0 ? -hand : hand;
+        const double turn = isMaya && dot(w, slow(context.normal)) < 0 ? -hand : hand;
         const double side = isMaya && context.backSide ? -turn : turn;
-        const Exact x = unit(cross(v, w)), y = unit(cross(w, u)), z = unit(cross(u, v));
-        const Exact up = unit(m);
+        const Slow x = normalize(cross(v, w)), y = normalize(cross(w, u)),
+                   z = normalize(cross(u, v));
+        const Slow up = normalize(m);
         return n + strength * (side * (x * up[0] + y * up[1]) + turn * z * (up[2] - 1));
     }
 
@@ -177,9 +154,9 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         const bool isRaised = isBumped && raises && form == 0;
         const double height =
             isRaised ? strength * (hasColor ? mean(map.color.color) : map.number) : 0;
-        const Vector offset = rounded(exact(context.rayDir) * -std::fmax(0, height));
-        const Exact sum = moved(isBumped ? form : 7, strength, isMaya, uvwgen);
-        const Vector expected = rounded(isBumped && form == 6 ? sum : unit(sum));
+        const Vector offset = rounded(slow(context.rayDir) * -std::fmax(0, height));
+        const Slow sum = moved(isBumped ? form : 7, strength, isMaya, uvwgen);
+        const Vector expected = rounded(isBumped && form == 6 ? sum : normalize(sum));
 
         const PelkContext before = context;
         BSDFSampler* const sampler = mtl.getBSDF(context, 0x11);
@@ -227,13 +204,13 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
             const auto [screenAlias, screen] = fragment.aliases[0];
             const auto [offsetAlias, turned] = fragment.aliases[1];
             // Coordinates on the picture: the axes of the pixel, so weighted, sum to -normal.
-            const Exact right = unit(exact(context.rayDerivX + context.originDerivX)),
-                        down = unit(exact(context.rayDerivY)), ray = exact(context.rayDir);
-            const Exact n = right * screen.r + down * screen.g + ray * screen.b;
+            const Slow right = normalize(slow(context.rayDerivX + context.originDerivX)),
+                       down = normalize(slow(context.rayDerivY)), ray = slow(context.rayDir);
+            const Slow n = right * screen.r + down * screen.g + ray * screen.b;
             const double hand = dot(cross(right, down), ray) < 0 ? -1 : 1;
             EXPECT_EQ(screenAlias, 131);
-            EXPECT_NEAR(length(exact(vectorOf(screen))), 1, 1e-5);
-            EXPECT_THAT(rounded(unit(exact(left)) * -hand * length(n)),
+            EXPECT_NEAR(length(slow(vectorOf(screen))), 1, 1e-5);
+            EXPECT_THAT(rounded(normalize(slow(left)) * -hand * length(n)),
                         VectorNear(rounded(n), 1e-5f));
             EXPECT_EQ(offsetAlias, 145);
             EXPECT_EQ(vectorOf(turned),
@@ -273,36 +250,6 @@ TEST_F(MtlBumpTest, BadMapsAndNormalsMakeNoNaN) {
         map.color.color = Color(number);
         EXPECT_EQ(bumpedNormal(0), context.normal);
     }
-}
-
-TEST_F(MtlBumpTest, DescribesItsMapAroundTheBase) {
-    base.text = "base\n";
-    PelkMaterial& leaf = make("MtlBump", "leaf");
-    const auto text = [&](std::initializer_list<Param> params, const char* section) {
-        startFrame(leaf, params);
-        return describe(leaf, section);
-    };
-    const char *const material = "MaterialDescriptor", *const hierarchy = "HierarchyDescriptor";
-    PluginBase* const none = nullptr;
-    const std::string head = "1 dbgmtlname \"leaf\"\nbump\nbitmap_mult 0.500000\n",
-                      block = "<coatlayer_begin>\nbase\n<coatlayer_end>\n";
-    EXPECT_EQ(text({{"base_mtl", &base}, {"bump_tex_mult", 0.5f}}, "x"), "1 base\n") << "no map";
-    EXPECT_EQ(text({{"bump_tex_color", &map}}, material),
-              head + "texture color name\nbump\n" + block)
-        << "nobody has set map_type";
-    EXPECT_EQ(text({{"bump_tex_color", none}, {"bump_tex_float", &map}, {"map_type", 1}}, material),
-              head + "texture float name\nbumpIsNormalMap\nbump\n" + block);
-    setParam(leaf, {"bump_tex_mult_tex", &map});
-    EXPECT_EQ(text({{"bump_tex_color", &map}, {"map_type", 0}}, material),
-              head + "texture color name\ntexture float name\nbumpMaya\nbump\n" +
-                  "bump_amount\ntexture float name\n" + block);
-    EXPECT_EQ(text({}, hierarchy), "1 Num_children: 1\nbase\n");
-    EXPECT_EQ(text({}, "x"), "0 ");
-    EXPECT_TRUE(renderer.log.texts.empty());
-    map.isWordless = true;
-    text({}, material);
-    EXPECT_EQ(renderer.log.texts.size(), 1u) << "the user doesn't learn that the bump is lost";
-    EXPECT_EQ(text({{"base_mtl", none}}, material), "0 ");
 }
 
 }  // namespace
