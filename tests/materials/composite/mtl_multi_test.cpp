@@ -26,7 +26,7 @@ protected:
     RecordingMaterial subs[4];
     FakeFace face;
     FakeTexture texture;
-    PelkMaterial& mtl = make("MtlMulti", "mix");
+    PelkMaterial &mtl = make("MtlMulti", "mix"), &older = make("MtlMulti", "mix");
 };
 
 TEST_F(MtlMultiTest, TheFirstEntryThatTheHitNamesShades) {
@@ -36,10 +36,11 @@ TEST_F(MtlMultiTest, TheFirstEntryThatTheHitNamesShades) {
         subs[i].results.color = Color(static_cast<float>(i));
     for (int round = 0; round < 4000; ++round) {
         SCOPED_TRACE(round);
-        PelkMaterial& mix = round % 2 ? mtl : make("MtlMulti", "mix");
         // Which entry has which id and which material; -1 is none. The ids of a list may run out.
-        const int count = dice.below(5), numIDs = dice.below(5);
-        const bool isOld = round % 2, isBySet = dice.below(4) == 0, wraps = dice.coin();
+        const bool isOld = dice.coin(), isBySet = dice.below(4) == 0, wraps = dice.coin();
+        const bool hasIDs = isOld || dice.below(8) > 0;
+        const int count = dice.below(5), numIDs = hasIDs ? dice.below(5) : 0;
+        PelkMaterial& mix = isOld ? older : hasIDs ? mtl : make("MtlMulti", "mix");
         std::vector<PluginBase*> list;
         std::vector<NumberAndPlugin> pairs;
         std::vector<int> ids(numIDs), entryIDs, entries;
@@ -69,16 +70,20 @@ TEST_F(MtlMultiTest, TheFirstEntryThatTheHitNamesShades) {
         if (isOld)
             setParam(mix, {"mtls", pairs});
         else
-            setParams(mix, {{"mtls_list", list}, {"ids_list", ids}, {"shader_sets_list", sets}});
+            setParams(mix, {{"mtls_list", list}, {"shader_sets_list", sets}});
+        if (!isOld && hasIDs)
+            setParam(mix, {"ids_list", ids});
         renderer.log.texts.clear();
         startFrame(mix, {{"wrap_id", wraps}, {"mtlid_gen", whole}, {"mtlid_gen_float", fraction}});
         const std::string warning =
             isOld    ? "w MtlMulti (mix) \"mtls\" parameter is deprecated; use \"mtls_list\" and "
                        "\"ids_list\" instead.\n"
             : !count ? "w MtlMulti (mix) has no sub-materials.\n"
-            : numIDs < count ? "w MtlMulti \"mix\" has more materials (" + std::to_string(count) +
-                                   ") than ids (" + std::to_string(numIDs) + ").\n"
-                             : "";
+            : !hasIDs && !isBySet ? "w MtlMulti (mix) has no ids_list parameter.\n"
+            : hasIDs && numIDs < count
+                ? "w MtlMulti \"mix\" has more materials (" + std::to_string(count) +
+                      ") than ids (" + std::to_string(numIDs) + ").\n"
+                : "";
         EXPECT_EQ(renderer.log.texts, std::vector<std::string>(!warning.empty(), warning));
 
         int id = whole      ? texture.integer

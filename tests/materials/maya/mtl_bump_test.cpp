@@ -222,8 +222,11 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         EXPECT_THAT(traced.hitPoint - before.hitPoint, VectorNear(-offset, 1e-6f));
         EXPECT_TRUE(traced.normal == -bumped || form == 0);
         mtl.releaseBSDF(context, sampler);
+        EXPECT_EQ(mtl.getBSDF(context, 0), sampler) << "lost to its pool";
+        mtl.releaseBSDF(context, sampler);
         log.clear();
         mtl.shade(context);
+        EXPECT_NE(resultsOf(context), kFullyTransparent);
         EXPECT_EQ(log.has("shade"), !hasHeight) << "whatever the form";
     }
 }
