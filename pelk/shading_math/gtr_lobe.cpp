@@ -62,6 +62,10 @@ float maskBoth(const Vector& d, const Vector& r, const Vector& h, const Vector& 
            gtrMasking(r, h, n, alpha, gamma, maskMode) * 0.25f / nv;
 }
 
+Vector over(const Vector& v, float s) {
+    return {v.x / s, v.y / s, v.z / s};
+}
+
 /// Whether a direction's cosine to the normal is too small to divide by. NaN counts as too small.
 bool grazes(float cosine) {
     return !(std::fabs(cosine) > 1e-6f);
@@ -80,7 +84,7 @@ Vector sampleGTR(float u, float v, float alpha, int type, float gamma, const Vec
     const float s = std::sqrt(std::max(0.0f, 1.0f - c2));
     const Vector facet = frame * Vector(std::cos(phi) * s, std::sin(phi) * s, c);
     const float f = length(facet);
-    const Vector h = {facet.x / f, facet.y / f, facet.z / f};
+    const Vector h = over(facet, f);
     const Vector r = mirrored(d, h);
     const float nv = std::fabs(dot(n, -d));
     if (grazes(nv) || grazes(dot(n, r))) {
@@ -151,8 +155,8 @@ Vector sampleGTRMixed(float u, float v, float alpha, int type, float gamma, cons
         // Uniform over the hemisphere: the cosine is. In the unit of `pdf` its density is 1.
         const float w = u / alpha, s = std::sqrt(1.0f - w * w), phi = v * kTwoPi;
         const Vector* c = frame.columns;
-        direction = c[0] * (1.0f / length(c[0])) * (std::cos(phi) * s) +
-                    c[1] * (1.0f / length(c[1])) * (std::sin(phi) * s) + c[2] * w;
+        direction = over(c[0], length(c[0])) * std::cos(phi) * s +
+                    over(c[1], length(c[1])) * std::sin(phi) * s + c[2] * w;
         value = evalGTR(d, direction, alpha, type, gamma, c[2], frame, toLocal, pdf, maskMode);
         old = 1.0f;
     } else {

@@ -177,6 +177,9 @@ TEST_F(MatteTest, SamplerMeasuresWhatReachesTheSurface) {
                                                              density, kEvalDiffuse);
         EXPECT_EQ(light, Color(0));
         EXPECT_EQ(original, Color(0)) << "a matte lets no light through";
+        BRDFSampler* const face = sampler->getBRDF(kFrontSide);
+        EXPECT_EQ(face->getDiffuseColor(light = Color(3)), Color(3)) << "as of white";
+        EXPECT_EQ(light, Color(0));
         mtl.releaseBSDF(context, sampler);
         return seen.r;
     };

@@ -61,6 +61,11 @@ TEST_F(MtlWrapperTest, PropertiesTellTheHostWhatTheFrameIs) {
         {{"refraction_list_is_inclusive", true}, {"use_irrad_map", false}, {"gi_surface_id", 7}});
     EXPECT_EQ(properties().surfaceFlags, kRefractionListInclusive | kGenerateRenderElements);
     EXPECT_EQ(properties().giSurfaceWord, 7u);
+    FakeTexture texture;
+    startFrame(mtl, {{"reflection_exclude", std::vector<PluginBase*>{&mtl, &texture}}});
+    const std::string why = " cannot be in the exclude list (does not have geometry)";
+    EXPECT_EQ(renderer.log.texts,
+              (std::vector{"w plugin instance of type MtlWrapper" + why, "w plugin" + why}));
 }
 
 TEST_F(MtlWrapperTest, IsNotOpaqueWhereItChangesItsBase) {
