@@ -12,10 +12,12 @@
 #include "pelk/host/cli/render_options.h"
 #include "pelk/host/picture/image_output.h"
 #include "pelk/host/picture/region_file.h"
+#include "pelk/host/render/checkpoint.h"
 #include "pelk/host/render/fingerprint.h"
 #include "pelk/host/render/plugin_faults.h"
 #include "pelk/host/render/render_workers.h"
 #include "pelk/platform/file.h"
+#include "pelk/platform/output_file.h"
 
 namespace Tarnkit {
 
@@ -26,6 +28,10 @@ ExitCode failureCode(const RenderResult& result) {
         return ExitCode::BadInput;
     return hadPluginFault() ? ExitCode::PluginFaulted : ExitCode::SystemFailed;
 }
+
+/// What a pixel gets at most under --noise without --spp: one that never ends its noise, such as
+/// one that a caustic hits once in a while, must not hold up the picture for ever.
+constexpr int kMostSamplesByNoise = 4096;
 
 /// Why a picture has the samples that it has, as its metadata tell it.
 const char* wordsFor(RenderEnd end) {
@@ -51,9 +57,11 @@ private:
     ExitCode failWithoutPicture(const RenderResult& result, const InterruptGuard& interrupt);
     ExitCode checkOutputs();
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
+    bool keepsCheckpoint() const;
     ExitCode takeFingerprint(const Scene& scene, const RenderOptions& render);
     FileHeader headerOf(const Scene& scene, const RenderOptions& render, const RenderResult& result,
                         Picture& picture) const;
+    FileHeader checkpointHeader(const Scene& scene, const RenderOptions& render) const;
     RenderResult render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
                         Picture& picture);
     ExitCode write(const Scene& scene, const RenderOptions& render, const RenderResult& result,
@@ -87,7 +95,9 @@ ExitCode RenderRun::run() {
         return command.fail(failureCode(result), options.file + ": " + result.error);
     if (result.samplesOfPixels.least == 0)
         return failWithoutPicture(result, interrupt);
-    const ExitCode code = report(result, write(scene, renderOptions, result, picture));
+    ExitCode code = report(result, write(scene, renderOptions, result, picture));
+    if (code == ExitCode::Done && !result.checkpointError.empty())
+        code = ExitCode::OutputFailed;
     // Asked to stop during the writing, the run tells its caller so, though the pictures are whole.
     return code == ExitCode::Done && interrupt.wasRequested() ? interrupt.getExitCode() : code;
 }
@@ -95,7 +105,9 @@ ExitCode RenderRun::run() {
 /// A render ended before its first pass was over: older pictures stand.
 ExitCode RenderRun::failWithoutPicture(const RenderResult& result,
                                        const InterruptGuard& interrupt) {
-    const std::string rest = " before every pixel had a sample; nothing written";
+    std::string rest = " before every pixel had a sample; no picture written";
+    if (keepsCheckpoint() && result.checkpointError.empty())
+        rest += ", \"" + options.checkpointFile + "\" has what there is";
     if (result.end == RenderEnd::Stopped)
         return command.fail(interrupt.getExitCode(), "interrupted" + rest);
     return command.fail(ExitCode::BadInput, "--time: the time was over" + rest);
@@ -110,7 +122,15 @@ ExitCode RenderRun::checkOutputs() {
         if (!canWritePicture(output, error))
             return command.fail(ExitCode::OutputFailed, error);
     }
-    return ExitCode::Done;
+    if (!keepsCheckpoint())
+        return ExitCode::Done;
+    if (options.checkpointFile.empty())
+        options.checkpointFile = options.outputs.front() + ".pkc";
+    const platform::OutputFile checkpoint(options.checkpointFile);
+    return checkpoint.getError().empty()
+               ? ExitCode::Done
+               : command.fail(ExitCode::OutputFailed, "checkpoint \"" + options.checkpointFile +
+                                                          "\": " + checkpoint.getError());
 }
 
 ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
@@ -119,6 +139,9 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     render.tileSize = options.tileSize;
     render.order = options.order;
     render.seconds = options.seconds;
+    render.noise = options.noise;
+    if (options.noise > 0.0 && options.picture.samples == 0)
+        render.samples = kMostSamplesByNoise;
     render.channels = options.channels;
     std::string error;
     if (!choosePixels(options, render.width, render.height, render.region, error))
@@ -126,9 +149,14 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     return ExitCode::Done;
 }
 
+bool RenderRun::keepsCheckpoint() const {
+    return options.resume || options.checkpointSeconds > 0.0 || !options.checkpointFile.empty();
+}
+
 /// Costs a read of all files of the scene, so it is not done for nothing.
 ExitCode RenderRun::takeFingerprint(const Scene& scene, const RenderOptions& render) {
-    if (std::none_of(options.outputs.begin(), options.outputs.end(), isRegionFile))
+    if (!keepsCheckpoint() &&
+        std::none_of(options.outputs.begin(), options.outputs.end(), isRegionFile))
         return ExitCode::Done;
     const Fingerprint taken = fingerprintOf(scene, render, PELK_VERSION);
     fingerprint = taken.digest;
@@ -152,6 +180,12 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::at
     if (options.nice)
         command.getLog().info("At a priority below normal");
     render.manager = manager.get();
+    const CheckpointOptions checkpoint{.file = options.checkpointFile,
+                                       .seconds = options.checkpointSeconds,
+                                       .resume = options.resume,
+                                       .header = checkpointHeader(scene, render)};
+    if (keepsCheckpoint())
+        render.checkpoint = &checkpoint;
     const RenderResult result =
         renderScene(scene, render, &command.getLog(), progress, stop, picture);
     command.getStatus().show({});
@@ -180,6 +214,19 @@ FileHeader RenderRun::headerOf(const Scene& scene, const RenderOptions& render,
             .ended = wordsFor(result.end),
             .channels = fileChannelsOf(picture),
             .parts = {part}};
+}
+
+FileHeader RenderRun::checkpointHeader(const Scene& scene, const RenderOptions& render) const {
+    FileHeader header;
+    header.fingerprint = fingerprint;
+    header.width = render.width;
+    header.height = render.height;
+    header.samplesAsked = render.samples;
+    header.halfFloat = scene.settings.halfFloat;
+    header.scene = options.file;
+    header.program = "pelk";
+    header.version = PELK_VERSION;
+    return header;
 }
 
 /// Writes every picture that can be written; one that can't does not spoil the others.

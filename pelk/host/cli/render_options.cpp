@@ -121,11 +121,31 @@ void RenderCommandOptions::addTo(CLI::App& command) {
         ->type_name("N")
         ->check(numbersTo(kMaxTileSize))
         ->capture_default_str();
+    const CLI::Validator kDuration = CLI::Range(0.001, 1e9).description("");
     command
         .add_option("--time", seconds,
                     "Ends so many seconds after the first sample, with the samples done by then")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 1e9).description(""));
+        ->check(kDuration);
+    command
+        .add_option(
+            "--noise", noise,
+            "Ends where the noise, relative to the mean, is below this, such as 0.02; --spp "
+            "is the most then, 4096 without it")
+        ->type_name("LEVEL")
+        ->check(CLI::Range(1e-6, 1e3).description(""));
+    command
+        .add_option("--checkpoint", checkpointSeconds,
+                    "Keeps what is done, so often and at the end, for --resume to go on with")
+        ->type_name("SECONDS")
+        ->check(kDuration);
+    command
+        .add_option("--checkpoint-file", checkpointFile,
+                    "Where; otherwise the first picture's name with .pkc behind it")
+        ->type_name("FILE");
+    command.add_flag("--resume", resume,
+                     "Goes on with what a checkpoint has, if there is one: after an interruption, "
+                     "or with a larger --spp");
     addParsed(
         command, "--order", "passes|tiles",
         "passes: a few samples for the whole picture, then more; tiles: all samples of a tile "

@@ -26,6 +26,11 @@ struct RenderCommandOptions : SceneOptions {
     TileChoice tile;
     int tileSize = RenderOptions().tileSize;
     double seconds = 0.0;  ///< --time; 0 if it was left out
+    double noise = 0.0;    ///< --noise; 0 if it was left out
+    /// --checkpoint and --checkpoint-file; 0 and empty if they were left out.
+    double checkpointSeconds = 0.0;
+    std::string checkpointFile;
+    bool resume = false;
     SampleOrder order = SampleOrder::Automatic;
     std::vector<std::string> channels;
     ProgressStyle progress = ProgressStyle::Auto;

@@ -1,8 +1,8 @@
 #include "pelk/host/render/picture_sampler.h"
 
 #include <algorithm>
-#include <chrono>
 
+#include "pelk/host/render/checkpoint.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/platform/system_info.h"
 
@@ -10,56 +10,115 @@ namespace Tarnkit {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+/// Bytes of a packed fragment in regions of these channels; 0 if no fragments are needed.
+std::size_t fragmentSizeFor(const RenderChannels& channels) {
+    if (!channels.hasMore())
+        return 0;
+    int slots = 0;
+    for (RenderChannel* channel : channels.getList()) {
+        if (!(channel->getFlags() & kChannelNoFragmentData))
+            slots += channelTypeSize(channel->getType());
+    }
+    return packedFragmentSize(slots);
+}
 
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
+/// Where noise decides, tiles are of whole blocks.
+TileGrid gridFor(const RenderOptions& options, const PictureRect& shown) {
+    if (options.noise <= 0.0)
+        return {shown, options.tileSize};
+    const int blocks = (options.tileSize + kNoiseBlock - 1) / kNoiseBlock;
+    return {wholeBlocks(shown, options.width, options.height), blocks * kNoiseBlock};
 }
 
 }  // namespace
 
 PictureSampler::PictureSampler(RenderSetup& setup_, const RenderOptions& options_,
-                               const PictureRect& shown_, bool inPasses_, Picture& picture_)
+                               const PictureRect& shown_, bool inPasses, Picture& picture_)
     : setup(setup_),
       options(options_),
       shown(shown_),
-      inPasses(inPasses_),
+      plan{static_cast<u32>(options.samples), options.noise, inPasses},
       picture(picture_),
-      grid(shown, options.tileSize),
+      grid(gridFor(options, shown)),
       queue(grid.size()) {
-    if (inPasses)
-        store = std::make_unique<SumStore>(grid, setup.channels.hasMore());
+    if (inPasses || options.checkpoint)
+        store = std::make_unique<SumStore>(grid, fragmentSizeFor(setup.channels));
+}
+
+bool PictureSampler::resume(MessageLog* log, RenderResult& result) {
+    const CheckpointOptions* const checkpoint = options.checkpoint;
+    if (!checkpoint || !checkpoint->resume)
+        return true;
+    if (!hasCheckpoint(*checkpoint)) {
+        if (log)
+            log->info("There is no \"%s\" to go on with", checkpoint->file.c_str());
+        return true;
+    }
+    SamplingTotals totals;
+    if (!readCheckpoint(*checkpoint, plan.samples, *store, totals, result.error,
+                        result.systemFailed))
+        return false;
+    samplesDone = samplesBefore = store->numSamples();
+    secondsBefore = totals.seconds;
+    dropped = totals.dropped;
+    droppedBy = totals.droppedBy;
+    return true;
 }
 
 void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, RenderResult& result) {
-    const Clock::time_point start = Clock::now();
+    start = lastCheckpoint = Clock::now();
     if (options.seconds > 0.0)
         deadline = start + std::chrono::duration_cast<Clock::duration>(
                                std::chrono::duration<double>(options.seconds));
-    const long long total = shown.numPixels() * options.samples;
-    const auto tell = [&] {
-        result.samples = samplesDone;
-        result.seconds = secondsSince(start);
-        if (progress)
-            progress->update(result.samples, total, result.seconds);
-    };
     WorkerGroup reporting = group;
-    reporting.report = tell;
-    runWorkers(reporting, [&](Worker& thread) { sampleTiles(group, thread, result); });
-    if (tilesDone < grid.size())
+    reporting.report = [&] {
+        tell(progress, result);
+        const double every = options.checkpoint ? options.checkpoint->seconds : 0.0;
+        if (every > 0.0 && Clock::now() - lastCheckpoint > std::chrono::duration<double>(every))
+            keepCheckpoint(group.log, result);
+    };
+    runWorkers(reporting, [&](Worker& thread) { sampleTiles(group, thread); });
+    const bool isWhole = tilesDone == grid.size();
+    if (!isWhole)
         result.end = group.stop ? RenderEnd::Stopped : RenderEnd::OutOfTime;
-    if (store)
+    tell(progress, result);
+    if (options.checkpoint && samplesDone > samplesBefore)
+        keepCheckpoint(group.log, result);
+    if (store && (plan.inPasses || !isWhole)) {
         shownRange = store->getRange();
-    else if (tilesDone < grid.size())
+        if (shownRange.least > 0)
+            developTiles(group);
+    } else if (!isWhole) {
         shownRange.least = 0;
+    }
     result.samplesOfPixels = shownRange;
-    if (inPasses && shownRange.least > 0)
-        developTiles(group);
-    tell();
+}
+
+/// How far the render has come.
+void PictureSampler::tell(RenderProgress* progress, RenderResult& result) {
+    {
+        const std::lock_guard lock(mutex);
+        result.droppedSamples = dropped;
+        result.droppedBy = droppedBy;
+    }
+    result.samples = samplesDone;
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    result.seconds = secondsBefore + seconds;
+    const long long total = grid.getArea().numPixels() * options.samples - samplesSpared;
+    if (progress)
+        progress->update(result.samples, total, result.seconds);
+}
+
+void PictureSampler::keepCheckpoint(MessageLog* log, RenderResult& result) {
+    result.checkpointError.clear();
+    const SamplingTotals totals{result.seconds, result.droppedSamples, result.droppedBy};
+    if (!writeCheckpoint(*options.checkpoint, *store, totals, result.checkpointError) && log)
+        log->warning("%s", result.checkpointError.c_str());
+    lastCheckpoint = Clock::now();
 }
 
 /// What one thread does: it takes tiles until there are no more.
-void PictureSampler::sampleTiles(const WorkerGroup& group, Worker& thread, RenderResult& result) {
+void PictureSampler::sampleTiles(const WorkerGroup& group, Worker& thread) {
     TileWorker worker(setup, grid.largest(), thread.getThreadIndex());
     const StopTest stop(group.stop, thread, deadline);
     TileSums sums;
@@ -68,39 +127,41 @@ void PictureSampler::sampleTiles(const WorkerGroup& group, Worker& thread, Rende
             store->load(tile, sums);
         else
             sums = TileSums(grid.at(tile), worker.needsFragments());
+        const long long droppedBefore = worker.getDropped();
         sampleTile(worker, sums, stop);
+        noteDropped(worker, droppedBefore);
         if (store)
             store->commit(tile, sums);
-        if (nextGoal(sums).samples > 0) {
+        if (plan.next(sums).samples > 0)
             queue.putBack(tile);
-            continue;
-        }
-        ++tilesDone;
-        if (!inPasses)
-            show(worker, sums);
+        else
+            finishTile(worker, sums);
     }
-    const std::lock_guard lock(mutex);
-    result.droppedSamples += worker.getDropped();
-    if (worker.getBadObject())
-        result.droppedBy =
-            instanceName(static_cast<Plugin*>(worker.getBadObject()->material->getPlugin()));
 }
 
 /// One pass over a tile, or all that it needs.
 void PictureSampler::sampleTile(TileWorker& worker, TileSums& sums, const StopTest& stop) {
     do {
-        const SampleGoal goal = nextGoal(sums);
+        const SampleGoal goal = plan.next(sums);
         samplesDone += worker.sample(sums, goal, stop);
-    } while (!inPasses && !stop.isDue() && nextGoal(sums).samples > 0);
+    } while (!plan.inPasses && !stop.isDue() && plan.next(sums).samples > 0);
 }
 
-/// What the pixels of a tile get in its next pass; 0 samples if they have all.
-SampleGoal PictureSampler::nextGoal(const TileSums& sums) const {
-    const u32 all = static_cast<u32>(options.samples);
-    const u32 least = sums.getRange().least;
-    if (least >= all)
-        return {};
-    return {inPasses ? std::min(passEnd(least), all) : all};
+void PictureSampler::finishTile(TileWorker& worker, const TileSums& sums) {
+    samplesSpared += sums.rect.numPixels() * options.samples - sums.numSamples();
+    if (!plan.inPasses)
+        show(worker, sums);
+    ++tilesDone;
+}
+
+void PictureSampler::noteDropped(TileWorker& worker, long long before) {
+    if (worker.getDropped() == before)
+        return;
+    const std::lock_guard lock(mutex);
+    dropped += worker.getDropped() - before;
+    if (worker.getBadObject())
+        droppedBy =
+            instanceName(static_cast<Plugin*>(worker.getBadObject()->material->getPlugin()));
 }
 
 /// Makes the picture of what the store holds. Nothing ends it early: it is what a render that was
@@ -127,17 +188,18 @@ void PictureSampler::show(TileWorker& worker, const TileSums& sums) {
     shownRange.add(range);
 }
 
+PictureRect wholeBlocks(const PictureRect& area, int width, int height) {
+    const auto down = [](int value) { return value / kNoiseBlock * kNoiseBlock; };
+    const auto up = [&](int value) { return down(value + kNoiseBlock - 1); };
+    return {down(area.x0), down(area.y0), std::min(up(area.x1), width),
+            std::min(up(area.y1), height)};
+}
+
 bool passesFitIntoMemory(const PictureRect& area, const RenderChannels& channels, MessageLog* log) {
     constexpr std::uint64_t kFragmentsOfPixel = 2;
     std::uint64_t perPixel = sizeof(PixelSums);
-    if (channels.hasMore()) {
-        int slots = 0;
-        for (RenderChannel* channel : channels.getList())
-            slots += channel->getFlags() & kChannelNoFragmentData
-                         ? 0
-                         : channelTypeSize(channel->getType());
-        perPixel += sizeof(u32) + kFragmentsOfPixel * packedFragmentSize(slots);
-    }
+    if (channels.hasMore())
+        perPixel += sizeof(u32) + kFragmentsOfPixel * fragmentSizeFor(channels);
     const std::uint64_t needed = static_cast<std::uint64_t>(area.numPixels()) * perPixel;
     platform::MemoryStatus memory;
     // A quarter is left for what else happens on the machine.

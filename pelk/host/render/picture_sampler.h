@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 
@@ -23,31 +24,49 @@ public:
     PictureSampler(RenderSetup& setup, const RenderOptions& options, const PictureRect& shown,
                    bool inPasses, Picture& picture);
 
+    /// Takes over what the checkpoint of an earlier run has, if there is one to go on with. Comes
+    /// before `run`. False if that can't be done; the result says why.
+    bool resume(MessageLog* log, RenderResult& result);
+
     /// Renders until all samples are there or the end comes early, and fills in what became of it.
     /// Throws what threads throw.
     void run(const WorkerGroup& group, RenderProgress* progress, RenderResult& result);
 
 private:
-    void sampleTiles(const WorkerGroup& group, Worker& thread, RenderResult& result);
+    void sampleTiles(const WorkerGroup& group, Worker& thread);
     void sampleTile(TileWorker& worker, TileSums& sums, const StopTest& stop);
-    SampleGoal nextGoal(const TileSums& sums) const;
+    void finishTile(TileWorker& worker, const TileSums& sums);
+    void noteDropped(TileWorker& worker, long long before);
+    void tell(RenderProgress* progress, RenderResult& result);
+    void keepCheckpoint(MessageLog* log, RenderResult& result);
     void developTiles(const WorkerGroup& group);
     void show(TileWorker& worker, const TileSums& sums);
 
     RenderSetup& setup;
     const RenderOptions& options;
     const PictureRect shown;
-    const bool inPasses;
+    const SamplePlan plan;
     Picture& picture;
     const TileGrid grid;
     std::unique_ptr<SumStore> store;  // null if no sums are kept
-    StopTest::Deadline deadline;
     TileQueue queue;
-    std::atomic<long long> samplesDone{0};
+
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point start, lastCheckpoint;
+    StopTest::Deadline deadline;
+    long long samplesBefore = 0;  // of earlier runs
+    double secondsBefore = 0.0;
+    // Samples taken, and those that blocks didn't need, by all threads.
+    std::atomic<long long> samplesDone{0}, samplesSpared{0};
     std::atomic<int> tilesDone{0};
-    std::mutex mutex;  // of what follows and of the result, while threads run
+    std::mutex mutex;  // of what follows, while threads run
     SampleRange shownRange;
+    long long dropped = 0;
+    std::string droppedBy;
 };
+
+/// The pixels that must be sampled to render others until their noise is small: whole blocks.
+PictureRect wholeBlocks(const PictureRect& area, int width, int height);
 
 /// Whether the sums of all pixels fit into what the machine has free, with room for the rest. What
 /// they need is estimated: `channels` asks for fragments, of which a pixel has two in the mean.

@@ -39,6 +39,8 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
         ThreadManager& manager = options.manager ? *options.manager : *own;
         const bool inPasses = usesPasses(options, area, setup.channels, log);
         PictureSampler sampler(setup, options, area, inPasses, picture);
+        if (!sampler.resume(log, result))
+            return result;
         sampler.run({.manager = manager, .threads = threads, .stop = stop, .log = log}, progress,
                     result);
         result.ok = true;

@@ -10,6 +10,7 @@
 
 namespace Tarnkit {
 
+struct CheckpointOptions;
 class MessageLog;
 class Scene;
 class ThreadManager;
@@ -38,6 +39,11 @@ struct RenderOptions {
     SampleOrder order = SampleOrder::Automatic;
     /// Ends the render so many seconds after its first sample, with what there is; 0: no limit.
     double seconds = 0.0;
+    /// Ends the samples of a block of pixels once its noise is below this, with `samples` as the
+    /// most (see blockNoise); 0: all pixels get `samples`.
+    double noise = 0.0;
+    /// Where the render is kept to go on another time; the caller's. Null: nowhere.
+    const CheckpointOptions* checkpoint = nullptr;
     std::vector<std::string> channels;  ///< names of render channels beside those of the scene
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };
@@ -68,7 +74,8 @@ struct RenderResult {
     /// Of the pixels that were to be rendered. If one of them has none, the picture is left without
     /// any: a part of it is no use in the place of an older one.
     SampleRange samplesOfPixels;
-    long long samples = 0;         ///< of all pixels together
+    std::string checkpointError;   ///< why there is no checkpoint of the end; empty if there is
+    long long samples = 0;         ///< of all pixels together, those of earlier runs included
     double seconds = 0.0;          ///< of tracing rays, without reading and building the scene
     long long droppedSamples = 0;  ///< left out since their colour was NaN or infinite
     std::string droppedBy;         ///< name of an instance that made one of them

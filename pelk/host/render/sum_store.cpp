@@ -6,7 +6,7 @@ void SumStore::load(int index, TileSums& sums) {
     Tile& tile = tiles[static_cast<std::size_t>(index)];
     const std::lock_guard lock(tile.mutex);
     if (tile.sums.pixels.empty())
-        sums = TileSums(grid.at(index), hasFragments);
+        sums = TileSums(grid.at(index), fragmentSize > 0);
     else
         sums = tile.sums;
 }
@@ -25,6 +25,15 @@ SampleRange SumStore::getRange() {
         range.add(tile.range);
     }
     return range;
+}
+
+long long SumStore::numSamples() {
+    long long sum = 0;
+    for (Tile& tile : tiles) {
+        const std::lock_guard lock(tile.mutex);
+        sum += tile.sums.numSamples();
+    }
+    return sum;
 }
 
 }  // namespace Tarnkit

@@ -12,11 +12,13 @@ namespace Tarnkit {
 /// at any time is a picture that a render could have stopped with.
 class SumStore {
 public:
-    /// Without any samples; a tile takes memory from its first commit on.
-    SumStore(const TileGrid& grid_, bool hasFragments_)
-        : grid(grid_), hasFragments(hasFragments_), tiles(static_cast<std::size_t>(grid.size())) {}
+    /// Without any samples; a tile takes memory from its first commit on. `packedFragment`: bytes
+    /// of one, 0 if fragments are not kept.
+    SumStore(const TileGrid& grid_, std::size_t packedFragment)
+        : grid(grid_), fragmentSize(packedFragment), tiles(static_cast<std::size_t>(grid.size())) {}
 
     const TileGrid& getGrid() const { return grid; }
+    std::size_t getFragmentSize() const { return fragmentSize; }
 
     /// Copies the sums of a tile. Any thread.
     void load(int tile, TileSums& sums);
@@ -24,6 +26,7 @@ public:
     void commit(int tile, const TileSums& sums);
     /// The samples of the pixels of all tiles.
     SampleRange getRange();
+    long long numSamples();
 
 private:
     struct Tile {
@@ -33,7 +36,7 @@ private:
     };
 
     const TileGrid grid;
-    const bool hasFragments;
+    const std::size_t fragmentSize;
     std::vector<Tile> tiles;
 };
 

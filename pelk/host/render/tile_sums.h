@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -32,15 +33,27 @@ struct ColorSum {
 /// same bits whether a pixel gets its samples at once, in passes, or in several runs.
 struct PixelSums {
     ColorSum color, alpha;  ///< of the samples that were kept
-    double squares = 0.0;   ///< of |colour|^2 of the same
-    u32 tried = 0;          ///< samples taken; the next one has this number
-    u32 kept = 0;           ///< those whose colour and alpha were finite
+    /// The mean colour as it was when the number of samples was last a power of two, and how many
+    /// of them were kept. What the mean has moved by since then tells how noisy it still is.
+    Color former;
+    u32 formerKept = 0;
+    u32 tried = 0;  ///< samples taken; the next one has this number
+    u32 kept = 0;   ///< those whose colour and alpha were finite
 
+    Color mean() const { return color.times(1.0 / std::max(kept, 1u)); }
+
+    /// Counts a sample that is about to be taken, and returns its number.
+    u32 begin() {
+        if ((tried & (tried - 1)) == 0) {
+            former = mean();
+            formerKept = kept;
+        }
+        return tried++;
+    }
+    /// Adds the sample that was counted last.
     void add(const Color& sampleColor, const Color& sampleAlpha) {
         color.add(sampleColor);
         alpha.add(sampleAlpha);
-        const double r{sampleColor.r}, g{sampleColor.g}, b{sampleColor.b};
-        squares += r * r + g * g + b * b;
         ++kept;
     }
 };
@@ -72,6 +85,14 @@ struct TileSums {
         for (const PixelSums& pixel : pixels)
             range.add({pixel.tried, pixel.tried});
         return range;
+    }
+
+    /// The samples of all pixels together.
+    long long numSamples() const {
+        long long sum = 0;
+        for (const PixelSums& pixel : pixels)
+            sum += pixel.tried;
+        return sum;
     }
 
     PictureRect rect;

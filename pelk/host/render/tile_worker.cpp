@@ -73,7 +73,7 @@ long long TileWorker::sample(TileSums& sums, const SampleGoal& goal, const StopT
             FragmentList list{&region};
             if (recorder)
                 fragments.read(index, region, list);
-            samplePixel(x, y, goal.samples, pixel, list, stop);
+            samplePixel(x, y, goal.at(x - sums.rect.x0, y - sums.rect.y0), pixel, list, stop);
             taken += pixel.tried - before;
             if (recorder)
                 sums.fragmentBytes[index] = packFragments(list, region, packed);
@@ -98,7 +98,7 @@ void TileWorker::samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentLi
     RenderContext& c = *thread.takeContext();
     while (sums.tried < goal && !stop.isDue()) {
         for (const u32 end = std::min(goal, sums.tried + kSamplesBetweenTests); sums.tried < end;) {
-            if (!renderSample(c, x, y, seed, sums.tried++)) {
+            if (!renderSample(c, x, y, seed, sums.begin())) {
                 ++dropped;
                 continue;
             }
