@@ -18,8 +18,7 @@ public:
     ~Program();
 
     void start(const std::vector<std::string>& words);
-    /// Presses Ctrl-C.
-    void interrupt() const;
+    void send(int signal) const;
     /// Waits until the text stands in what was printed on standard output; false if it never does.
     bool waitForOutput(const std::string& text) const;
     RunResult wait();

@@ -1,8 +1,11 @@
+#include <OpenImageIO/imageio.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 
@@ -12,6 +15,9 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 namespace {
+
+/// Seconds in which a render ends after a signal, on a machine that has other work too.
+constexpr int kPatience = 10;
 
 class RenderCommand : public testing::Test {
 protected:
@@ -27,6 +33,11 @@ protected:
         const RunResult result = render(words);
         EXPECT_EQ(result.exitCode, 0) << result.err;
         return readPicture(directory.file("pixels.exr"));
+    }
+
+    std::string attributeOf(const std::string& picture, const char* name) {
+        const auto input = OIIO::ImageInput::open(directory.file(picture));
+        return input ? std::string(input->spec().get_string_attribute(name)) : "no picture";
     }
 
     Program pelk;
@@ -173,20 +184,57 @@ TEST_F(RenderCommand, ThreadsAreAsTheUserWantsAndToldOnDemand) {
     EXPECT_THAT(render({"s.json", "-v", "--threads", "2"}).err, HasSubstr("2 threads, which"));
 }
 
-TEST_F(RenderCommand, CtrlCWritesWhatIsDone) {
-    pelk.start({"render", "s.json", "-o", "a.exr", "--size", "64x64", "--spp", "9999999",
-                "--progress=json"});
+TEST_F(RenderCommand, StopsAtASignalWithAWholePictureAndGoesOn) {
+    const struct { int signal, exitCode; } cases[] = {{SIGHUP, 129}, {SIGINT, 130}, {SIGTERM, 143}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.signal);
+        pelk.start({"render", "s.json", "-o", "a.exr", "--size", "64x64", "--spp", "9999999",
+                    "--progress=json", "--resume"});
+        ASSERT_TRUE(pelk.waitForOutput("\"progress\""));
+        pelk.send(c.signal);
+        const auto start = std::chrono::steady_clock::now();
+        const RunResult result = pelk.wait();
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(kPatience));
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_THAT(result.err, HasSubstr("interrupted"));
+        const std::vector<float> pixels = readPicture(directory.file("a.exr"));
+        EXPECT_EQ(pixels.size(), 64u * 64 * 4);
+        EXPECT_GT(*std::min_element(pixels.begin(), pixels.end()), 0.0f);
+        EXPECT_EQ(attributeOf("a.exr", "ended"), "interrupted");
+        const std::string lastLine = result.out.substr(result.out.rfind("{"));
+        EXPECT_THAT(lastLine, AllOf(HasSubstr("\"finished\""), HasSubstr("\"interrupted\":true"),
+                                    HasSubstr("[\"" + directory.file("a.exr") + "\"]")));
+    }
+}
+
+TEST_F(RenderCommand, WithoutASampleInEveryPixelAnOlderPictureStands) {
+    directory.write("a.exr", "older");
+    const std::vector<std::string> words = {"s.json",  "-o",    "a.exr", "--size", "999x999",
+                                            "--order", "tiles", "--spp", "9999999"};
+    std::vector<std::string> timed = words, kept = words;
+    timed.insert(timed.end(), {"--time", "0.01"});
+    const RunResult result = render(timed);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.err, HasSubstr("--time: the time was over before every pixel"));
+
+    // As under nohup: the first signal is ignored, the second is not.
+    std::signal(SIGHUP, SIG_IGN);
+    kept.insert(kept.begin(), "render");
+    kept.insert(kept.end(), {"--progress", "json"});
+    pelk.start(kept);
+    std::signal(SIGHUP, SIG_DFL);
     ASSERT_TRUE(pelk.waitForOutput("\"progress\""));
-    pelk.interrupt();
-    const RunResult result = pelk.wait();
-    EXPECT_EQ(result.exitCode, 130);
-    EXPECT_THAT(result.err, HasSubstr("interrupted"));
-    const std::vector<float> pixels = readPicture(directory.file("a.exr"));
-    EXPECT_EQ(pixels.size(), 64u * 64 * 4);
-    EXPECT_GT(*std::min_element(pixels.begin(), pixels.end()), 0.0f);
-    const std::string lastLine = result.out.substr(result.out.rfind("{"));
-    EXPECT_THAT(lastLine, AllOf(HasSubstr("\"finished\""), HasSubstr("\"interrupted\":true"),
-                                HasSubstr("[\"" + directory.file("a.exr") + "\"]")));
+    pelk.send(SIGHUP);
+    pelk.send(SIGTERM);
+    const RunResult stopped = pelk.wait();
+    EXPECT_EQ(stopped.exitCode, 143);
+    EXPECT_THAT(stopped.err, HasSubstr("interrupted before every pixel"));
+    EXPECT_EQ(directory.read("a.exr"), "older");
+    EXPECT_EQ(directory.entryCount(), 2);
+
+    const RunResult inTime = render({"s.json", "-o", "a.exr", "--spp", "9999999", "--time", "0.5"});
+    EXPECT_EQ(inTime.exitCode, 0) << inTime.err;
+    EXPECT_EQ(attributeOf("a.exr", "ended"), "out of time");
 }
 
 TEST_F(RenderCommand, OutputThatDoesNotFitIsAnErrorAndTheOlderPictureStands) {

@@ -1,0 +1,188 @@
+// Renders that are cut into passes, stopped, kept and gone on with, or ended by their noise.
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <cmath>
+#include <random>
+#include <thread>
+
+#include "host/render/render_fixture.h"
+#include "pelk/host/render/checkpoint.h"
+
+namespace Tarnkit {
+namespace {
+
+class PassesTest : public RenderFixture {
+protected:
+    PassesTest()
+        : scene(read(R"(
+        "mirror": {"type": "MtlDiffuse", "diffuse": [0.2, 0.3, 0.4], "reflection": [0.5, 0.5, 0.5]},
+        "veil": {"type": "MtlDiffuse", "transparency": [0.5, 0.3, 1]},
+        "ball": {"type": "GeomSphere", "material": "mirror"},
+        "curtain": {"type": "GeomQuad", "material": "veil", "translate": [0, 0, 2]},
+        "lamp": {"type": "LightSphere", "radius": 0.3, "position": [1, 1, 0]},
+        "dome": {"type": "LightDome", "intensity": 0.3})",
+                     "")) {
+        kept.file = directory.file("kept.pkc");
+        kept.header.width = 45;
+        kept.header.height = 33;
+        kept.resume = true;
+    }
+
+    static RenderOptions optionsOf(int samples) {
+        RenderOptions options = RenderFixture::optionsOf(samples, 45, 33);
+        options.channels = {"all"};
+        return options;
+    }
+    /// Renders until it is finished or `milliseconds` are over.
+    RenderResult renderFor(int milliseconds, const RenderOptions& options, Picture& picture) {
+        std::atomic<bool> stop{false}, ended{false};
+        std::thread clock([&] {
+            const auto end =
+                std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+            while (!ended && std::chrono::steady_clock::now() < end)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            stop = true;
+        });
+        const RenderResult result = renderScene(*scene, options, nullptr, nullptr, stop, picture);
+        ended = true;
+        clock.join();
+        return result;
+    }
+    /// Renders with the checkpoint, which is to be refused with these words and left as it is.
+    void expectRefused(const RenderOptions& options, const std::string& words) {
+        const std::string before = directory.read("kept.pkc");
+        Picture picture;
+        const RenderResult result = renderScene(*scene, options, nullptr, nullptr, false, picture);
+        EXPECT_FALSE(result.ok);
+        EXPECT_THAT(result.error, testing::HasSubstr(words));
+        EXPECT_EQ(directory.read("kept.pkc"), before);
+    }
+    static void expectSameBits(Picture& a, Picture& b) {
+        for (int i = 0; i < a.getRegion().getNumChannels(); ++i) {
+            ChannelBuffer& left = *a.getRegion().getChannels()[i].buffer;
+            ChannelBuffer& right = *b.getRegion().getChannels()[i].buffer;
+            for (int pixel = 0; pixel < 45 * 33; ++pixel)
+                ASSERT_EQ(0, std::memcmp(left.item(pixel), right.item(pixel),
+                                         static_cast<std::size_t>(left.getItemSize())))
+                    << a.getRegion().getChannels()[i].name << " at " << pixel;
+        }
+    }
+
+    std::unique_ptr<Scene> scene;
+    CheckpointOptions kept;
+};
+
+TEST_F(PassesTest, InterruptedWhereverItIsARenderEndsWithTheBitsOfOneThatNeverStopped) {
+    std::minstd_rand random(7);
+    const auto below = [&](int end) { return static_cast<int>(random() % unsigned(end)); };
+    Picture whole, fewer;
+    render(*scene, fewer, optionsOf(50));
+    render(*scene, whole, optionsOf(77));
+    Picture picture;
+    int interruptions = 0;
+    for (const int samples : {50, 77}) {
+        RenderResult result;
+        do {
+            RenderOptions options = optionsOf(samples);
+            options.checkpoint = &kept;
+            options.threads = 1 + below(3);
+            options.tileSize = 1 + below(50);
+            options.order = below(2) ? SampleOrder::Passes : SampleOrder::Tiles;
+            result = renderFor(below(150), options, picture);
+            ASSERT_TRUE(result.ok) << result.error;
+            interruptions += result.end == RenderEnd::Stopped;
+        } while (result.end == RenderEnd::Stopped);
+        EXPECT_EQ(result.samples, 45 * 33 * samples);
+        expectSameBits(picture, samples == 50 ? fewer : whole);
+    }
+    EXPECT_GT(interruptions, 1);
+    RenderOptions options = optionsOf(77);
+    options.checkpoint = &kept;
+    kept.header.fingerprint.low = 1;
+    expectRefused(options, "of another render");
+    kept.header.fingerprint.low = 0;
+    options.region = {0, 0, 45, 32};
+    expectRefused(options, "the pixels 0,0,45,33; expected 0,0,45,32");
+    options.region = {};
+    options.samples = 76;
+    expectRefused(options, "77 samples in a pixel already");
+}
+
+TEST_F(PassesTest, ADamagedCheckpointIsRefusedEvenIfItsCheckSumHolds) {
+    RenderOptions options = optionsOf(1);
+    options.checkpoint = &kept;
+    Picture picture;
+    render(*scene, picture, options);
+    EnvelopeReader file(kept.file);
+    ASSERT_TRUE(file.readHeader(FileKind::Checkpoint));
+    const FileHeader header = file.getHeader();
+    std::string payload(file.left(), '\0'), error;
+    ASSERT_TRUE(file.read(payload.data(), payload.size()));
+    const auto write = [&](const std::string& content) {
+        ASSERT_TRUE(writeEnvelope(
+            kept.file, header,
+            [&](PayloadWriter& out) { out.write(content.data(), content.size()); }, error));
+    };
+    std::minstd_rand random(3);
+    for (int i = 0; i < 40; ++i) {
+        write(payload.substr(0, i < 20 ? std::size_t(i) : random() % payload.size()));
+        expectRefused(options, "kept.pkc");
+        // Some sums are as good as others: what is refused or not, nothing may break.
+        std::string changed = payload;
+        for (std::size_t at = random() % (i < 20 ? 4000 : changed.size()), n = 0; n < 4; ++n)
+            changed[std::min(at + n, changed.size() - 1)] = static_cast<char>(random());
+        write(changed);
+        renderScene(*scene, options, nullptr, nullptr, false, picture);
+    }
+    write(payload + '\0');
+    expectRefused(options, "kept.pkc");
+}
+
+TEST_F(PassesTest, NoiseEndsWhereItWasAskedForInBlocksThatDontDependOnTheCut) {
+    constexpr float kLevel = 0.006f;
+    RenderOptions options = optionsOf(4096);
+    options.channels = {};
+    options.noise = kLevel;
+    Picture whole, part, reference;
+    render(*scene, whole, options);
+    options.order = SampleOrder::Tiles;
+    options.tileSize = 7;
+    render(*scene, part, options);
+    expectSameBits(whole, part);
+    options.region = {13, 5, 40, 30};
+    render(*scene, part, options);
+    options = optionsOf(2048);
+    options.channels = {};
+    render(*scene, reference, options);
+
+    const auto pixels = pixelsOf<Color>(whole, 0), region = pixelsOf<Color>(part, 0);
+    const auto truth = pixelsOf<Color>(reference, 0);
+    double sum = 0.0;
+    int blocks = 0;
+    for (std::size_t y0 = 0; y0 < 32; y0 += 16) {
+        for (std::size_t x0 = 0; x0 < 32; x0 += 16, ++blocks) {
+            double error = 0.0, light = 0.0;
+            for (std::size_t i = 0; i < 256; ++i) {
+                const std::size_t at = (y0 + i / 16) * 45 + x0 + i % 16;
+                const Color off = pixels[at] - truth[at];
+                error += off.r * off.r + off.g * off.g + off.b * off.b;
+                light += truth[at].r + truth[at].g + truth[at].b;
+            }
+            sum += error / 768 / std::pow(light / 768, 2);
+        }
+    }
+    const double measured = std::sqrt(sum / blocks);
+    EXPECT_LT(measured, kLevel * 1.5);
+    EXPECT_GT(measured, kLevel / 1.5);
+    for (std::size_t y = 0; y < 33; ++y) {
+        for (std::size_t x = 0; x < 45; ++x) {
+            const bool inside = x >= 13 && x < 40 && y >= 5 && y < 30;
+            EXPECT_EQ(region[y * 45 + x], inside ? pixels[y * 45 + x] : Color()) << x << "," << y;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Tarnkit
