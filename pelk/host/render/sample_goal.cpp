@@ -9,6 +9,9 @@ namespace {
 
 /// Before that the estimate is too much a matter of chance.
 constexpr u32 kLeastForNoise = 16;
+/// The squared error of stratified samples as a share of what independent ones would have after the
+/// same move of the mean: theirs falls with n^-1, and this one, as measured, with about n^-1.2.
+constexpr double kStratified = 0.78;
 /// The mean colour that darker blocks are measured by, or a black one would never have enough.
 constexpr double kDarkest = 0.01;
 
@@ -26,12 +29,12 @@ void forEachPixel(const TileSums& sums, const PictureRect& block, Visit visit) {
 double squaredError(const PixelSums& pixel, const Color& mean) {
     if (pixel.formerKept == 0 || pixel.kept <= pixel.formerKept)
         return 0.0;
-    // The mean of n samples differs from that of the first m of them by s^2 / m - s^2 / n in the
-    // square, and from the truth by s^2 / n.
+    // The mean of n independent samples differs from that of the first m of them by
+    // s^2 / m - s^2 / n in the square, and from the truth by s^2 / n.
     const double n = pixel.kept, m = pixel.formerKept;
     const Color move = mean - pixel.former;
     const double r{move.r}, g{move.g}, b{move.b};
-    return (r * r + g * g + b * b) * (m / (n - m));
+    return (r * r + g * g + b * b) * (m / (n - m)) * kStratified;
 }
 
 }  // namespace
