@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <random>
 
 #include "pelk/base/color.h"
