@@ -24,18 +24,6 @@ protected:
         words.insert(words.begin(), "merge");
         return pelk.run(words);
     }
-    /// Lets files grow to so many bytes while it lives; programs that are started inherit that.
-    struct FileSizeLimit {
-        explicit FileSizeLimit(rlim_t bytes) {
-            getrlimit(RLIMIT_FSIZE, &former);
-            rlimit tight = former;
-            tight.rlim_cur = bytes;
-            setrlimit(RLIMIT_FSIZE, &tight);
-        }
-        ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &former); }
-        rlimit former;
-    };
-
     Program pelk;
     TemporaryDirectory& directory = pelk.directory;
 };
@@ -47,10 +35,9 @@ TEST_F(MergeCommand, SevenTilesOfSevenRendersAreThePicture) {
                 std::to_string(i) + ".pkr", "--tile-size", std::to_string(i)});
     render({"--channels", channels, "--tile", "2/7", "-o", "again.PKR", "--threads", "1"});
     render({"--channels", channels, "-o", "whole.exr", "-o", "whole.pkr"});
-    const RunResult some = merge({"6.pkr", "again.PKR", "-o", "some.png", "--allow-missing"});
+    const RunResult some = merge({"3.pkr", "2.pkr", "4.pkr", "-o", "2-4.pkr", "--allow-missing"});
     EXPECT_EQ(some.exitCode, 0);
-    EXPECT_THAT(some.out, HasSubstr("Missing tiles 1,3-5,7 of 7\n"));
-    ASSERT_EQ(merge({"3.pkr", "2.pkr", "4.pkr", "-o", "2-4.pkr", "--allow-missing"}).exitCode, 0);
+    EXPECT_THAT(some.out, HasSubstr("Missing tiles 1,5-7 of 7\n"));
     const RunResult result = merge(
         {"7.pkr", "2-4.pkr", "1.pkr", "again.PKR", "6.pkr", "5.pkr", "-o", "a.exr", "-o", "a.pkr"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
@@ -74,23 +61,19 @@ TEST_F(MergeCommand, RefusalsHaveTheirCodesAndLeaveAllFilesAsTheyWere) {
     std::filesystem::create_hard_link(directory.file("1.pkr"), directory.file("same.pkr"));
     std::filesystem::create_symlink("2.pkr", directory.file("link.pkr"));
     mkfifo(directory.file("pipe.pkr").c_str(), 0600);
-    const std::string before = directory.read("1.pkr");
+    const std::string before = directory.read("1.pkr"), longName(4096, 'n');
     const struct {
         std::vector<std::string> words;
         int exitCode;
         const char* says;
     } cases[] = {
         {{"1.pkr", "-o", "old.exr"}, 1, "tiles 2 of 2"},
-        {{"1.pkr", "2.pkr", "-o", "old.exr"}, 1, "\"1.pkr\" has 2"},
         {{"1.pkr", "pipe.pkr", "-o", "old.exr"}, 1, "no plain file"},
-        {{"1.pkr", "s.json", "-o", "old.exr"}, 1, "s.json"},
         {{"1.pkr", "2.pkr", "--allow-uneven", "-o", "same.pkr"}, 2, "same.pkr"},
         {{"1.pkr", "2.pkr", "--allow-uneven", "-o", "link.pkr"}, 2, "link.pkr"},
         {{"1.pkr", "2.pkr", "--allow-uneven"}, 2, "--output"},
         {{"1.pkr", "2.pkr", "--allow-uneven", "-o", "a.jpg"}, 3, ".pkr"},
-        {{"1.pkr", "2.pkr", "--allow-uneven", "-o", std::string(4096, 'a') + ".exr"},
-         3,
-         "too long"},
+        {{"1.pkr", "2.pkr", "--allow-uneven", "-o", longName + ".exr"}, 3, "too long"},
     };
     const std::ptrdiff_t entries = directory.entryCount();
     for (const auto& c : cases) {
@@ -108,17 +91,18 @@ TEST_F(MergeCommand, OutputThatDoesNotFitLeavesTheOldAndNamesMayBeAnyBytes) {
     render({"-o", longName + ".pkr", "-o", bytes + ".pkr"});
     for (const char* name : {"a.exr", "a.pkr"})
         directory.write(name, "older");
-    const std::ptrdiff_t entries = directory.entryCount();
-    {
-        const FileSizeLimit tight(300);
-        const RunResult merged = merge({bytes + ".pkr", "-o", "a.exr", "-o", "a.pkr"});
-        EXPECT_EQ(merged.exitCode, 3);
-        EXPECT_THAT(merged.err, HasSubstr("File too large"));
-        EXPECT_EQ(pelk.run({"render", "s.json", "-o", "a.pkr"}).exitCode, 3);
-    }
+    rlimit former;
+    getrlimit(RLIMIT_FSIZE, &former);
+    rlimit tight = former;
+    tight.rlim_cur = 300;  // the program inherits it
+    setrlimit(RLIMIT_FSIZE, &tight);
+    const RunResult merged = merge({bytes + ".pkr", "-o", "a.exr", "-o", "a.pkr"});
+    setrlimit(RLIMIT_FSIZE, &former);
+    EXPECT_EQ(merged.exitCode, 3);
+    EXPECT_THAT(merged.err, HasSubstr("File too large"));
     for (const char* name : {"a.exr", "a.pkr"})
         EXPECT_EQ(directory.read(name), "older");
-    EXPECT_EQ(directory.entryCount(), entries) << "a temporary file was left";
+    EXPECT_EQ(directory.entryCount(), 5) << "a temporary file was left";
     EXPECT_EQ(merge({longName + ".pkr", bytes + ".pkr", "-o", bytes + ".exr"}).exitCode, 0);
     EXPECT_GT(directory.read(bytes + ".exr").size(), 300u);
 }

@@ -37,11 +37,8 @@ protected:
         store(1, x, y, Color(value.alpha));
     }
     bool write(const std::string& name, PixelDepth depth = PixelDepth::Float) {
-        const PictureInfo info{.scene = "box.json",
-                               .samples = 64,
-                               .seconds = 1.5,
-                               .host = "pelk",
-                               .version = "1.2.3"};
+        const PictureInfo info{
+            .scene = "box.json", .samples = 64, .seconds = 1.5, .host = "pelk", .version = "1.2.3"};
         return writePicture(picture, dir.file(name), info, depth, error);
     }
     template <class T>

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <random>
 
 #include "host/render/render_fixture.h"
@@ -106,45 +107,37 @@ TEST_F(MergeTest, AnyCutInAnyOrderAndWithRepeatsMakesTheWhole) {
 
 TEST_F(MergeTest, WhatIsNoPartOfThePictureIsRefusedByName) {
     const PictureRect upper{0, 0, kWidth, 9}, lower{0, 9, kWidth, kHeight};
-    const auto with = [&](auto change) {
-        FileHeader header = headerOf(lower);
-        change(header);
-        return header;
-    };
     const std::string good = write("good.pkr", upper);
-    write("other.pkr", with([](FileHeader& h) { h.fingerprint.high = 3; }));
-    write("size.pkr", with([](FileHeader& h) { ++h.width; }));
-    write("fewer.pkr", with([](FileHeader& h) { h.samplesLeast = 3; }));
-    write("part.pkr", {0, 9, 20, kHeight});
-    write("hole.pkr", {0, 10, kWidth, kHeight});
-    write("cut.pkr", lower);
-    std::filesystem::resize_file(directory.file("cut.pkr"), 2000);
-    std::string bytes = directory.read(write("flip.pkr", lower));
-    bytes[bytes.size() - 99] ^= 4;
-    directory.write("flip.pkr", bytes);
-    // The same pixels, but for one.
-    ChannelBuffer& depths = *whole.getRegion().getChannels()[2].buffer;
-    depths.item(kWidth * 8 + 22)[0] ^= 1;
-    write("bit.pkr", {22, 8, kWidth, kHeight});
     const struct {
-        const char *file, *says;
-    } cases[] = {
-        {"other.pkr", "good.pkr\": the scene, a setting"},
-        {"size.pkr", "the sizes are 23x17 and 24x17"},
-        {"fewer.pkr", "has 3, \""},
-        {"part.pkr", "a gap: region 20,9,23,17"},
-        {"hole.pkr", "a gap: region 0,9,23,10"},
-        {"cut.pkr", "cut.pkr\": it should have"},
-        {"flip.pkr", "flip.pkr\": its content is damaged"},
-        {"none.pkr", "none.pkr\": No such file"},
-        {"scene.json", "scene.json\": it does not begin like"},
+        const char* says;
+        std::function<void(FileHeader&)> change;
+    } strangers[] = {
+        {"a.pkr\" is of another picture", [](FileHeader& h) { h.fingerprint.high = 3; }},
+        {"the sizes are 23x17 and 24x17", [](FileHeader& h) { ++h.width; }},
+        {"a.pkr\" has 3, \"", [](FileHeader& h) { h.samplesLeast = 3; }},
+        {"a gap: region 20,9,23,17", [](FileHeader& h) { h.rect.x1 = h.parts[0].rect.x1 = 20; }},
+        {"a gap: region 0,9,23,10", [](FileHeader& h) { h.rect.y0 = h.parts[0].rect.y0 = 10; }},
     };
-    for (const auto& c : cases) {
-        const MergeResult result = merge({.files = {good, directory.file(c.file)}});
-        EXPECT_FALSE(result.ok);
-        EXPECT_FALSE(result.systemFault);
-        EXPECT_THAT(result.error, HasSubstr(c.says));
+    const auto expectRefused = [&](const std::string& file, const char* says) {
+        const MergeResult result = merge({.files = {good, file}});
+        EXPECT_FALSE(result.ok || result.systemFault);
+        EXPECT_THAT(result.error, HasSubstr(says));
+    };
+    for (const auto& c : strangers) {
+        FileHeader header = headerOf(lower);
+        c.change(header);
+        expectRefused(write("a.pkr", header), c.says);
     }
+    std::string bytes = directory.read(write("a.pkr", lower));
+    bytes[bytes.size() - 99] ^= 4;
+    directory.write("a.pkr", bytes);
+    expectRefused(directory.file("a.pkr"), "a.pkr\": its content is damaged");
+    directory.write("a.pkr", bytes.substr(0, 2000));
+    expectRefused(directory.file("a.pkr"), "a.pkr\": it should have");
+    expectRefused(directory.file("none.pkr"), "none.pkr\": No such file");
+    // The same pixels, but for one.
+    whole.getRegion().getChannels()[2].buffer->item(kWidth * 8 + 22)[0] ^= 1;
+    write("bit.pkr", {22, 8, kWidth, kHeight});
     const MergeResult conflict =
         merge({.files = {good, directory.file("bit.pkr")}, .allowMissing = true});
     EXPECT_THAT(conflict.error, AllOf(HasSubstr("bit.pkr\" overlaps"), HasSubstr("good.pkr")));
@@ -216,13 +209,12 @@ TEST_F(MergeTest, EachPartShowsTheNameOfItsComputer) {
     const int channel = merged->getRegion().findChannelByAlias(kAliasHostStamp);
     ASSERT_EQ(merged->getRegion().findChannelByName("host_stamp"), channel);
     const std::vector<Color> stamp = pixelsOf<Color>(*merged, channel);
-    // The hash of "abc" ends in 44,252 and that of "" in 64,535: hues between blue and red.
+    // The hash of "abc" ends in 44,252, a hue between blue and red.
     const float violet = static_cast<float>(44252 * 0.005493164 / 60 - 4) * 0.18f;
-    const float crimson = static_cast<float>(6 - 64535 * 0.005493164 / 60) * 0.18f;
-    const std::size_t lastRow = kWidth * (kHeight - 1);
-    expectNear(stamp[lastRow], {violet, 0, 0.18f}, 1e-5f);
-    expectNear(stamp[lastRow + 10], {violet, 0, 0.18f}, 1e-5f);
-    expectNear(stamp[lastRow + 11], {0.18f, 0, crimson}, 1e-5f);
+    const Color* const lastRow = &stamp[kWidth * (kHeight - 1)];
+    expectNear(lastRow[0], {violet, 0, 0.18f}, 1e-5f);
+    EXPECT_EQ(lastRow[10], lastRow[0]);
+    EXPECT_NE(lastRow[11], lastRow[0]);
     EXPECT_NE(std::count(stamp.begin(), stamp.end(), Color(1)), 0) << "no text";
 }
 
