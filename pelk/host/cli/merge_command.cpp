@@ -46,7 +46,7 @@ void MergeCommandOptions::addTo(CLI::App& command) {
     command.add_flag("--allow-missing", merge.allowMissing,
                      "Write what is there if parts of the picture are missing, and tell which");
     command.add_flag("--allow-uneven", merge.allowUneven,
-                     "Merge pixels with unequal numbers of samples");
+                     "Merge pixels with unequal numbers of samples, as --noise leaves them");
     command.add_flag("--host-stamp", merge.hostStamp,
                      "Show which computer rendered what: as the layer host_stamp in .exr, in the "
                      "place of the picture in .png");

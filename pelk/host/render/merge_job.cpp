@@ -139,8 +139,13 @@ bool Merge::checkCoverage() {
         coverage.add(header.rect, 0, [&](int, int, int, int owner) {
             isNew = isNew || owner == Coverage::kNobody;
         });
-        if (isNew)
-            merged.parts.insert(merged.parts.end(), header.parts.begin(), header.parts.end());
+        for (const FilePart& part : header.parts) {
+            // A part that two merged files have was rendered once.
+            const bool isKnown =
+                std::find(merged.parts.begin(), merged.parts.end(), part) != merged.parts.end();
+            if (isNew && !isKnown)
+                merged.parts.push_back(part);
+        }
     }
     merged.rect = coverage.bounds();
     result.missing = coverage.gaps({0, 0, merged.width, merged.height});
@@ -193,8 +198,10 @@ bool Merge::beginPicture() {
         if (!same)
             return fail(quoted(0) + ": there can be no channel \"" + channel.name + "\" in it");
     }
-    if (channels.size() < kFirstExtraChannel)
-        return fail(quoted(0) + ": expected colour and alpha among its channels");
+    if (channels.size() < kFirstExtraChannel ||
+        header.channels[kBeautyChannel].alias != kAliasImageColor ||
+        header.channels[kAlphaChannel].alias != kAliasImageAlpha)
+        return fail(quoted(0) + ": expected colour and alpha as its first channels");
     if (options.hostStamp)
         channels.add(newChannel(kAliasHostStamp));
     picture.begin(header.width, header.height, channels.getList());

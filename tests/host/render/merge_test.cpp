@@ -44,7 +44,8 @@ protected:
     std::string write(const std::string& name, const FileHeader& header) {
         std::string error;
         FileHeader full = header;
-        full.channels = fileChannelsOf(whole);
+        if (full.channels.empty())
+            full.channels = fileChannelsOf(whole);
         EXPECT_TRUE(writeRegionFile(directory.file(name), full, whole, error)) << error;
         return directory.file(name);
     }
@@ -167,6 +168,10 @@ TEST_F(MergeTest, PixelsThatAreNotThoseOfTheHeaderAreRefusedBeforeRoomIsMadeForT
         EXPECT_THAT(merge({.files = {directory.file("a.pkr")}, .allowMissing = true}).error,
                     HasSubstr(c.says));
     }
+    FileHeader header = headerOf({0, 0, kWidth, kHeight});
+    header.channels = fileChannelsOf(whole);
+    std::swap(header.channels[kBeautyChannel], header.channels[kAlphaChannel]);
+    EXPECT_THAT(merge({.files = {write("a.pkr", header)}}).error, HasSubstr("first channels"));
 }
 
 TEST_F(MergeTest, WhatIsMissingIsToldAndStaysAsIfNothingWereHit) {
