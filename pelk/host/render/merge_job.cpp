@@ -50,6 +50,7 @@ private:
     bool beginPicture();
     bool addFiles();
     bool addFile(std::size_t index, Coverage& coverage);
+    int placePixels(int index, Coverage& coverage);
     void stamp(const FilePart& part, int channel);
 
     const MergeOptions& options;
@@ -239,7 +240,6 @@ bool Merge::addFiles() {
     return true;
 }
 
-/// Copies the pixels that are new, and compares the others with what is there.
 bool Merge::addFile(std::size_t index, Coverage& coverage) {
     EnvelopeReader file(options.files[index]);
     std::string error;
@@ -249,25 +249,32 @@ bool Merge::addFile(std::size_t index, Coverage& coverage) {
         return fail(quoted(index) + " was changed while it was read");
     if (!pixels.read(file, error))
         return fail(file, error);
-    const PictureRect& rect = headers[index].rect;
-    const int channels = static_cast<int>(headers[index].channels.size());
-    int rival = Coverage::kNobody;  // a file that has other pixels in the same place
-    coverage.add(rect, static_cast<int>(index), [&](int y, int x0, int x1, int owner) {
-        for (int c = 0; c < channels; ++c) {
-            const bool isStamp =
-                headers[index].channels[static_cast<std::size_t>(c)].alias == kAliasHostStamp;
-            forEachRun(picture, c, pixels, rect, y, x0, x1,
+    const int rival = placePixels(static_cast<int>(index), coverage);
+    return rival == Coverage::kNobody ||
+           fail(quoted(index) + " overlaps " + quoted(static_cast<std::size_t>(rival)) +
+                ", and has other pixels there");
+}
+
+/// Copies the pixels of the file in hand that are new, and compares the others with what is there.
+/// The answer is a file that has other pixels in the same place, or kNobody.
+int Merge::placePixels(int index, Coverage& coverage) {
+    const FileHeader& header = headers[static_cast<std::size_t>(index)];
+    int rival = Coverage::kNobody;
+    coverage.add(header.rect, index, [&](int y, int x0, int x1, int owner) {
+        const bool isNew = owner == Coverage::kNobody;
+        int channel = 0;
+        for (const FileChannel& kind : header.channels) {
+            const bool mayDiffer = kind.alias == kAliasHostStamp;
+            forEachRun(picture, channel++, pixels, header.rect, y, x0, x1,
                        [&](u8* target, const u8* source, std::size_t bytes) {
-                           if (owner == Coverage::kNobody)
+                           if (isNew)
                                std::memcpy(target, source, bytes);
-                           else if (!isStamp && std::memcmp(target, source, bytes) != 0)
+                           else if (!mayDiffer && std::memcmp(target, source, bytes) != 0)
                                rival = owner;
                        });
         }
     });
-    return rival == Coverage::kNobody ||
-           fail(quoted(index) + " overlaps " + quoted(static_cast<std::size_t>(rival)) +
-                ", and has other pixels there");
+    return rival;
 }
 
 /// Lets a part show the name of its computer, as a region does that comes from there in a block.
