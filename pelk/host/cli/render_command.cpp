@@ -35,7 +35,7 @@ constexpr int kMostSamplesByNoise = 4096;
 
 /// Why a picture has the samples that it has, as its metadata tell it.
 const char* wordsFor(RenderEnd end) {
-    constexpr const char* kWords[] = {kFinished, "interrupted", "out of time"};
+    constexpr const char* kWords[] = {kFinished, "interrupted", "out of time", "in work"};
     return kWords[static_cast<int>(end)];
 }
 
@@ -184,6 +184,11 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::at
                                        .seconds = options.checkpointSeconds,
                                        .resume = options.resume,
                                        .header = checkpointHeader(scene, render)};
+    render.interimSeconds = options.interimSeconds;
+    render.interim = [&](Picture& shown, const RenderResult& soFar) {
+        write(scene, render, soFar, shown);
+        written.clear();
+    };
     if (keepsCheckpoint())
         render.checkpoint = &checkpoint;
     const RenderResult result =
@@ -243,6 +248,9 @@ ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
     const FileHeader header = headerOf(scene, render, result, picture);
     ExitCode code = ExitCode::Done;
     for (const std::string& output : options.outputs) {
+        // A part of a picture is of no use to a merge before it is done.
+        if (result.end == RenderEnd::InWork && isRegionFile(output))
+            continue;
         std::string error;
         if (!writeOutput(picture, output, header, info, error))
             code = command.fail(ExitCode::OutputFailed, error);

@@ -146,6 +146,13 @@ void RenderCommandOptions::addTo(CLI::App& command) {
     command.add_flag("--resume", resume,
                      "Goes on with what a checkpoint has, if there is one: after an interruption, "
                      "or with a larger --spp");
+    command
+        .add_option(
+            "--interim", interimSeconds,
+            "Writes the pictures so often while they are rendered in passes, with the tiles "
+            "in work shaded")
+        ->type_name("SECONDS")
+        ->check(kDuration);
     addParsed(
         command, "--order", "passes|tiles",
         "passes: a few samples for the whole picture, then more; tiles: all samples of a tile "

@@ -31,6 +31,7 @@ struct RenderCommandOptions : SceneOptions {
     double checkpointSeconds = 0.0;
     std::string checkpointFile;
     bool resume = false;
+    double interimSeconds = 0.0;  ///< --interim; 0 if it was left out
     SampleOrder order = SampleOrder::Automatic;
     std::vector<std::string> channels;
     ProgressStyle progress = ProgressStyle::Auto;

@@ -22,6 +22,12 @@ std::size_t fragmentSizeFor(const RenderChannels& channels) {
     return packedFragmentSize(slots);
 }
 
+/// Whether so many seconds have gone by since something was done; never with 0 seconds.
+bool isDue(std::chrono::steady_clock::time_point last, double seconds) {
+    const auto now = std::chrono::steady_clock::now();
+    return seconds > 0.0 && now - last > std::chrono::duration<double>(seconds);
+}
+
 /// Where noise decides, tiles are of whole blocks.
 TileGrid gridFor(const RenderOptions& options, const PictureRect& shown) {
     if (options.noise <= 0.0)
@@ -66,16 +72,17 @@ bool PictureSampler::resume(MessageLog* log, RenderResult& result) {
 }
 
 void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, RenderResult& result) {
-    start = lastCheckpoint = Clock::now();
+    start = lastCheckpoint = lastInterim = Clock::now();
     if (options.seconds > 0.0)
         deadline = start + std::chrono::duration_cast<Clock::duration>(
                                std::chrono::duration<double>(options.seconds));
     WorkerGroup reporting = group;
     reporting.report = [&] {
         tell(progress, result);
-        const double every = options.checkpoint ? options.checkpoint->seconds : 0.0;
-        if (every > 0.0 && Clock::now() - lastCheckpoint > std::chrono::duration<double>(every))
+        if (options.checkpoint && isDue(lastCheckpoint, options.checkpoint->seconds))
             keepCheckpoint(group.log, result);
+        if (plan.inPasses && options.interim && isDue(lastInterim, options.interimSeconds))
+            showInterim(result);
     };
     runWorkers(reporting, [&](Worker& thread) { sampleTiles(group, thread); });
     const bool isWhole = tilesDone == grid.size();
@@ -92,6 +99,36 @@ void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, Ren
         shownRange.least = 0;
     }
     result.samplesOfPixels = shownRange;
+}
+
+/// Makes the picture of what there is. The threads don't touch it in passes, and the end makes it
+/// anew.
+void PictureSampler::showInterim(RenderResult soFar) {
+    soFar.samplesOfPixels = store->getRange();
+    if (soFar.samplesOfPixels.least > 0) {
+        TileWorker worker(setup, grid.largest(), 0);
+        TileSums sums;
+        for (int tile = 0; tile < grid.size(); ++tile) {
+            store->load(tile, sums);
+            show(worker, sums);
+        }
+        markTilesInWork();
+        soFar.end = RenderEnd::InWork;
+        options.interim(picture, soFar);
+    }
+    lastInterim = Clock::now();
+}
+
+void PictureSampler::markTilesInWork() {
+    std::set<int> tiles;
+    {
+        const std::lock_guard lock(mutex);
+        tiles = tilesInWork;
+    }
+    for (const int tile : tiles) {
+        const PictureRect rect = intersection(grid.at(tile), shown);
+        picture.getRegion().shadeRegion(rect.x0, rect.y0, rect.x1, rect.y1, kShadeBlue);
+    }
 }
 
 /// How far the render has come.
@@ -127,11 +164,13 @@ void PictureSampler::sampleTiles(const WorkerGroup& group, Worker& thread) {
             store->load(tile, sums);
         else
             sums = TileSums(grid.at(tile), worker.needsFragments());
+        noteWork(tile, true);
         const long long droppedBefore = worker.getDropped();
         sampleTile(worker, sums, stop);
         noteDropped(worker, droppedBefore);
         if (store)
             store->commit(tile, sums);
+        noteWork(tile, false);
         if (plan.next(sums).samples > 0)
             queue.putBack(tile);
         else
@@ -152,6 +191,14 @@ void PictureSampler::finishTile(TileWorker& worker, const TileSums& sums) {
     if (!plan.inPasses)
         show(worker, sums);
     ++tilesDone;
+}
+
+void PictureSampler::noteWork(int tile, bool begins) {
+    const std::lock_guard lock(mutex);
+    if (begins)
+        tilesInWork.insert(tile);
+    else
+        tilesInWork.erase(tile);
 }
 
 void PictureSampler::noteDropped(TileWorker& worker, long long before) {

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <set>
 
 #include "pelk/host/render/render_job.h"
 #include "pelk/host/render/render_setup.h"
@@ -39,6 +40,9 @@ private:
     void noteDropped(TileWorker& worker, long long before);
     void tell(RenderProgress* progress, RenderResult& result);
     void keepCheckpoint(MessageLog* log, RenderResult& result);
+    void showInterim(RenderResult soFar);
+    void markTilesInWork();
+    void noteWork(int tile, bool begins);
     void developTiles(const WorkerGroup& group);
     void show(TileWorker& worker, const TileSums& sums);
 
@@ -52,7 +56,7 @@ private:
     TileQueue queue;
 
     using Clock = std::chrono::steady_clock;
-    Clock::time_point start, lastCheckpoint;
+    Clock::time_point start, lastCheckpoint, lastInterim;
     StopTest::Deadline deadline;
     long long samplesBefore = 0;  // of earlier runs
     double secondsBefore = 0.0;
@@ -61,6 +65,7 @@ private:
     std::atomic<int> tilesDone{0};
     std::mutex mutex;  // of what follows, while threads run
     SampleRange shownRange;
+    std::set<int> tilesInWork;
     long long dropped = 0;
     std::string droppedBy;
 };

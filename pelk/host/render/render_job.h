@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,10 @@ enum class RenderEnd {
     Finished,
     Stopped,    ///< by `stop`
     OutOfTime,  ///< RenderOptions::seconds were over
+    InWork,     ///< not yet: the picture is shown meanwhile
 };
+
+struct RenderResult;
 
 /// What one render is to do. Sizes and counts are above 0, but where a comment gives 0 a meaning.
 struct RenderOptions {
@@ -44,6 +48,11 @@ struct RenderOptions {
     double noise = 0.0;
     /// Where the render is kept to go on another time; the caller's. Null: nowhere.
     const CheckpointOptions* checkpoint = nullptr;
+    /// Shows the picture so often while it is rendered in passes, from the first whole one on, with
+    /// the tiles shaded that threads have at the moment, and what has come of the render so far; 0:
+    /// not at all. Called on the thread of renderScene, while the others go on.
+    double interimSeconds = 0.0;
+    std::function<void(Picture&, const RenderResult&)> interim;
     std::vector<std::string> channels;  ///< names of render channels beside those of the scene
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };

@@ -110,6 +110,26 @@ TEST_F(PassesTest, InterruptedWhereverItIsARenderEndsWithTheBitsOfOneThatNeverSt
     expectRefused(options, "77 samples in a pixel already");
 }
 
+TEST_F(PassesTest, PicturesInWorkAreWholeAndShowWhatIsInWork) {
+    RenderOptions options = optionsOf(1 << 24);
+    options.interimSeconds = 0.001;
+    int shown = 0;
+    bool isShaded = false;
+    options.interim = [&](Picture& picture, const RenderResult& soFar) {
+        ++shown;
+        EXPECT_GT(soFar.samplesOfPixels.least, 0u);
+        const auto pixels = pixelsOf<Color>(picture, 0);
+        // The dome is grey; in tiles that threads have it is shaded blue.
+        EXPECT_GT(pixels[0].b, 0.0f);
+        for (const Color& c : pixels)
+            isShaded |= c.b > 0.4f && c.b > c.r * 1.5f;
+    };
+    Picture picture;
+    EXPECT_EQ(renderFor(900, options, picture).end, RenderEnd::Stopped);
+    EXPECT_GT(shown, 0);
+    EXPECT_TRUE(isShaded);
+}
+
 TEST_F(PassesTest, ADamagedCheckpointIsRefusedEvenIfItsCheckSumHolds) {
     RenderOptions options = optionsOf(1);
     options.checkpoint = &kept;
