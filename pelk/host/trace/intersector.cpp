@@ -190,9 +190,11 @@ float Intersector::closest(const RenderContext& ray, u32& object, RenderContext&
         // outside of all triangles around it. A hair beside it there are edges alone. Cameras and
         // mirrors may aim at a corner; to the last bit random directions never do.
         constexpr float kHair = 1e-6f;
-        rayHit.ray.dir_x += kHair * ray.rayDir.y;
-        rayHit.ray.dir_y += kHair * ray.rayDir.z;
-        rayHit.ray.dir_z += kHair * ray.rayDir.x;
+        Vector aside, across;
+        makeBasis(ray.rayDir, aside, across);
+        rayHit.ray.dir_x += kHair * aside.x;
+        rayHit.ray.dir_y += kHair * aside.y;
+        rayHit.ray.dir_z += kHair * aside.z;
         rtcIntersect1(scene, &query.context, &rayHit);
     }
     if (rayHit.hit.geomID == RTC_INVALID_GEOMETRY_ID)
