@@ -60,8 +60,8 @@ constexpr int kTexturedFloatsType = 12;
 ///     enable=(::name=value)        to be changed only while the parameter `name` has that value
 ///     attributes=(objectSet)       the list names objects of the scene
 /// "minValue(0)" without the equals sign occurs too. A reader passes over what it doesn't know:
-/// keys are added as user interfaces need them. `pelk` shows the text as it stands and acts on one
-/// alone: a String whose whole guide is "file" names a file, which is looked for beside the scene.
+/// keys are added as user interfaces need them. `pelk` shows the text, holds a scene to the ranges
+/// of its own plug-ins, and takes a String whose whole guide is "file" for a file name.
 struct ParameterDesc {
     const char* name = nullptr;  ///< lower case with underscores; unlike all others of the kind
     ParameterType type = ParameterType::Other;

@@ -18,10 +18,12 @@ constexpr ParamTable kParams{
                "0 - a mirror, 1 - almost matt; its square is the width of highlights"),
     floatParam("tail", &GlossyParams::tail, 2.0f,
                "How steeply highlights fall off, 0 to 10: below 2 they glow far around, above 2 "
-               "they end soon"),
+               "they end soon",
+               "minValue=(0), maxValue=(10)"),
     floatParam("ior", &GlossyParams::ior, 0.0f,
                "Index of refraction of the coat: it mirrors less where it is seen from above. 0 - "
-               "the same from all sides"),
+               "the same from all sides",
+               "minValue=(0), maxValue=(10)"),
 };
 
 /// Lower bound of the albedo in the energy compensation, so that grazing views aren't amplified

@@ -5,13 +5,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 #include "pelk/platform/file.h"
+#include "pelk/platform/input_file.h"
 
 namespace Tarnkit {
 
@@ -42,16 +41,14 @@ bool readRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int y0, int 
 
 /// Whether a PNG ends inside a chunk, or before the first one with pixels. Its reader finds out
 /// too, but prints a line of its own then.
-bool isCutPng(const std::string& path) {
+bool isCutPng(platform::InputFile& file) {
     constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    const std::streamoff size = file.tellg();
     char head[8];
-    if (!file.seekg(0).read(head, 8) || std::string_view(head, 8) != kSignature)
+    if (!file.read(0, head, 8) || std::string_view(head, 8) != kSignature)
         return false;
     bool pixels = false;
-    for (std::streamoff at = 8; at < size;) {
-        if (!file.seekg(at).read(head, 8))
+    for (std::uint64_t at = 8; at < file.getSize();) {
+        if (!file.read(at, head, 8))
             return true;
         std::uint32_t length = 0;
         for (int i = 0; i < 4; ++i)
@@ -59,9 +56,9 @@ bool isCutPng(const std::string& path) {
         const std::string_view type(head + 4, 4);
         pixels |= type == "IDAT";
         if (type == "IEND")
-            return !pixels;                 // what follows is no concern of the picture's
-        at += 12 + std::streamoff{length};  // with its length, its type and a check sum behind it
-        if (at > size)
+            return !pixels;                // what follows is no concern of the picture's
+        at += 12 + std::uint64_t{length};  // with its length, its type and a check sum behind it
+        if (at > file.getSize())
             return true;
     }
     return !pixels;
@@ -70,11 +67,12 @@ bool isCutPng(const std::string& path) {
 /// Reads all pixels, a few rows at a time. The libraries behind some formats go on over missing
 /// data and leave no more than a message.
 bool readThrough(const std::string& path, OIIO::ImageSpec& spec, std::string& error) {
-    if (!std::filesystem::is_regular_file(path)) {
-        error = std::filesystem::exists(path) ? "not a plain file" : "no such file";
+    platform::InputFile file(path);
+    if (!file.isOpen()) {
+        error = "it can't be read: " + file.getReason();
         return false;
     }
-    if (isCutPng(path)) {
+    if (isCutPng(file)) {
         error = "the file is cut short";
         return false;
     }

@@ -7,12 +7,12 @@
 #include <assimp/Importer.hpp>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 #include "pelk/host/plugins/mesh_check.h"
+#include "pelk/host/plugins/mesh_io.h"
 #include "pelk/platform/file.h"
+#include "pelk/platform/input_file.h"
 
 namespace Tarnkit {
 
@@ -20,13 +20,12 @@ namespace {
 
 /// The reader aborts the process on some of what is refused here, so it sees the file after this.
 bool checkFile(const std::string& path, const std::string& ending, std::string& error) {
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream || !std::filesystem::is_regular_file(path)) {
-        error = "no such file, or it can't be read";
-        return false;
-    }
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
-    return checkMeshText(text, ending, error);
+    platform::InputFile file(path);
+    std::string text;
+    if (file.readAll(text))
+        return checkMeshText(text, ending, error);
+    error = "it can't be read: " + file.getReason();
+    return false;
 }
 
 bool hasWholeFaces(const aiMesh& mesh) {
@@ -40,9 +39,12 @@ bool hasWholeFaces(const aiMesh& mesh) {
 /// Reads the file as it stands, then cuts it into triangles if its indices can be trusted.
 const aiScene* import(Assimp::Importer& importer, const std::string& path, bool smooth,
                       std::string& error) {
+    std::string refusal;                            // of a file that the mesh names
+    importer.SetIOHandler(new MeshFiles(refusal));  // which owns it
     const aiScene* scene = importer.ReadFile(path, 0);
-    if (!scene) {
-        error = importer.GetErrorString();
+    importer.SetIOHandler(nullptr);
+    if (!scene || !refusal.empty()) {
+        error = refusal.empty() ? importer.GetErrorString() : refusal;
         return nullptr;
     }
     for (unsigned i = 0; i < scene->mNumMeshes; ++i) {

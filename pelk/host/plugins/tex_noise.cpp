@@ -17,7 +17,8 @@ constexpr ParamTable kParams{
     colorParam("color1", &TexNoiseParams::color1, Color(0), "First colour, linear"),
     colorParam("color2", &TexNoiseParams::color2, Color(1), "Second colour, linear"),
     floatParam("size", &TexNoiseParams::size, 1.0f, "Size of the largest clouds"),
-    intParam("octaves", &TexNoiseParams::octaves, 4, "Layers of ever finer clouds, 1 to 16"),
+    intParam("octaves", &TexNoiseParams::octaves, 4, "Layers of ever finer clouds, 1 to 16",
+             "minValue=(1), maxValue=(16)"),
     pluginParam<UVWGenInterface>("uvwgen", &TexNoiseParams::uvwgen,
                                  "Texture coordinates; the place in the scene without one"),
 };

@@ -7,7 +7,8 @@ namespace Tarnkit {
 namespace {
 
 constexpr ParamTable kParams{
-    floatParam("ior", &VolumeMediumParams::ior, 1.33f, "Index of refraction"),
+    floatParam("ior", &VolumeMediumParams::ior, 1.33f, "Index of refraction",
+               "minValue=(0.1), maxValue=(10)"),
 };
 
 }  // namespace

@@ -1,13 +1,11 @@
 #include "pelk/host/render/fingerprint.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <vector>
 
 #include "pelk/host/plugins/mesh_files.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/scene/scene_settings.h"
-#include "pelk/platform/file.h"
 #include "pelk/platform/input_file.h"
 
 namespace Tarnkit {
@@ -43,7 +41,7 @@ public:
         if (!add(path))
             return false;
         for (const std::string& further : filesBehindMesh(path)) {
-            const bool exists = std::filesystem::is_regular_file(platform::nativePath(further));
+            const bool exists = platform::InputFile(further).isOpen();
             hash.addNumber(exists);
             if (exists && !add(further))
                 return false;

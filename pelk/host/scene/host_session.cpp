@@ -216,7 +216,8 @@ void HostSession::loadModules(const std::string& directories, MessageLog* log) {
         begin = end + 1;
         if (directory.empty())
             continue;
-        if (!std::filesystem::is_directory(platform::nativePath(directory))) {
+        std::error_code none;
+        if (!std::filesystem::is_directory(platform::nativePath(directory), none)) {
             registry->refused(directory.c_str(), "no such directory");
             continue;
         }

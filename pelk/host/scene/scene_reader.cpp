@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <map>
 
@@ -11,16 +10,34 @@
 #include "pelk/contract/texture.h"
 #include "pelk/host/plugins/file_guide.h"
 #include "pelk/host/scene/host_session.h"
+#include "pelk/host/scene/parameter_range.h"
 #include "pelk/host/scene/scene_loops.h"
 #include "pelk/host/scene/scene_settings.h"
 #include "pelk/host/scene/scene_values.h"
 #include "pelk/host/trace/interfaces.h"
 #include "pelk/platform/file.h"
+#include "pelk/platform/input_file.h"
 #include "pelk/support/spelling.h"
 
 namespace Tarnkit {
 
 namespace {
+
+/// What a scene takes in memory is a multiple of its text.
+constexpr std::uint64_t kMostSceneBytes = std::uint64_t{1} << 28;
+
+/// Reads a plain file, or one of the streams that the program was started with.
+bool readText(const std::string& name, std::string& text, std::string& reason) {
+    if (platform::isOpenStream(name))
+        return platform::readOpenStream(name, kMostSceneBytes, text, reason);
+    platform::InputFile file(name);
+    if (file.getSize() <= kMostSceneBytes && file.readAll(text))
+        return true;
+    reason = file.getSize() > kMostSceneBytes
+                 ? "it has more than " + std::to_string(kMostSceneBytes) + " bytes"
+                 : file.getReason();
+    return false;
+}
 
 /// One reading of one file. Every step returns false after a failure, with `error` filled.
 class SceneReader {
@@ -89,12 +106,9 @@ private:
 };
 
 bool SceneReader::parseFile() {
-    const std::string path = platform::nativePath(file);
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream || !std::filesystem::is_regular_file(path))
-        return fail("", "no such scene file, or it can't be read");
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
-    std::string reason;
+    std::string text, reason;
+    if (!readText(file, text, reason))
+        return fail("", "the scene can't be read: " + reason);
     if (parseSceneJson(text, document, reason))
         return true;
     error = file + ":" + (reason.starts_with('/') ? " " : "") + reason;
@@ -217,6 +231,9 @@ bool SceneReader::setParameter(const Instance& instance, const std::string& name
     SceneValue read;
     SceneError sceneError;
     if (!readSceneValue(scene, directory, *desc, value, pointer, read, sceneError))
+        return fail(sceneError);
+    // Other plug-ins take what lies outside of the range that a user interface offers.
+    if (instance.kind->library.empty() && !checkRange(*desc, value, pointer, sceneError))
         return fail(sceneError);
     for (Plugin* const target : read.references)
         references.add(instance.plugin, name, target);

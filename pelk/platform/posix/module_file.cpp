@@ -3,17 +3,12 @@
 #include <link.h>
 
 #include <cstring>
-#include <fstream>
+
+#include "pelk/platform/input_file.h"
 
 namespace Tarnkit::platform {
 
 namespace {
-
-/// Reads `count` bytes from a place in the file; false if they aren't there.
-bool readAt(std::ifstream& file, std::uint64_t place, void* data, std::size_t count) {
-    return file.seekg(static_cast<std::streamoff>(place)) &&
-           file.read(static_cast<char*>(data), static_cast<std::streamsize>(count));
-}
 
 bool isOurs(const ElfW(Ehdr) & head) {
     return std::memcmp(head.e_ident, ELFMAG, SELFMAG) == 0 &&
@@ -23,21 +18,25 @@ bool isOurs(const ElfW(Ehdr) & head) {
 
 }  // namespace
 
-bool isWholeModule(const std::string& file, std::string& reason) {
-    std::ifstream stream(file, std::ios::binary | std::ios::ate);
-    const auto size = static_cast<std::uint64_t>(stream.tellg());
+bool isWholeModule(const std::string& path, std::string& reason) {
+    InputFile file(path);
     ElfW(Ehdr) head;
-    if (!stream || !readAt(stream, 0, &head, sizeof head) || !isOurs(head))
+    if (!file.isOpen() && !file.isMissing()) {
+        reason = path + ": " + file.getReason();
+        return false;
+    }
+    if (!file.isOpen() || !file.read(0, &head, sizeof head) || !isOurs(head))
         return true;
+    const std::uint64_t size = file.getSize();
     for (unsigned i = 0; i < head.e_phnum; ++i) {
         ElfW(Phdr) part;
-        const bool there = readAt(stream, head.e_phoff + i * sizeof part, &part, sizeof part);
+        const bool there = file.read(head.e_phoff + i * sizeof part, &part, sizeof part);
         const bool whole =
             there && (part.p_type != PT_LOAD ||
                       (part.p_filesz <= size && part.p_offset <= size - part.p_filesz));
         if (whole)
             continue;
-        reason = file + ": the file is cut short";
+        reason = path + ": the file is cut short";
         return false;
     }
     return true;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "pelk/contract/parameters.h"
+#include "pelk/host/scene/scene_values.h"
+
+namespace Tarnkit {
+
+/// Whether all numbers of a value lie in the range that the parameter's guide tells by
+/// "minValue=(n), maxValue=(n)", both ends included: a plain value, or those at keyframes. A
+/// parameter without a range takes all. `json` has passed readSceneValue. False with `error`
+/// filled, which names the place of the number.
+bool checkRange(const ParameterDesc& desc, const Json& json, const std::string& pointer,
+                SceneError& error);
+
+}  // namespace Tarnkit
