@@ -1,7 +1,9 @@
 #include "pelk/host/plugins/host_geometry.h"
 
+#include <algorithm>
 #include <cmath>
 
+#include "pelk/base/limits.h"
 #include "pelk/contract/param_table.h"
 #include "pelk/host/trace/render_context.h"
 #include "pelk/host/trace/scene_object.h"
@@ -36,6 +38,11 @@ constexpr ParamTable kGeometryParams{
 
 bool isFinite3(Color c) {
     return std::isfinite(c.r) && std::isfinite(c.g) && std::isfinite(c.b);
+}
+
+/// False for NaN too.
+bool isInSpace(const Vector& p) {
+    return std::fabs(p.x) < kRayFar && std::fabs(p.y) < kRayFar && std::fabs(p.z) < kRayFar;
 }
 
 }  // namespace
@@ -75,7 +82,12 @@ bool HostGeometry::buildMesh(Mesh& mesh, std::string& error) {
         mesh.normals.clear();
     mapMaterialIDs(mesh);
     placement().apply(mesh);
-    return true;
+    const bool fits = std::all_of(mesh.positions.begin(), mesh.positions.end(), isInSpace);
+    if (!fits)
+        error =
+            "a vertex lies 1e18 or more from the origin, where no ray goes; expected less of "
+            "\"scale\", \"translate\" or the size";
+    return fits;
 }
 
 void HostGeometry::mapMaterialIDs(Mesh& mesh) const {

@@ -186,6 +186,11 @@ bool checkPly(std::string_view text, std::string& error) {
         return false;
     }
     for (const PlyElement& element : head.elements) {
+        // Rows that take no bytes: a count without end would be gone through for nothing.
+        if (element.properties.empty() && element.count > 0) {
+            error = "the rows of \"" + std::string(element.name) + "\" have no properties";
+            return false;
+        }
         for (long long row = 0; row < element.count; ++row) {
             for (const PlyProperty& property : element.properties) {
                 const bool there = head.format == PlyFormat::Text
@@ -203,14 +208,54 @@ bool checkPly(std::string_view text, std::string& error) {
     return true;
 }
 
+/// Whether a mesh is the same without the extension, or the import library knows it.
+bool isKnownExtension(std::string_view name) {
+    // Looks, lamps and texture formats, of which a mesh takes nothing.
+    static constexpr std::string_view kHarmless[] = {"KHR_materials_", "KHR_texture_",
+                                                     "EXT_texture_",   "MSFT_texture_",
+                                                     "KHR_lights_",    "EXT_lights_"};
+    return name == "KHR_draco_mesh_compression" ||
+           std::any_of(std::begin(kHarmless), std::end(kHarmless),
+                       [&](std::string_view start) { return name.starts_with(start); });
+}
+
+/// A reader that lacks what a file requires must not read it: where the vertices are packed it
+/// would find none, or wrong ones.
+bool checkExtensions(const nlohmann::json& document, std::string& error) {
+    const auto required = document.find("extensionsRequired");
+    if (required == document.end() || !required->is_array())
+        return true;
+    for (const nlohmann::json& name : *required) {
+        if (!name.is_string() || isKnownExtension(name.get_ref<const std::string&>()))
+            continue;
+        error = "it requires the extension \"" + name.get<std::string>() +
+                "\", which can't be read here";
+        return false;
+    }
+    return true;
+}
+
 bool checkGltf(std::string_view json, std::string& error) {
+    constexpr int kMaxNesting = 64;
     // Names in other encodings than UTF-8 are read all the same.
     std::string plain(json);
     std::replace_if(
         plain.begin(), plain.end(), [](char c) { return static_cast<signed char>(c) < 0; }, ' ');
-    if (nlohmann::json::accept(plain))
-        return true;
-    error = "the JSON of the file is broken or cut short";
+    int nesting = 0;
+    const auto document = nlohmann::json::parse(
+        plain,
+        [&](int depth, nlohmann::json::parse_event_t, nlohmann::json&) {
+            nesting = std::max(nesting, depth);
+            return depth <= kMaxNesting;
+        },
+        false);
+    // The import library's parser calls itself for each level.
+    if (nesting > kMaxNesting)
+        error = "its JSON is nested too deeply";
+    else if (document.is_discarded() || !document.is_object())
+        error = "the JSON of the file is broken or cut short";
+    else
+        return checkExtensions(document, error);
     return false;
 }
 
