@@ -34,10 +34,15 @@ std::size_t countEdits(std::string_view a, std::string_view b) {
 /// The name that `text` was most likely meant to be: the one that the fewest edits turn into it.
 /// Empty if all are too far off. The view is into `names`.
 std::string_view nearestName(std::string_view text, std::span<const std::string_view> names) {
+    constexpr std::size_t kLongestName = 200;  // the edits of two names take the product of these
     std::string_view best;
+    if (text.size() > kLongestName)
+        return best;
     // More than a third of the letters wrong is another word; one letter of a short one may be.
     std::size_t fewest = std::max<std::size_t>(1, text.size() / 3) + 1;
     for (const std::string_view name : names) {
+        if (name.size() > kLongestName)
+            continue;
         const std::size_t edits = countEdits(text, name);
         if (edits < fewest) {
             fewest = edits;

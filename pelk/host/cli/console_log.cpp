@@ -2,6 +2,9 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
+
+#include "pelk/support/message_text.h"
 
 namespace Tarnkit {
 
@@ -9,16 +12,17 @@ void ConsoleLog::add(const char* level, Tone tone, bool shown, const char* forma
                      va_list arguments) {
     char buffer[4096];
     std::vsnprintf(buffer, sizeof buffer, format, arguments);
-    std::string text = buffer;
-    while (text.ends_with('\n'))
-        text.pop_back();
+    std::string_view line = buffer;
+    while (line.ends_with('\n'))
+        line.remove_suffix(1);
+    const std::string text = messageText(line);
     diagnostics.add(level + text);
     if (shown)
         status.print(ConsoleText().add(level, tone).add(text));
 }
 
 void ConsoleLog::complain(const std::string& text) {
-    diagnostics.add("pelk: " + text);
+    diagnostics.add("pelk: " + messageText(text));
     status.print(complaint(text));
 }
 

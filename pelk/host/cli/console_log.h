@@ -10,7 +10,7 @@ namespace Tarnkit {
 
 /// Messages of the host and its plug-ins, as lines on standard error and in the debug log, which
 /// gets all of them. Without `verbose`, standard error shows warnings and errors alone. Any thread
-/// may call; a message is cut at 4,095 characters.
+/// may call; a message is one line, as messageText makes it.
 class ConsoleLog final : public MessageLog {
 public:
     ConsoleLog(StatusLine& statusLine, const Diagnostics& debugLog, bool verboseLog)

@@ -7,6 +7,7 @@
 
 #include "pelk/platform/console.h"
 #include "pelk/support/console.h"
+#include "pelk/support/message_text.h"
 
 namespace Tarnkit {
 
@@ -81,7 +82,7 @@ ConsoleText& ConsoleText::append(const ConsoleText& other) {
 }
 
 ConsoleText complaint(std::string_view text) {
-    return ConsoleText().add("pelk:", Tone::Error).add(" ").add(text);
+    return ConsoleText().add("pelk:", Tone::Error).add(" ").add(messageText(text));
 }
 
 void print(Stream stream, const ConsoleText& text) {

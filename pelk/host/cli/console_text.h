@@ -29,7 +29,7 @@ private:
     std::string text;
 };
 
-/// The start of every message about what is wrong: "pelk: " and `text`.
+/// The start of every message about what is wrong: "pelk: " and `text`, as messageText shows it.
 ConsoleText complaint(std::string_view text);
 
 enum class Stream { Output, Error };

@@ -6,6 +6,7 @@
 #include "pelk/host/cli/json_output.h"
 #include "pelk/host/cli/plugin_options.h"
 #include "pelk/host/scene/host_session.h"
+#include "pelk/support/message_text.h"
 
 namespace Tarnkit {
 
@@ -46,7 +47,7 @@ void printText(const HostSession& session) {
     if (!session.getRejected().empty())
         text.add("\n").add("Refused", Tone::Warning).add("\n");
     for (const RejectedLibrary& library : session.getRejected())
-        text.add("  " + library.path + ": " + library.reason + "\n");
+        text.add("  " + messageText(library.path + ": " + library.reason) + "\n");
     print(Stream::Output, text);
 }
 

@@ -56,7 +56,7 @@ bool loadModules(HostSession& session, const PluginOptions& options, ConsoleLog&
     }
     error = "no plug-in library found; expected a *.so that exports getLibDesc in " + path;
     for (const RejectedLibrary& library : session.getRejected())
-        error += "\n  " + library.path + ": " + library.reason;
+        error += "; refused: " + library.path + " (" + library.reason + ")";
     return false;
 }
 

@@ -1,6 +1,8 @@
 #include "pelk/host/scene/scene_json.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -10,6 +12,42 @@ namespace Tarnkit {
 namespace {
 
 constexpr std::size_t kMaxNesting = 64;
+
+constexpr std::size_t kLongestNumber = 1000;
+
+/// The place behind a text, as editors count it.
+std::string lineAndColumn(std::string_view read) {
+    const std::ptrdiff_t line = std::count(read.begin(), read.end(), '\n') + 1;
+    const std::size_t column = read.size() - (read.rfind('\n') + 1) + 1;
+    return std::to_string(line) + ":" + std::to_string(column);
+}
+
+/// Where a string or a comment that begins at `at` ends; `at` if none does.
+std::size_t skipQuoted(std::string_view text, std::size_t at) {
+    if (text.substr(at, 2) == "//")
+        return std::min(text.find('\n', at), text.size());
+    if (text.substr(at, 2) == "/*")
+        return std::min(text.find("*/", at + 2), text.size());
+    if (text[at] != '"')
+        return at;
+    for (++at; at < text.size() && text[at] != '"'; ++at)
+        at += text[at] == '\\';
+    return std::min(at, text.size());
+}
+
+/// Where a number stands that is longer than anybody writes one, npos if there is none. The parser
+/// would take minutes for one of a gigabyte, and several copies of it.
+std::size_t longNumberAt(std::string_view text) {
+    constexpr std::string_view kNumber = "0123456789+-.eE";
+    std::size_t length = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        i = skipQuoted(text, i);
+        length = i < text.size() && kNumber.find(text[i]) != kNumber.npos ? length + 1 : 0;
+        if (length > kLongestNumber)
+            return i + 1 - length;
+    }
+    return std::string_view::npos;
+}
 
 /// Builds the document from the parser's events, since the ready-made builder lets a key that
 /// stands twice pass.
@@ -52,10 +90,7 @@ public:
         if (const std::size_t colon = reason.find(": "); colon != std::string_view::npos)
             reason.remove_prefix(colon + 2);
         const std::string_view read = text.substr(0, position == 0 ? 0 : position - 1);
-        const std::size_t line =
-            static_cast<std::size_t>(std::count(read.begin(), read.end(), '\n')) + 1;
-        const std::size_t column = read.size() - (read.rfind('\n') + 1) + 1;
-        error = std::to_string(line) + ":" + std::to_string(column) + ": " + std::string(reason);
+        error = lineAndColumn(read) + ": " + std::string(reason);
         return false;
     }
 
@@ -117,8 +152,23 @@ private:
 }  // namespace
 
 bool parseSceneJson(std::string_view text, Json& out, std::string& error) {
+    if (const std::size_t at = longNumberAt(text); at != std::string_view::npos) {
+        error = lineAndColumn(text.substr(0, at)) + ": expected a number of at most " +
+                std::to_string(kLongestNumber) + " characters";
+        return false;
+    }
     DocumentBuilder builder(text, out, error);
     return Json::sax_parse(text, &builder, nlohmann::detail::input_format_t::json, true, true);
+}
+
+bool toWholeNumber(const Json& value, int& out) {
+    // As a double it can't wrap round to something small, and 32 bits are exact.
+    const double number = value.is_number() ? value.get<double>() : 0.5;
+    if (std::trunc(number) != number || number < std::numeric_limits<int>::min() ||
+        number > std::numeric_limits<int>::max())
+        return false;
+    out = static_cast<int>(number);
+    return true;
 }
 
 std::string pointerTo(const std::string& parent, std::string_view key) {
@@ -140,6 +190,9 @@ std::string pointerTo(const std::string& parent, std::size_t index) {
 
 std::string shortText(const Json& value) {
     constexpr std::size_t kLongest = 40;
+    // Cut before it is written out too: a text can be as long as the file.
+    if (value.is_string() && value.get_ref<const std::string&>().size() > kLongest)
+        return shortText(value.get_ref<const std::string&>().substr(0, kLongest));
     std::string text = value.dump(-1, ' ', false, Json::error_handler_t::replace);
     if (text.size() > kLongest)
         text = text.substr(0, kLongest) + "...";

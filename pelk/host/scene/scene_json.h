@@ -15,6 +15,10 @@ using Json = nlohmann::ordered_json;
 /// is no JSON, or with the JSON pointer ("/plugins/red: ...") where its content is refused.
 bool parseSceneJson(std::string_view text, Json& out, std::string& error);
 
+/// The value of a whole number of 32 bits, which may stand as 10, 10.0 or 1e1. False for anything
+/// else; `out` is then untouched.
+bool toWholeNumber(const Json& value, int& out);
+
 /// A JSON pointer (RFC 6901) with one more step; `~` and `/` in a key are escaped as ~0 and ~1.
 std::string pointerTo(const std::string& parent, std::string_view key);
 std::string pointerTo(const std::string& parent, std::size_t index);

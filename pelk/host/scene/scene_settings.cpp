@@ -66,10 +66,10 @@ constexpr SettingRow kSettings[] = {
 };
 
 bool readInt(const Json& json, const IntLimits& limits, int& out) {
-    // Compared as JSON: a number beyond 64 bits must not wrap round to one that is allowed.
-    if (!json.is_number_integer() || json > limits.most || json < limits.least)
+    int value = 0;
+    if (!toWholeNumber(json, value) || !limits.allow(value))
         return false;
-    out = json.get<int>();
+    out = value;
     return true;
 }
 

@@ -250,16 +250,7 @@ private:
             value = json.is_boolean() && json.get<bool>();
             return json.is_boolean() || unexpected(json, pointer);
         }
-        if (!json.is_number_integer())
-            return unexpected(json, pointer);
-        // What is beyond 64 bits with no sign would wrap round to something small.
-        const bool huge = json.is_number_unsigned() &&
-                          json.get<u64>() > static_cast<u64>(std::numeric_limits<int>::max());
-        const auto number = json.get<std::int64_t>();
-        if (huge || number < std::numeric_limits<int>::min())
-            return unexpected(json, pointer);
-        value = static_cast<int>(number);
-        return true;
+        return toWholeNumber(json, value) || unexpected(json, pointer);
     }
 
     bool readItem(const Json& json, const std::string& pointer, float& value) {
