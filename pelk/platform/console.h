@@ -56,7 +56,8 @@ PELK_API void fillClosedStreams();
 /// Flushes the standard output. False if any of what was printed there, now or before, through
 /// the C library or through a Console, did not arrive, as on a full disk; `error` has the system's
 /// words then. For the end of `main`, whose exit code must tell of that. An output that was closed
-/// from the start was closed on purpose and counts as good.
+/// from the start was closed on purpose and counts as good, and so does a reader that has gone: it
+/// had what it wanted.
 PELK_API bool finishStandardOutput(std::string& error);
 
 /// Writes the ANSI escape sequence that switches a terminal to these attributes into `buffer`, as a

@@ -19,8 +19,8 @@ PELK_API void setStopHandler(StopHandler handler);
 /// one it was. Meant for a handler.
 PELK_API void endBySignal(int signal);
 
-/// Ignores the signal that would end the program at a write past the largest size that files may
-/// have. The write then fails as one on a full disk does.
-PELK_API void ignoreFileSizeSignal();
+/// Ignores the signals that would end the program at a write past the largest size that files may
+/// have, or to a pipe whose reader has gone. The write then fails as one on a full disk does.
+PELK_API void ignoreWriteSignals();
 
 }  // namespace Tarnkit::platform

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <climits>
 #include <cstring>
 
 #include "temporary_directory.h"
@@ -32,6 +33,21 @@ TEST(OutputFileTest, FailureNamesTheFileAndLeavesNothing) {
     OutputFile pipe(directory.file("pipe"));
     EXPECT_THAT(pipe.getError(), HasSubstr(directory.file("pipe")));
     EXPECT_FALSE(pipe.commit());
+
+    // As long as the system takes them, and what is longer is known before a picture is rendered.
+    const std::string name(251, 'n');
+    for (const auto& [longest, fits] : {std::pair(name + ".png", true), {name + "n.png", false}}) {
+        OutputFile file(directory.file(longest));
+        EXPECT_EQ(file.commit(), fits) << file.getError();
+        std::filesystem::remove(directory.file(longest));
+    }
+    std::string deep = directory.path.string();
+    while (deep.size() + 200 < PATH_MAX - 60)
+        deep += "/" + name.substr(0, 199);
+    std::filesystem::create_directories(deep);
+    OutputFile deepest(deep + "/" + std::string(PATH_MAX - 6 - deep.size(), 'n') + ".png");
+    EXPECT_TRUE(deepest.commit()) << deepest.getError();
+    std::filesystem::remove_all(directory.file(name.substr(0, 199)));
 
     OutputFile stolen(directory.file("shot.png"));
     std::filesystem::remove(stolen.getTemporaryName());

@@ -14,6 +14,7 @@
 #include "pelk/platform/debug_stream.h"
 #include "pelk/platform/output_file.h"
 #include "pelk/platform/stop_signals.h"
+#include "pelk/support/message_text.h"
 #include "pelk/support/spelling.h"
 
 namespace {
@@ -55,6 +56,9 @@ ExitCode run(int argc, char** argv) {
     addProbeCommand(program, exitCode);
     program.footer(kFooter);  // behind the commands: each inherits the footer that it finds
 
+    program.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return messageText(error.what()) + "\nRun with --help for more information.\n";
+    });
     const std::string wrongCommand = checkCommand(program, argc, argv);
     if (!wrongCommand.empty()) {
         print(Stream::Error, complaint(wrongCommand).add("\nRun pelk --help for the commands.\n"));
@@ -95,12 +99,12 @@ ExitCode runGuarded(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     platform::fillClosedStreams();
-    platform::ignoreFileSizeSignal();
+    platform::ignoreWriteSignals();
     std::set_terminate(onTerminate);
     ExitCode exitCode = runGuarded(argc, argv);
     std::string error;
     if (!platform::finishStandardOutput(error)) {
-        print(Stream::Error, complaint("cannot write the results: " + error + "\n"));
+        print(Stream::Error, complaint("cannot write the results: " + error).add("\n"));
         if (exitCode == ExitCode::Done)
             exitCode = ExitCode::OutputFailed;
     }

@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "pelk/host/picture/region_file.h"
 #include "pelk/host/render/merge_job.h"
 #include "pelk/platform/file.h"
+#include "pelk/platform/input_file.h"
 
 namespace Tarnkit {
 
@@ -95,9 +95,7 @@ ExitCode MergeRun::checkOutputs() {
     for (const std::string& output : options.outputs) {
         for (const std::string& input : options.merge.files) {
             // By what the names lead to: one file may have several.
-            std::error_code none;
-            if (std::filesystem::equivalent(platform::nativePath(output),
-                                            platform::nativePath(input), none))
+            if (platform::isSameFile(output, input))
                 return fail(ExitCode::BadUsage,
                             "\"" + output + "\" is one of the files that are merged");
         }

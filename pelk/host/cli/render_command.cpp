@@ -16,7 +16,9 @@
 #include "pelk/host/render/fingerprint.h"
 #include "pelk/host/render/plugin_faults.h"
 #include "pelk/host/render/render_workers.h"
+#include "pelk/host/render/scene_files.h"
 #include "pelk/platform/file.h"
+#include "pelk/platform/input_file.h"
 #include "pelk/platform/output_file.h"
 
 namespace Tarnkit {
@@ -56,6 +58,7 @@ public:
 private:
     ExitCode failWithoutPicture(const RenderResult& result, const InterruptGuard& interrupt);
     ExitCode checkOutputs();
+    ExitCode checkInputs(const Scene& scene);
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
     bool keepsCheckpoint() const;
     ExitCode takeFingerprint(const Scene& scene, const RenderOptions& render);
@@ -82,6 +85,8 @@ ExitCode RenderRun::run() {
     if (!command.openScene())
         return ExitCode::BadInput;
     Scene& scene = command.getScene();
+    if (const ExitCode code = checkInputs(scene); code != ExitCode::Done)
+        return code;
     RenderOptions renderOptions;
     if (const ExitCode code = checkPixels(scene, renderOptions); code != ExitCode::Done)
         return code;
@@ -115,6 +120,9 @@ ExitCode RenderRun::failWithoutPicture(const RenderResult& result,
 
 /// Finds out before the render what could go wrong after it.
 ExitCode RenderRun::checkOutputs() {
+    if (options.outputs.empty() && platform::isOpenStream(options.file))
+        return command.fail(ExitCode::BadUsage,
+                            "expected --output: a scene that is read from a stream has no name");
     if (options.outputs.empty())
         options.outputs.push_back(std::filesystem::path(options.file).stem().string() + ".png");
     std::string error;
@@ -131,6 +139,22 @@ ExitCode RenderRun::checkOutputs() {
                ? ExitCode::Done
                : command.fail(ExitCode::OutputFailed, "checkpoint \"" + options.checkpointFile +
                                                           "\": " + checkpoint.getError());
+}
+
+/// What is written must not take the place of what it is made from, by whatever name.
+ExitCode RenderRun::checkInputs(const Scene& scene) {
+    std::vector<std::string> outputs = options.outputs;
+    if (keepsCheckpoint())
+        outputs.push_back(options.checkpointFile);
+    for (const std::string& input : inputFilesOf(scene)) {
+        for (const std::string& output : outputs) {
+            if (platform::isSameFile(output, input))
+                return command.fail(ExitCode::BadUsage, "the output \"" + output +
+                                                            "\" would replace \"" + input +
+                                                            "\", which the scene reads");
+        }
+    }
+    return ExitCode::Done;
 }
 
 ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {

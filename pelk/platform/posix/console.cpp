@@ -114,7 +114,8 @@ void fillClosedStreams() {
 bool finishStandardOutput(std::string& error) {
     flushOutput();
     const int failure = outputFailure;
-    if ((failure == 0 && !std::ferror(stdout)) || !standardConsole.isValid())
+    const bool isWhole = failure == 0 && !std::ferror(stdout);
+    if (isWhole || failure == EPIPE || !standardConsole.isValid())
         return true;
     error = failure != 0 ? std::strerror(failure) : "a write failed";
     return false;

@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -44,17 +46,38 @@ std::string writerName() {
     return text;
 }
 
+/// The longest name that a file beside `target` may have: what the file system takes, and what is
+/// left of the longest path. At least as long as the target's own where that one is allowed.
+std::size_t longestNameBeside(const std::string& target) {
+    constexpr long kUsualName = 255;
+    const std::size_t nameAt = nameOffset(target);
+    const std::string directory = nameAt == 0 ? "." : target.substr(0, nameAt);
+    const long name = pathconf(directory.c_str(), _PC_NAME_MAX);
+    const std::size_t path = nameAt < PATH_MAX ? PATH_MAX - 1 - nameAt : 0;
+    return std::min(static_cast<std::size_t>(name > 0 ? name : kUsualName), path);
+}
+
 /// A hidden name in the directory of `target`, with its ending, that no other call, process or
-/// machine chooses. Cut where it would be longer than the 255 bytes that file systems take.
+/// machine chooses. Where the system takes none that is as long as that, first the target's name in
+/// it is cut, then a random number alone stands there.
 std::string nameBeside(const std::string& target) {
-    constexpr std::size_t kLongestStem = 128, kLongestEnding = 16;
+    constexpr std::size_t kLongestEnding = 16;
     const std::size_t nameAt = nameOffset(target);
     const std::size_t dot = target.rfind('.');
     const bool hasEnding =
         dot != std::string::npos && dot > nameAt && target.size() - dot <= kLongestEnding;
+    const std::string ending = hasEnding ? target.substr(dot) : "";
     const std::string stem = target.substr(nameAt, hasEnding ? dot - nameAt : std::string::npos);
-    return target.substr(0, nameAt) + "." + stem.substr(0, kLongestStem) + "." + writerName() +
-           (hasEnding ? target.substr(dot) : "");
+    const std::string writer = writerName();
+    const std::size_t longest = longestNameBeside(target);
+    const std::size_t others = writer.size() + ending.size() + 2;  // with the two dots
+    const std::string start = target.substr(0, nameAt) + ".";
+    if (others <= longest)
+        return start + stem.substr(0, longest - others) + "." + writer + ending;
+    char number[16];
+    std::snprintf(number, sizeof number, "%x", randomNumber());
+    const std::size_t room = longest > ending.size() + 1 ? longest - ending.size() - 1 : 1;
+    return start + std::string(number).substr(0, room) + ending;
 }
 
 /// The file that a path leads to through symbolic links, whether it exists or not. Links that lead
@@ -104,8 +127,9 @@ OutputFile::OutputFile(const std::string& path) : target(followLinks(nativePath(
         error = "cannot write \"" + target + "\": it is there and not a plain file";
         return;
     }
-    // Renaming would replace a file that its owner has protected from writing.
-    if (errno == ELOOP || (errno == 0 && access(target.c_str(), W_OK) != 0)) {
+    // A name that can't be, by its length or a ring of links, is found out now and not after the
+    // render. And renaming would replace a file that its owner has protected from writing.
+    if (errno != ENOENT && (errno != 0 || access(target.c_str(), W_OK) != 0)) {
         fail("write", target);
         return;
     }

@@ -39,8 +39,9 @@ void endBySignal(int signal) {
     pthread_sigmask(SIG_UNBLOCK, &one, nullptr);
 }
 
-void ignoreFileSizeSignal() {
+void ignoreWriteSignals() {
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 }  // namespace Tarnkit::platform

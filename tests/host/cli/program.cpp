@@ -34,6 +34,7 @@ void Program::becomeProgram(const std::vector<std::string>& words) {
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
+    alarm(300);  // for it, as it outlives exec: whatever hangs falls
     if (chdir(directory.path.c_str()) == 0)
         execv(PELK_PROGRAM, arguments.data());
     _exit(126);

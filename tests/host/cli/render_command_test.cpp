@@ -130,7 +130,8 @@ TEST_F(RenderCommand, BadInputIsExplainedAndAnOlderPictureSurvives) {
         EXPECT_EQ(directory.entryCount(), 4) << "something was written";
     }
     // What would move the cursor must not reach a terminal.
-    EXPECT_THAT(render({"\x1b[2J.json"}).err, HasSubstr("pelk: ?[2J.json: no such scene file"));
+    EXPECT_THAT(render({"\x1b[2J.json"}).err,
+                HasSubstr("pelk: \\x1b[2J.json: the scene can't be read: No"));
 }
 
 TEST_F(RenderCommand, WithoutMaterialsItSaysWhatItLookedFor) {

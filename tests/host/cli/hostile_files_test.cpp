@@ -1,0 +1,144 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "host/cli/program.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kTriangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+
+std::string with(const std::string& type, const std::string& parameters) {
+    return smallScene(", \"x\": {\"type\": \"" + type + "\", " + parameters + "}");
+}
+
+std::string gltf(const std::string& buffer, const std::string& required = "") {
+    return R"({"asset": {"version": "2.0"}, "extensionsRequired": [)" + required +
+           R"(], "buffers": [{"uri": ")" + buffer + R"(", "byteLength": 36}],
+        "bufferViews": [{"buffer": 0, "byteLength": 36}],
+        "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"}],
+        "meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}],
+        "nodes": [{"mesh": 0}], "scenes": [{"nodes": [0]}], "scene": 0})";
+}
+
+class HostileFiles : public testing::Test {
+protected:
+    RunResult render(const std::string& scene, const std::string& output = "a.png") {
+        return pelk.run({"render", scene, "-o", output});
+    }
+    Program pelk;
+    TemporaryDirectory& directory = pelk.directory;
+};
+
+TEST_F(HostileFiles, PipesDirectoriesAndRingsAreRefusedWhereverAFileIsRead) {
+    const std::pair<std::string, const char*> kinds[] = {
+        {"pipe", "it is a pipe"}, {"folder", "it is a directory"}, {"ring", "symbolic links"}};
+    mkfifo(directory.file("pipe").c_str(), 0600);
+    fs::create_directory(directory.file("folder"));
+    fs::create_symlink("ring", directory.file("ring"));
+    for (const auto& [kind, says] : kinds) {
+        for (const char* ending : {".obj", ".mtl", ".bin", ".png", ".so"})
+            fs::create_symlink(kind, directory.file(kind + ending));
+        directory.write("mtl.obj", "mtllib " + kind + ".mtl\n" + kTriangle);
+        directory.write("bin.gltf", gltf(kind + ".bin"));
+        const std::string scenes[] = {with("GeomMesh", "\"file\": \"" + kind + ".obj\""),
+                                      with("GeomMesh", R"("file": "mtl.obj")"),
+                                      with("GeomMesh", R"("file": "bin.gltf")"),
+                                      with("TexImage", "\"file\": \"" + kind + ".png\"")};
+        for (const std::string& scene : scenes) {
+            directory.write("s.json", scene);
+            const RunResult result = render("s.json");
+            EXPECT_EQ(result.exitCode, 1) << kind << scene;
+            EXPECT_THAT(result.err, AllOf(HasSubstr("/plugins/x: "), HasSubstr(says))) << scene;
+        }
+        EXPECT_THAT(render(kind).err, HasSubstr("pelk: " + kind + ": the scene can't be read"));
+    }
+    pelk.pluginPath = directory.path.string();
+    EXPECT_THAT(pelk.run({"list"}).out,
+                AllOf(HasSubstr("pipe.so: it is a pipe"), HasSubstr("ring.so: Too many")));
+}
+
+TEST_F(HostileFiles, EachIsToldInOneShortLine) {
+    const std::string endless(1 << 20, '1');
+    directory.write("dust.ply",
+                    "ply\nformat ascii 1.0\nelement dust 4000000000000000000\n"
+                    "end_header\n");
+    directory.write("packed.gltf", gltf("b.bin", R"("KHR_texture_basisu", "EXT_packed")"));
+    directory.write("deep.gltf", std::string(1 << 20, '[') + std::string(1 << 20, ']'));
+    const std::pair<std::string, const char*> cases[] = {
+        {with("GeomMesh", R"("file": "dust.ply")"), "\"dust\" have no properties"},
+        {with("GeomMesh", R"("file": "packed.gltf")"), "requires the extension \"EXT_packed\""},
+        {with("GeomMesh", R"("file": "deep.gltf")"), "nested too deeply"},
+        {with("GeomSphere", "\"radius\": 1" + endless), "/s.json:8:"},
+        {with("Geom" + endless, R"("a": 1)"), "/plugins/x/type: there is no plug-in \"Geom111"},
+        {with(R"(Geom\n\u001b[2J\u009b)", R"("a": 1)"), R"("Geom\n\x1b[2J\x9b")"},
+        {with("GeomSphere", R"("segments": 12.5)"), "expected a whole number"},
+        {with("GeomSphere", R"("scale": [1, 1, 3e38])"), "x\": a vertex lies 1e18 or more"},
+        {with("BSDFGlass", R"("ior": 0)"), "/plugins/x/ior: expected a number from 0.1 to 10"},
+        {with("BRDFGlossy", R"("tail": {"times": [0, 1], "values": [1, 11]})"), "tail/values/1: "},
+        {with("TexNoise", R"("octaves": 17)"), "expected a number from 1 to 16, not 17"},
+    };
+    for (const auto& [scene, says] : cases) {
+        directory.write("s.json", scene);
+        const RunResult result = render(directory.file("s.json"));
+        EXPECT_EQ(result.exitCode, 1) << says;
+        EXPECT_THAT(result.err, HasSubstr(says));
+        EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << says;
+        EXPECT_LT(result.err.size(), 1500u) << says;
+    }
+    EXPECT_LT(pelk.run({"render", "s.json", "--spp", endless.substr(0, 99999)}).err.size(), 1500u);
+}
+
+TEST_F(HostileFiles, AnOutputThatIsAnInputIsRefused) {
+    const std::string scene = smallScene(R"(,
+        "picture": {"type": "TexImage", "file": "t.png"},
+        "mesh": {"type": "GeomMesh", "file": "m.obj"}, "more": {"type": "GeomMesh", "file": "m.gltf"})");
+    directory.write("s.json", smallScene());
+    ASSERT_EQ(render("s.json", "t.png").exitCode, 0);
+    directory.write("s.png", scene);
+    directory.write("m.obj", "mtllib m.png\n" + kTriangle);
+    directory.write("m.png", "newmtl a\n");
+    directory.write("m.gltf", gltf("b.exr"));
+    directory.write("b.exr", std::string(35, '\0') + "@");
+    fs::create_symlink("t.png", directory.file("link.png"));
+    fs::create_hard_link(directory.file("t.png"), directory.file("twin.png"));
+    for (const std::string name :
+         {"s.png", "t.png", "./t.png", "link.png", "twin.png", "m.png", "b.exr"}) {
+        const std::string before = directory.read(name);
+        const RunResult result = render("s.png", name);
+        EXPECT_EQ(result.exitCode, 2) << name << result.err;
+        EXPECT_THAT(result.err, HasSubstr("\"" + name + "\" would replace \""));
+        EXPECT_EQ(directory.read(name), before);
+    }
+    EXPECT_EQ(render("s.png").exitCode, 0);
+}
+
+TEST_F(HostileFiles, StreamsOfTheCallerAreScenesAndItMayLeaveBeforeThePicture) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string scene = smallScene(R"(, "ball": {"type": "GeomSphere", "segments": 1.2e1})");
+    ASSERT_EQ(write(ends[1], scene.data(), scene.size()), std::ssize(scene));
+    close(ends[1]);
+    const std::string stream = "/dev/fd/" + std::to_string(ends[0]);
+    EXPECT_THAT(pelk.run({"render", stream}).err, HasSubstr("expected --output"));
+    EXPECT_EQ(render(stream).exitCode, 0);
+    close(ends[0]);
+    EXPECT_EQ(render(stream).exitCode, 1) << "nothing is open there";
+
+    directory.write("s.json", smallScene());
+    const std::string command = "cd " + directory.path.string() +
+                                " && " PELK_PROGRAM
+                                " render - -o b.png --progress json < s.json | true";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_TRUE(fs::exists(directory.file("b.png")));
+}
+
+}  // namespace
