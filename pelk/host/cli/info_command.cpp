@@ -153,11 +153,9 @@ ExitCode run(const InfoOptions& options) {
     session.loadModules(options.plugins.searchPath(), nullptr);
     const PluginKind* const kind = session.findKind(options.name);
     if (!kind) {
-        ConsoleText text = complaint("there is no plug-in \"" + options.name + "\"" +
-                                     nearestKind(session, options.name) + "\n");
-        for (const RejectedLibrary& library : session.getRejected())
-            text.add("  not loaded: " + library.path + ": " + library.reason + "\n");
-        print(Stream::Error, text);
+        const std::string text = "there is no plug-in \"" + options.name + "\"" +
+                                 nearestKind(session, options.name) + session.getRejectedText();
+        print(Stream::Error, complaint(text).add("\n"));
         return ExitCode::BadInput;
     }
     const Json info = describeKind(session, *kind);

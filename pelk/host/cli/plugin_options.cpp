@@ -54,9 +54,8 @@ bool loadModules(HostSession& session, const PluginOptions& options, ConsoleLog&
         }
         return true;
     }
-    error = "no plug-in library found; expected a *.so that exports getLibDesc in " + path;
-    for (const RejectedLibrary& library : session.getRejected())
-        error += "; refused: " + library.path + " (" + library.reason + ")";
+    error = "no plug-in library found; expected a *.so that exports getLibDesc in " + path +
+            session.getRejectedText();
     return false;
 }
 

@@ -8,7 +8,9 @@
 namespace Tarnkit {
 
 void SceneOptions::addFileTo(CLI::App& command) {
-    command.add_option("SCENE", file, "Scene file")->required()->type_name("");
+    command.add_option("SCENE", file, "Scene file; - is the standard input")
+        ->required()
+        ->type_name("");
 }
 
 SceneCommand::SceneCommand(const SceneOptions& commandOptions)

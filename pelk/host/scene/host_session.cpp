@@ -241,6 +241,13 @@ const std::vector<RejectedLibrary>& HostSession::getRejected() const {
     return registry->rejected;
 }
 
+std::string HostSession::getRejectedText() const {
+    std::string text;
+    for (const RejectedLibrary& library : registry->rejected)
+        text += "; refused: " + library.path + " (" + library.reason + ")";
+    return text;
+}
+
 std::vector<const PluginKind*> HostSession::getKinds() const {
     std::vector<const PluginKind*> kinds;
     for (const auto& kind : registry->kinds)

@@ -49,6 +49,9 @@ public:
     void loadModules(const std::string& directories, MessageLog* log);
     /// What could not be used so far, each file and reason once.
     const std::vector<RejectedLibrary>& getRejected() const;
+    /// All of them as the end of a message about a plug-in that isn't there: "; refused: PATH
+    /// (REASON)" for each.
+    std::string getRejectedText() const;
 
     /// Every kind, in the order in which the manager enumerates them.
     std::vector<const PluginKind*> getKinds() const;

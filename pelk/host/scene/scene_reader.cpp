@@ -167,11 +167,8 @@ bool SceneReader::makeInstance(const std::string& name, Json& values) {
 }
 
 bool SceneReader::failAtType(const std::string& type, const std::string& pointer) {
-    std::string text =
-        "there is no plug-in \"" + type + "\"" + knownNames(type, session.getKindNames());
-    for (const RejectedLibrary& library : session.getRejected())
-        text += "; refused: " + library.path + " (" + library.reason + ")";
-    return fail(pointer, text);
+    return fail(pointer, "there is no plug-in \"" + type + "\"" +
+                             knownNames(type, session.getKindNames()) + session.getRejectedText());
 }
 
 bool SceneReader::applyOverrides(std::span<const std::string> overrides) {
