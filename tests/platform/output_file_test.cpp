@@ -36,14 +36,12 @@ TEST(OutputFileTest, FailureNamesTheFileAndLeavesNothing) {
 
     // As long as the system takes them, and what is longer is known before a picture is rendered.
     const std::string name(251, 'n');
-    for (const auto& [longest, fits] : {std::pair(name + ".png", true), {name + "n.png", false}}) {
-        OutputFile file(directory.file(longest));
-        EXPECT_EQ(file.commit(), fits) << file.getError();
-        std::filesystem::remove(directory.file(longest));
-    }
+    EXPECT_TRUE(OutputFile(directory.file(name + ".png")).commit());
+    EXPECT_THAT(OutputFile(directory.file(name + "n.png")).getError(), HasSubstr("too long"));
+    std::filesystem::remove(directory.file(name + ".png"));
     std::string deep = directory.path.string();
     while (deep.size() + 200 < PATH_MAX - 60)
-        deep += "/" + name.substr(0, 199);
+        deep.append("/").append(name, 0, 199);
     std::filesystem::create_directories(deep);
     OutputFile deepest(deep + "/" + std::string(PATH_MAX - 6 - deep.size(), 'n') + ".png");
     EXPECT_TRUE(deepest.commit()) << deepest.getError();
