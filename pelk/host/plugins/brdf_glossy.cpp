@@ -23,7 +23,7 @@ constexpr ParamTable kParams{
     floatParam("ior", &GlossyParams::ior, 0.0f,
                "Index of refraction of the coat: it mirrors less where it is seen from above. 0 - "
                "the same from all sides",
-               "minValue=(0), maxValue=(10)"),
+               "minValue=(0), maxValue=(100)"),
 };
 
 /// Lower bound of the albedo in the energy compensation, so that grazing views aren't amplified

@@ -18,7 +18,7 @@ constexpr ParamTable kParams{
     colorParam("refraction", &GlassParams::refraction, Color(1),
                "Colour of what passes, taken at each surface"),
     floatParam("ior", &GlassParams::ior, 1.5f, "Index of refraction, without a volume",
-               "minValue=(0.1), maxValue=(10)"),
+               "minValue=(0.1), maxValue=(100)"),
     floatParam("roughness", &GlassParams::roughness, 0.0f,
                "0 - clear, 1 - frosted; its square is the width of highlights"),
     floatParam("tail", &GlassParams::tail, 2.0f, "How steeply highlights fall off, 0 to 10",

@@ -8,7 +8,7 @@ namespace {
 
 constexpr ParamTable kParams{
     floatParam("ior", &VolumeMediumParams::ior, 1.33f, "Index of refraction",
-               "minValue=(0.1), maxValue=(10)"),
+               "minValue=(0.1), maxValue=(100)"),
 };
 
 }  // namespace
