@@ -28,7 +28,8 @@ void writeValue(PayloadWriter& out, const Value& value) {
 
 template <class Value>
 void writeAll(PayloadWriter& out, const std::vector<Value>& values) {
-    out.write(values.data(), values.size() * sizeof(Value));
+    if (!values.empty())
+        out.write(values.data(), values.size() * sizeof(Value));
 }
 
 void writeTile(PayloadWriter& out, const TileSums& sums) {
@@ -57,7 +58,7 @@ public:
         if (count > file.left() / sizeof(Value))
             return false;
         values.resize(static_cast<std::size_t>(count));
-        return file.read(values.data(), values.size() * sizeof(Value));
+        return values.empty() || file.read(values.data(), values.size() * sizeof(Value));
     }
 
     bool readText(std::string& text) {
