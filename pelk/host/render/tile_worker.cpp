@@ -88,7 +88,8 @@ long long TileWorker::sample(TileSums& sums, const SampleGoal& goal, const StopT
 /// Adds samples to a pixel, in their order, until it has `goal` of them.
 void TileWorker::samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentList& fragments,
                              const StopTest& stop) {
-    if (sums.tried >= goal)
+    // Due before the first sample, a context fresh from the pool has no thread to go back to yet.
+    if (sums.tried >= goal || stop.isDue())
         return;
     const u32 seed = pixelSeed(x, y);
     if (recorder)
@@ -96,7 +97,7 @@ void TileWorker::samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentLi
     else
         thread.plainFragment = static_cast<PKFragment*>(region.newFragment());
     RenderContext& c = *thread.takeContext();
-    while (sums.tried < goal && !stop.isDue()) {
+    do {
         for (const u32 end = std::min(goal, sums.tried + kSamplesBetweenTests); sums.tried < end;) {
             if (!renderSample(c, x, y, seed, sums.begin())) {
                 ++dropped;
@@ -106,7 +107,7 @@ void TileWorker::samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentLi
             if (recorder)
                 recorder->endSample(c, fragments);
         }
-    }
+    } while (sums.tried < goal && !stop.isDue());
     c.releaseContext();
 }
 

@@ -9,6 +9,8 @@
 
 #include "host/render/render_fixture.h"
 #include "pelk/host/render/checkpoint.h"
+#include "pelk/host/render/sample_goal.h"
+#include "pelk/host/render/tile_worker.h"
 
 namespace Tarnkit {
 namespace {
@@ -73,6 +75,21 @@ protected:
     std::unique_ptr<Scene> scene;
     CheckpointOptions kept;
 };
+
+TEST_F(PassesTest, ThreadThatIsStoppedBeforeItsFirstSampleTakesNone) {
+    const RenderOptions options = optionsOf(1);
+    RenderSetup setup(*scene, options, 1, nullptr);
+    std::string error;
+    ASSERT_TRUE(setup.prepare(error)) << error;
+    const PictureRect tile{0, 0, 8, 8};
+    TileWorker worker(setup, tile, 0);
+    TileSums sums(tile, worker.needsFragments());
+    int abort = 1;
+    const std::atomic<bool> stop{false};
+    const Worker thread(0, abort);
+    EXPECT_EQ(worker.sample(sums, {.samples = 1}, {stop, thread, {}}), 0);
+    EXPECT_EQ(worker.sample(sums, {.samples = 1}, {}), 64);
+}
 
 TEST_F(PassesTest, InterruptedWhereverItIsARenderEndsWithTheBitsOfOneThatNeverStopped) {
     std::minstd_rand random(7);
