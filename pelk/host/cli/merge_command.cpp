@@ -100,7 +100,8 @@ ExitCode MergeRun::checkOutputs() {
                             "\"" + output + "\" is one of the files that are merged");
         }
         if (!canWritePicture(output, error))
-            return fail(ExitCode::OutputFailed, error);
+            return fail(hasPictureEnding(output) ? ExitCode::OutputFailed : ExitCode::BadUsage,
+                        error);
         options.merge.rectangular |= isRegionFile(output);
     }
     return ExitCode::Done;

@@ -58,6 +58,7 @@ public:
 private:
     ExitCode failWithoutPicture(const RenderResult& result, const InterruptGuard& interrupt);
     ExitCode checkOutputs();
+    ExitCode checkCheckpoint();
     ExitCode checkInputs(const Scene& scene);
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
     bool keepsCheckpoint() const;
@@ -111,7 +112,7 @@ ExitCode RenderRun::run() {
 ExitCode RenderRun::failWithoutPicture(const RenderResult& result,
                                        const InterruptGuard& interrupt) {
     std::string rest = " before every pixel had a sample; no picture written";
-    if (keepsCheckpoint() && result.checkpointError.empty())
+    if (keepsCheckpoint() && result.checkpointError.empty() && result.samples > 0)
         rest += ", \"" + options.checkpointFile + "\" has what there is";
     if (result.end == RenderEnd::Stopped)
         return command.fail(interrupt.getExitCode(), "interrupted" + rest);
@@ -128,17 +129,35 @@ ExitCode RenderRun::checkOutputs() {
     std::string error;
     for (const std::string& output : options.outputs) {
         if (!canWritePicture(output, error))
-            return command.fail(ExitCode::OutputFailed, error);
+            return command.fail(
+                hasPictureEnding(output) ? ExitCode::OutputFailed : ExitCode::BadUsage, error);
     }
     if (!keepsCheckpoint())
         return ExitCode::Done;
     if (options.checkpointFile.empty())
         options.checkpointFile = options.outputs.front() + ".pkc";
-    const platform::OutputFile checkpoint(options.checkpointFile);
-    return checkpoint.getError().empty()
-               ? ExitCode::Done
-               : command.fail(ExitCode::OutputFailed, "checkpoint \"" + options.checkpointFile +
-                                                          "\": " + checkpoint.getError());
+    return checkCheckpoint();
+}
+
+/// What stands in the place of a checkpoint must be one: whatever else it is would be lost.
+ExitCode RenderRun::checkCheckpoint() {
+    const std::string& file = options.checkpointFile;
+    for (const std::string& output : options.outputs) {
+        if (platform::fullPath(output) == platform::fullPath(file))
+            return command.fail(ExitCode::BadUsage, "--checkpoint-file: \"" + file +
+                                                        "\" is one of the pictures to write");
+    }
+    const platform::OutputFile checkpoint(file);
+    if (!checkpoint.getError().empty())
+        return command.fail(ExitCode::OutputFailed,
+                            "checkpoint \"" + file + "\": " + checkpoint.getError());
+    if (std::error_code none; !std::filesystem::exists(platform::nativePath(file), none))
+        return ExitCode::Done;
+    EnvelopeReader former(file);
+    if (former.readHeader(FileKind::Checkpoint))
+        return ExitCode::Done;
+    return command.fail(former.isSystemFault() ? ExitCode::SystemFailed : ExitCode::BadInput,
+                        "checkpoint: " + former.getError());
 }
 
 /// What is written must not take the place of what it is made from, by whatever name.

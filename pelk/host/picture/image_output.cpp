@@ -57,8 +57,12 @@ private:
 
 }  // namespace
 
+bool hasPictureEnding(const std::string& path) {
+    return formatOf(path) != Format::None || isRegionFile(path);
+}
+
 bool canWritePicture(const std::string& path, std::string& error) {
-    if (formatOf(path) == Format::None && !isRegionFile(path))
+    if (!hasPictureEnding(path))
         return fail(path, "the name must end in .exr, .png or .pkr", error);
     const platform::OutputFile file(path);
     return !file.getTemporaryName().empty() || fail(path, file.getError(), error);

@@ -23,6 +23,9 @@ struct PictureInfo {
 /// How colours are stored where the format leaves a choice.
 enum class PixelDepth { Float, Half };
 
+/// Whether a file of that name can be a picture: it ends in ".exr", ".png" or ".pkr".
+bool hasPictureEnding(const std::string& path);
+
 /// Checks before a render whether its picture can be written to `path`: the ending (".exr" or
 /// ".png", or ".pkr" for writeRegionFile) and the directory. On failure `error` says what was
 /// expected.

@@ -157,13 +157,23 @@ TEST_F(RenderCommand, WithoutMaterialsItSaysWhatItLookedFor) {
 
 TEST_F(RenderCommand, PicturesThatCannotBeWrittenAreRefusedBeforeTheRender) {
     std::filesystem::create_directory(directory.file("folder.exr"));
-    for (const char* name : {"a.jpg", "missing/a.exr", "folder.exr"}) {
+    const std::string scene = directory.read("s.json");
+    const struct {
+        const char *option, *name;
+        int exitCode;
+    } cases[] = {{"-o", "a.jpg", 2},
+                 {"-o", "missing/a.exr", 3},
+                 {"-o", "folder.exr", 3},
+                 {"--checkpoint-file", "./s.png", 2},
+                 {"--checkpoint-file", "s.json", 1}};
+    for (const auto& c : cases) {
         // A render of this size would not end.
         const RunResult result =
-            render({"s.json", "--size", "9999x9999", "--spp", "999999", "-o", name});
-        EXPECT_EQ(result.exitCode, 3) << name;
-        EXPECT_THAT(result.err, HasSubstr(name));
+            render({"s.json", "--size", "9999x9999", "--spp", "999999", c.option, c.name});
+        EXPECT_EQ(result.exitCode, c.exitCode) << c.name;
+        EXPECT_THAT(result.err, HasSubstr(c.name));
     }
+    EXPECT_EQ(directory.read("s.json"), scene);
 }
 
 TEST_F(RenderCommand, ColoursWithoutANumberAreErrorsOnlyIfAskedFor) {

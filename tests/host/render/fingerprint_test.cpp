@@ -12,7 +12,7 @@ struct Origin {
     std::string settings = R"("time": 1, "samples": 4)";
     std::string diffuse = R"("diffuse": [0.5, 0.5, 0.5])";
     std::map<std::string, std::string> files{
-        {"a.obj", "v 0 0 0\nmtllib  a b.mtl \nmtllib none.mtl\n"},
+        {"a.obj", "v 0 0 0\nmtllib  a b.mtl \nmtllib none.mtl\nmtllib " + std::string(300, 'n')},
         {"a b.mtl", "newmtl red"},
         {"b.gltf", R"({"buffers": [{}, {"uri": "data:,"}, {"uri": "b%20c.bin"}, {"uri": 1}]})"},
         {"b c.bin", "0123"},
