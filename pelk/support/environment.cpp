@@ -30,9 +30,9 @@ std::size_t countOf(const std::string& text, const std::string& sought) {
     return count;
 }
 
-}  // namespace
-
-void expandEnvironment(CharString& text) {
+/// The text with its references replaced. With `unset` the work ends at the first variable that has
+/// no value, whose name is left there.
+CharString expanded(const CharString& text, CharString* unset) {
     CharString result = text;
     const auto longest = static_cast<std::size_t>(text.length()) + kMaxGrowth;
     for (int round = 0; round < kMaxRounds; ++round) {
@@ -41,13 +41,30 @@ void expandEnvironment(CharString& text) {
         if (reference.empty())
             break;
         const std::string name = reference.substr(2, reference.size() - 3);
-        const std::string value = textOrEmpty(std::getenv(name.c_str()));
+        const char* const found = std::getenv(name.c_str());
+        if (!found && unset) {
+            *unset = name.c_str();
+            break;
+        }
+        const std::string value = textOrEmpty(found);
         const std::size_t count = countOf(current, reference);
         if (current.size() + count * value.size() > longest + count * reference.size())
             break;
         replaceAll(result, reference.c_str(), value.c_str());
     }
-    text = result;
+    return result;
+}
+
+}  // namespace
+
+void expandEnvironment(CharString& text) {
+    text = expanded(text, nullptr);
+}
+
+CharString findUnsetVariable(const CharString& text) {
+    CharString name;
+    expanded(text, &name);
+    return name;
 }
 
 void syncEnvironment() {

@@ -15,6 +15,10 @@ namespace Tarnkit {
 /// failure leaves the text as it was.
 void expandEnvironment(CharString& text);
 
+/// The name of the first variable that expandEnvironment would find unset in `text` and replace by
+/// nothing; null if there is none. For callers who would rather tell their user.
+CharString findUnsetVariable(const CharString& text);
+
 /// Brings the C runtime's variables, those that getenv knows, up to date with the process's own, on
 /// systems that keep two sets (platform/environment.h). An entry without a name is passed over, and
 /// so is one whose runtime value has 32,768 bytes or more. Nothing is taken away from the runtime.

@@ -52,7 +52,8 @@ RenderOptions PictureOptions::forRender(const SceneSettings& settings) const {
 void addSetOption(CLI::App& command, std::vector<std::string>& overrides) {
     command
         .add_option("--set", overrides,
-                    "Set a parameter of the scene, VALUE as in the scene file; repeatable")
+                    "Set a parameter of the scene, or settings.NAME, VALUE as in the scene file; "
+                    "repeatable")
         ->type_name("INSTANCE.PARAM=VALUE")
         ->check(CLI::Validator(checkOverride, ""))
         ->allow_extra_args(false);

@@ -60,14 +60,16 @@ void TerminalProgress::update(long long done, long long total, double seconds) {
 void JsonProgress::update(long long done, long long total, double seconds) {
     const Estimate now = estimate(done, total, seconds);
     const auto known = [](double value) { return value >= 0.0 ? Json(value) : Json(); };
-    printJson({{"event", "progress"},
+    Json event{{"event", "progress"},
                {"percent", now.percent},
                {"samples", done},
                {"total_samples", total},
                {"seconds", seconds},
                {"samples_per_second", known(now.samplesPerSecond)},
-               {"remaining_seconds", known(now.remainingSeconds)}},
-              -1);
+               {"remaining_seconds", known(now.remainingSeconds)}};
+    if (frame)
+        event["frame"] = *frame;
+    printJson(event, -1);
 }
 
 }  // namespace Tarnkit

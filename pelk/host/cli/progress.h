@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "pelk/host/cli/status_line.h"
@@ -28,7 +29,12 @@ private:
 /// key "event" being "progress".
 class JsonProgress final : public RenderProgress {
 public:
+    /// `frame`: its number goes into each line, if there is one.
+    explicit JsonProgress(std::optional<int> frameNumber) : frame(frameNumber) {}
     void update(long long done, long long total, double seconds) override;
+
+private:
+    std::optional<int> frame;
 };
 
 }  // namespace Tarnkit

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,12 @@ std::string asText(const SampleRange& range) {
     return range.least == range.most ? least : least + " to " + std::to_string(range.most);
 }
 
+/// What one picture is written to.
+struct OutputFiles {
+    std::vector<std::string> outputs;
+    std::string checkpoint;  ///< empty if none is kept
+};
+
 /// One run of `pelk render`.
 class RenderRun {
 public:
@@ -58,8 +65,12 @@ public:
 private:
     ExitCode failWithoutPicture(const RenderResult& result, const InterruptGuard& interrupt);
     ExitCode checkOutputs();
-    ExitCode checkCheckpoint();
+    ExitCode checkCheckpoint(const OutputFiles& named);
     ExitCode checkInputs(const Scene& scene);
+    OutputFiles filesOf(std::optional<int> number) const;
+    ExitCode checkFiles(const OutputFiles& named);
+    ExitCode runFrames(const InterruptGuard& interrupt);
+    ExitCode runFrame(const InterruptGuard& interrupt);
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
     bool keepsCheckpoint() const;
     ExitCode takeFingerprint(const Scene& scene, const RenderOptions& render);
@@ -75,7 +86,9 @@ private:
     RenderCommandOptions& options;
     SceneCommand command;
     ContentDigest fingerprint;         ///< if there are region files to write
-    std::vector<std::string> written;  ///< full names of the pictures
+    OutputFiles files;                 ///< of the frame in work
+    std::optional<int> frame;          ///< its number, if there are several
+    std::vector<std::string> written;  ///< full names of its pictures
 };
 
 ExitCode RenderRun::run() {
@@ -85,6 +98,28 @@ ExitCode RenderRun::run() {
         return code;
     if (!command.openScene())
         return ExitCode::BadInput;
+    const InterruptGuard interrupt;  // until the pictures are written
+    if (options.frames)
+        return runFrames(interrupt);
+    files = filesOf({});
+    return runFrame(interrupt);
+}
+
+/// Renders frame after frame of the scene that has been read, up to the first that fails.
+ExitCode RenderRun::runFrames(const InterruptGuard& interrupt) {
+    SceneSettings& settings = command.getScene().settings;
+    for (const int number : framesOf(*options.frames)) {
+        frame = number;
+        settings.time = number / settings.fps;
+        files = filesOf(number);
+        written.clear();
+        if (const ExitCode code = runFrame(interrupt); code != ExitCode::Done)
+            return command.fail(code, "the frames end here, at frame " + std::to_string(number));
+    }
+    return ExitCode::Done;
+}
+
+ExitCode RenderRun::runFrame(const InterruptGuard& interrupt) {
     Scene& scene = command.getScene();
     if (const ExitCode code = checkInputs(scene); code != ExitCode::Done)
         return code;
@@ -95,7 +130,6 @@ ExitCode RenderRun::run() {
         return code;
 
     Picture picture;
-    const InterruptGuard interrupt;  // until the pictures are written
     const RenderResult result = render(scene, renderOptions, interrupt.wasRequested(), picture);
     if (!result.ok)
         return command.fail(failureCode(result), options.file + ": " + result.error);
@@ -113,7 +147,7 @@ ExitCode RenderRun::failWithoutPicture(const RenderResult& result,
                                        const InterruptGuard& interrupt) {
     std::string rest = " before every pixel had a sample; no picture written";
     if (keepsCheckpoint() && result.checkpointError.empty() && result.samples > 0)
-        rest += ", \"" + options.checkpointFile + "\" has what there is";
+        rest += ", \"" + files.checkpoint + "\" has what there is";
     if (result.end == RenderEnd::Stopped)
         return command.fail(interrupt.getExitCode(), "interrupted" + rest);
     return command.fail(ExitCode::BadInput, "--time: the time was over" + rest);
@@ -126,23 +160,50 @@ ExitCode RenderRun::checkOutputs() {
                             "expected --output: a scene that is read from a stream has no name");
     if (options.outputs.empty())
         options.outputs.push_back(std::filesystem::path(options.file).stem().string() + ".png");
+    if (!options.frames)
+        return checkFiles(filesOf({}));
+    std::vector<std::string> patterns = options.outputs;
+    if (!options.checkpointFile.empty())
+        patterns.push_back(options.checkpointFile);
+    const std::string clash = equalFrameNames(patterns, *options.frames);
+    if (!clash.empty())
+        return command.fail(ExitCode::BadUsage, clash);
+    ExitCode code = ExitCode::Done;
+    for (const int number : framesOf(*options.frames)) {
+        if (code == ExitCode::Done)
+            code = checkFiles(filesOf(number));
+    }
+    return code;
+}
+
+/// The files of a frame, or of the one picture that is rendered without frames.
+OutputFiles RenderRun::filesOf(std::optional<int> number) const {
+    const auto nameOf = [&](const std::string& pattern) {
+        return number ? frameName(pattern, *number) : pattern;
+    };
+    OutputFiles named;
+    for (const std::string& pattern : options.outputs)
+        named.outputs.push_back(nameOf(pattern));
+    if (keepsCheckpoint())
+        named.checkpoint = options.checkpointFile.empty() ? named.outputs.front() + ".pkc"
+                                                          : nameOf(options.checkpointFile);
+    return named;
+}
+
+ExitCode RenderRun::checkFiles(const OutputFiles& named) {
     std::string error;
-    for (const std::string& output : options.outputs) {
+    for (const std::string& output : named.outputs) {
         if (!canWritePicture(output, error))
             return command.fail(
                 hasPictureEnding(output) ? ExitCode::OutputFailed : ExitCode::BadUsage, error);
     }
-    if (!keepsCheckpoint())
-        return ExitCode::Done;
-    if (options.checkpointFile.empty())
-        options.checkpointFile = options.outputs.front() + ".pkc";
-    return checkCheckpoint();
+    return keepsCheckpoint() ? checkCheckpoint(named) : ExitCode::Done;
 }
 
 /// What stands in the place of a checkpoint must be one: whatever else it is would be lost.
-ExitCode RenderRun::checkCheckpoint() {
-    const std::string& file = options.checkpointFile;
-    for (const std::string& output : options.outputs) {
+ExitCode RenderRun::checkCheckpoint(const OutputFiles& named) {
+    const std::string& file = named.checkpoint;
+    for (const std::string& output : named.outputs) {
         if (platform::fullPath(output) == platform::fullPath(file))
             return command.fail(ExitCode::BadUsage, "--checkpoint-file: \"" + file +
                                                         "\" is one of the pictures to write");
@@ -162,9 +223,9 @@ ExitCode RenderRun::checkCheckpoint() {
 
 /// What is written must not take the place of what it is made from, by whatever name.
 ExitCode RenderRun::checkInputs(const Scene& scene) {
-    std::vector<std::string> outputs = options.outputs;
+    std::vector<std::string> outputs = files.outputs;
     if (keepsCheckpoint())
-        outputs.push_back(options.checkpointFile);
+        outputs.push_back(files.checkpoint);
     for (const std::string& input : inputFilesOf(scene)) {
         for (const std::string& output : outputs) {
             if (platform::isSameFile(output, input))
@@ -186,6 +247,7 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     if (options.noise > 0.0 && options.picture.samples == 0)
         render.samples = kMostSamplesByNoise;
     render.channels = options.channels;
+    render.noiseSeed = frame ? frameNoise(options.seed, *frame) : options.seed;
     std::string error;
     if (!choosePixels(options, render.width, render.height, render.region, error))
         return command.fail(ExitCode::BadUsage, error);
@@ -199,7 +261,7 @@ bool RenderRun::keepsCheckpoint() const {
 /// Costs a read of all files of the scene, so it is not done for nothing.
 ExitCode RenderRun::takeFingerprint(const Scene& scene, const RenderOptions& render) {
     if (!keepsCheckpoint() &&
-        std::none_of(options.outputs.begin(), options.outputs.end(), isRegionFile))
+        std::none_of(files.outputs.begin(), files.outputs.end(), isRegionFile))
         return ExitCode::Done;
     const Fingerprint taken = fingerprintOf(scene, render, PELK_VERSION);
     fingerprint = taken.digest;
@@ -212,7 +274,7 @@ ExitCode RenderRun::takeFingerprint(const Scene& scene, const RenderOptions& ren
 RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
                                Picture& picture) {
     TerminalProgress terminalProgress(command.getStatus());
-    JsonProgress jsonProgress;
+    JsonProgress jsonProgress(frame);
     RenderProgress* progress = nullptr;
     if (options.progress == ProgressStyle::JsonLines)
         progress = &jsonProgress;
@@ -223,7 +285,7 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::at
     if (options.nice)
         command.getLog().info("At a priority below normal");
     render.manager = manager.get();
-    const CheckpointOptions checkpoint{.file = options.checkpointFile,
+    const CheckpointOptions checkpoint{.file = files.checkpoint,
                                        .seconds = options.checkpointSeconds,
                                        .resume = options.resume,
                                        .header = checkpointHeader(scene, render)};
@@ -287,10 +349,11 @@ ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
                            .ended = wordsFor(result.end),
                            .seconds = result.seconds,
                            .host = "pelk",
-                           .version = PELK_VERSION};
+                           .version = PELK_VERSION,
+                           .rect = render.region};
     const FileHeader header = headerOf(scene, render, result, picture);
     ExitCode code = ExitCode::Done;
-    for (const std::string& output : options.outputs) {
+    for (const std::string& output : files.outputs) {
         // A part of a picture is of no use to a merge before it is done.
         if (result.end == RenderEnd::InWork && isRegionFile(output))
             continue;
@@ -306,7 +369,7 @@ ExitCode RenderRun::write(const Scene& scene, const RenderOptions& render,
 /// The last words, and what the whole run comes to.
 ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
     if (options.progress == ProgressStyle::JsonLines) {
-        printJson({{"event", "finished"},
+        Json event{{"event", "finished"},
                    {"pictures", written},
                    {"samples", result.samples},
                    {"seconds", result.seconds},
@@ -314,8 +377,10 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
                    {"least_samples", result.samplesOfPixels.least},
                    {"most_samples", result.samplesOfPixels.most},
                    {"interrupted", result.end == RenderEnd::Stopped},
-                   {"out_of_time", result.end == RenderEnd::OutOfTime}},
-                  -1);
+                   {"out_of_time", result.end == RenderEnd::OutOfTime}};
+        if (frame)
+            event["frame"] = *frame;
+        printJson(event, -1);
     } else {
         for (const std::string& file : written)
             print(Stream::Output, ConsoleText().add("Wrote", Tone::Good).add(" " + file + "\n"));

@@ -48,6 +48,15 @@ void parseTile(const std::string& text, RenderCommandOptions& options) {
     options.tile = {tile[0], tile[1]};
 }
 
+void parseFrames(const std::string& text, RenderCommandOptions& options) {
+    FrameRange range;
+    if (!parseFrameRange(text, range))
+        refuse("--frames", text,
+               "A-B, A or A-BxSTEP, such as 1-10, 7 or 1-100x5, at most " +
+                   std::to_string(kMaxFrames) + " frames");
+    options.frames = range;
+}
+
 void parseOrder(const std::string& text, RenderCommandOptions& options) {
     if (text == "passes")
         options.order = SampleOrder::Passes;
@@ -90,6 +99,15 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
         ->type_name("FILE")
         ->allow_extra_args(false);
     options.picture.addTo(command);
+    addParsed(command, "--frames", "A-B[xSTEP]",
+              "Render these frames one after the other, frame N at the time N / fps of the "
+              "settings. Its number takes the place of <frame04>, %04d or #### in the names of "
+              "pictures, or goes before the extension",
+              options, parseFrames);
+    command
+        .add_option("--seed", options.seed,
+                    "Another pattern of noise for each number; every frame has its own anyway")
+        ->type_name("N");
     CLI::Option* const region =
         addParsed(command, "--region", "X0,Y0,X1,Y1",
                   "Render these pixels alone; X1 and Y1 lie outside", options, parseRegion);

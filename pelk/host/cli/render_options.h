@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "pelk/host/cli/common_options.h"
+#include "pelk/host/cli/frame_range.h"
 #include "pelk/host/cli/scene_command.h"
 
 namespace Tarnkit {
@@ -20,6 +22,8 @@ enum class ProgressStyle { Auto, JsonLines, None };
 /// What the command line of `pelk render` says.
 struct RenderCommandOptions : SceneOptions {
     std::vector<std::string> outputs;  ///< picture files, one each
+    std::optional<FrameRange> frames;  ///< none: one picture, at the time of the settings
+    u32 seed = 0;
     PictureOptions picture;
     int threads = 0;     ///< 0 if it was left out: as many as getNumThreads() says
     PictureRect region;  ///< empty if it was left out

@@ -59,16 +59,18 @@ std::vector<Layer> layersOf(PixelBufferInterface& pixels, OIIO::TypeDesc colorTy
 /// Reads rows of a layer from the picture, as they stand in memory.
 class LayerReader {
 public:
-    LayerReader(Picture& picture, const Layer& layer_)
+    /// `window`: the pixels that the file stores.
+    LayerReader(Picture& picture, const PictureRect& window_, const Layer& layer_)
         : region(picture.getRegion()),
-          width(picture.getWidth()),
+          window(window_),
+          width(window.x1 - window.x0),
           layer(layer_),
           row(static_cast<std::size_t>(width) * pixelFormatSize(layer.format)) {}
 
     /// Writes `layer.values()` values of `layer.type` into each pixel of a row in a file, of
     /// `stride` bytes each. False if the picture doesn't have them.
     bool read(int y, std::uint8_t* out, std::size_t stride) {
-        const PixelRect rect{0, y, width, y + 1, width, 1};
+        const PixelRect rect{window.x0, y, window.x1, y + 1, width, 1};
         if (!region.getPixels(layer.channel, layer.alphaChannel, rect, layer.format,
                               static_cast<std::int64_t>(row.size()), row.data(), 0, 0, nullptr,
                               kVectorsRaw))
@@ -97,6 +99,7 @@ private:
     }
 
     PKRegionData& region;
+    const PictureRect window;
     const int width;
     const Layer layer;
     std::vector<std::uint8_t> row;
@@ -110,8 +113,13 @@ void addChannels(const Layer& layer, const std::string& prefix, OIIO::ImageSpec&
 }
 
 /// An EXR with these layers. The order of its channels is theirs.
-OIIO::ImageSpec exrSpec(Picture& picture, std::span<const Layer> layers, const PictureInfo& info) {
-    OIIO::ImageSpec spec(picture.getWidth(), picture.getHeight(), 0, layers.front().type);
+OIIO::ImageSpec exrSpec(Picture& picture, const PictureRect& window, std::span<const Layer> layers,
+                        const PictureInfo& info) {
+    OIIO::ImageSpec spec(window.x1 - window.x0, window.y1 - window.y0, 0, layers.front().type);
+    spec.x = window.x0;
+    spec.y = window.y0;
+    spec.full_width = picture.getWidth();
+    spec.full_height = picture.getHeight();
     spec.channelnames.clear();
     for (const Layer& layer : layers) {
         ChannelInfo channel;
@@ -124,13 +132,14 @@ OIIO::ImageSpec exrSpec(Picture& picture, std::span<const Layer> layers, const P
     return spec;
 }
 
-bool writeExrRows(Picture& picture, std::span<const Layer> layers, OIIO::ImageOutput& output) {
+bool writeExrRows(Picture& picture, const PictureRect& window, std::span<const Layer> layers,
+                  OIIO::ImageOutput& output) {
     const std::size_t stride = output.spec().pixel_bytes(true);
     std::vector<LayerReader> readers;
     for (const Layer& layer : layers)
-        readers.emplace_back(picture, layer);
-    std::vector<std::uint8_t> row(static_cast<std::size_t>(picture.getWidth()) * stride);
-    for (int y = 0; y < picture.getHeight(); ++y) {
+        readers.emplace_back(picture, window, layer);
+    std::vector<std::uint8_t> row(static_cast<std::size_t>(window.x1 - window.x0) * stride);
+    for (int y = window.y0; y < window.y1; ++y) {
         std::uint8_t* at = row.data();
         for (std::size_t i = 0; i < layers.size(); ++i) {
             if (!readers[i].read(y, at, stride))
@@ -150,8 +159,10 @@ bool writeExr(Picture& picture, const PictureInfo& info, PixelDepth depth, const
     const OIIO::TypeDesc type =
         depth == PixelDepth::Half ? OIIO::TypeDesc::HALF : OIIO::TypeDesc::FLOAT;
     const std::vector<Layer> layers = layersOf(picture.getRegion(), type);
-    return output.open(file, exrSpec(picture, layers, info)) &&
-           writeExrRows(picture, layers, output) && output.close();
+    const PictureRect whole{0, 0, picture.getWidth(), picture.getHeight()};
+    const PictureRect window = info.rect.isEmpty() ? whole : info.rect;
+    return output.open(file, exrSpec(picture, window, layers, info)) &&
+           writeExrRows(picture, window, layers, output) && output.close();
 }
 
 }  // namespace Tarnkit

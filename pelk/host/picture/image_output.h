@@ -5,6 +5,7 @@
 #include "pelk/contract/channel_alias.h"
 #include "pelk/host/picture/file_header.h"
 #include "pelk/host/picture/picture.h"
+#include "pelk/host/picture/picture_rect.h"
 
 namespace Tarnkit {
 
@@ -18,6 +19,7 @@ struct PictureInfo {
     std::string host;  ///< the program
     std::string version;
     int pngChannel = kBeautyChannel;  ///< a colour that a PNG shows
+    PictureRect rect = {};            ///< what was rendered of the picture; empty: all of it
 };
 
 /// How colours are stored where the format leaves a choice.
@@ -35,8 +37,10 @@ bool canWritePicture(const std::string& path, std::string& error);
 /// (`depth.Z`, `normals.X`, `diffuse.R`, `render_id.ID`), colours in `depth`, measures as floats,
 /// ids as 32-bit integers. PNG has 8 bits a channel, sRGB encoded, with unassociated
 /// (unpremultiplied) alpha; if the background, whose alpha is 0, shows anywhere, alpha is left out,
-/// since unassociated alpha would hide it. The file appears whole or not at all: on failure an
-/// older one stands, and `error` names the file and says why.
+/// since unassociated alpha would hide it. Where `info.rect` is a part, EXR stores that part alone,
+/// as its data window in the display window of the whole; PNG knows no such thing and is whole. The
+/// file appears whole or not at all: on failure an older one stands, and `error` names the file and
+/// says why.
 bool writePicture(Picture& picture, const std::string& path, const PictureInfo& info,
                   PixelDepth depth, std::string& error);
 

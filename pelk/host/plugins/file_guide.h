@@ -8,7 +8,8 @@
 namespace Tarnkit {
 
 /// Guide text that marks a string parameter as a file name. The scene reader makes such a value, if
-/// it is relative, relative to the directory of the scene file.
+/// it is relative, relative to the directory of the scene file, after it has replaced `${NAME}` by
+/// the variables of the environment.
 inline constexpr const char* kFileGuide = "file";
 
 /// A plug-in that needs a file. Scenes ask it right after they are read, so that a missing file is

@@ -66,6 +66,7 @@ Fingerprint fingerprintOf(const Scene& scene, const RenderOptions& options,
     hashSettings(scene.settings, hash);
     hash.addNumber(static_cast<std::uint64_t>(options.width));
     hash.addNumber(static_cast<std::uint64_t>(options.height));
+    hash.addNumber(options.noiseSeed);
     for (const auto* names : {&scene.settings.channels, &options.channels}) {
         for (const std::string& name : *names)
             hash.addText(name);

@@ -32,7 +32,7 @@ std::optional<ProbedHit> probeHit(RenderSetup& setup, int x, int y) {
     HostRenderer& renderer = setup.renderer;
     RenderThread thread(renderer, 0);
     RenderContext& c = *thread.takeContext();
-    startPath(c, renderer, thread, pixelSeed(x, y), 0);
+    startPath(c, renderer, thread, pixelSeed(x, y, setup.getNoiseSeed()), 0);
     setup.makeRay(x + 0.5, y + 0.5, c);
     u32 object;
     const float distance = renderer.intersector.closest(c, object, c);

@@ -54,6 +54,7 @@ struct RenderOptions {
     double interimSeconds = 0.0;
     std::function<void(Picture&, const RenderResult&)> interim;
     std::vector<std::string> channels;  ///< names of render channels beside those of the scene
+    u32 noiseSeed = 0;                  ///< each number has a pattern of noise of its own
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
 };
 

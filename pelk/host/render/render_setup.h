@@ -29,6 +29,9 @@ public:
         context.rayOrigin = context.spawnOrigin = context.rayOrigin + -sceneOrigin.offset;
     }
 
+    /// RenderOptions::noiseSeed
+    u32 getNoiseSeed() const { return options.noiseSeed; }
+
 private:
     /// The translation from the scene's space to the one in which the camera is placed.
     class SceneOrigin final : public WorldTransform {

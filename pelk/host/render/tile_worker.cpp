@@ -8,8 +8,9 @@
 
 namespace Tarnkit {
 
-u32 pixelSeed(int x, int y) {
-    return hash32(static_cast<u32>(x) + hash32(static_cast<u32>(y) + 0x51ed270bu));
+u32 pixelSeed(int x, int y, u32 noise) {
+    const u32 seed = hash32(static_cast<u32>(x) + hash32(static_cast<u32>(y) + 0x51ed270bu));
+    return noise == 0 ? seed : hash32(seed ^ noise);
 }
 
 namespace {
@@ -91,7 +92,7 @@ void TileWorker::samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentLi
     // Due before the first sample, a context fresh from the pool has no thread to go back to yet.
     if (sums.tried >= goal || stop.isDue())
         return;
-    const u32 seed = pixelSeed(x, y);
+    const u32 seed = pixelSeed(x, y, setup.getNoiseSeed());
     if (recorder)
         recorder->beginPixel();
     else

@@ -14,8 +14,9 @@ class StopTest;
 struct SampleGoal;
 
 /// The seed of a pixel's random numbers: a hash of its place in the whole picture, so that it does
-/// not depend on the tile, the thread or the region that is rendered.
-u32 pixelSeed(int x, int y);
+/// not depend on the tile, the thread or the region that is rendered. `noise` is
+/// RenderOptions::noiseSeed.
+u32 pixelSeed(int x, int y, u32 noise);
 
 /// Starts a path: writes all ray fields of a context for a camera ray, but for origin, direction
 /// and differentials, which the camera writes. Contexts are pooled, so a field that is left out

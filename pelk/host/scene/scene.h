@@ -30,6 +30,7 @@ struct SceneSettings {
     Color background;            ///< radiance of rays that leave the scene, without a dome light
     Color origin;            ///< offset from scene space to the space that the camera is placed in
     double time = 0.0;       ///< at which values over time are read
+    double fps = 24.0;       ///< frames in a unit of time: frame N is at the time N / fps
     bool halfFloat = false;  ///< 16 bits a channel where a picture's format has them
     std::string backplate;   ///< texture that camera rays see behind the scene; may be empty
     std::string camera;      ///< instance; may be left out if there is just one camera

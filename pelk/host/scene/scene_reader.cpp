@@ -23,6 +23,9 @@ namespace Tarnkit {
 
 namespace {
 
+/// The entry of the settings, and the name by which overrides reach them.
+constexpr const char* kSettings = "settings";
+
 /// What a scene takes in memory is a multiple of its text.
 constexpr std::uint64_t kMostSceneBytes = std::uint64_t{1} << 28;
 
@@ -50,8 +53,8 @@ public:
 
     bool read(std::span<const std::string> overrides) {
         return parseFile() && checkTop() && makeInstances() && applyOverrides(overrides) &&
-               setParameters() && noteSource() && checkLoops() && findCamera() && findBackplate() &&
-               openFiles();
+               readSettings() && setParameters() && noteSource() && checkLoops() && findCamera() &&
+               findBackplate() && openFiles();
     }
 
     std::string error;
@@ -86,6 +89,8 @@ private:
     bool failAtType(const std::string& type, const std::string& pointer);
     bool applyOverrides(std::span<const std::string> overrides);
     bool applyOverride(const std::string& text);
+    void overrideSetting(const std::string& name, const std::string& valueText);
+    bool readSettings();
     bool setParameters();
     bool setParameter(const Instance& instance, const std::string& name, const Json& value);
     std::string unknownParameter(const PluginKind& kind, std::string_view name) const;
@@ -116,7 +121,7 @@ bool SceneReader::parseFile() {
 }
 
 bool SceneReader::checkTop() {
-    static constexpr std::string_view kKeys[] = {"settings", "plugins", "$schema"};
+    static constexpr std::string_view kKeys[] = {kSettings, "plugins", "$schema"};
     if (!document.is_object())
         return fail("", "expected an object with \"plugins\" and \"settings\" at the top");
     for (const auto& [key, value] : document.items()) {
@@ -125,10 +130,6 @@ bool SceneReader::checkTop() {
     }
     if (!document.contains("plugins") || !document["plugins"].is_object())
         return fail("/plugins", "expected an object of plug-ins by instance name");
-    SceneError sceneError;
-    if (document.contains("settings") &&
-        !readSceneSettings(document["settings"], "/settings", scene.settings, sceneError))
-        return fail(sceneError);
     return true;
 }
 
@@ -190,6 +191,11 @@ bool SceneReader::applyOverride(const std::string& text) {
     const std::vector<std::string_view> names = scene.getNames();
     assert(names.size() == instances.size());  // both in the order of the file
     const auto found = std::find(names.begin(), names.end(), name);
+    if (found == names.end() && name == kSettings) {
+        overrideSetting(parameter, valueText);
+        overridden[pointerTo(pointerTo("", kSettings), parameter)] = text;
+        return true;
+    }
     if (found == names.end())
         return fail(place, "there is no instance \"" + name + "\"" + knownNames(name, names));
     const Instance& instance = instances[static_cast<std::size_t>(found - names.begin())];
@@ -207,6 +213,28 @@ bool SceneReader::applyOverride(const std::string& text) {
     (*instance.values)[parameter] = std::move(value);
     overridden[pointerTo(instance.pointer, parameter)] = text;
     return true;
+}
+
+/// Puts a value among the settings of the file, to be read and checked with them. Settings that are
+/// no object are left for the check to refuse.
+void SceneReader::overrideSetting(const std::string& name, const std::string& valueText) {
+    Json& settings = document[kSettings];
+    if (settings.is_null())
+        settings = Json::object();
+    Json value;
+    std::string reason;
+    if (!parseSceneJson(valueText, value, reason))
+        value = valueText;
+    if (settings.is_object())
+        settings[name] = std::move(value);
+}
+
+bool SceneReader::readSettings() {
+    SceneError sceneError;
+    return !document.contains(kSettings) ||
+           readSceneSettings(document[kSettings], pointerTo("", kSettings), scene.settings,
+                             sceneError) ||
+           fail(sceneError);
 }
 
 bool SceneReader::setParameters() {

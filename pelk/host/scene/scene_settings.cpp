@@ -23,6 +23,7 @@ struct SettingRow {
     bool SceneSettings::*boolField = nullptr;
     double SceneSettings::*numberField = nullptr;
     Color SceneSettings::*colorField = nullptr;
+    bool isPositive = false;  ///< of a number
     std::string SceneSettings::*textField = nullptr;
     std::vector<std::string> SceneSettings::*namesField = nullptr;
 };
@@ -58,6 +59,7 @@ constexpr SettingRow kSettings[] = {
     colorSetting("background", &S::background),
     colorSetting("origin", &S::origin),
     {.name = "time", .expected = "a number", .numberField = &S::time},
+    {.name = "fps", .expected = "a number above 0", .numberField = &S::fps, .isPositive = true},
     boolSetting("half_float", &S::halfFloat),
     {.name = "camera", .expected = "the name of a camera", .textField = &S::camera},
     {.name = "channels",
@@ -98,7 +100,7 @@ bool readSetting(const Json& json, const SettingRow& row, SceneSettings& setting
         return readNames(json, settings.*row.namesField);
     if (row.boolField && json.is_boolean())
         settings.*row.boolField = json.get<bool>();
-    else if (row.numberField && json.is_number())
+    else if (row.numberField && json.is_number() && (!row.isPositive || json.get<double>() > 0.0))
         settings.*row.numberField = json.get<double>();
     else if (row.textField && json.is_string())
         settings.*row.textField = json.get<std::string>();

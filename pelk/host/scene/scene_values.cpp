@@ -8,6 +8,7 @@
 #include "pelk/contract/plugin_parameters.h"
 #include "pelk/host/plugins/file_guide.h"
 #include "pelk/host/scene/interface_names.h"
+#include "pelk/support/environment.h"
 #include "pelk/support/spelling.h"
 
 namespace Tarnkit {
@@ -289,10 +290,27 @@ private:
         std::string text = json.get<std::string>();
         const bool isFile = desc.guide && desc.guide == std::string_view(kFileGuide);
         if (isFile && !text.empty()) {
+            if (!expandName(text, pointer))
+                return false;
             text = (std::filesystem::path(directory) / text).string();
             out.files.push_back(text);
         }
         value = texts.emplace_back(std::move(text)).c_str();
+        return true;
+    }
+
+    /// Replaces the variables of the environment in a file's name. What isn't set is refused: the
+    /// name without it would be another file's.
+    bool expandName(std::string& text, const std::string& pointer) {
+        CharString name = text.c_str();
+        const CharString unset = findUnsetVariable(name);
+        if (unset.c_str()) {
+            error = {pointer, "\"" + text + "\": the variable " + unset.c_str() +
+                                  " of the environment is not set"};
+            return false;
+        }
+        expandEnvironment(name);
+        text = name.c_str();
         return true;
     }
 

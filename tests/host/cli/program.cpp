@@ -84,7 +84,13 @@ std::vector<float> readPicture(const std::string& file) {
     if (!input)
         return {};
     const OIIO::ImageSpec& spec = input->spec();
-    std::vector<float> pixels(spec.image_pixels() * static_cast<std::size_t>(spec.nchannels));
-    input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, pixels.data());
+    const auto channels = static_cast<std::size_t>(spec.nchannels);
+    const auto width = static_cast<std::size_t>(spec.full_width);
+    std::vector<float> pixels(width * static_cast<std::size_t>(spec.full_height) * channels);
+    const std::size_t first =
+        static_cast<std::size_t>(spec.y) * width + static_cast<std::size_t>(spec.x);
+    input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT,
+                      pixels.data() + first * channels, OIIO::AutoStride,
+                      static_cast<OIIO::stride_t>(width * channels * sizeof(float)));
     return pixels;
 }

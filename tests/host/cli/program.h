@@ -44,4 +44,5 @@ private:
 std::string smallScene(const std::string& plugins = "");
 
 /// Red, green, blue and alpha of each pixel, then further channels; empty without such a picture.
+/// Of a picture of which only a part is stored the rest is 0.
 std::vector<float> readPicture(const std::string& file);
