@@ -74,10 +74,11 @@ ExitCode MergeRun::fail(ExitCode code, const std::string& text) const {
 }
 
 ExitCode MergeRun::run() {
+    // From the first temporary file, by which outputs are tried, until the pictures are written.
+    const InterruptGuard interrupt;
     if (const ExitCode code = checkOutputs(); code != ExitCode::Done)
         return code;
     Picture picture;
-    const InterruptGuard interrupt;  // until the pictures are written
     const MergeResult result = mergeRegions(options.merge, interrupt.wasRequested(), picture);
     if (result.stopped)
         return fail(interrupt.getExitCode(), "interrupted; nothing written");
@@ -117,7 +118,8 @@ ExitCode MergeRun::write(const MergeResult& result, Picture& picture) const {
                      .ended = header.ended,
                      .seconds = header.seconds(),
                      .host = header.program,
-                     .version = header.version};
+                     .version = header.version,
+                     .rect = header.rect};
     if (options.merge.hostStamp)
         info.pngChannel = picture.getRegion().findChannelByAlias(kAliasHostStamp);
     ExitCode code = ExitCode::Done;

@@ -94,8 +94,14 @@ private:
 ExitCode RenderRun::run() {
     if (!command.openLog())
         return ExitCode::BadInput;
-    if (const ExitCode code = checkOutputs(); code != ExitCode::Done)
-        return code;
+    {
+        // Outputs are tried by making a temporary file, which a signal must not leave behind.
+        const InterruptGuard trying;
+        if (const ExitCode code = checkOutputs(); code != ExitCode::Done)
+            return code;
+        if (trying.wasRequested())
+            return trying.getExitCode();
+    }
     if (!command.openScene())
         return ExitCode::BadInput;
     const InterruptGuard interrupt;  // until the pictures are written

@@ -90,7 +90,7 @@ public:
 private:
     /// Clamps to the range of 16-bit floats, beyond which a value would become infinite.
     void storeHalf(const std::uint8_t* pixel, std::uint8_t* out) const {
-        float values[4];
+        float values[4] = {};
         const int count = layer.values();
         std::memcpy(values, pixel, static_cast<std::size_t>(count) * sizeof(float));
         for (float& value : values)

@@ -38,6 +38,8 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
         const OwnedThreadManager own(options.manager ? nullptr : newThreadManager());
         ThreadManager& manager = options.manager ? *options.manager : *own;
         const bool inPasses = usesPasses(options, area, setup.channels, log);
+        if (!inPasses && options.interimSeconds > 0.0 && log)
+            log->warning("No picture is shown meanwhile: samples don't come in passes");
         PictureSampler sampler(setup, options, area, inPasses, picture);
         if (!sampler.resume(log, result))
             return result;
