@@ -7,6 +7,7 @@
 #include <assimp/Importer.hpp>
 #include <cmath>
 #include <filesystem>
+#include <memory>
 #include <vector>
 
 #include "pelk/host/plugins/mesh_check.h"
@@ -39,10 +40,12 @@ bool hasWholeFaces(const aiMesh& mesh) {
 /// Reads the file as it stands, then cuts it into triangles if its indices can be trusted.
 const aiScene* import(Assimp::Importer& importer, const std::string& path, bool smooth,
                       std::string& error) {
-    std::string refusal;                            // of a file that the mesh names
-    importer.SetIOHandler(new MeshFiles(refusal));  // which owns it
+    std::string refusal;  // of a file that the mesh names
+    auto* const files = new MeshFiles(refusal);
+    importer.SetIOHandler(files);  // which owns it until another is set, and gives it back for null
     const aiScene* scene = importer.ReadFile(path, 0);
     importer.SetIOHandler(nullptr);
+    const std::unique_ptr<MeshFiles> givenBack(files);
     if (!scene || !refusal.empty()) {
         error = refusal.empty() ? importer.GetErrorString() : refusal;
         return nullptr;
