@@ -7,6 +7,7 @@
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/console_log.h"
 #include "pelk/host/cli/interrupt.h"
+#include "pelk/host/cli/render_outputs.h"
 #include "pelk/host/picture/image_output.h"
 #include "pelk/host/picture/region_file.h"
 #include "pelk/host/render/merge_job.h"
@@ -105,6 +106,8 @@ ExitCode MergeRun::checkOutputs() {
                         error);
         options.merge.rectangular |= isRegionFile(output);
     }
+    if (const OutputCheck fault = checkDistinct(options.outputs))
+        return fail(fault->code, fault->text);
     return ExitCode::Done;
 }
 

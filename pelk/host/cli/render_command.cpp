@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,17 +9,14 @@
 #include "pelk/host/cli/interrupt.h"
 #include "pelk/host/cli/json_output.h"
 #include "pelk/host/cli/progress.h"
-#include "pelk/host/cli/render_options.h"
+#include "pelk/host/cli/render_outputs.h"
 #include "pelk/host/picture/image_output.h"
 #include "pelk/host/picture/region_file.h"
 #include "pelk/host/render/checkpoint.h"
 #include "pelk/host/render/fingerprint.h"
 #include "pelk/host/render/plugin_faults.h"
 #include "pelk/host/render/render_workers.h"
-#include "pelk/host/render/scene_files.h"
 #include "pelk/platform/file.h"
-#include "pelk/platform/input_file.h"
-#include "pelk/platform/output_file.h"
 
 namespace Tarnkit {
 
@@ -48,31 +44,20 @@ std::string asText(const SampleRange& range) {
     return range.least == range.most ? least : least + " to " + std::to_string(range.most);
 }
 
-/// What one picture is written to.
-struct OutputFiles {
-    std::vector<std::string> outputs;
-    std::string checkpoint;  ///< empty if none is kept
-};
-
 /// One run of `pelk render`.
 class RenderRun {
 public:
     explicit RenderRun(RenderCommandOptions& commandOptions)
-        : options(commandOptions), command(commandOptions) {}
+        : options(commandOptions), outputs(commandOptions), command(commandOptions) {}
 
     ExitCode run();
 
 private:
+    ExitCode fail(const OutputFault& fault) { return command.fail(fault.code, fault.text); }
     ExitCode failWithoutPicture(const RenderResult& result, const InterruptGuard& interrupt);
-    ExitCode checkOutputs();
-    ExitCode checkCheckpoint(const OutputFiles& named);
-    ExitCode checkInputs(const Scene& scene);
-    OutputFiles filesOf(std::optional<int> number) const;
-    ExitCode checkFiles(const OutputFiles& named);
     ExitCode runFrames(const InterruptGuard& interrupt);
     ExitCode runFrame(const InterruptGuard& interrupt);
     ExitCode checkPixels(const Scene& scene, RenderOptions& render);
-    bool keepsCheckpoint() const;
     ExitCode takeFingerprint(const Scene& scene, const RenderOptions& render);
     FileHeader headerOf(const Scene& scene, const RenderOptions& render, const RenderResult& result,
                         Picture& picture) const;
@@ -83,7 +68,8 @@ private:
                    Picture& picture);
     ExitCode report(const RenderResult& result, ExitCode code);
 
-    RenderCommandOptions& options;
+    const RenderCommandOptions& options;
+    const RenderOutputs outputs;
     SceneCommand command;
     ContentDigest fingerprint;         ///< if there are region files to write
     OutputFiles files;                 ///< of the frame in work
@@ -97,8 +83,8 @@ ExitCode RenderRun::run() {
     {
         // Outputs are tried by making a temporary file, which a signal must not leave behind.
         const InterruptGuard trying;
-        if (const ExitCode code = checkOutputs(); code != ExitCode::Done)
-            return code;
+        if (const OutputCheck fault = outputs.check())
+            return fail(*fault);
         if (trying.wasRequested())
             return trying.getExitCode();
     }
@@ -107,7 +93,7 @@ ExitCode RenderRun::run() {
     const InterruptGuard interrupt;  // until the pictures are written
     if (options.frames)
         return runFrames(interrupt);
-    files = filesOf({});
+    files = outputs.filesOf({});
     return runFrame(interrupt);
 }
 
@@ -117,7 +103,7 @@ ExitCode RenderRun::runFrames(const InterruptGuard& interrupt) {
     for (const int number : framesOf(*options.frames)) {
         frame = number;
         settings.time = number / settings.fps;
-        files = filesOf(number);
+        files = outputs.filesOf(number);
         written.clear();
         if (const ExitCode code = runFrame(interrupt); code != ExitCode::Done)
             return command.fail(code, "the frames end here, at frame " + std::to_string(number));
@@ -127,8 +113,8 @@ ExitCode RenderRun::runFrames(const InterruptGuard& interrupt) {
 
 ExitCode RenderRun::runFrame(const InterruptGuard& interrupt) {
     Scene& scene = command.getScene();
-    if (const ExitCode code = checkInputs(scene); code != ExitCode::Done)
-        return code;
+    if (const OutputCheck fault = RenderOutputs::checkInputs(files, scene))
+        return fail(*fault);
     RenderOptions renderOptions;
     if (const ExitCode code = checkPixels(scene, renderOptions); code != ExitCode::Done)
         return code;
@@ -152,95 +138,11 @@ ExitCode RenderRun::runFrame(const InterruptGuard& interrupt) {
 ExitCode RenderRun::failWithoutPicture(const RenderResult& result,
                                        const InterruptGuard& interrupt) {
     std::string rest = " before every pixel had a sample; no picture written";
-    if (keepsCheckpoint() && result.checkpointError.empty() && result.samples > 0)
+    if (outputs.keepsCheckpoint() && result.checkpointError.empty() && result.samples > 0)
         rest += ", \"" + files.checkpoint + "\" has what there is";
     if (result.end == RenderEnd::Stopped)
         return command.fail(interrupt.getExitCode(), "interrupted" + rest);
     return command.fail(ExitCode::BadInput, "--time: the time was over" + rest);
-}
-
-/// Finds out before the render what could go wrong after it.
-ExitCode RenderRun::checkOutputs() {
-    if (options.outputs.empty() && platform::isOpenStream(options.file))
-        return command.fail(ExitCode::BadUsage,
-                            "expected --output: a scene that is read from a stream has no name");
-    if (options.outputs.empty())
-        options.outputs.push_back(std::filesystem::path(options.file).stem().string() + ".png");
-    if (!options.frames)
-        return checkFiles(filesOf({}));
-    std::vector<std::string> patterns = options.outputs;
-    if (!options.checkpointFile.empty())
-        patterns.push_back(options.checkpointFile);
-    const std::string clash = equalFrameNames(patterns, *options.frames);
-    if (!clash.empty())
-        return command.fail(ExitCode::BadUsage, clash);
-    ExitCode code = ExitCode::Done;
-    for (const int number : framesOf(*options.frames)) {
-        if (code == ExitCode::Done)
-            code = checkFiles(filesOf(number));
-    }
-    return code;
-}
-
-/// The files of a frame, or of the one picture that is rendered without frames.
-OutputFiles RenderRun::filesOf(std::optional<int> number) const {
-    const auto nameOf = [&](const std::string& pattern) {
-        return number ? frameName(pattern, *number) : pattern;
-    };
-    OutputFiles named;
-    for (const std::string& pattern : options.outputs)
-        named.outputs.push_back(nameOf(pattern));
-    if (keepsCheckpoint())
-        named.checkpoint = options.checkpointFile.empty() ? named.outputs.front() + ".pkc"
-                                                          : nameOf(options.checkpointFile);
-    return named;
-}
-
-ExitCode RenderRun::checkFiles(const OutputFiles& named) {
-    std::string error;
-    for (const std::string& output : named.outputs) {
-        if (!canWritePicture(output, error))
-            return command.fail(
-                hasPictureEnding(output) ? ExitCode::OutputFailed : ExitCode::BadUsage, error);
-    }
-    return keepsCheckpoint() ? checkCheckpoint(named) : ExitCode::Done;
-}
-
-/// What stands in the place of a checkpoint must be one: whatever else it is would be lost.
-ExitCode RenderRun::checkCheckpoint(const OutputFiles& named) {
-    const std::string& file = named.checkpoint;
-    for (const std::string& output : named.outputs) {
-        if (platform::fullPath(output) == platform::fullPath(file))
-            return command.fail(ExitCode::BadUsage, "--checkpoint-file: \"" + file +
-                                                        "\" is one of the pictures to write");
-    }
-    const platform::OutputFile checkpoint(file);
-    if (!checkpoint.getError().empty())
-        return command.fail(ExitCode::OutputFailed,
-                            "checkpoint \"" + file + "\": " + checkpoint.getError());
-    if (std::error_code none; !std::filesystem::exists(platform::nativePath(file), none))
-        return ExitCode::Done;
-    EnvelopeReader former(file);
-    if (former.readHeader(FileKind::Checkpoint))
-        return ExitCode::Done;
-    return command.fail(former.isSystemFault() ? ExitCode::SystemFailed : ExitCode::BadInput,
-                        "checkpoint: " + former.getError());
-}
-
-/// What is written must not take the place of what it is made from, by whatever name.
-ExitCode RenderRun::checkInputs(const Scene& scene) {
-    std::vector<std::string> outputs = files.outputs;
-    if (keepsCheckpoint())
-        outputs.push_back(files.checkpoint);
-    for (const std::string& input : inputFilesOf(scene)) {
-        for (const std::string& output : outputs) {
-            if (platform::isSameFile(output, input))
-                return command.fail(ExitCode::BadUsage, "the output \"" + output +
-                                                            "\" would replace \"" + input +
-                                                            "\", which the scene reads");
-        }
-    }
-    return ExitCode::Done;
 }
 
 ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
@@ -260,13 +162,9 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     return ExitCode::Done;
 }
 
-bool RenderRun::keepsCheckpoint() const {
-    return options.resume || options.checkpointSeconds > 0.0 || !options.checkpointFile.empty();
-}
-
 /// Costs a read of all files of the scene, so it is not done for nothing.
 ExitCode RenderRun::takeFingerprint(const Scene& scene, const RenderOptions& render) {
-    if (!keepsCheckpoint() &&
+    if (!outputs.keepsCheckpoint() &&
         std::none_of(files.outputs.begin(), files.outputs.end(), isRegionFile))
         return ExitCode::Done;
     const Fingerprint taken = fingerprintOf(scene, render, PELK_VERSION);
@@ -300,7 +198,7 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::at
         write(scene, render, soFar, shown);
         written.clear();
     };
-    if (keepsCheckpoint())
+    if (outputs.keepsCheckpoint())
         render.checkpoint = &checkpoint;
     const RenderResult result =
         renderScene(scene, render, &command.getLog(), progress, stop, picture);

@@ -173,6 +173,10 @@ TEST_F(RenderCommand, PicturesThatCannotBeWrittenAreRefusedBeforeTheRender) {
         EXPECT_EQ(result.exitCode, c.exitCode) << c.name;
         EXPECT_THAT(result.err, HasSubstr(c.name));
     }
+    std::filesystem::create_symlink(".", directory.file("here"));
+    const RunResult twice = render({"s.json", "-o", "new.png", "-o", "here/new.png"});
+    EXPECT_EQ(twice.exitCode, 2);
+    EXPECT_THAT(twice.err, HasSubstr("\"new.png\" and \"here/new.png\" are one file"));
     EXPECT_EQ(directory.read("s.json"), scene);
 }
 
