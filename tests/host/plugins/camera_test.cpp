@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "host/plugins/plugin_holder.h"
 #include "pelk/host/plugins/camera_orthographic.h"
 #include "pelk/host/plugins/camera_perspective.h"
@@ -12,10 +10,8 @@ namespace {
 /// pixel.
 template <class Camera>
 void expectRaysGoWherePointsAreSeen(PluginHolder<Camera>& holder) {
-    Camera& camera = holder.plugin;
-    std::string error;
-    holder.startFrame();
-    ASSERT_TRUE(camera.prepare(640, 360, error)) << error;
+    const Camera& camera = holder.plugin;
+    holder.prepare(640, 360);
     for (const ScreenPoint at : {ScreenPoint{0, 0}, ScreenPoint{320, 180}, ScreenPoint{601.5, 7}}) {
         RenderContext ray, next;
         camera.makeRay(at.x, at.y, ray);
@@ -33,22 +29,15 @@ void expectRaysGoWherePointsAreSeen(PluginHolder<Camera>& holder) {
     }
 }
 
-TEST(CameraPerspective, RaysGoWherePointsAreSeen) {
-    PluginHolder<CameraPerspective> holder;
-    holder.set("position", Color(0, 1, 3.7f));
-    holder.set("target", Color(0, 1, 0));
-    holder.set("fov", 40.0f);
-    expectRaysGoWherePointsAreSeen(holder);
+TEST(Camera, RaysGoWherePointsAreSeen) {
+    PluginHolder<CameraOrthographic> parallel{{"width", 8.0f}, {"target", Color(1, 2, 0)}};
+    expectRaysGoWherePointsAreSeen(parallel);
+    PluginHolder<CameraPerspective> lens{
+        {"position", Color(0, 1, 3.7f)}, {"target", Color(0, 1, 0)}, {"fov", 40.0f}};
+    expectRaysGoWherePointsAreSeen(lens);
     RenderContext left;
-    holder.plugin.makeRay(0, 180, left);
+    lens.plugin.makeRay(0, 180, left);
     EXPECT_NEAR(std::asin(-left.rayDir.x) * 180 / 3.14159265, 20.0, 1e-3) << "half the angle";
-}
-
-TEST(CameraOrthographic, RaysGoWherePointsAreSeen) {
-    PluginHolder<CameraOrthographic> holder;
-    holder.set("width", 8.0f);
-    holder.set("target", Color(1, 2, 0));
-    expectRaysGoWherePointsAreSeen(holder);
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -13,15 +11,6 @@
 
 namespace Tarnkit {
 namespace {
-
-template <class Geometry>
-Mesh meshOf(PluginHolder<Geometry>& shape) {
-    Mesh mesh;
-    std::string error;
-    shape.startFrame();
-    EXPECT_TRUE(shape.plugin.buildMesh(mesh, error)) << error;
-    return mesh;
-}
 
 Vector areaVector(const Mesh& mesh, std::size_t triangle) {
     const auto& t = mesh.triangles[triangle];
@@ -51,10 +40,8 @@ void expectNormalsInFront(const Mesh& mesh) {
 }
 
 TEST(GeomSphere, IsABallThatKeepsItsFrontsWhenStretchedAndMirrored) {
-    PluginHolder<GeomSphere> ball;
-    ball.set("radius", 2.0f);
-    ball.set("scale", Color(-4, 1, 0.25f));
-    const Mesh mesh = meshOf(ball);
+    PluginHolder<GeomSphere> ball{{"radius", 2.0f}, {"scale", Color(-4, 1, 0.25f)}};
+    const Mesh mesh = ball.build();
     const double expected = 4 * std::numbers::pi * 8 / 3;
     EXPECT_NEAR(volume(mesh), expected, expected * 2e-3);
     expectNormalsInFront(mesh);
@@ -94,17 +81,16 @@ constexpr const char* kObj =
     "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
     "usemtl a\nf 1/1 2/2 3/3 4/4\nusemtl b\nf 1/1 2/2 3/3\n";
 
-std::string ply(const std::string& format, const std::string& body) {
+std::string ply(const std::string& format, const std::string& body, const std::string& more = "") {
     return "ply\nformat " + format +
-           " 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
-           "element face 1\nproperty list uchar int vertex_indices\nend_header\n" +
-           body;
+           " 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n" + more +
+           "element face 1\nproperty list uchar int vertex_indices\nend_header\n" + body;
 }
 
-std::string plyBytes() {
-    const float positions[9] = {0, 0, 0, 2, 0, 0, 0, 2, 0};
+/// The bytes of some vertices and of one triangle.
+std::string plyBytes(const std::vector<float>& vertices = {0, 0, 0, 2, 0, 0, 0, 2, 0}) {
     const int indices[3] = {0, 1, 2};
-    return std::string(reinterpret_cast<const char*>(positions), sizeof positions) + "\3" +
+    return std::string(reinterpret_cast<const char*>(vertices.data()), vertices.size() * 4) + "\3" +
            std::string(reinterpret_cast<const char*>(indices), sizeof indices);
 }
 
@@ -141,21 +127,16 @@ TEST_F(MeshLoaderTest, ReadsEachFormat) {
     EXPECT_EQ(mesh.uvs.size(), mesh.positions.size());
     EXPECT_TRUE(mesh.normals.empty());
 
-    const float vertices[] = {0, 0, 0, NAN, 0.5f, 1, 0, 0, 1, -INFINITY, 0, 1, 0, 0.25f, 0.5f};
-    const int indices[] = {0, 1, 2};
     dir.write("nan.ply",
-              "ply\nformat binary_little_endian 1.0\nelement vertex 3\nproperty float x\n"
-              "property float y\nproperty float z\nproperty float s\nproperty float t\n"
-              "element face 1\nproperty list uchar int vertex_indices\nend_header\n" +
-                  std::string(reinterpret_cast<const char*>(vertices), sizeof vertices) + "\3" +
-                  std::string(reinterpret_cast<const char*>(indices), sizeof indices));
-    ASSERT_TRUE(loadMesh(dir.file("nan.ply"), false, mesh, error)) << error;
+              ply("binary_little_endian",
+                  plyBytes({0, 0, 0, NAN, 0.5f, 1, 0, 0, 1, -INFINITY, 0, 1, 0, 0.25f, 0.5f}),
+                  "property float s\nproperty float t\n"));
+    ASSERT_TRUE(load("nan.ply", false)) << error;
     ASSERT_EQ(mesh.uvs.size(), 3u);
     const UV expected[] = {{0, 0}, {0, 0}, {0.25f, 0.5f}};
     for (int i = 0; i < 3; ++i) {
         const UV uv = mesh.uvs[mesh.triangles[0][i]];
-        EXPECT_TRUE(uv.u == expected[i].u && uv.v == expected[i].v)
-            << i << ": " << uv.u << " " << uv.v;
+        EXPECT_TRUE(uv.u == expected[i].u && uv.v == expected[i].v) << i << ": " << uv.u;
     }
 }
 

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <gmock/gmock.h>
+
+#include <initializer_list>
 #include <memory>
 #include <type_traits>
+#include <variant>
 #include <vector>
 
 #include "pelk/contract/desc_of.h"
@@ -14,6 +18,15 @@ namespace Tarnkit {
 template <class T>
 class PluginHolder {
 public:
+    struct Setting {
+        const char* name;
+        std::variant<int, float, Color, const char*, PluginBase*> value;
+    };
+
+    explicit PluginHolder(std::initializer_list<Setting> settings = {}) {
+        for (const Setting& s : settings)
+            std::visit([&](const auto& value) { set(s.name, value); }, s.value);
+    }
     template <class V>
     void set(const char* name, V value) {
         using Stored = std::conditional_t<std::is_convertible_v<V, PluginBase*>, PluginBase*, V>;
@@ -22,6 +35,22 @@ public:
     }
     void set(const char* name, Color value) { set(name, AColor{value, 1.0f}); }
     void startFrame() { plugin.frameBegin(renderer); }
+    /// Begins a frame, for which a light or camera is to accept its parameters.
+    template <class... Where>
+    void prepare(Where... where) {
+        std::string error;
+        startFrame();
+        EXPECT_TRUE(plugin.prepare(where..., error)) << error;
+    }
+
+    /// The mesh of a geometry in a new frame.
+    auto build() {
+        Mesh mesh;
+        std::string error;
+        startFrame();
+        EXPECT_TRUE(plugin.buildMesh(mesh, error)) << error;
+        return mesh;
+    }
 
     HostRenderer renderer;
     DescOf<T> desc;

@@ -1,7 +1,5 @@
 // What a hit object tells of its faces.
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <random>
 
@@ -18,10 +16,7 @@ template <class Shape>
 class ShapeHit : public PluginHolder<Shape> {
 public:
     RenderContext& at(u32 triangle) {
-        std::string error;
-        this->startFrame();
-        Mesh& mesh = object.mesh;
-        EXPECT_TRUE(this->plugin.buildMesh(mesh, error)) << error;
+        const Mesh& mesh = object.mesh = this->build();
         const auto& t = mesh.triangles[triangle];
         const Vector a = mesh.positions[t[0]], b = mesh.positions[t[1]], c = mesh.positions[t[2]];
         object.faceNormals.resize(mesh.triangles.size());
@@ -62,11 +57,10 @@ TEST(HitObject, FramesAndCoordinatesAgreeUnderTurnedAndMirroredInstances) {
     std::mt19937 random(3);
     std::uniform_real_distribution<float> unit(-1, 1);
     const auto factor = [&] { return std::copysign(0.3f + std::fabs(unit(random)), unit(random)); };
-    PluginHolder<UVWGenMap> map;
-    map.set("uv_set", 1);
-    map.set("scale", Color(2, 3, 1));
-    map.set("rotation", 90.0f);
-    map.set("offset", Color(10, 20, 30));
+    PluginHolder<UVWGenMap> map{{"uv_set", 1},
+                                {"scale", Color(2, 3, 1)},
+                                {"rotation", 90.0f},
+                                {"offset", Color(10, 20, 30)}};
     map.startFrame();
     for (int round = 0; round < 200; ++round) {
         ShapeHit<GeomQuad> quad;

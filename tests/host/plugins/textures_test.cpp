@@ -1,5 +1,4 @@
 #include <OpenImageIO/imageio.h>
-#include <gmock/gmock.h>
 
 #include <cmath>
 #include <vector>

@@ -1,7 +1,5 @@
 #include "pelk/host/render/merge_job.h"
 
-#include <gmock/gmock.h>
-
 #include <functional>
 #include <random>
 
@@ -20,15 +18,12 @@ constexpr int kWidth = 23, kHeight = 17;
 class MergeTest : public RenderFixture {
 protected:
     MergeTest() {
-        const auto scene = read(R"("light": {"type": "LightPoint", "position": [0, 3, 3]},
-            "m": {"type": "MtlDiffuse"}, "ball": {"type": "GeomSphere", "material": "m"})",
-                                "");
-        RenderOptions options = optionsOf(1, kWidth, kHeight);
-        options.channels = {"depth", "render_id", "normals", "host_stamp"};
-        render(*scene, whole, options);
+        render(R"("light": {"type": "LightPoint", "position": [0, 3, 3]},
+                  "ball": {"type": "GeomSphere", "material": "white"})",
+               "", optionsOf(1, kWidth, kHeight, {"depth", "render_id", "normals", "host_stamp"}));
     }
 
-    static FileHeader headerOf(const PictureRect& rect) {
+    FileHeader headerOf(const PictureRect& rect) {
         FileHeader header{};
         header.fingerprint = {1, 2};
         header.width = kWidth;
@@ -37,16 +32,14 @@ protected:
         header.samplesAsked = header.samplesLeast = header.samplesMost = 4;
         header.scene += "a.json";
         header.version += "1";
+        header.channels = fileChannelsOf(whole);
         header.parts = {{rect, 0, 0, 0.5, "abc"}};
         return header;
     }
     /// Writes pixels of the whole picture, and returns the file's full name.
     std::string write(const std::string& name, const FileHeader& header) {
         std::string error;
-        FileHeader full = header;
-        if (full.channels.empty())
-            full.channels = fileChannelsOf(whole);
-        EXPECT_TRUE(writeRegionFile(directory.file(name), full, whole, error)) << error;
+        EXPECT_TRUE(writeRegionFile(directory.file(name), header, whole, error)) << error;
         return directory.file(name);
     }
     std::string write(const std::string& name, const PictureRect& rect) {
@@ -57,9 +50,9 @@ protected:
         return mergeRegions(options, false, *merged);
     }
     /// The pixels of all channels but the stamp, as they stand in memory.
-    static std::string bytesOf(Picture& picture) {
+    static std::string bytesOf(Picture& from) {
         std::string bytes;
-        for (const ChannelRecord& record : picture.getRegion().getChannels()) {
+        for (const ChannelRecord& record : from.getRegion().getChannels()) {
             if (record.alias != kAliasHostStamp)
                 record.buffer->forEachRun(0, kWidth * kHeight, [&](const u8* data, int count) {
                     bytes.append(reinterpret_cast<const char*>(data),
@@ -69,7 +62,7 @@ protected:
         return bytes;
     }
 
-    Picture whole;
+    Picture& whole = picture;
     std::optional<Picture> merged;
 };
 
@@ -107,71 +100,63 @@ TEST_F(MergeTest, AnyCutInAnyOrderAndWithRepeatsMakesTheWhole) {
 }
 
 TEST_F(MergeTest, WhatIsNoPartOfThePictureIsRefusedByName) {
-    const PictureRect upper{0, 0, kWidth, 9}, lower{0, 9, kWidth, kHeight};
-    const std::string good = write("good.pkr", upper);
-    const struct {
-        const char* says;
-        std::function<void(FileHeader&)> change;
-    } strangers[] = {
+    const PictureRect lower{0, 9, kWidth, kHeight};
+    const std::string good = write("good.pkr", {0, 0, kWidth, 9}), a = directory.file("a.pkr");
+    const auto expectRefused = [&](const std::string& file, const char* says) {
+        const MergeResult result = merge({.files = {good, file}});
+        EXPECT_FALSE(result.ok || result.systemFault);
+        EXPECT_THAT(result.error, HasSubstr(says));
+    };
+    const std::pair<const char*, std::function<void(FileHeader&)>> strangers[] = {
         {"a.pkr\" is of another picture", [](FileHeader& h) { h.fingerprint.high = 3; }},
         {"the sizes are 23x17 and 24x17", [](FileHeader& h) { ++h.width; }},
         {"a.pkr\" has 3, \"", [](FileHeader& h) { h.samplesLeast = 3; }},
         {"a gap: region 20,9,23,17", [](FileHeader& h) { h.rect.x1 = h.parts[0].rect.x1 = 20; }},
         {"a gap: region 0,9,23,10", [](FileHeader& h) { h.rect.y0 = h.parts[0].rect.y0 = 10; }},
     };
-    const auto expectRefused = [&](const std::string& file, const char* says) {
-        const MergeResult result = merge({.files = {good, file}});
-        EXPECT_FALSE(result.ok || result.systemFault);
-        EXPECT_THAT(result.error, HasSubstr(says));
-    };
-    for (const auto& c : strangers) {
+    for (const auto& [says, change] : strangers) {
         FileHeader header = headerOf(lower);
-        c.change(header);
-        expectRefused(write("a.pkr", header), c.says);
+        change(header);
+        expectRefused(write("a.pkr", header), says);
     }
     std::string bytes = directory.read(write("a.pkr", lower));
     bytes[bytes.size() - 99] ^= 4;
     directory.write("a.pkr", bytes);
-    expectRefused(directory.file("a.pkr"), "a.pkr\": its content is damaged");
+    expectRefused(a, "a.pkr\": its content is damaged");
     directory.write("a.pkr", bytes.substr(0, 2000));
-    expectRefused(directory.file("a.pkr"), "a.pkr\": it should have");
+    expectRefused(a, "a.pkr\": it should have");
     expectRefused(directory.file("none.pkr"), "none.pkr\": No such file");
-    // The same pixels, but for one.
-    whole.getRegion().getChannels()[2].buffer->item(kWidth * 8 + 22)[0] ^= 1;
-    write("bit.pkr", {22, 8, kWidth, kHeight});
-    const MergeResult conflict =
-        merge({.files = {good, directory.file("bit.pkr")}, .allowMissing = true});
-    EXPECT_THAT(conflict.error, AllOf(HasSubstr("bit.pkr\" overlaps"), HasSubstr("good.pkr")));
-}
 
-// Check sums keep out damage, not somebody who computes them as well.
-TEST_F(MergeTest, PixelsThatAreNotThoseOfTheHeaderAreRefusedBeforeRoomIsMadeForThem) {
-    const auto payload = [&](PayloadWriter& out) {
-        whole.getRegion().writeBuffer([&](const void* pixels, std::size_t count) {
-            out.write(pixels, count);
-            return true;
-        });
-    };
-    const struct {
-        int width, height;
-        PictureRect rect;
-        const char* says;
-    } cases[] = {{kWidth + 1, kHeight, {1, 0, kWidth + 1, kHeight}, "other rectangles"},
-                 {65536, 4096, {0, 0, 65536, 4096}, "expected 15032385620"}};
-    for (const auto& c : cases) {
-        FileHeader header = headerOf(c.rect);
-        header.width = c.width;
-        header.height = c.height;
-        header.channels = fileChannelsOf(whole);
+    // Check sums keep out damage, not somebody who computes them as well: pixels that are not those
+    // of the header are refused before room is made for them.
+    const std::pair<PictureRect, const char*> forged[] = {
+        {{1, 0, kWidth + 1, kHeight}, "other rectangles"},
+        {{0, 0, 65536, 4096}, "expected 15032385620"}};
+    for (const auto& [rect, says] : forged) {
+        FileHeader header = headerOf(rect);
+        header.width = rect.x1;
+        header.height = rect.y1;
         std::string error;
-        ASSERT_TRUE(writeEnvelope(directory.file("a.pkr"), header, payload, error)) << error;
-        EXPECT_THAT(merge({.files = {directory.file("a.pkr")}, .allowMissing = true}).error,
-                    HasSubstr(c.says));
+        EXPECT_TRUE(writeEnvelope(
+            a, header,
+            [&](PayloadWriter& out) {
+                whole.getRegion().writeBuffer([&](const void* pixels, std::size_t count) {
+                    out.write(pixels, count);
+                    return true;
+                });
+            },
+            error));
+        EXPECT_THAT(merge({.files = {a}, .allowMissing = true}).error, HasSubstr(says));
     }
     FileHeader header = headerOf({0, 0, kWidth, kHeight});
-    header.channels = fileChannelsOf(whole);
     std::swap(header.channels[kBeautyChannel], header.channels[kAlphaChannel]);
     EXPECT_THAT(merge({.files = {write("a.pkr", header)}}).error, HasSubstr("first channels"));
+
+    // The same pixels, but for one.
+    whole.getRegion().getChannels()[2].buffer->item(kWidth * 8 + 22)[0] ^= 1;
+    const std::string bit = write("bit.pkr", {22, 8, kWidth, kHeight});
+    EXPECT_THAT(merge({.files = {good, bit}, .allowMissing = true}).error,
+                AllOf(HasSubstr("bit.pkr\" overlaps"), HasSubstr("good.pkr")));
 }
 
 TEST_F(MergeTest, WhatIsMissingIsToldAndStaysAsIfNothingWereHit) {
@@ -199,8 +184,7 @@ TEST_F(MergeTest, WhatIsMissingIsToldAndStaysAsIfNothingWereHit) {
     options.files.push_back(tile(8, 8));
     EXPECT_THAT(merge(options).error, HasSubstr("takes a rectangle"));
     // Of a part that was merged before, its own tiles count.
-    FileHeader band = result.header;
-    options.files = {write("band.pkr", band), tile(5, 8)};
+    options.files = {write("band.pkr", result.header), tile(5, 8)};
     EXPECT_THAT(merge(options).missingTexts(), testing::ElementsAre("tiles 1-2,6-8 of 8"));
     options.files.push_back(write("odd.pkr", {0, 0, 5, 1}));
     EXPECT_THAT(merge(options).missingTexts(), testing::Contains("region 5,0,23,1"));
@@ -213,7 +197,7 @@ TEST_F(MergeTest, EachPartShowsTheNameOfItsComputer) {
     ASSERT_TRUE(merge({.files = {write("a.pkr", header)}, .hostStamp = true}).ok);
     const int channel = merged->getRegion().findChannelByAlias(kAliasHostStamp);
     ASSERT_EQ(merged->getRegion().findChannelByName("host_stamp"), channel);
-    const std::vector<Color> stamp = pixelsOf<Color>(*merged, channel);
+    const std::vector<Color> stamp = pixelsOf(*merged, channel);
     // The hash of "abc" ends in 44,252, a hue between blue and red.
     const float violet = static_cast<float>(44252 * 0.005493164 / 60 - 4) * 0.18f;
     const Color* const lastRow = &stamp[kWidth * (kHeight - 1)];

@@ -1,9 +1,6 @@
 // Renders that are cut into passes, stopped, kept and gone on with, or ended by their noise.
 
-#include <gmock/gmock.h>
-
 #include <chrono>
-#include <cmath>
 #include <random>
 #include <thread>
 
@@ -23,9 +20,13 @@ protected:
         "veil": {"type": "MtlDiffuse", "transparency": [0.5, 0.3, 1]},
         "ball": {"type": "GeomSphere", "material": "mirror"},
         "curtain": {"type": "GeomQuad", "material": "veil", "translate": [0, 0, 2]},
+        "matte": {"type": "MtlWrapper", "base_material": "mirror", "matte_surface": true,
+                  "shadows": true, "shadow_tint_color": [0.3, 0.1, 0]},
+        "faint": {"type": "MtlRenderStats", "base_mtl": "matte", "visibility": 0.37},
+        "floor": {"type": "GeomQuad", "material": "faint", "width": 9, "height": 9,
+                  "rotate": [-90, 0, 0], "translate": [0, -1, 0]},
         "lamp": {"type": "LightSphere", "radius": 0.3, "position": [1, 1, 0]},
-        "dome": {"type": "LightDome", "intensity": 0.3})",
-                     "")) {
+        "dome": {"type": "LightDome", "intensity": 0.3})")) {
         kept.file = directory.file("kept.pkc");
         kept.header.width = 45;
         kept.header.height = 33;
@@ -33,12 +34,10 @@ protected:
     }
 
     static RenderOptions optionsOf(int samples) {
-        RenderOptions options = RenderFixture::optionsOf(samples, 45, 33);
-        options.channels = {"all"};
-        return options;
+        return RenderFixture::optionsOf(samples, 45, 33, {"all"});
     }
     /// Renders until it is finished or `milliseconds` are over.
-    RenderResult renderFor(int milliseconds, const RenderOptions& options, Picture& picture) {
+    RenderResult renderFor(int milliseconds, const RenderOptions& options) {
         std::atomic<bool> stop{false}, ended{false};
         std::thread clock([&] {
             const auto end =
@@ -55,7 +54,6 @@ protected:
     /// Renders with the checkpoint, which is to be refused with these words and left as it is.
     void expectRefused(const RenderOptions& options, const std::string& words) {
         const std::string before = directory.read("kept.pkc");
-        Picture picture;
         const RenderResult result = renderScene(*scene, options, nullptr, nullptr, false, picture);
         EXPECT_FALSE(result.ok);
         EXPECT_THAT(result.error, testing::HasSubstr(words));
@@ -91,13 +89,12 @@ TEST_F(PassesTest, ThreadThatIsStoppedBeforeItsFirstSampleTakesNone) {
     EXPECT_EQ(worker.sample(sums, {.samples = 1}, {}), 64);
 }
 
-TEST_F(PassesTest, InterruptedWhereverItIsARenderEndsWithTheBitsOfOneThatNeverStopped) {
+TEST_F(PassesTest, BitsAreTheSameHoweverARenderIsCutAskedForAndInterrupted) {
     std::minstd_rand random(7);
     const auto below = [&](int end) { return static_cast<int>(random() % unsigned(end)); };
     Picture whole, fewer;
     render(*scene, fewer, optionsOf(50));
     render(*scene, whole, optionsOf(77));
-    Picture picture;
     int interruptions = 0;
     for (const int samples : {50, 77}) {
         RenderResult result;
@@ -108,7 +105,7 @@ TEST_F(PassesTest, InterruptedWhereverItIsARenderEndsWithTheBitsOfOneThatNeverSt
             options.threads = 1 + below(3);
             options.tileSize = 1 + below(50);
             options.order = below(2) ? SampleOrder::Passes : SampleOrder::Tiles;
-            result = renderFor(static_cast<int>(milliseconds *= 1.2), options, picture);
+            result = renderFor(static_cast<int>(milliseconds *= 1.2), options);
             ASSERT_TRUE(result.ok) << result.error;
             interruptions += result.end == RenderEnd::Stopped && result.samples > 0;
         } while (result.end == RenderEnd::Stopped);
@@ -126,24 +123,30 @@ TEST_F(PassesTest, InterruptedWhereverItIsARenderEndsWithTheBitsOfOneThatNeverSt
     options.region = {};
     options.samples = 76;
     expectRefused(options, "77 samples in a pixel already");
+
+    options = RenderFixture::optionsOf(50, 45, 33);  // no channels but colour and alpha
+    options.tileSize = 1;
+    options.order = SampleOrder::Tiles;
+    render(*scene, picture, options);
+    expectSameBits(picture, fewer);
 }
 
 TEST_F(PassesTest, PicturesInWorkAreWholeAndShowWhatIsInWork) {
     RenderOptions options = optionsOf(1 << 24);
     options.interimSeconds = 0.001;
+    options.threads = 4;
+    options.tileSize = 23;  // four of them
     int shown = 0;
     bool isShaded = false;
-    options.interim = [&](Picture& picture, const RenderResult& soFar) {
+    options.interim = [&](Picture& interim, const RenderResult& soFar) {
         ++shown;
         EXPECT_GT(soFar.samplesOfPixels.least, 0u);
-        const auto pixels = pixelsOf<Color>(picture, 0);
-        // The dome is grey; in tiles that threads have it is shaded blue.
-        EXPECT_GT(pixels[0].b, 0.0f);
-        for (const Color& c : pixels)
-            isShaded |= c.b > 0.4f && c.b > c.r * 1.5f;
+        // The dome in this corner is grey; in tiles that threads have it is shaded blue.
+        const Color corner = pixelsOf(interim)[0];
+        EXPECT_GT(corner.b, 0.0f);
+        isShaded |= corner.b > corner.r * 1.5f;
     };
-    Picture picture;
-    EXPECT_EQ(renderFor(900, options, picture).end, RenderEnd::Stopped);
+    EXPECT_EQ(renderFor(900, options).end, RenderEnd::Stopped);
     EXPECT_GT(shown, 0);
     EXPECT_TRUE(isShaded);
 }
@@ -151,7 +154,6 @@ TEST_F(PassesTest, PicturesInWorkAreWholeAndShowWhatIsInWork) {
 TEST_F(PassesTest, ADamagedCheckpointIsRefusedEvenIfItsCheckSumHolds) {
     RenderOptions options = optionsOf(1);
     options.checkpoint = &kept;
-    Picture picture;
     render(*scene, picture, options);
     EnvelopeReader file(kept.file);
     ASSERT_TRUE(file.readHeader(FileKind::Checkpoint));
@@ -180,46 +182,39 @@ TEST_F(PassesTest, ADamagedCheckpointIsRefusedEvenIfItsCheckSumHolds) {
 
 TEST_F(PassesTest, NoiseEndsWhereItWasAskedForInBlocksThatDontDependOnTheCut) {
     constexpr float kLevel = 0.008f;
-    RenderOptions options = optionsOf(4096);
-    options.channels = {};
+    RenderOptions options = RenderFixture::optionsOf(4096, 45, 33);
     options.noise = kLevel;
-    Picture whole, part, reference;
+    Picture whole;
     render(*scene, whole, options);
     options.order = SampleOrder::Tiles;
     options.tileSize = 7;
-    render(*scene, part, options);
-    expectSameBits(whole, part);
+    render(*scene, picture, options);
+    expectSameBits(whole, picture);
     options.region = {13, 5, 40, 30};
-    render(*scene, part, options);
-    options = optionsOf(2048);
-    options.channels = {};
-    render(*scene, reference, options);
-
-    const auto pixels = pixelsOf<Color>(whole, 0), region = pixelsOf<Color>(part, 0);
-    const auto truth = pixelsOf<Color>(reference, 0);
-    double sum = 0.0;
-    int blocks = 0;
-    for (std::size_t y0 = 0; y0 < 32; y0 += 16) {
-        for (std::size_t x0 = 0; x0 < 32; x0 += 16, ++blocks) {
-            double error = 0.0, light = 0.0;
-            for (std::size_t i = 0; i < 256; ++i) {
-                const std::size_t at = (y0 + i / 16) * 45 + x0 + i % 16;
-                const Color off = pixels[at] - truth[at];
-                error += off.r * off.r + off.g * off.g + off.b * off.b;
-                light += truth[at].r + truth[at].g + truth[at].b;
-            }
-            sum += error / 768 / std::pow(light / 768, 2);
-        }
+    render(*scene, picture, options);
+    const auto pixels = pixelsOf(whole), region = pixelsOf(picture);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        const std::size_t x = i % 45, y = i / 45;
+        const bool inside = x >= 13 && x < 40 && y >= 5 && y < 30;
+        EXPECT_EQ(region[i], inside ? pixels[i] : Color()) << x << "," << y;
     }
-    const double measured = std::sqrt(sum / blocks);
+
+    render(*scene, picture, RenderFixture::optionsOf(2048, 45, 33));
+    const auto truth = pixelsOf(picture);
+    double sum = 0.0;
+    for (const std::size_t corner : {0, 16, 16 * 45, 16 * 45 + 16}) {
+        double error = 0.0, light = 0.0;
+        for (std::size_t i = 0; i < 256; ++i) {
+            const std::size_t at = corner + i / 16 * 45 + i % 16;
+            const Color off = pixels[at] - truth[at];
+            error += off.r * off.r + off.g * off.g + off.b * off.b;
+            light += truth[at].r + truth[at].g + truth[at].b;
+        }
+        sum += error / 768 / std::pow(light / 768, 2);
+    }
+    const double measured = std::sqrt(sum / 4);
     EXPECT_LT(measured, kLevel * 1.5);
     EXPECT_GT(measured, kLevel / 2.5);  // smooth pictures end better than they were asked to
-    for (std::size_t y = 0; y < 33; ++y) {
-        for (std::size_t x = 0; x < 45; ++x) {
-            const bool inside = x >= 13 && x < 40 && y >= 5 && y < 30;
-            EXPECT_EQ(region[y * 45 + x], inside ? pixels[y * 45 + x] : Color()) << x << "," << y;
-        }
-    }
 }
 
 }  // namespace

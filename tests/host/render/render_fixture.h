@@ -1,7 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -14,43 +15,58 @@
 
 namespace Tarnkit {
 
-/// Renders small scenes with the built module, as any host would.
+/// Renders small scenes with the built module, as any host would. Every scene has a camera at
+/// (0, 0, 5) that looks at the origin, and the materials "white", "black" and "silver", a mirror.
 class RenderFixture : public testing::Test {
 protected:
     RenderFixture() { session.loadModules(PELK_MODULE_DIR "/", nullptr); }
 
-    std::unique_ptr<Scene> read(const std::string& plugins, const std::string& settings) {
+    std::unique_ptr<Scene> read(const std::string& plugins, const std::string& settings = "") {
         directory.write("scene.json", R"({"settings": {)" + settings + R"(}, "plugins": {
-            "camera": {"type": "CameraPerspective", "position": [0, 0, 5], "fov": 30},)" +
+            "camera": {"type": "CameraPerspective", "position": [0, 0, 5], "fov": 30},
+            "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+            "black": {"type": "MtlDiffuse", "diffuse": [0, 0, 0]},
+            "silver": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1]},)" +
                                           plugins + "}}");
         std::string error;
         auto scene = readScene(session, directory.file("scene.json"), {}, error);
         EXPECT_TRUE(scene) << error;
         return scene;
     }
+    /// The entry of a square around the z axis that fills the picture; `more` are parameters.
+    static std::string wallOf(const std::string& material, const std::string& more = "") {
+        return R"("wall": {"type": "GeomQuad", "width": 200, "height": 200, "material": ")" +
+               material + "\"" + more + "}";
+    }
 
-    static RenderOptions optionsOf(int samples, int width = 16, int height = 16) {
+    static RenderOptions optionsOf(int samples, int width = 16, int height = 16,
+                                   std::vector<std::string> channels = {}) {
         RenderOptions options;
         options.width = width;
         options.height = height;
         options.samples = samples;
         options.threads = 2;
+        options.channels = std::move(channels);
         return options;
     }
-    void render(Scene& scene, Picture& picture, const RenderOptions& options) {
-        const RenderResult result = renderScene(scene, options, nullptr, nullptr, false, picture);
+    void render(Scene& scene, Picture& out, const RenderOptions& options) {
+        const RenderResult result = renderScene(scene, options, nullptr, nullptr, false, out);
         EXPECT_TRUE(result.ok) << result.error;
     }
-    void render(Scene& scene, Picture& picture, int samples) {
-        render(scene, picture, optionsOf(samples));
+    /// Renders a scene into `picture`.
+    void render(const std::string& plugins, const std::string& settings,
+                const RenderOptions& options) {
+        const auto scene = read(plugins, settings);
+        if (scene)
+            render(*scene, picture, options);
     }
     /// The pixels of a channel, row by row. `Value` is what the channel holds.
-    template <class Value>
-    static std::vector<Value> pixelsOf(Picture& picture, int channel) {
-        ChannelBuffer& buffer = *picture.getRegion().getChannels()[channel].buffer;
+    template <class Value = Color>
+    static std::vector<Value> pixelsOf(Picture& from, int channel = 0) {
+        ChannelBuffer& buffer = *from.getRegion().getChannels()[channel].buffer;
         EXPECT_EQ(buffer.getItemSize(), static_cast<int>(sizeof(Value)));
-        std::vector<Value> pixels(static_cast<std::size_t>(picture.getWidth()) *
-                                  static_cast<std::size_t>(picture.getHeight()));
+        std::vector<Value> pixels(static_cast<std::size_t>(from.getWidth()) *
+                                  static_cast<std::size_t>(from.getHeight()));
         for (std::size_t i = 0; i < pixels.size(); ++i)
             std::memcpy(&pixels[i], buffer.item(static_cast<int>(i)), sizeof(Value));
         return pixels;
@@ -58,12 +74,8 @@ protected:
 
     /// The mean of the picture of a scene.
     Color meanOf(const std::string& plugins, const std::string& settings, int samples = 256) {
-        const auto scene = read(plugins, settings);
-        if (!scene)
-            return {};
-        Picture picture;
-        render(*scene, picture, samples);
-        return meanOf(pixelsOf<Color>(picture, 0));
+        render(plugins, settings, optionsOf(samples));
+        return meanOf(pixelsOf(picture));
     }
     static Color meanOf(const std::vector<Color>& pixels) {
         double sum[3] = {};
@@ -84,6 +96,7 @@ protected:
 
     TemporaryDirectory directory;
     HostSession session;
+    Picture picture;
 };
 
 }  // namespace Tarnkit

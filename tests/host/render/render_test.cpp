@@ -1,9 +1,7 @@
-// Pictures, by what must hold of them: rendered with the built module, as any host would.
+// Pictures, by what must hold of them.
 
-#include <gmock/gmock.h>
-
-#include <cmath>
 #include <numbers>
+#include <span>
 #include <sstream>
 
 #include "host/plugins/plugin_holder.h"
@@ -15,63 +13,65 @@ namespace {
 
 using RenderTest = RenderFixture;
 
-TEST_F(RenderTest, AWhiteSurfaceInWhiteSurroundingsIsWhite) {
-    const std::string base = R"("base": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
-        "scaled": {"type": "MtlWrapper", "base_material": "base", "receive_gi": 0.999},
-        "clear": {"type": "MtlRenderStats", "visibility": 0},
-        "coat": {"type": "BRDFGlossy", "roughness": 0, "ior": 1.5},
-        "ball": {"type": "GeomSphere", "radius": 3, "material": "white"}, "white": {"type": )";
+TEST_F(RenderTest, WhiteInWhiteSurroundingsIsWhite) {
+    const std::string plugins = R"("clear": {"type": "MtlRenderStats", "visibility": 0},
+        "scaled": {"type": "MtlWrapper", "base_material": "white", "receive_gi": 0.999},
+        "coat": {"type": "BRDFGlossy", "roughness": 0, "ior": 1.5}, "ball": {"type": "GeomSphere")";
+    const std::string shown = R"(, "radius": 3, "material": "x"}, "x": {"type": )";
+    const std::string sampled = R"(, "radius": 1.5, "material": "lit"},
+        "lit": {"type": "MtlSingleBRDF", "brdf": "x"}, "x": {"type": )";
     const struct {
-        const char *what, *material;
+        const std::string &ball, x;
+        int samples = 64;
+        float tolerance = 0.02f;
     } cases[] = {
-        {"directly", R"("MtlDiffuse", "diffuse": [1, 1, 1])"},
-        {"by the road of samplers", R"("MtlSingleBRDF", "brdf": "base")"},
-        {"a mirror", R"("MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1])"},
-        {"what a coat mirrors, it takes from the base",
-         R"("MtlLayeredBRDF", "brdfs": ["clear", "coat", "base"])"},
-        {"sides that differ", R"("Mtl2Sided", "front": "base", "back": "scaled")"},
+        {shown, R"("MtlDiffuse", "diffuse": [1, 1, 1])", 256, 0.005f},
+        {shown, R"("MtlSingleBRDF", "brdf": "white")", 256, 0.005f},
+        {shown, R"("MtlDiffuse", "diffuse": [0, 0, 0], "reflection": [1, 1, 1])", 256, 0.005f},
+        {shown, R"("MtlLayeredBRDF", "brdfs": ["clear", "coat", "white"])", 256, 0.005f},
+        {shown, R"("Mtl2Sided", "front": "white", "back": "scaled")", 256, 0.005f},
+        {sampled, R"("BRDFGlossy", "roughness": 0)"},
+        {sampled, R"("BRDFGlossy", "roughness": 0.2)"},
+        {sampled, R"("BRDFGlossy", "roughness": 0.5, "tail": 4)"},
+        {sampled, R"("BSDFGlass")"},
+        {sampled, R"("BSDFGlass", "roughness": 0.1, "ior": 2)"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        const std::string ball = base + c.material + "}";
+        SCOPED_TRACE(c.x);
+        const std::string scene = plugins + c.ball + c.x + "}", depth = R"("max_depth": 50)";
         // Surroundings that are sampled and met, and those that indirect rays alone meet.
-        expectNear(meanOf(ball + R"(, "dome": {"type": "LightDome"})", R"("max_depth": 50)"),
-                   Color(1), 0.005f);
-        expectNear(meanOf(ball, R"("max_depth": 50, "background": [1, 1, 1])"), Color(1), 0.005f);
+        for (const Color& mean :
+             {meanOf(scene + R"(, "dome": {"type": "LightDome"})", depth, c.samples),
+              meanOf(scene, depth + R"(, "background": [1, 1, 1])", c.samples)})
+            expectNear(mean, Color(1), c.tolerance);
     }
 }
 
 TEST_F(RenderTest, AThinSurfaceShowsTheLightOfBothSides) {
-    const std::string sheet =
-        R"("red": {"type": "MtlDiffuse", "diffuse": [1, 0, 0]},
-           "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
-           "leaf": {"type": "Mtl2Sided", "front": "red", "back": "white",
-                    "translucency": [0.25, 0.25, 0.25], "mult_by_front_diffuse": %MULT%},
-           "sheet": {"type": "GeomQuad", "material": "leaf", "width": 9, "height": 9,
-                     "rotate": [0, %TURN%, 0]}, "light": )";
-    const char* dome = R"({"type": "LightDome"})";
-    const char* behind = R"({"type": "LightSun", "direction": [0, 0, 1], "angle": 5})";
+    const std::string leaf = R"(, "red": {"type": "MtlDiffuse", "diffuse": [1, 0, 0]},
+        "leaf": {"type": "Mtl2Sided", "front": "red", "back": "white",
+                 "translucency": [0.25, 0.25, 0.25], "mult_by_front_diffuse": )";
+    const char* dome = R"(, "light": {"type": "LightDome"})";
+    const char* behind = R"(, "light": {"type": "LightSun", "direction": [0, 0, 1], "angle": 5})";
+    const char* turned = R"(, "rotate": [0, 180, 0])";
     const struct {
         const char *turn, *multiply, *light, *settings;
         Color expected;
     } cases[] = {
-        {"0", "false", dome, R"("max_depth": 5)", {1, 0.25f, 0.25f}},
-        {"180", "false", dome, R"("max_depth": 5)", {1, 0.75f, 0.75f}},
-        {"180", "false", behind, R"("max_depth": 5)", {0.25f, 0, 0}},
-        {"0", "true", behind, R"("gi": false)", {0.25f, 0, 0}},
+        {"", "false}", dome, R"("max_depth": 5)", {1, 0.25f, 0.25f}},
+        {turned, "false}", dome, R"("max_depth": 5)", {1, 0.75f, 0.75f}},
+        {turned, "false}", behind, R"("max_depth": 5)", {0.25f, 0, 0}},
+        {"", "true}", behind, R"("gi": false)", {0.25f, 0, 0}},
     };
     for (const auto& c : cases) {
-        std::string plugins = sheet + c.light;
-        plugins.replace(plugins.find("%MULT%"), 6, c.multiply);
-        plugins.replace(plugins.find("%TURN%"), 6, c.turn);
+        const std::string plugins = wallOf("leaf", c.turn) + leaf + c.multiply + c.light;
         SCOPED_TRACE(plugins + c.settings);
         expectNear(meanOf(plugins, c.settings), c.expected, 0.005f);
     }
 }
 
-TEST_F(RenderTest, ShadowsAreFilteredByWhatStandsInTheWayUnlessTheyAreOff) {
-    const std::string scene = R"(
-        "white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
+TEST_F(RenderTest, DirectLightIsFilteredByWhatStandsInTheWayAndComesFromEveryLight) {
+    const std::string scene = R"(,
         "open": {"type": "MtlRenderStats", "base_mtl": "white", "shadows_receive": false},
         "film": {"type": "MtlDiffuse", "diffuse": [0, 0, 0], "transparency": [1, 0.5, 0]},
         "first": {"type": "GeomQuad", "material": "film", "width": 90, "height": 90,
@@ -79,14 +79,16 @@ TEST_F(RenderTest, ShadowsAreFilteredByWhatStandsInTheWayUnlessTheyAreOff) {
         "second": {"type": "GeomQuad", "material": "film", "width": 90, "height": 90,
                    "translate": [0, 0, 21], "rotate": [0, 180, 0]},
         "sun": {"type": "LightSun", "direction": [0, 0, -1], "angle": 0, "shadows": )";
-    const std::string wall = R"(}, "wall": {"type": "GeomQuad", "width": 40, "height": 40,
-                                            "material": )";
-    const auto lit = [&](const std::string& shadows, const std::string& material) {
-        return meanOf(scene + shadows + wall + material + "}", R"("gi": false)", 4);
-    };
-    expectNear(lit("true", R"("white")"), Color(1, 0.25f, 0), 1e-5f);
-    expectNear(lit("true", R"("open")"), Color(1), 1e-5f);
-    expectNear(lit("false", R"("white")"), Color(1), 1e-5f);
+    const char* alone = R"("gi": false)";
+    expectNear(meanOf(wallOf("white") + scene + "true}", alone, 4), Color(1, 0.25f, 0), 1e-5f);
+    expectNear(meanOf(wallOf("open") + scene + "true}", alone, 4), Color(1), 1e-5f);
+    expectNear(meanOf(wallOf("white") + scene + "false}", alone, 4), Color(1), 1e-5f);
+
+    std::string suns = wallOf("white");
+    for (int i = 0; i < 200; ++i)
+        suns += ", \"sun" + std::to_string(i) + R"(": {"type": "LightSun", "angle": 0,
+            "direction": [0, 0, -1], "intensity": 0.05})";
+    expectNear(meanOf(suns, alone, 4), Color(10), 1e-3f);
 }
 
 /// The bump of the test below as geometry: a ball of radius 1, each point of it raised along its
@@ -116,23 +118,18 @@ std::string raisedBall(PluginHolder<TexNoise>& noise, float height) {
 }
 
 TEST_F(RenderTest, ABumpedBallIsLitAsOneOfThatShape) {
-    PluginHolder<TexNoise> noise;
-    noise.set("octaves", 1);
-    noise.set("size", 0.5f);
+    PluginHolder<TexNoise> noise{{"octaves", 1}, {"size", 0.5f}};
     noise.startFrame();
     directory.write("raised.ply", raisedBall(noise, 0.06f));
     const auto blocksOf = [&](const std::string& ball) {
-        const auto scene = read(R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
-            "near": {"type": "CameraPerspective", "position": [0, 0, 5], "fov": 12},
+        render(R"("near": {"type": "CameraPerspective", "position": [0, 0, 5], "fov": 12},
             "sun": {"type": "LightSun", "direction": [-0.8, 0.4, -1], "angle": 0},
             "noise": {"type": "TexNoise", "octaves": 1, "size": 0.5},
             "bump": {"type": "MtlBump", "base_mtl": "white", "bump_tex_color": "noise",
                      "bump_tex_mult": 0.06, "map_type": )" +
-                                    ball,
-                                R"("gi": false, "camera": "near")");
-        Picture picture;
-        render(*scene, picture, optionsOf(4, 128, 128));
-        const auto pixels = pixelsOf<Color>(picture, 0);
+                   ball,
+               R"("gi": false, "camera": "near")", optionsOf(4, 128, 128));
+        const auto pixels = pixelsOf(picture);
         std::vector<float> sums(16);
         for (std::size_t i = 0; i < pixels.size(); ++i)
             sums[i / 128 / 32 * 4 + i % 128 / 32] += pixels[i].r / 1024;
@@ -153,13 +150,90 @@ TEST_F(RenderTest, ABumpedBallIsLitAsOneOfThatShape) {
     EXPECT_GT(most, 0.05f) << "the bump is not seen";
 }
 
-TEST_F(RenderTest, ManyLightsOfWhichSomeAreChosenGiveTheSameLight) {
-    std::string plugins = R"("white": {"type": "MtlDiffuse", "diffuse": [1, 1, 1]},
-        "wall": {"type": "GeomQuad", "material": "white", "width": 40, "height": 40})";
-    for (int i = 0; i < 200; ++i)
-        plugins += ", \"sun" + std::to_string(i) + R"(": {"type": "LightSun", "angle": 0,
-            "direction": [0, 0, -1], "intensity": 0.05})";
-    expectNear(meanOf(plugins, R"("gi": false)", 4), Color(10), 1e-3f);
+TEST_F(RenderTest, GlassThatPassesShadowsCountsLightOnce) {
+    // All is inside a ball of glass that neither bends nor mirrors: as if it weren't there.
+    const std::string common = R"(, "grey": {"type": "MtlDiffuse", "diffuse": [0.8, 0.8, 0.8]},
+        "metal": {"type": "BRDFGlossy", "roughness": 0.5, "ior": 30},
+        "sheen": {"type": "MtlSingleBRDF", "brdf": "metal"}, "light": {"type": )";
+    const std::string ball = R"(}, "ball": {"type": "GeomSphere", "material": "shell", "radius": 9},
+        "shell": {"type": "MtlSingleBRDF", "brdf": "clear"},
+        "clear": {"type": "BSDFGlass", "ior": 1, "pass_shadows": )";
+    const std::string area = R"("LightArea", "position": [0, 5, 20], "direction": [0, 0, -1],
+        "width": 40, "height": 40)";
+    const std::string lights[] = {
+        R"("LightDome", "intensity": 0.7)",
+        R"("LightSun", "direction": [1, 0, -1], "angle": 60)",
+        area,
+        area + R"(, "shadows": false)",
+    };
+    const struct {
+        const char *pass, *material, *settings;
+        std::size_t lightCount = 3;  // the one without shadows comes last
+    } cases[] = {
+        {"true}", "grey", R"("max_depth": 9)", 4},
+        {"true}", "sheen", R"("max_depth": 9)"},
+        {"true}", "grey", R"("max_depth": 9, "reflective_gi": false)"},
+        {"true}", "grey", R"("gi": false)"},
+        {"false}", "grey", R"("max_depth": 9)"},
+    };
+    for (const auto& c : cases) {
+        for (const std::string& light : std::span(lights, c.lightCount)) {
+            SCOPED_TRACE(light + c.pass + c.material + c.settings);
+            const std::string open = wallOf(c.material) + common + light;
+            const Color bare = meanOf(open + "}", c.settings, 64);
+            EXPECT_GT(bare.g, 0.05f);
+            expectNear(meanOf(open + ball + c.pass, c.settings, 64), bare, 0.02f * bare.g);
+        }
+    }
+}
+
+TEST_F(RenderTest, ACoatMirrorsByItsIndexAndGlassTurnsTheWorldUpsideDown) {
+    const std::string coat = R"(, "coat": {"type": "BRDFGlossy", "roughness": 0.3, "ior": 1.5},
+        "mtl": {"type": "MtlSingleBRDF", "brdf": "coat", "double_sided": )";
+    const char *turned = R"(, "rotate": [0, 180, 0])", *sky = R"("background": [1, 1, 1])";
+    expectNear(meanOf(wallOf("mtl") + coat + "0}", sky), Color(0.04f), 0.003f);
+    expectNear(meanOf(wallOf("mtl", turned) + coat + "1}", sky), Color(0.04f), 0.003f);
+    expectNear(meanOf(wallOf("mtl", turned) + coat + "0}", sky), Color(0), 0.0f);
+
+    render(R"("glass": {"type": "BSDFGlass"}, "mtl": {"type": "MtlSingleBRDF", "brdf": "glass"},
+        "ball": {"type": "GeomSphere", "material": "mtl", "radius": 1.5},
+        "map": {"type": "UVWGenEnvironment"}, "dome": {"type": "LightDome", "texture": "sky"},
+        "sky": {"type": "TexGradient", "form": 1, "color1": [0, 0, 1], "color2": [1, 0, 0],
+                "uvwgen": "map"})",
+           R"("max_depth": 40)", optionsOf(64));
+    const auto pixels = pixelsOf(picture);
+    const Color lowerHalf = meanOf({pixels.begin() + 128, pixels.end()});
+    EXPECT_GT(lowerHalf.r, lowerHalf.b + 0.05f);
+}
+
+TEST_F(RenderTest, AWrapperThatAddsNothingShowsItsBaseOnBothRoads) {
+    const auto pixelsWith = [&](const std::string& wrapper, const std::string& shown) {
+        render(R"("base": {"type": "MtlDiffuse", "diffuse": [0.7, 0.5, 0.3],
+                           "reflection": [0.2, 0.2, 0.2]},
+            "sampled": {"type": "MtlSingleBRDF", "brdf": "wrapper"},
+            "floor": {"type": "GeomQuad", "material": "base", "width": 9, "height": 9,
+                      "rotate": [-90, 0, 0], "translate": [0, -1, 0]},
+            "sun": {"type": "LightSun", "direction": [1, -1, -1], "angle": 5},
+            "dome": {"type": "LightDome", "intensity": 0.3}, "wrapper": {"type": )" +
+                   wrapper + R"(}, "ball": {"type": "GeomSphere", "material": )" + shown + "}",
+               "", optionsOf(4));
+        return pixelsOf(picture);
+    };
+    const char* const bare = R"("MtlRenderStats", "base_mtl": "base")";
+    const std::vector<Color> expected[] = {
+        pixelsWith(bare, R"("base")"),
+        pixelsWith(R"("MtlSingleBRDF", "brdf": "base")", R"("wrapper")")};
+    for (const char* wrapper :
+         {bare, R"("MtlWrapper", "base_material": "base")", R"("MtlOverride", "base_mtl": "base")",
+          R"("MtlMulti", "mtls_list": ["base"], "ids_list": [0], "wrap_id": true)",
+          R"("MtlMaterialID", "base_mtl": "base")", R"("MtlDoubleSided", "base_mtl": "base")"}) {
+        SCOPED_TRACE(wrapper);
+        for (const bool sampled : {false, true}) {
+            const auto pixels = pixelsWith(wrapper, sampled ? R"("sampled")" : R"("wrapper")");
+            for (std::size_t i = 0; i < pixels.size(); ++i)
+                expectNear(pixels[i], expected[sampled][i], 1e-5f);
+        }
+    }
 }
 
 TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
@@ -181,7 +255,6 @@ TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
     for (const auto& c : cases) {
         const auto scene = read(R"("x": {"type": )" + std::string(c.plugin) + "}", c.settings);
         ASSERT_TRUE(scene);
-        Picture picture;
         const RenderResult result = renderScene(*scene, {}, nullptr, nullptr, false, picture);
         EXPECT_THAT(result.error, testing::StartsWith(c.error));
     }
