@@ -3,15 +3,14 @@
 #include <gmock/gmock.h>
 
 #include <climits>
-#include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 #include "pelk/contract/desc_of.h"
 #include "pelk/contract/pelk_material.h"
 #include "pelk/host/plugins/camera_perspective.h"
 #include "pelk/host/scene/host_session.h"
+#include "pelk/host/scene/scene_json.h"
+#include "pelk/host/scene/setting_limits.h"
 #include "pelk/support/plugin_manager.h"
 #include "temporary_directory.h"
 
@@ -74,11 +73,20 @@ protected:
         EXPECT_EQ(scene == nullptr, error.starts_with(dir.file("scene.json") + ":")) << error;
         return scene != nullptr;
     }
+    void expectWrong(const std::string& text, const std::vector<std::string>& overrides,
+                     const std::string& place, const std::string& told = "") {
+        SCOPED_TRACE(text + place);
+        EXPECT_FALSE(read(text, overrides));
+        EXPECT_THAT(error, AllOf(HasSubstr(place), HasSubstr(told)));
+        EXPECT_EQ(session.getManager().enumPlugins(nullptr), 0) << "instances left over";
+    }
     /// A scene with the probe `a`, another one and a texture.
+    static std::string probe(const std::string& parameters) {
+        return R"({"plugins": {"a": {"type": "Probe", )" + parameters +
+               R"(}, "check": {"type": "TexChecker"}, "b": {"type": "Probe"}}})";
+    }
     bool readProbe(const std::string& parameters, const std::vector<std::string>& overrides = {}) {
-        return read(R"({"plugins": {"a": {"type": "Probe", )" + parameters +
-                        R"(}, "check": {"type": "TexChecker"}, "b": {"type": "Probe"}}})",
-                    overrides);
+        return read(probe(parameters), overrides);
     }
     PelkPluginParameter& parameter(const char* name) {
         auto* face = findInterface<PelkPluginInterface>(scene->findPlugin("a"));
@@ -121,8 +129,19 @@ TEST_F(SceneReaderTest, EveryTypeOfValueArrives) {
     parameter("pairs").closeItem(item);
 }
 
+TEST_F(SceneReaderTest, OverridesAreValuesToo) {
+    ASSERT_TRUE(readProbe(R"("int": 1)", {"a.int=2", "a.base=b", "a.texts=[\"x=y\"]",
+                                          "a.text=2 words", "a.text=3", "a.float=0.5"}))
+        << error;
+    EXPECT_EQ(parameter("int").getInt(0, 0), 2);
+    EXPECT_STREQ(parameter("text").getString(0, 0), "3");
+    EXPECT_EQ(parameter("float").getFloat(0, 0), 0.5f);
+    EXPECT_EQ(parameter("base").getObject(0, 0), scene->findPlugin("b"));
+    EXPECT_STREQ(parameter("texts").getString(0, 0), "x=y");
+}
+
 TEST_F(SceneReaderTest, WhatIsWrongIsToldWithItsPlace) {
-    const std::pair<const char*, const char*> cases[] = {
+    const char* const parameters[][2] = {
         {R"("flot": 1)", "/plugins/a/flot: Probe has no parameter \"flot\", did you mean"},
         {R"("flag": 1)", "/plugins/a/flag: expected true or false, not 1"},
         {R"("int": true)", "/plugins/a/int: expected a whole number"},
@@ -136,16 +155,18 @@ TEST_F(SceneReaderTest, WhatIsWrongIsToldWithItsPlace) {
         {R"("float": {"times": [1, 2], "values": [1]})", "/float/values: "},
         {R"("int": 1, "int": 1)", "/plugins/a/int: the key stands here twice"},
     };
-    for (const auto& [parameters, told] : cases) {
-        SCOPED_TRACE(parameters);
-        EXPECT_FALSE(readProbe(parameters));
-        EXPECT_THAT(error, HasSubstr(told));
-        EXPECT_EQ(session.getManager().enumPlugins(nullptr), 0) << "instances left over";
-    }
-}
-
-TEST_F(SceneReaderTest, TheFileItselfIsChecked) {
-    const std::pair<std::string, const char*> cases[] = {
+    for (const auto& [text, told] : parameters)
+        expectWrong(probe(text), {}, told);
+    const char* const overrides[][2] = {
+        {"chek.squares=3", "did you mean \"check\"?"},
+        {"a.type=GeomBox", "no parameter \"type\""},
+        {"a.int=x", "expected a whole number of 32 bits, not \"x\""},
+    };
+    for (const auto& [text, told] : overrides)
+        expectWrong(probe(R"("int": 1)"), {text}, "--set " + std::string(text) + ": ", told);
+    const std::string two = R"({"plugins": {"l": {"type": "CameraPerspective"},
+        "r": {"type": "CameraPerspective"}})";
+    const std::pair<std::string, const char*> files[] = {
         {"", "scene.json:1:1: "},
         {"{\"plugins\": 1e999}", "scene.json:1:"},
         {"{}", "/plugins: expected an object"},
@@ -156,32 +177,12 @@ TEST_F(SceneReaderTest, TheFileItselfIsChecked) {
         {R"({"plugins": {"a": {"type": "Probe"}}, "settings": {"backplate": "a"}})",
          "/settings/backplate: expected the name of an instance with EXT_TEXTURE"},
         {std::string(1000, '['), "nested too deeply"},
+        {two + "}", "/settings/camera: there are 2 cameras"},
     };
-    for (const auto& [text, told] : cases) {
-        SCOPED_TRACE(text);
-        EXPECT_FALSE(read(text));
-        EXPECT_THAT(error, HasSubstr(told));
-    }
-}
-
-TEST_F(SceneReaderTest, OverridesPassTheSameChecks) {
-    ASSERT_TRUE(readProbe(
-        R"("int": 1)", {"a.int=2", "a.base=b", "a.texts=[\"x=y\"]", "a.text=3", "a.text=2 words"}))
-        << error;
-    EXPECT_EQ(parameter("int").getInt(0, 0), 2);
-    EXPECT_STREQ(parameter("text").getString(0, 0), "2 words");
-    EXPECT_EQ(parameter("base").getObject(0, 0), scene->findPlugin("b"));
-    EXPECT_STREQ(parameter("texts").getString(0, 0), "x=y");
-
-    const std::pair<std::string, const char*> cases[] = {
-        {"chek.squares=3", "did you mean \"check\"?"},
-        {"a.type=GeomBox", "no parameter \"type\""},
-        {"a.int=x", "expected a whole number of 32 bits, not \"x\""},
-    };
-    for (const auto& [text, told] : cases) {
-        EXPECT_FALSE(readProbe(R"("int": 1)", {text}));
-        EXPECT_THAT(error, AllOf(HasSubstr("--set " + text + ": "), HasSubstr(told)));
-    }
+    for (const auto& [text, told] : files)
+        expectWrong(text, {}, told);
+    ASSERT_TRUE(read(two + R"(, "settings": {"camera": "r"}})")) << error;
+    EXPECT_EQ(scene->camera->getPlugin(), scene->findPlugin("r"));
 }
 
 TEST_F(SceneReaderTest, MaterialsMustEnd) {
@@ -199,15 +200,6 @@ TEST_F(SceneReaderTest, MaterialsMustEnd) {
     EXPECT_FALSE(readChain(3, R"(, "bases": ["m2"])"));
     EXPECT_THAT(error, HasSubstr("in a loop: m2 -> m3 -> m2"));
     EXPECT_TRUE(readChain(3, R"(, "bump_brdf": "m1")")) << error;
-}
-
-TEST_F(SceneReaderTest, TheCameraIsTheOnlyOneOrTheNamedOne) {
-    const std::string two = R"({"plugins": {"l": {"type": "CameraPerspective"},
-        "r": {"type": "CameraPerspective"}})";
-    ASSERT_TRUE(read(two + R"(, "settings": {"camera": "r"}})")) << error;
-    EXPECT_EQ(scene->camera->getPlugin(), scene->findPlugin("r"));
-    EXPECT_FALSE(read(two + "}"));
-    EXPECT_THAT(error, HasSubstr("/settings/camera: there are 2 cameras"));
 }
 
 TEST_F(SceneReaderTest, PluginsThatFailSpoilNoOthers) {
@@ -232,6 +224,21 @@ TEST_F(SceneReaderTest, PluginsThatFailSpoilNoOthers) {
     EXPECT_THAT(error, HasSubstr("/plugins/x: no instance of the plug-in \"Odd\": no licence"));
     for (OddDesc* desc : {&odd, &nameless})
         session.getManager().unregisterPluginDesc(desc, session.getPluginHost());
+}
+
+// Editors check scenes by the schema, the reader by the limits: a scene must please both.
+TEST(SettingLimits, AreThoseOfTheSchema) {
+    std::ifstream file(PELK_SCENE_SCHEMA);
+    const Json schema = Json::parse(file);
+    const Json& settings = schema["definitions"]["settings"]["properties"];
+    const std::pair<const char*, IntLimits> rows[] = {{"width", kPictureSideLimits},
+                                                      {"height", kPictureSideLimits},
+                                                      {"samples", kSampleLimits},
+                                                      {"max_depth", kDepthLimits}};
+    for (const auto& [name, limits] : rows) {
+        EXPECT_EQ(settings.at(name).at("minimum"), limits.least) << name;
+        EXPECT_EQ(settings.at(name).at("maximum"), limits.most) << name;
+    }
 }
 
 }  // namespace
