@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
@@ -7,7 +5,6 @@
 
 using nlohmann::json;
 using testing::EndsWith;
-using testing::HasSubstr;
 
 namespace {
 
@@ -17,13 +14,19 @@ json entryNamed(const json& list, const std::string& name) {
     return at == list.end() ? json() : *at;
 }
 
-TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
-    Program pelk;
+using PluginCommands = CommandTest;
+
+TEST_F(PluginCommands, ListShowsModulesAndOwnPluginsInTheManagersOrderAndWhatWasRefused) {
+    directory.write("text.so", "no library");
+    pelk.pluginPath = directory.path.string() + ";" + directory.file("missing");
     const RunResult result = pelk.run({"list", "--json"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     const json list = json::parse(result.out);
-    EXPECT_EQ(list["rejected"], json::array());
+    ASSERT_EQ(list["rejected"].size(), 2u);
+    EXPECT_EQ(list["rejected"][0]["path"], directory.file("text.so"));
+    EXPECT_NE(list["rejected"][0]["reason"], "");
+    EXPECT_EQ(list["rejected"][1]["path"], directory.file("missing"));
 
     const json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
     EXPECT_EQ(diffuse["id"], 2004101502u);
@@ -38,19 +41,7 @@ TEST(ListCommand, ShowsModulesAndOwnPluginsInTheManagersOrder) {
     EXPECT_LT(second, result.out.find("\"TexChecker"));
 }
 
-TEST(ListCommand, RefusedLibrariesHaveReasons) {
-    Program pelk;
-    pelk.directory.write("text.so", "no library");
-    pelk.pluginPath = pelk.directory.path.string() + ";" + pelk.directory.file("missing");
-    const json list = json::parse(pelk.run({"list", "--json"}).out);
-    ASSERT_EQ(list["rejected"].size(), 2u);
-    EXPECT_EQ(list["rejected"][0]["path"], pelk.directory.file("text.so"));
-    EXPECT_NE(list["rejected"][0]["reason"], "");
-    EXPECT_EQ(list["rejected"][1]["path"], pelk.directory.file("missing"));
-}
-
-TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
-    Program pelk;
+TEST_F(PluginCommands, InfoGivesTheParametersInOrderWithTheirTypesAndDefaults) {
     const json info = json::parse(pelk.run({"info", "MtlDiffuse", "--json"}).out);
     EXPECT_EQ(info["parameters"][0]["name"], "diffuse");
     EXPECT_EQ(info["parameters"].back()["name"], "render_channel_alpha");
@@ -74,26 +65,22 @@ TEST(InfoCommand, GivesTheParametersInOrderWithTheirTypesAndDefaults) {
         EXPECT_EQ(parameter["default"], c.defaultValue);
         EXPECT_EQ(parameter["interface"], c.interface);
     }
-    const RunResult unknown = pelk.run({"info", "MtlDifuse"});
-    EXPECT_EQ(unknown.exitCode, 1);
-    EXPECT_THAT(unknown.err, HasSubstr("did you mean \"MtlDiffuse\"?"));
+    expectRefused({"info"}, {{{"MtlDifuse"}, 1, "did you mean \"MtlDiffuse\"?"}});
 }
 
-TEST(DescribeCommand, PrintsASectionAndKnowsWhoHasNone) {
-    Program pelk;
-    pelk.directory.write("s.json", smallScene(R"(,
+TEST_F(PluginCommands, DescribePrintsASectionAndKnowsWhoHasNone) {
+    directory.write("s.json", smallScene(R"(,
         "shell": {"type": "MtlSingleBRDF", "brdf": "matte", "double_sided": 1})"));
     EXPECT_EQ(pelk.run({"describe", "s.json", "shell", "--set", "matte.diffuse=[1, 1, 1]"}).out,
               "double_sided 1\ndiffuse\ncolor_value 1.000000 1.000000 1.000000\n");
     const RunResult camera = pelk.run({"describe", "s.json", "camera"});
     EXPECT_EQ(camera.exitCode, 1);
     EXPECT_EQ(camera.out, "");
-    EXPECT_THAT(camera.err, HasSubstr("EXT_RTMTL"));
+    EXPECT_THAT(camera.err, testing::HasSubstr("EXT_RTMTL"));
 }
 
-TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) {
-    Program pelk;
-    pelk.directory.write("a.json", smallScene(R"(,
+TEST_F(PluginCommands, ProbeTellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) {
+    directory.write("a.json", smallScene(R"(,
         "tiles": {"type": "TexChecker"},
         "tiled": {"type": "MtlDiffuse", "diffuse_tex": "tiles"},
         "ball": {"type": "GeomSphere", "radius": 0.1, "material": "tiled"})"));
@@ -109,9 +96,9 @@ TEST(ProbeCommand, TellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) 
 
     // The same numbers as in a picture of that size and those samples.
     pelk.run({"render", "a.json", "-o", "a.exr", "--spp", "4", "--region", "12,8,13,9"});
-    const std::vector<float> pixels = readPicture(pelk.directory.file("a.exr"));
+    const std::vector<float> found = pixels("a.exr");
     for (std::size_t i = 0; i < 3; ++i)
-        EXPECT_EQ(probe["channels"]["beauty"][i], pixels.at((24 * 8 + 12) * 4 + i));
+        EXPECT_EQ(probe["channels"]["beauty"][i], found.at((24 * 8 + 12) * 4 + i));
 }
 
 }  // namespace

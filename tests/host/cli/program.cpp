@@ -2,8 +2,8 @@
 
 #include <OpenImageIO/imageio.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -34,6 +34,9 @@ void Program::becomeProgram(const std::vector<std::string>& words) {
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
+    const rlimit size{largestFile, RLIM_INFINITY};
+    if (largestFile > 0)
+        setrlimit(RLIMIT_FSIZE, &size);
     alarm(300);  // for it, as it outlives exec: whatever hangs falls
     if (chdir(directory.path.c_str()) == 0)
         execv(PELK_PROGRAM, arguments.data());
@@ -93,4 +96,42 @@ std::vector<float> readPicture(const std::string& file) {
                       pixels.data() + first * channels, OIIO::AutoStride,
                       static_cast<OIIO::stride_t>(width * channels * sizeof(float)));
     return pixels;
+}
+
+RunResult CommandTest::render(const std::vector<std::string>& words) {
+    std::vector<std::string> all{"render", "s.json"};
+    all.insert(all.end(), words.begin(), words.end());
+    return pelk.run(all);
+}
+
+std::map<std::string, std::string> CommandTest::content() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path)) {
+        const std::string name = entry.path().filename().string();
+        const bool isPlain = entry.symlink_status().type() == std::filesystem::file_type::regular;
+        files[name] = isPlain ? directory.read(name) : "";
+    }
+    return files;
+}
+
+void CommandTest::expectRefused(const std::vector<std::string>& start,
+                                const std::vector<Refusal>& refusals) {
+    for (const Refusal& c : refusals) {
+        SCOPED_TRACE(testing::PrintToString(c.words) + c.scene.substr(0, 500) + c.says);
+        if (!c.scene.empty())
+            directory.write("s.json", c.scene);
+        std::vector<std::string> words = start;
+        words.insert(words.end(), c.words.begin(), c.words.end());
+        const auto before = content();
+        const RunResult result = pelk.run(words);
+        EXPECT_EQ(result.exitCode, c.exitCode);
+        EXPECT_THAT(result.err,
+                    testing::AllOf(testing::HasSubstr(c.says), testing::HasSubstr(c.place)));
+        EXPECT_LT(result.err.size(), 1500u);
+        if (!c.scene.empty()) {
+            EXPECT_THAT(result.err, testing::HasSubstr("s.json"));
+            EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);
+        }
+        EXPECT_TRUE(content() == before) << "something was written";
+    }
 }

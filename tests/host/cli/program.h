@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gmock/gmock.h>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -30,6 +32,7 @@ public:
 
     std::string pluginPath;                          ///< value of PELK_PLUGIN_PATH; empty for none
     std::map<std::string, std::string> environment;  ///< further variables
+    std::size_t largestFile = 0;  ///< bytes that the system lets it write; 0: any
     TemporaryDirectory directory;
 
 private:
@@ -46,3 +49,30 @@ std::string smallScene(const std::string& plugins = "");
 /// Red, green, blue and alpha of each pixel, then further channels; empty without such a picture.
 /// Of a picture of which only a part is stored the rest is 0.
 std::vector<float> readPicture(const std::string& file);
+
+/// A command line that is to be refused.
+struct Refusal {
+    std::vector<std::string> words;  ///< behind those that a table has in common
+    int exitCode;
+    std::string says, place = "";  ///< parts of what standard error tells
+    std::string scene = "";        ///< what stands in s.json; if empty, what stood there before
+};
+
+/// The program in a directory with a small scene, "s.json".
+class CommandTest : public testing::Test {
+protected:
+    CommandTest() { directory.write("s.json", smallScene()); }
+
+    /// Runs `pelk render s.json` with further words.
+    RunResult render(const std::vector<std::string>& words);
+    std::vector<float> pixels(const std::string& name) { return readPicture(directory.file(name)); }
+    /// Every one is told briefly, one about a scene in one line, and leaves all files as they are.
+    void expectRefused(const std::vector<std::string>& start, const std::vector<Refusal>& refusals);
+
+    Program pelk;
+    TemporaryDirectory& directory = pelk.directory;
+
+private:
+    /// What stands in the directory: names, and the content of plain files.
+    std::map<std::string, std::string> content() const;
+};
