@@ -1,6 +1,7 @@
 # The build rules that every target shares: language, warnings, arithmetic, visibility, sanitizers.
 
 option(PELK_BENCH "Build the benchmark programs" OFF)
+option(PELK_FUZZ "Make fuzzers of the targets in fuzz/; needs clang" OFF)
 set(PELK_ARCH "x86-64-v2" CACHE STRING "Instruction set that the code is compiled for (-march)")
 set(PELK_SANITIZE "" CACHE STRING "Sanitizers for all targets, as in -fsanitize (address,undefined or thread)")
 
@@ -32,6 +33,10 @@ if(PELK_SANITIZE)
   target_compile_options(pelk_flags INTERFACE -fsanitize=${PELK_SANITIZE} -fno-omit-frame-pointer
     -fno-sanitize-recover=all)
   target_link_options(pelk_flags INTERFACE -fsanitize=${PELK_SANITIZE})
+endif()
+
+if(PELK_FUZZ)
+  target_compile_options(pelk_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # pelk_objects(NAME SOURCES ...): a folder whose objects stand in libpelk.so and nowhere else.
