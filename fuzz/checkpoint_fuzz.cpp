@@ -16,8 +16,7 @@ long long readWithTiles(const CheckpointOptions& options, int tileSize, std::siz
     SamplingTotals totals;
     std::string error;
     bool systemFault = false;
-    const bool read =
-        readCheckpoint(options, kMostSamples, store, totals, error, systemFault);
+    const bool read = readCheckpoint(options, kMostSamples, store, totals, error, systemFault);
     require(read == error.empty(), "a refusal has words");
     return read ? store.numSamples() : -1;
 }

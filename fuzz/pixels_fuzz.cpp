@@ -22,8 +22,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     TestMapper mapper('m', input.number<float>());
     ColorMapper* mappers[] = {&mapper, nullptr, &mapper};
 
-    PixelRect rect{input.between(-2, 42), input.between(-2, 42), input.between(-2, 42),
-                   input.between(-2, 42), 0, 0};
+    PixelRect rect{input.between(-2, 42),
+                   input.between(-2, 42),
+                   input.between(-2, 42),
+                   input.between(-2, 42),
+                   0,
+                   0};
     rect.width = rect.x1 - rect.x0;
     rect.height = rect.y1 - rect.y0;
     const int formats[] = {100, 101, 102, 103, 104, 200, 201, 202, 203, 300, 301, 302, 303, 0};

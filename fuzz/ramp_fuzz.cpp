@@ -8,9 +8,8 @@ namespace {
 
 /// A ramp of numbers, read from parameters as frames read it.
 FloatRamp loaded(const RampLists& lists) {
-    const Param held[] = {{"positions", lists.positions},
-                          {"values", lists.values},
-                          {"kinds", lists.interpolations}};
+    const Param held[] = {
+        {"positions", lists.positions}, {"values", lists.values}, {"kinds", lists.interpolations}};
     PelkParameterList params(nullptr);
     for (const Param& param : held)
         params.setParam(param.parameter.get());
@@ -30,10 +29,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     while (input.left() >= 9 && points.size() < 200) {
         const float position = input.number<float>(), value = input.number<float>();
         // Differences of positions are to stay finite. What textures answer may be no number.
-        const bool isNumber = std::abs(position) < 1e18f ||
-                              (std::isnan(position) && textured == std::ssize(points));
+        const bool isNumber =
+            std::abs(position) < 1e18f || (std::isnan(position) && textured == std::ssize(points));
         const bool plain = std::isfinite(value) && std::abs(value) < 1e6f;
-        points.push_back({isNumber ? position : 0.25f, {Color(plain ? value : 0.5f), 1}, input.between(-1, 5)});
+        points.push_back(
+            {isNumber ? position : 0.25f, {Color(plain ? value : 0.5f), 1}, input.between(-1, 5)});
         const float counted = points.back().value.color.r;
         low = points.size() == 1 ? counted : std::min(low, counted);
         high = points.size() == 1 ? counted : std::max(high, counted);
@@ -49,8 +49,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const float slack = 1e-5f * (1 + std::abs(low) + std::abs(high));
     for (const float t : {at, 0.0f, 0.5f, 1.0f}) {
         const float value = evalFloatRamp(ramp, context, t);
-        require(!std::isfinite(t) || points.empty() || (value >= low - slack && value <= high + slack),
-                "a ramp stays between its points");
+        require(
+            !std::isfinite(t) || points.empty() || (value >= low - slack && value <= high + slack),
+            "a ramp stays between its points");
     }
     callLog().clear();
     return 0;

@@ -27,8 +27,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::uint64_t sum = 0;
     for (std::size_t i = 0; i < header.channels.size(); ++i) {
         const u8* channel = pixels.channel(i);
-        const std::size_t length = static_cast<std::size_t>(header.rect.numPixels()) *
-                                   static_cast<std::size_t>(channelTypeSize(header.channels[i].type));
+        const std::size_t length =
+            static_cast<std::size_t>(header.rect.numPixels()) *
+            static_cast<std::size_t>(channelTypeSize(header.channels[i].type));
         for (std::size_t at = 0; at < length; ++at)
             sum += channel[at];
     }

@@ -24,7 +24,8 @@ Bytes content(Bytes block, std::span<const TransferChannel> channels) {
     view.read(block.data(), channels);
     std::int64_t size = sizeof(TransferHeader);
     for (const TransferChannel& channel : channels)
-        size += 4 + (channel.hasPixels ? view.header.pixelCount() * channelTypeSize(channel.type) : 0);
+        size +=
+            4 + (channel.hasPixels ? view.header.pixelCount() * channelTypeSize(channel.type) : 0);
     block.resize(static_cast<std::size_t>(size));
     std::fill_n(block.begin() + 4, 32, std::uint8_t{0});
     return block;
@@ -52,6 +53,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (region.setBuffer(block.data(), std::ssize(block)).isError())
         require(blockOf(region) == before, "a refused block changes nothing");
     else if (region.findChannelByAlias(kAliasHostStamp) < 0)
-        require(content(blockOf(region), known) == content(block, known), "a block comes back as it was");
+        require(content(blockOf(region), known) == content(block, known),
+                "a block comes back as it was");
     return 0;
 }

@@ -14,7 +14,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
     const std::size_t count = utf8ToUtf16(text.c_str(), nullptr, 0);
     std::vector<char16_t> units(count + 1, u'x');
-    require(utf8ToUtf16(text.c_str(), units.data(), units.size()) == count, "counts what it writes");
+    require(utf8ToUtf16(text.c_str(), units.data(), units.size()) == count,
+            "counts what it writes");
     require(units[count] == 0, "terminated");
     std::string back(utf16ToUtf8(units.data(), nullptr, 0) + 1, 'x');
     utf16ToUtf8(units.data(), back.data(), back.size());
@@ -23,9 +24,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<char16_t> cut(room, u'x');
     const std::size_t written = utf8ToUtf16(text.c_str(), cut.data(), room);
     require(written <= room, "no more than there is room for");
-    require(std::equal(cut.begin(), cut.begin() + static_cast<std::ptrdiff_t>(written),
-                       units.begin()),
-            "what fits is the beginning");
+    require(
+        std::equal(cut.begin(), cut.begin() + static_cast<std::ptrdiff_t>(written), units.begin()),
+        "what fits is the beginning");
 
     // Any units at all, which need not be anybody's text.
     std::vector<char16_t> wild(rest.size() / 2 + 1, 0);
