@@ -6,8 +6,6 @@
 
 #include "test_heap.h"
 
-namespace {
-
 using Tarnkit::ErrorChain;
 
 TEST(ErrorChainTest, TextRunsFromTheLatestToTheFirst) {
@@ -34,18 +32,13 @@ TEST(ErrorChainTest, BoundedTextIsCutAndTerminated) {
 }
 
 TEST(ErrorChainTest, CopiesShareRecordsAndTheLastOneFreesThem) {
-    const TestHeap heap;
-    {
-        ErrorChain first = ErrorChain::makeError("a", 1, "first");
-        ErrorChain second = first;
-        second.addError("b", 2, "second");
-        first = second;
-        second = ErrorChain();
-        EXPECT_STREQ(first.getText().c_str(), "[b] second | [a] first");
-        for (int i = 0; i < 200000; ++i)  // dropped without a recursion
-            first.addError("deep", i, "x");
-    }
-    EXPECT_EQ(TestHeap::state.live, 0);
+    const LeakCheck heap;
+    ErrorChain first = ErrorChain::makeError("a", 1, "first");
+    ErrorChain second = first;
+    second.addError("b", 2, "second");
+    first = second;
+    second = ErrorChain();
+    EXPECT_STREQ(first.getText().c_str(), "[b] second | [a] first");
+    for (int i = 0; i < 200000; ++i)  // dropped without a recursion
+        first.addError("deep", i, "x");
 }
-
-}  // namespace

@@ -8,8 +8,6 @@
 
 #include "test_heap.h"
 
-namespace {
-
 using namespace Tarnkit;
 
 TEST(HashLittleTest, AgreesWithThePublishedValues) {
@@ -30,32 +28,29 @@ TEST(HashTableTest, NamesCompareByTextAndNullIsOne) {
 }
 
 TEST(HashTableTest, BehavesAsAMapUnderRandomOperations) {
-    const TestHeap heap;
-    {
-        std::mt19937 random(23);
-        HashTable<u32, int> table;
-        std::unordered_map<u32, int> model;
-        for (int step = 0; step < 100000; ++step) {
-            // Long phases of more insertions, then of more removals, pass many sizes.
-            const bool growing = step / 10000 % 2 == 0;
-            const u32 key = random() % 5000;
-            if ((random() % 4 == 0) != growing) {
-                ASSERT_EQ(table.insert(key, step), model.emplace(key, step).second);
-            } else {
-                ASSERT_EQ(table.remove(key), model.erase(key) == 1);
-            }
-            if (step == 65000) {
-                table.clear();
-                model.clear();
-            }
-            const auto found = model.find(random() % 5000);
-            if (found != model.end()) {
-                ASSERT_EQ(*table.find(found->first), found->second) << step;
-            }
-            ASSERT_EQ(table.size(), static_cast<int>(model.size()));
+    const LeakCheck heap;
+    std::mt19937 random(23);
+    HashTable<u32, int> table;
+    std::unordered_map<u32, int> model;
+    for (int step = 0; step < 100000; ++step) {
+        // Long phases of more insertions, then of more removals, pass many sizes.
+        const bool growing = step / 10000 % 2 == 0;
+        const u32 key = random() % 5000;
+        if ((random() % 4 == 0) != growing) {
+            ASSERT_EQ(table.insert(key, step), model.emplace(key, step).second);
+        } else {
+            ASSERT_EQ(table.remove(key), model.erase(key) == 1);
         }
+        if (step == 65000) {
+            table.clear();
+            model.clear();
+        }
+        const auto found = model.find(random() % 5000);
+        if (found != model.end()) {
+            ASSERT_EQ(*table.find(found->first), found->second) << step;
+        }
+        ASSERT_EQ(table.size(), static_cast<int>(model.size()));
     }
-    EXPECT_EQ(TestHeap::state.live, 0);
 }
 
 TEST(HashTableTest, MemoryFailureLosesNoEntry) {
@@ -72,5 +67,3 @@ TEST(HashTableTest, MemoryFailureLosesNoEntry) {
     for (u32 key = 0; key < 1001; ++key)
         ASSERT_EQ(table.find(key) != nullptr, key < 100) << key;
 }
-
-}  // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 
 #include "pelk/platform/debug_stream.h"
@@ -57,9 +59,13 @@ private:
         [] { return state.intact; }};
 };
 
+/// A TestHeap in which no block is to stay when it goes. Stands ahead of what it watches.
+struct LeakCheck : TestHeap {
+    ~LeakCheck() { EXPECT_EQ(state.live, 0) << "blocks that were not given back"; }
+};
+
 /// Collects what goes to the debug stream while it lives.
-class DebugRecorder {
-public:
+struct DebugRecorder {
     DebugRecorder() {
         text.clear();
         Tarnkit::platform::setDebugSink([](const char* line) { text += line; });

@@ -8,8 +8,6 @@
 
 #include "fake_host/print.h"
 
-namespace {
-
 TEST(ValueParameterTest, AnswersInEveryTypeThatItsOwnCanBeTurnedInto) {
     const float inf = std::numeric_limits<float>::infinity();
     const auto expectAnswers = [](PelkPluginParameter&& parameter, int whole, float number,
@@ -60,5 +58,3 @@ TEST(ValueParameterTest, KeyframesBlendWhatCanBeBlendedAndStepElse) {
     expectAt(4.0, 50.0f, {{4, 1, 0}, 1}, 20);
     expectAt(HUGE_VAL, 50.0f, {{4, 1, 0}, 1}, 20);
 }
-
-}  // namespace

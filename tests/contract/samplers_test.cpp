@@ -9,8 +9,7 @@ namespace {
 
 /// A sampler that takes its share of light and passes the rest on, and traces as the base classes
 /// do.
-class Film : public RecordingSampler {
-public:
+struct Film : RecordingSampler {
     Film(float reflected, float passed) : passes(passed) { diffuse = Color(reflected); }
 
     Color passes, glow;
@@ -111,6 +110,28 @@ TEST_F(SamplersTest, ClearLayersHideNothing) {
     }
 }
 
+TEST_F(SamplersTest, TheVolumeIsThereWhileAHitIsShadedAndStaysWhereARayMayEnter) {
+    FakeVolume glass;
+    RecordingSampler sampler;
+    sampler.volume = &glass;
+    sampler.color = {0.25f, 0.5f, 0};
+    context.directLight = {1, 0, 0.5f};
+    context.onLight = [&](BSDFSampler*) { EXPECT_EQ(context.surfaceVolume, &glass); };
+    shadeBSDF(context, &sampler);
+    EXPECT_EQ(resultsOf(context), (Results{{1.25f, 0.5f, 0.5f}, Color(0), Color(1), Color(0)}));
+    EXPECT_EQ(context.surfaceVolume, nullptr) << "no ray goes in";
+    context.onLight = [](BSDFSampler*) { throwIf(true); };
+    EXPECT_THROW(shadeBSDF(context, &sampler), ExceptionMsg);
+    EXPECT_EQ(context.surfaceVolume, nullptr) << "it goes where shading throws";
+
+    // A shadow ray asks for the transparency alone.
+    const Color clear = sampler.transparency = {0, 1.5f, 0.75f};
+    context.rayType = kRayShadow;
+    shadeBSDF(context, &sampler);
+    EXPECT_EQ(resultsOf(context), (Results{{}, clear, {1, 0, 0.25f}, clear}));
+    EXPECT_EQ(context.surfaceVolume, &glass);
+}
+
 TEST_F(SamplersTest, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
     Film first(1, 0), second(0.5f, 0);
     TwoSidedBSDF bsdf;
@@ -156,6 +177,10 @@ TEST_F(SamplersTest, EachSideIsLitFromItsSideInTheStateInWhichItWasMade) {
     bsdf.traceBSDFForward(context, 1);
     EXPECT_EQ(resultsOf(context),
               (Results{Color(0.75f), Color(0.25f), Color(0.75f), Color(0.25f)}));
+    context.backSide = 5;  // any value but 0 is the back
+    context.flipSide();
+    EXPECT_EQ(sideOf(context), (SeenSide{0, 1, -1}));
+    EXPECT_EQ(context.faceNormal + context.geomNormal, Vector(0, 0, -2));
 }
 
 }  // namespace

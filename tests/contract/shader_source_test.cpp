@@ -11,8 +11,6 @@
 
 using Tarnkit::ShaderSource;
 
-namespace {
-
 TEST(ShaderSourceTest, WritesAPointInALocaleWithCommas) {
     const std::string former = std::setlocale(LC_NUMERIC, nullptr);
     const ScopedEnvironment locales("LOCPATH", PELK_TEST_LOCALES);
@@ -55,5 +53,3 @@ TEST(ShaderSourceTest, WarnsOfABumpMapWithoutText) {
     renderer.sequenceData.log = nullptr;
     ShaderSource().oclCheckBumpTextureSupport(&renderer, "rust", "MtlBump", 1);
 }
-
-}  // namespace

@@ -7,8 +7,7 @@
 #include "pelk/base/vector.h"
 
 /// Random numbers of a test, the same in each run.
-class Dice {
-public:
+struct Dice {
     float between(float low, float high) {
         return std::uniform_real_distribution<float>(low, high)(engine);
     }
@@ -22,9 +21,11 @@ public:
     Tarnkit::Color color(float high) {
         return {between(0, high), between(0, high), between(0, high)};
     }
+    /// In the cube around the origin.
+    Tarnkit::Vector vector() { return {between(-1, 1), between(-1, 1), between(-1, 1)}; }
     Tarnkit::Vector direction() {
         for (;;) {
-            const Tarnkit::Vector v(between(-1, 1), between(-1, 1), between(-1, 1));
+            const Tarnkit::Vector v = vector();
             if (const float len = length(v); len > 0.1f && len <= 1.0f)
                 return v * (1.0f / len);
         }

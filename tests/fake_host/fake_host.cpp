@@ -1,6 +1,7 @@
 #include "fake_host/fake_host.h"
 
-#include <stdexcept>
+#include <algorithm>
+#include <string_view>
 
 FakeHost::FakeHost() {
     log = CallLog();
@@ -19,9 +20,11 @@ void FakeHost::TearDown() {
 }
 
 PelkMaterial& FakeHost::make(const char* pluginName, const char* instanceName) {
-    PelkPluginDesc* desc = module.find(pluginName);
-    if (!desc)
-        throw std::runtime_error(std::string("no plug-in of the name ") + pluginName);
+    const auto isIt = [name = std::string_view(pluginName)](PluginDesc* desc) {
+        return desc->getName() == name;
+    };
+    const auto all = kinds();
+    PluginDesc* const desc = all.at(std::ranges::find_if(all, isIt) - all.begin());
     auto* material = static_cast<PelkMaterial*>(desc->newPlugin(nullptr));
     material->setPluginName(instanceName);
     stages[material] = Stage::Idle;

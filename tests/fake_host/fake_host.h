@@ -78,3 +78,13 @@ private:
     std::map<PelkMaterial*, Stage> stages;
     std::vector<Param> paramsSet;  ///< materials read them until they go
 };
+
+/// A fake host with one hit on its first thread, and with what may stand around a material there.
+class OneHit : public FakeHost {
+protected:
+    FakeContext context = hit();
+    RecordingMaterial base;
+    RecordingFragment fragment;
+    FakeTexture texture;
+    FakeVolume glass;
+};

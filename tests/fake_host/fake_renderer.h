@@ -13,8 +13,7 @@
 // A renderer without a scene: it answers what the test has set and remembers what it was asked.
 // The names noted in the call log are those of the operations.
 
-class FakeGi : public DefaultGlobalLightManager {
-public:
+struct FakeGi : DefaultGlobalLightManager {
     Color light;  ///< the irradiance
     int mis = 0;
     Color matteUnshadowed, matteShadowed;
@@ -28,8 +27,7 @@ public:
 };
 
 /// The renderer with its lights and its table of texts.
-class FakeRenderer : public PelkRenderer, public LightManager, public StringTable {
-public:
+struct FakeRenderer : PelkRenderer, LightManager, StringTable {
     FakeRenderer();
 
     RecordingLog log;
@@ -72,8 +70,7 @@ struct SpawnRequest {
 };
 
 /// A hit in no scene. Fails the test if it goes while a spawned context is still out.
-class FakeContext : public PelkContext {
-public:
+struct FakeContext : PelkContext {
     FakeContext() = default;
     /// A hit of a camera ray, straight down on the front of a plane.
     FakeContext(FakeRenderer& fakeRenderer, ThreadData& thread);

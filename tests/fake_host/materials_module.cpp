@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 using namespace Tarnkit;
 
 MaterialsModule::MaterialsModule() {
@@ -21,14 +19,6 @@ MaterialsModule::~MaterialsModule() {
 
 const char* MaterialsModule::path() {
     return PELK_MATERIALS_MODULE;
-}
-
-PelkPluginDesc* MaterialsModule::find(const char* pluginName) const {
-    for (PelkPluginDesc* desc : kinds()) {
-        if (std::strcmp(desc->getName(), pluginName) == 0)
-            return desc;
-    }
-    return nullptr;
 }
 
 std::vector<PelkPluginDesc*> MaterialsModule::kinds() const {

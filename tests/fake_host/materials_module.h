@@ -6,8 +6,7 @@
 #include "pelk/platform/module.h"
 
 /// The built module, loaded as a host loads it, for as long as this lives.
-class MaterialsModule {
-public:
+struct MaterialsModule {
     MaterialsModule();
     ~MaterialsModule();
     MaterialsModule(const MaterialsModule&) = delete;
@@ -17,8 +16,6 @@ public:
 
     /// What the module says of itself; null if it did not load, which fails the test.
     Tarnkit::PluginLibDesc* getLibDesc() const { return libDesc; }
-    /// The descriptor of a plug-in; null if there is none of that name.
-    Tarnkit::PelkPluginDesc* find(const char* pluginName) const;
     /// All descriptors, in the order in which hosts see them.
     std::vector<Tarnkit::PelkPluginDesc*> kinds() const;
 

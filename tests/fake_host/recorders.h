@@ -15,31 +15,26 @@
 
 // Made-up plug-ins that stand around the material under test.
 
-/// A medium of the scene.
-class FakeVolume : public Plugin, public PelkVolume {
-public:
-    explicit FakeVolume(float index = 1.5f) : ior(index) { addInterface(this, 0); }
+/// A plug-in with these faces and no others.
+template <class... Faces>
+struct PluginWith : Plugin, Faces... {
+    PluginWith() { (addInterface(static_cast<Faces*>(this), 0), ...); }
     PluginBase* getPlugin() override { return this; }
+};
+
+/// A medium of the scene.
+struct FakeVolume : PluginWith<PelkVolume> {
+    explicit FakeVolume(float index = 1.5f) : ior(index) {}
     float getIOR(PelkContext&) override { return ior; }
 
     float ior;
 };
 
 /// The object hit, or a generator of texture coordinates: a space of its own and a tangent frame.
-class FakeSurface : public Plugin,
-                    public SurfaceFrameInterface,
-                    public UVWGenInterface,
-                    public ObjectMappingInterface {
-public:
+struct FakeSurface : PluginWith<SurfaceFrameInterface, UVWGenInterface, ObjectMappingInterface> {
     Vector u = {0.5f, 0.25f, 0}, v = {-0.5f, 1, 0.25f}, w = {0.25f, -0.5f, 1};  ///< gradients
     int isValid = 1;
 
-    FakeSurface() {
-        addInterface(static_cast<SurfaceFrameInterface*>(this), 0);
-        addInterface(static_cast<UVWGenInterface*>(this), 0);
-        addInterface(static_cast<ObjectMappingInterface*>(this), 0);
-    }
-    PluginBase* getPlugin() override { return this; }
     Transform getSurfaceFrame(PelkContext& context, int channel) override {
         EXPECT_EQ(channel, -1);
         EXPECT_TRUE(context.rayType & kRayTangentFrame);
@@ -74,8 +69,7 @@ inline void throwIf(bool memoryIsOut) {
 }
 
 /// A sampler that answers what is set, with a face for both sides.
-class RecordingSampler : public BSDFSampler, public BRDFSampler {
-public:
+struct RecordingSampler : BSDFSampler, BRDFSampler {
     bool hasFace[2] = {true, true};  ///< by BSDFSide
     Color color;                     ///< what traceForward finds
     Color transparency;
@@ -115,8 +109,7 @@ private:
 
 /// A plug-in with every face that one material asks of another. It shades what is set, hands out
 /// its one sampler, writes its text, and remembers what it saw.
-class RecordingMaterial : public PelkRTMaterial {
-public:
+struct RecordingMaterial : PelkRTMaterial {
     // What it answers.
     std::vector<u64> hiddenFaces;  ///< ids of the faces that it doesn't have
     Results results;               ///< of shade
@@ -126,15 +119,12 @@ public:
     bool takesNull = false;                     ///< releaseBSDF of a null is no fault
     std::function<void(PelkContext&)> onShade;  ///< writes channels, after the results
     int opaqueFlags = 0;
-    std::string text;         ///< its descriptor text
-    std::string textSection;  ///< the section that it handles; empty: all
+    std::string text;  ///< its descriptor text
 
     // What it saw.
     PelkContext seen;                 ///< as it came to shade or getBSDF
     int seenFlags = -1;               ///< of getBSDF
     std::atomic<int> samplersOut{0};  ///< handed out and not released
-    void* seenOwner = nullptr;
-    std::string seenName;
 
     RecordingMaterial() : PelkRTMaterial(nullptr) {}
     ~RecordingMaterial() override { EXPECT_EQ(samplersOut, 0) << "a sampler was not released"; }
@@ -172,24 +162,16 @@ public:
         note("getOpaqueFlags");
         return opaqueFlags;
     }
-    int getMaterialSource(void* owner, const char* sourceName, const char* kind,
-                          ShaderSource& source, OCLData&) override {
-        seenOwner = owner;
-        seenName = sourceName;
-        if (!textSection.empty() && textSection != kind)
-            return 0;
+    int getMaterialSource(void*, const char*, const char*, ShaderSource& source,
+                          OCLData&) override {
         source.append(text.c_str());
         return 1;
     }
 };
 
 /// A texture with one value, through all faces. Its text is "texture <type> <name>\n".
-class FakeTexture : public Plugin,
-                    public TextureInterface,
-                    public TextureFloatInterface,
-                    public TextureIntInterface,
-                    public RTTexInterface {
-public:
+struct FakeTexture
+    : PluginWith<TextureInterface, TextureFloatInterface, TextureIntInterface, RTTexInterface> {
     AColor color;
     float number = 0.0f;
     int integer = 0;
@@ -197,14 +179,8 @@ public:
     bool throwsForMemory = false;  ///< at every hit
     Color seenWeight;              ///< rayWeight at the last reading
 
-    explicit FakeTexture(AColor value = {}) : color(value) {
-        addInterface(static_cast<TextureInterface*>(this), 0);
-        addInterface(static_cast<TextureFloatInterface*>(this), 0);
-        addInterface(static_cast<TextureIntInterface*>(this), 0);
-        addInterface(static_cast<RTTexInterface*>(this), 0);
-    }
+    explicit FakeTexture(AColor value = {}) : color(value) {}
 
-    PluginBase* getPlugin() override { return this; }
     AColor getTexColor(PelkContext& context) override {
         return read("getTexColor", color, context);
     }
@@ -229,11 +205,9 @@ private:
     }
 };
 
-class FakeChannel : public Plugin, public RenderChannelInterface {
-public:
-    explicit FakeChannel(int channelIndex) : index(channelIndex) { addInterface(this, 0); }
+struct FakeChannel : PluginWith<RenderChannelInterface> {
+    explicit FakeChannel(int channelIndex) : index(channelIndex) {}
 
-    PluginBase* getPlugin() override { return this; }
     int getChannelIndex() override { return index; }
 
 private:
@@ -241,8 +215,7 @@ private:
 };
 
 /// A fragment that keeps what is written to it, as colours, in order; a number as grey.
-class RecordingFragment : public Fragment {
-public:
+struct RecordingFragment : Fragment {
     std::vector<std::pair<int, Color>> channels;  ///< by position, -1 included
     std::vector<std::pair<int, Color>> aliases;
     std::vector<std::pair<Color, int>> multiplied;  ///< weights and flag

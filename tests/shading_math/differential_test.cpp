@@ -7,7 +7,8 @@
 
 #include "slow_vector.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 /// A formula of random operations, the same for the same state of `random`.
@@ -65,4 +66,3 @@ TEST(Differential, FormulasCarryTheirNumericDerivatives) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

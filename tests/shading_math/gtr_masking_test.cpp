@@ -6,7 +6,8 @@
 #include <cmath>
 #include <numbers>
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 constexpr double kPi = std::numbers::pi;
@@ -72,4 +73,3 @@ TEST(GtrMasking, IsNeverNaNAndEndsAtTheSurface) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

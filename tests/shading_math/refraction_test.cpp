@@ -4,19 +4,18 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 
-namespace Tarnkit {
+#include "fake_host/dice.h"
+
+using namespace Tarnkit;
+
 namespace {
 
-/// Rays against and along random normals, with the ratio of the indices of clear media.
-class RefractionTest : public testing::Test {
+/// Rays against and along random normals.
+class RefractionTest : public testing::Test, protected Dice {
 protected:
-    Vector direction() { return normalizeGuarded({even(random), even(random), even(random)}); }
-    float index() { return 1.0f + 0.8f * even(random); }
-
-    std::mt19937 random{7};
-    std::uniform_real_distribution<float> even{-1.0f, 1.0f};
+    /// The ratio of the indices of clear media.
+    float index() { return between(0.2f, 1.8f); }
 };
 
 /// The reflectance of one medium to the other by the angles themselves, in double.
@@ -94,4 +93,3 @@ TEST_F(RefractionTest, FresnelIsDefinedAtTheEnds) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

@@ -4,18 +4,14 @@
 
 #include <cmath>
 #include <numbers>
-#include <random>
 
-namespace Tarnkit {
+#include "fake_host/dice.h"
+
+using namespace Tarnkit;
+
 namespace {
 
-class TransformsTest : public testing::Test {
-protected:
-    Vector vector() { return {even(random), even(random), even(random)}; }
-
-    std::mt19937 random{11};
-    std::uniform_real_distribution<float> even{-1.0f, 1.0f};
-};
+class TransformsTest : public testing::Test, protected Dice {};
 
 void expectNear(const Vector& a, const Vector& b, float tolerance) {
     EXPECT_LE(length(a - b), tolerance)
@@ -64,7 +60,7 @@ TEST_F(TransformsTest, ComposingWhatWasDecomposedGivesTheMatrixBack) {
     for (int i = 0; i < 1000; ++i) {
         Matrix m{{vector(), vector(), vector()}};
         if (i % 8 == 0)  // turned so that the axes of two angles are one
-            m = composeMatrix({even(random), std::numbers::pi_v<float> / 2, even(random)},
+            m = composeMatrix({between(-1, 1), std::numbers::pi_v<float> / 2, between(-1, 1)},
                               {0.5f, 1, 2}, vector());
         const float determinant = dot(m.columns[0], cross(m.columns[1], m.columns[2]));
         if (std::fabs(determinant) < 0.05f)
@@ -117,4 +113,3 @@ TEST_F(TransformsTest, EyesStandApartAndLookAtTheFocus) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

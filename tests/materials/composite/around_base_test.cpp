@@ -27,14 +27,11 @@ const struct {
     {"MtlWrapperMaya", "base_material", false, kOpaqueBlack, true},
 };
 
-class AroundBase : public FakeHost {
+class AroundBase : public OneHit {
 protected:
     static Param slotOf(const auto& c, PluginBase* plugin) {
         return c.isList ? Param(c.slot, std::vector{plugin}) : Param(c.slot, plugin);
     }
-
-    RecordingMaterial base;
-    FakeContext context = hit();
 };
 
 TEST_F(AroundBase, EveryMaterialAroundOthersIsTested) {
@@ -80,7 +77,7 @@ TEST_F(AroundBase, SamplersAreTheBasesAndGoBackToIt) {
     }
 }
 
-TEST_F(AroundBase, OpaqueFlagsFollowTheBasesInEachFrame) {
+TEST_F(AroundBase, OpaqueFlagsFollowTheBasesInEachFrameAndWithoutOneTheResultsAreTheMaterials) {
     for (const auto& c : kCases) {
         SCOPED_TRACE(c.material);
         PelkMaterial& mtl = make(c.material);
@@ -89,17 +86,10 @@ TEST_F(AroundBase, OpaqueFlagsFollowTheBasesInEachFrame) {
             startFrame(mtl, {slotOf(c, &base)});
             EXPECT_EQ(mtl.getOpaqueFlags() & 1, c.isOpaque && flags == 1);
         }
-    }
-}
-
-TEST_F(AroundBase, WithoutABaseTheResultsAreTheMaterialsOwn) {
-    for (const auto& c : kCases) {
-        SCOPED_TRACE(c.material);
-        PelkMaterial& mtl = make(c.material);
         startFrame(mtl, {slotOf(c, nullptr)});
-        setResults(context, Color(-77), Color(-77), Color(-77), Color(-77));
-        mtl.shade(context);
-        EXPECT_EQ(resultsOf(context), c.withoutBase);
+        FakeContext untouched = hit();
+        mtl.shade(untouched);
+        EXPECT_EQ(resultsOf(untouched), c.withoutBase);
     }
 }
 

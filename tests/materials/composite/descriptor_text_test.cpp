@@ -2,7 +2,7 @@
 
 namespace {
 
-class DescriptorText : public FakeHost {
+class DescriptorText : public OneHit {
 protected:
     DescriptorText() {
         a.text = "a\n";
@@ -16,8 +16,7 @@ protected:
         return describe(mtl, section);
     }
 
-    RecordingMaterial a, b, c;
-    FakeTexture texture;
+    RecordingMaterial a, b, c, mute;
 };
 
 TEST_F(DescriptorText, OwnLinesStandAheadOfTheBases) {
@@ -84,10 +83,45 @@ TEST_F(DescriptorText, LayersStandInFrames) {
                                      {"refract_mtl", &a},
                                      {"shadow_mtl", &b}}),
               "1 override_mtl\noverride_sub_mtls_offsets 1,1,2,1,2\n" + frameOfA + frameOfB);
+    EXPECT_EQ(textOf("MtlOverride", {{"base_mtl", &a},
+                                     {"gi_mtl", &b},
+                                     {"reflect_mtl", &b},
+                                     {"enable_reflect_mtl", false},
+                                     {"refract_mtl", &b}}),
+              "1 override_mtl\noverride_sub_mtls_offsets 1,2,1,1,1\n" + frameOfA + frameOfB)
+        << "the offset of the nearest layer ahead, one that is switched off too";
 
     EXPECT_EQ(
         textOf("MtlMulti", {{"mtls_list", std::vector<PluginBase*>{&a, &b}}, {"wrap_id", true}}),
         "1 mtlmulti_wrap 1\nmtlmulti_maxID 1\n");
+}
+
+TEST_F(DescriptorText, OffsetsCountTheBlocksInsideTheLayersAhead) {
+    mute.hiddenFaces = {RTMtlInterface::kInterfaceID};
+    const std::string block = "<coatlayer_begin>\n<coatlayer_end>\n";
+    const struct {
+        std::string first;  // the text of a
+        std::vector<PluginBase*> layers;
+        std::vector<float> offsets;
+    } cases[] = {
+        {"x\n" + block + "y\n" + block, {&a, &b}, {1, 4}},
+        {"<coatlayer_begin>\n" + block + "<coatlayer_end>\n", {&a, &b}, {1, 4}},
+        {"a tag in a value is one: <coatlayer_begin> x\n", {&a, &b}, {1, 3}},
+        {"half a tag is none: <coatlayer_begin", {&a, &b}, {1, 2}},
+        {"", {&a, &mute, nullptr, &b}, {1, 1, 1, 2}},
+        {"", {&mute, nullptr, &b}, {0, 0, 1}},
+    };
+    for (const auto& row : cases) {
+        a.text = row.first;
+        const std::string text =
+            textOf("MtlMulti", {{"mtls_list", row.layers}, {"mtlid_gen", &texture}});
+        std::string head = "1 mtl_switch\nemission\nuvw_transform ";
+        for (const float offset : row.offsets)
+            head += std::to_string(offset) + ",";
+        EXPECT_TRUE(text.starts_with(head)) << text;
+        const std::string blocks = "\ndiffuse\ntexture color name\n<coatlayer_begin>\n";
+        EXPECT_NE(text.find(blocks + (row.offsets[0] > 0 ? row.first : "b\n")), text.npos) << text;
+    }
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 #include "fake_host/fake_host.h"
 
-namespace {
-
-using Mtl2SidedTest = FakeHost;
+using Mtl2SidedTest = OneHit;
 
 TEST_F(Mtl2SidedTest, SamplersAreMadeOnTheSideThatWasHitFirst) {
     RecordingMaterial front, back;
     PelkMaterial& mtl = make("Mtl2Sided");
     setParams(mtl, {{"front", &front}, {"back", &back}, {"translucency", Color(0)}});
-    FakeContext context = hit();
     front.sampler.color = Color(0.25f);
     back.sampler.color = Color(0.5f);
     for (const int backSide : {0, 1}) {
@@ -28,5 +25,3 @@ TEST_F(Mtl2SidedTest, SamplersAreMadeOnTheSideThatWasHitFirst) {
         EXPECT_EQ(back.seenFlags, 0);
     }
 }
-
-}  // namespace

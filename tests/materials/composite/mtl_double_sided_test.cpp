@@ -1,18 +1,14 @@
 #include "fake_host/fake_host.h"
 
-namespace {
-
-using MtlDoubleSidedTest = FakeHost;
+using MtlDoubleSidedTest = OneHit;
 
 TEST_F(MtlDoubleSidedTest, BackHitsAreTurnedOver) {
-    RecordingMaterial base;
     PelkMaterial& mtl = make("MtlDoubleSided");
     startFrame(mtl, {{"base_mtl", &base}});
     for (const int backSide : {0, 1}) {
         SCOPED_TRACE(backSide);
         const SeenSide turned = {0, 1, -1};
         const SeenSide made = backSide ? turned : SeenSide{0, 0, 1};
-        FakeContext context = hit();
         context.backSide = backSide;
         const PelkContext before = context;
         mtl.shade(context);
@@ -30,5 +26,3 @@ TEST_F(MtlDoubleSidedTest, BackHitsAreTurnedOver) {
         mtl.releaseBSDF(context, sampler);
     }
 }
-
-}  // namespace

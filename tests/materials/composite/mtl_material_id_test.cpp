@@ -1,13 +1,10 @@
 #include "fake_host/fake_host.h"
 
-namespace {
-
-using MtlMaterialIDTest = FakeHost;
+using MtlMaterialIDTest = OneHit;
 
 TEST_F(MtlMaterialIDTest, StampsItsIDsOnBothRoadsButForShadows) {
     using Aliases = std::vector<std::pair<int, Color>>;
-    RecordingMaterial base;
-    FakeTexture texture{AColor{Color(0.25f, 0.5f, 1), 0.5f}};
+    texture.color = {{0.25f, 0.5f, 1}, 0.5f};
     PelkMaterial& mtl = make("MtlMaterialID");
     const struct {
         const char* what;
@@ -21,11 +18,9 @@ TEST_F(MtlMaterialIDTest, StampsItsIDsOnBothRoadsButForShadows) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        startFrame(
-            mtl,
-            {{"base_mtl", &base}, {"material_id_color", c.texture}, {"material_id_number", 7}});
+        setParams(mtl, {{"base_mtl", &base}, {"material_id_color", c.texture}});
+        startFrame(mtl, {{"material_id_number", 7}});
         RecordingFragment shaded, traced;
-        FakeContext context = hit();
         context.rayType = c.rayType;
         context.resultFragment = &shaded;
         mtl.shade(context);
@@ -40,5 +35,3 @@ TEST_F(MtlMaterialIDTest, StampsItsIDsOnBothRoadsButForShadows) {
         mtl.releaseBSDF(context, sampler);
     }
 }
-
-}  // namespace

@@ -7,25 +7,18 @@
 namespace {
 
 /// A primitive whose face that was hit has an id and a shader set.
-class FakeFace : public Plugin, public SurfaceMtlIDInterface, public ShaderSetInterface {
-public:
+struct FakeFace : PluginWith<SurfaceMtlIDInterface, ShaderSetInterface> {
     int id = 0;
     StringHandle shaderSet;
 
-    FakeFace() {
-        addInterface(static_cast<SurfaceMtlIDInterface*>(this), 0);
-        addInterface(static_cast<ShaderSetInterface*>(this), 0);
-    }
-    PluginBase* getPlugin() override { return this; }
     int getSurfaceMtlID(PelkContext&) override { return id; }
     void getShaderSetName(StringHandle& out, PelkContext&, int) override { out = shaderSet; }
 };
 
-class MtlMultiTest : public FakeHost {
+class MtlMultiTest : public OneHit {
 protected:
     RecordingMaterial subs[4];
     FakeFace face;
-    FakeTexture texture;
     PelkMaterial &mtl = make("MtlMulti", "mix"), &older = make("MtlMulti", "mix");
 };
 
@@ -97,7 +90,6 @@ TEST_F(MtlMultiTest, TheFirstEntryThatTheHitNamesShades) {
         if (place >= std::ssize(entries))
             place = 0;
         const int expected = entries.empty() ? -1 : entries[place];
-        FakeContext context = hit();
         context.hitObject = &face;
         mix.shade(context);
         if (expected < 0)
@@ -126,12 +118,12 @@ TEST_F(MtlMultiTest, AHitIsPickedOnceForItsSampler) {
         for (const auto& c : cases) {
             SCOPED_TRACE(c.what);
             log.clear();
-            FakeContext context = hit(c.thread);
-            context.traceDepth = c.depth;
-            context.hitID = c.hitID;
-            BSDFSampler* sampler = mtl.getBSDF(context, 0);
+            FakeContext other = hit(c.thread);
+            other.traceDepth = c.depth;
+            other.hitID = c.hitID;
+            BSDFSampler* sampler = mtl.getBSDF(other, 0);
             texture.integer = (texture.integer + 1) % 3;
-            mtl.releaseBSDF(context, sampler);
+            mtl.releaseBSDF(other, sampler);
             EXPECT_EQ(log.count("getTexInt"), c.reads);
             for (const RecordingMaterial& sub : subs)
                 EXPECT_EQ(sub.samplersOut, 0);

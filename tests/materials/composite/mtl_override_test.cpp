@@ -6,21 +6,18 @@ enum { kBase, kGi, kReflect, kRefract, kShadow, kNumSlots };
 constexpr const char* kEnableNames[] = {"", "enable_gi_mtl", "enable_reflect_mtl",
                                         "enable_refract_mtl", "enable_shadow_mtl"};
 
-class MtlOverrideTest : public FakeHost {
+class MtlOverrideTest : public OneHit {
 protected:
     MtlOverrideTest() {
         for (int i = 0; i < kNumSlots; ++i)
             subs[i].results.color = Color(static_cast<float>(i));
-        setParams(mtl, {{"base_mtl", &subs[kBase]},
-                        {"gi_mtl", &subs[kGi]},
-                        {"reflect_mtl", &subs[kReflect]},
-                        {"refract_mtl", &subs[kRefract]},
-                        {"shadow_mtl", &subs[kShadow]}});
+        setParams(mtl, {{"base_mtl", &subs[kBase]}, {"gi_mtl", &subs[kGi]}});
+        setParams(mtl, {{"reflect_mtl", &subs[kReflect]}, {"refract_mtl", &subs[kRefract]}});
+        setParams(mtl, {{"shadow_mtl", &subs[kShadow]}});
     }
 
     RecordingMaterial subs[kNumSlots];
     PelkMaterial& mtl = make("MtlOverride");
-    FakeContext context = hit();
 };
 
 TEST_F(MtlOverrideTest, TheRayPicksItsSlotElseTheBase) {
@@ -60,7 +57,7 @@ TEST_F(MtlOverrideTest, TheRayPicksItsSlotElseTheBase) {
 TEST_F(MtlOverrideTest, TheEnvironmentHoldsBelowTheMaterialAlone) {
     FakeTexture outer, sky;
     setParams(mtl, {{"environment_override", &sky}, {"environment_priority", 5}});
-    RecordingMaterial& base = subs[kBase];
+    RecordingMaterial& usual = subs[kBase];
     for (const bool isUsed : {true, false}) {
         SCOPED_TRACE(isUsed);
         TextureInterface* const below = isUsed ? &sky : &outer;
@@ -69,15 +66,15 @@ TEST_F(MtlOverrideTest, TheEnvironmentHoldsBelowTheMaterialAlone) {
         context.environmentPriority = 3;
         const PelkContext before = context;
         mtl.shade(context);
-        EXPECT_EQ(base.seen.environment, below);
-        EXPECT_EQ(base.seen.environmentPriority, isUsed ? 5 : 3);
+        EXPECT_EQ(usual.seen.environment, below);
+        EXPECT_EQ(usual.seen.environmentPriority, isUsed ? 5 : 3);
         BSDFSampler* sampler = mtl.getBSDF(context, 0);
-        EXPECT_EQ(base.seen.environment, &outer) << "not around getBSDF";
+        EXPECT_EQ(usual.seen.environment, &outer) << "not around getBSDF";
         sampler->traceBSDFForward(context, 1);
-        EXPECT_EQ(base.sampler.seenEnvironment, below);
-        base.sampler.seenEnvironment = nullptr;
+        EXPECT_EQ(usual.sampler.seenEnvironment, below);
+        usual.sampler.seenEnvironment = nullptr;
         sampler->getBRDF(kFrontSide)->traceForward(context, 1);
-        EXPECT_EQ(base.sampler.seenEnvironment, below);
+        EXPECT_EQ(usual.sampler.seenEnvironment, below);
         expectRayAndHitAsBefore(before, context);
         mtl.releaseBSDF(context, sampler);
     }

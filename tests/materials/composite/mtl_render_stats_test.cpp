@@ -4,11 +4,9 @@ namespace {
 
 constexpr u32 kCam = kRayCamera, kReflect = kRayReflect, kRefract = kRayRefract, kGi = kRayGi;
 
-class MtlRenderStatsTest : public FakeHost {
+class MtlRenderStatsTest : public OneHit {
 protected:
-    RecordingMaterial base;
     PelkMaterial& mtl = make("MtlRenderStats");
-    FakeContext context = hit();
 };
 
 TEST_F(MtlRenderStatsTest, EachKindOfRayIsHiddenByItsOwnFlag) {
@@ -69,7 +67,7 @@ TEST_F(MtlRenderStatsTest, MixesTheBaseWithClearByItsVisibility) {
         startFrame(mtl,
                    {{"base_mtl", &base}, {"visibility", c.visibility}, {"shadows_receive", false}});
         base.results = c.base;
-        RecordingFragment fragment;
+        fragment.multiplied.clear();
         context.resultFragment = &fragment;
         const PelkContext before = context;
         mtl.shade(context);

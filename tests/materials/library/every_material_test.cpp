@@ -1,3 +1,5 @@
+#include <thread>
+
 #include "materials/library/hit_roads.h"
 
 namespace {
@@ -6,18 +8,6 @@ namespace {
 class EveryMaterial : public HitRoads {
 protected:
     EveryMaterial() { base.takesNull = true; }
-
-    /// A sampler of the material where it has one, on each thread and side, and back.
-    void sampleOnAllThreads(PelkMaterial& material) {
-        for (int thread = 0; thread < renderer.sequenceData.numThreads; ++thread) {
-            FakeContext context = hit(thread);
-            for (const int backSide : {0, 1}) {
-                context.backSide = backSide;
-                sample(material, context);
-            }
-        }
-        EXPECT_EQ(base.samplersOut, 0);
-    }
 };
 
 // Hosts ask for samplers when they like. Outside the life of its pool a material has none, and a
@@ -27,21 +17,52 @@ TEST_F(EveryMaterial, LosesNoSamplerAtAnyStageOfItsLife) {
         for (const int variant : {0, 7}) {
             SCOPED_TRACE(desc->getName());
             PelkMaterial& material = addMaterial(desc->getName(), variant);
+            // A sampler where it has one, on each thread and side, and back.
+            const auto sampleOnAllThreads = [&] {
+                for (int thread = 0; thread < renderer.sequenceData.numThreads; ++thread)
+                    for (const int backSide : {0, 1}) {
+                        FakeContext context = hit(thread);
+                        context.backSide = backSide;
+                        sample(material, context);
+                    }
+                EXPECT_EQ(base.samplersOut, 0);
+            };
             for (const int threads : {1, 16}) {
                 renderer.sequenceData.numThreads = threads;
-                sampleOnAllThreads(material);
+                sampleOnAllThreads();
                 material.renderBegin(renderer);
-                sampleOnAllThreads(material);
+                sampleOnAllThreads();
                 for (int frame = 0; frame < 2; ++frame) {
                     material.frameBegin(renderer);
-                    sampleOnAllThreads(material);
+                    sampleOnAllThreads();
                     material.frameEnd(renderer);
-                    sampleOnAllThreads(material);
+                    sampleOnAllThreads();
                 }
                 material.renderEnd(renderer);
             }
-            sampleOnAllThreads(material);
+            sampleOnAllThreads();
         }
+}
+
+// Without a warm-up and with a log that is not there: the threads meet at the flags of a frame.
+TEST_F(EveryMaterial, ShadesTheSameOnThreadsAtOnceAsAlone) {
+    renderer.sequenceData.log = nullptr;
+    constexpr int kNumThreads = 4;
+    Color sums[kNumThreads + 1];
+    const auto run = [&](int i) {
+        FakeContext context = hit(i);
+        prepare(context);
+        for (int round = 0; round < 50; ++round)
+            sums[i] += runHits(context);
+    };
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < kNumThreads; ++i)
+            threads.emplace_back(run, i);
+    }
+    run(kNumThreads);
+    for (const Color& sum : sums)
+        EXPECT_EQ(sum, sums[kNumThreads]);
 }
 
 }  // namespace

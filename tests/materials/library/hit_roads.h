@@ -1,7 +1,7 @@
 #pragma once
 
 #include "fake_host/fake_host.h"
-#include "support/regions/test_channels.h"
+#include "materials/test_channel_host.h"
 
 /// Every material of the module on the roads that a hit can take through it, set up once and then
 /// run without notes, so that what remains is what the materials do. The module says which there
@@ -9,8 +9,6 @@
 class HitRoads : public FakeHost {
 protected:
     HitRoads() {
-        for (int alias = 0; alias <= kAliasRawRefraction; ++alias)
-            channels.list.add(kChannelColor, alias);
         renderer.sequenceData.addInterface(&channels, 0);
         fragment.hasAliases = true;
         startAll();
@@ -162,17 +160,7 @@ private:
             setParam(material, Param(desc.name, std::vector<NumberAndPlugin>{{1, plugin}}));
     }
 
-    /// A channel for each alias that the ramp writes.
-    class Channels : public Plugin, public ChannelHostInterface {
-    public:
-        TestChannels list;
-
-        PluginBase* getPlugin() override { return this; }
-        int getNumChannels() override { return static_cast<int>(list.list.size()); }
-        RenderChannel* getChannel(int index) override { return list.list[index]; }
-    };
-
-    Channels channels;
+    TestChannelHost channels;
     FakeChannel channel{2};
     FakeSurface surface;
     FakeVolume glass;

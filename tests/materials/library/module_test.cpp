@@ -23,25 +23,16 @@ const struct {
 };
 constexpr int kNumPlugins = std::size(kPlugins);
 
-struct Collect final : EnumPluginDescCallback {
-    int process(PluginDesc* desc) override {
-        seen.push_back(desc);
-        return 1;  // go on
-    }
-
-    std::vector<PluginDesc*> seen;
-};
-
 TEST(Module, ListsItsPluginsInOrderWithTheirFaces) {
     MaterialsModule module;
     PluginLibDesc& lib = *module.getLibDesc();
     EXPECT_STREQ(lib.getLibraryName(), "Materials");
     EXPECT_STREQ(lib.getLibraryDescription(), "Pelk Materials");
-    Collect all;
-    EXPECT_EQ(lib.enumPluginDescs(&all), kNumPlugins);
+    const auto all = module.kinds();
+    ASSERT_EQ(std::ssize(all), kNumPlugins);
     for (int i = 0; i < kNumPlugins; ++i) {
         SCOPED_TRACE(kPlugins[i].name);
-        PluginDesc& desc = *all.seen[i];
+        PluginDesc& desc = *all[i];
         EXPECT_STREQ(desc.getName(), kPlugins[i].name);
         EXPECT_EQ(desc.getPluginID(), kPlugins[i].id);
         EXPECT_EQ(desc.supportsInterface(MaterialInterface::kInterfaceID), 1);

@@ -3,7 +3,7 @@
 
 namespace {
 
-class MatteTest : public FakeHost {
+class MatteTest : public OneHit {
 protected:
     using Channels = std::vector<std::pair<int, Color>>;
 
@@ -28,10 +28,7 @@ protected:
         };
     }
 
-    RecordingMaterial base;
-    RecordingFragment fragment;
     PelkMaterial& mtl = make("MtlWrapper");
-    FakeContext context = hit();
 };
 
 TEST_F(MatteTest, RaysSeeTheMatteByTheirKind) {
@@ -108,9 +105,8 @@ TEST_F(MatteTest, ShowsTheBasesReflectionsOverTheBackground) {
         {0.5f, false, 1.25f, 0.5625f, 0.25f},
     };
     for (const auto& c : cases) {
-        startFrame(mtl, {{"reflection_amount", c.reflection},
-                         {"affect_alpha", c.affectsAlpha},
-                         {"alpha_contribution", 0.5f}});
+        setParams(mtl, {{"reflection_amount", c.reflection}, {"affect_alpha", c.affectsAlpha}});
+        startFrame(mtl, {{"alpha_contribution", 0.5f}});
         context.resultFragment = nullptr;
         mtl.shade(context);
         EXPECT_EQ(resultsOf(context), (Results{Color(c.own + 2 * c.left), Color(0.25f),
@@ -142,10 +138,9 @@ TEST_F(MatteTest, ShadowsDimTheBackgroundAndTintIt) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         shine(c.unshadowed, c.shadowed);
-        startFrame(mtl, {{"shadows", true},
-                         {"affect_alpha", true},
-                         {"shadow_tint_color", Color(0.5f)},
-                         {"shadow_brightness", c.brightness}});
+        setParams(mtl, {{"shadows", true}, {"affect_alpha", true}});
+        setParams(mtl, {{"shadow_tint_color", Color(0.5f)}});
+        startFrame(mtl, {{"shadow_brightness", c.brightness}});
         mtl.shade(context);
         EXPECT_EQ(context.resultColor, c.surplus + complement(c.left) * 0.5f + c.left * Color(2));
         EXPECT_EQ(context.resultAlpha, complement(c.left));
@@ -196,12 +191,9 @@ TEST_F(MatteTest, TracesItsOwnMirrorRayForMaya) {
     brightness.number = 0.5f;
     renderer.tracedColor = Color(3);
     shine(Color(4), Color(2));  // with that brightness the shadow takes a quarter
-    setParams(mtl, {{"maya_background_shader_compatibility", true},
-                    {"matte_for_secondary_rays", 1},
-                    {"shadows", true},
-                    {"alpha_contribution_tex", &alpha},
-                    {"reflection_filter_tex", &filter},
-                    {"shadow_brightness_tex", &brightness}});
+    setParams(mtl, {{"maya_background_shader_compatibility", true}, {"shadows", true}});
+    setParams(mtl, {{"matte_for_secondary_rays", 1}, {"alpha_contribution_tex", &alpha}});
+    setParams(mtl, {{"reflection_filter_tex", &filter}, {"shadow_brightness_tex", &brightness}});
     const struct {
         const char* what;
         int ownDepth;

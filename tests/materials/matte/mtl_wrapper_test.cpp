@@ -3,16 +3,14 @@
 
 namespace {
 
-class MtlWrapperTest : public FakeHost {
+class MtlWrapperTest : public OneHit {
 protected:
     PelkSurfaceProperties& properties() {
-        FakeContext context = hit();
         context.rayType = kRayShadow;
         mtl.shade(context);
         return *context.surfaceProperties;
     }
 
-    RecordingMaterial base;
     PelkMaterial& mtl = make("MtlWrapper");
 };
 
@@ -34,10 +32,8 @@ TEST_F(MtlWrapperTest, OrdinaryHitsAreTheBasesWithAlphaAndGiScaled) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        startFrame(mtl, {{"base_material", &base},
-                         {"alpha_contribution", c.contribution},
-                         {"generate_gi", 0.25f}});
-        FakeContext context = hit();
+        setParams(mtl, {{"base_material", &base}, {"generate_gi", 0.25f}});
+        startFrame(mtl, {{"alpha_contribution", c.contribution}});
         context.shadeFlags = c.shadeFlags;
         context.rayType = c.rayType;
         mtl.shade(context);
@@ -56,12 +52,10 @@ TEST_F(MtlWrapperTest, PropertiesTellTheHostWhatTheFrameIs) {
     }
     EXPECT_EQ(properties().surfaceFlags, kGenerateRenderElements | kUseIrradianceMap);
     endRender(mtl);
-    startFrame(
-        mtl,
-        {{"refraction_list_is_inclusive", true}, {"use_irrad_map", false}, {"gi_surface_id", 7}});
+    setParams(mtl, {{"refraction_list_is_inclusive", true}, {"use_irrad_map", false}});
+    startFrame(mtl, {{"gi_surface_id", 7}});
     EXPECT_EQ(properties().surfaceFlags, kRefractionListInclusive | kGenerateRenderElements);
     EXPECT_EQ(properties().giSurfaceWord, 7u);
-    FakeTexture texture;
     startFrame(mtl, {{"reflection_exclude", std::vector<PluginBase*>{&mtl, &texture}}});
     const std::string why = " cannot be in the exclude list (does not have geometry)";
     EXPECT_EQ(renderer.log.texts,
@@ -69,7 +63,6 @@ TEST_F(MtlWrapperTest, PropertiesTellTheHostWhatTheFrameIs) {
 }
 
 TEST_F(MtlWrapperTest, IsNotOpaqueWhereItChangesItsBase) {
-    FakeTexture texture;
     base.opaqueFlags = 1;
     for (const Param& reason : {Param{"alpha_contribution", 0.5f}, Param{"matte_surface", true},
                                 Param{"alpha_contribution_tex", &texture}}) {

@@ -1,6 +1,6 @@
 #include "materials/maya/ramp_fixture.h"
+#include "materials/test_channel_host.h"
 #include "pelk/contract/shading.h"
-#include "support/regions/test_channels.h"
 
 namespace {
 
@@ -17,8 +17,7 @@ void expectNear(Color color, const Value& expected, double tolerance, const std:
 }
 
 /// A hit within up to two media.
-class MediaContext : public FakeContext {
-public:
+struct MediaContext : FakeContext {
     using FakeContext::FakeContext;
     PelkVolume *inner = nullptr, *outer = nullptr;
 
@@ -27,16 +26,10 @@ public:
     }
 };
 
-/// The channels of a render, the one of each alias at the place of that number, and a fragment that
-/// gives back what was written to it.
-class Channels : public Plugin, public ChannelHostInterface, public RecordingFragment {
-public:
-    TestChannels channels;
+/// Gives back what was written to it.
+struct Channels : RecordingFragment {
     std::map<int, Color> written;
 
-    PluginBase* getPlugin() override { return this; }
-    int getNumChannels() override { return static_cast<int>(channels.list.size()); }
-    RenderChannel* getChannel(int index) override { return channels.list[index]; }
     void setChannel(int index, const void* value) override {
         written[index] = *static_cast<const Color*>(value);
     }
@@ -48,10 +41,8 @@ public:
 class MayaRampBRDFTest : public RampFixture {
 protected:
     MayaRampBRDFTest() {
-        for (int alias = 0; alias <= kAliasRawRefraction; ++alias)
-            channels.channels.add(kChannelColor, alias);
-        channels.channels.list.push_back(nullptr);
-        renderer.sequenceData.addInterface(&channels, 0);
+        channelHost.channels.list.push_back(nullptr);
+        renderer.sequenceData.addInterface(&channelHost, 0);
     }
 
     /// Sets everything to random values, for a hit that isn't too near the silhouette.
@@ -66,17 +57,13 @@ protected:
         specularity = dice.between(0.1f, 1);
         ambientTex.color = {dice.color(1), dice.between(0, 1)};
         PluginBase* const volume = dice.below(2) ? &glass : nullptr;
-        startFrame(mtl, {{"color_input", input = dice.below(6)},
-                         {"diffuse_tex", diffuse},
-                         {"fscatter_tex", 0.25f},
-                         {"eccentricity_tex", eccentricity},
-                         {"specularity_tex", specularity},
-                         {"ambient_tex", &ambientTex},
-                         {"refractions", refracts = dice.below(4) > 0},
-                         {"reflection_limit", limits[0] = dice.below(4) - 1},
-                         {"refraction_limit", limits[1] = dice.below(4) - 1},
-                         {"volume", volume},
-                         {"ior", ior = dice.below(8) ? dice.between(1.05f, 2) : 1.0f}});
+        setParams(mtl, {{"color_input", input = dice.below(6)}, {"diffuse_tex", diffuse}});
+        setParams(mtl, {{"fscatter_tex", 0.25f}, {"eccentricity_tex", eccentricity}});
+        setParams(mtl, {{"specularity_tex", specularity}, {"ambient_tex", &ambientTex}});
+        setParams(mtl, {{"reflection_limit", limits[0] = dice.below(4) - 1}, {"volume", volume}});
+        setParams(mtl, {{"refraction_limit", limits[1] = dice.below(4) - 1}});
+        ior = dice.below(8) ? dice.between(1.05f, 2) : 1;
+        startFrame(mtl, {{"refractions", refracts = dice.below(4) > 0}, {"ior", ior}});
         do {
             context.normal = dice.direction();
             context.rayDir = dice.direction();
@@ -226,6 +213,7 @@ protected:
 
     ThreadData thread;
     MediaContext context{renderer, thread};
+    TestChannelHost channelHost;
     Channels channels;
     FakeVolume glass, water{1.25f};
     FakeTexture ambientTex;

@@ -1,6 +1,6 @@
 #include <cmath>
-#include <random>
 
+#include "fake_host/dice.h"
 #include "fake_host/fake_host.h"
 #include "slow_vector.h"
 
@@ -11,8 +11,7 @@ Vector vectorOf(Color c) {
 }
 
 /// A map that has its colour at one place and grows lighter along `slope`.
-class SlopeTexture : public FakeTexture {
-public:
+struct SlopeTexture : FakeTexture {
     Slow slope = {0.5, -0.25, 0.125};
     Point place;
 
@@ -22,7 +21,7 @@ public:
     }
 };
 
-class MtlBumpTest : public FakeHost {
+class MtlBumpTest : public OneHit, protected Dice {
 protected:
     MtlBumpTest() {
         map.place = context.hitPoint;
@@ -38,31 +37,28 @@ protected:
                   {{"base_mtl", &base}, {"bump_tex_color", &map}, {"bump_tex_mult_tex", &map}});
     }
 
-    bool coin() { return random() % 2; }
-    Vector vector() { return {even(random), even(random), even(random)}; }
-
     void drawHit() {
-        map.color.color = Color(even(random), even(random), even(random)) + Color(0.5f);
+        map.color.color = color(2) - Color(0.5f);
         map.slope = slow(vector());
-        map.number = even(random);
+        map.number = between(-1, 1);
         map.bump = vector();
         generator.u = Vector(1, 0, 0) + vector() * 0.5f;
         generator.w = Vector(0, 0, coin() ? 1 : -1) + vector() * 0.5f;
         generator.isValid = coin();
-        context.normal = rounded(normalize(slow(vector())));
-        context.rayDir = rounded(normalize(slow(vector())));
+        context.normal = direction();
+        context.rayDir = direction();
         context.flippedSide = coin();
         context.backSide = coin();
         context.hitObject = coin() ? &surface : nullptr;
         context.hitMapping = coin() ? &surface : nullptr;
-        context.rayType = static_cast<u32>(random()) & (kRayShadow | kRayGiBump | kRayTangentFrame);
+        context.rayType = static_cast<u32>(engine()) & (kRayShadow | kRayGiBump | kRayTangentFrame);
         context.giDepth = coin();
         // Seldom no map, a number for one, or one by the older way, which wins if it is none too.
-        PluginBase *const maps[] = {nullptr, &map, &base}, *color = maps[random() % 8 > 0],
-                          *number = maps[coin()], *either = maps[random() % 8 ? 0 : 1 + coin()];
-        setParams(mtl, {{"bump_tex_color", color}, {"bump_tex_float", number}});
+        PluginBase *const maps[] = {nullptr, &map, &base}, *colors = maps[below(8) > 0],
+                          *number = maps[coin()], *either = maps[below(8) ? 0 : 1 + coin()];
+        setParams(mtl, {{"bump_tex_color", colors}, {"bump_tex_float", number}});
         setParams(mtl, {{"bump_tex", either}});
-        hasColor = either ? either == &map : color != nullptr;
+        hasColor = either ? either == &map : colors != nullptr;
         hasNumber = either ? either == &map : number != nullptr;
     }
 
@@ -116,18 +112,13 @@ protected:
         return base.seen.normal;
     }
 
-    RecordingMaterial base;
     FakeSurface surface, generator;
     SlopeTexture map;
     bool hasColor = true, hasNumber = false;
     PelkMaterial& mtl = make("MtlBump");
-    FakeContext context = hit();
-    std::mt19937 random{3};
-    std::uniform_real_distribution<float> even{-1, 1};
 };
 
 TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
-    RecordingFragment fragment;
     context.resultFragment = &fragment;
     Vector left;
     PelkContext traced;
@@ -141,10 +132,10 @@ TEST_F(MtlBumpTest, EachFormBumpsAsItsFormulaInDouble) {
         drawHit();
         const int form = i % 10 - 1;
         const float mults[] = {0, 1e-13f, -1e-12f, 1};
-        const float mult = random() % 8 ? even(random) : mults[random() % 4];
+        const float mult = below(8) ? between(-1, 1) : mults[below(4)];
         const bool isMaya = coin(), raises = coin(), forShadows = coin();
         PluginBase* const uvwgens[] = {nullptr, &base, &generator};  // the second has no frame
-        PluginBase* const uvwgen = uvwgens[random() % 3];
+        PluginBase* const uvwgen = uvwgens[below(3)];
         setParams(mtl, {{"map_type", form}, {"bump_tex_mult", mult}, {"bump_shadows", raises}});
         setParams(mtl, {{"maya_compatible", isMaya}, {"compute_bump_for_shadows", forShadows}});
         startFrame(mtl, {{"normal_uvwgen", uvwgen}});

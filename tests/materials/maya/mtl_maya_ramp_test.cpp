@@ -90,13 +90,10 @@ TEST_F(MtlMayaRampTest, LetsNoTextureMakeAPictureOfNoNumbers) {
                 texture.color = {Color(number), number};
                 texture.number = number;
                 context.normal = normal;
-                startFrame(mtl, {{"color_input", input},
-                                 {"ambient_tex", &texture},
-                                 {"eccentricity_tex", &texture},
-                                 {"diffuse_tex", &texture},
-                                 {"refractions", true},
-                                 {"refraction_limit", 5},
-                                 {"reflection_limit", 5}});
+                setParams(mtl, {{"ambient_tex", &texture}, {"eccentricity_tex", &texture}});
+                setParams(mtl, {{"refraction_limit", 5}, {"reflection_limit", 5}});
+                setParams(mtl, {{"refractions", true}, {"diffuse_tex", &texture}});
+                startFrame(mtl, {{"color_input", input}});
                 renderer.log.texts.clear();
                 mtl.shade(context);
                 const Color color = shaded();

@@ -48,8 +48,7 @@ inline Value rampAt(std::vector<RampPoint> points, double t) {
 }
 
 /// Random ramps besides.
-class RampDice : public Dice {
-public:
+struct RampDice : Dice {
     /// From none to five points at different multiples of 1/32, of all kinds and an unknown one.
     std::vector<RampPoint> ramp() {
         std::vector<RampPoint> points(below(6));

@@ -4,6 +4,8 @@
 
 namespace {
 
+PelkContext context;
+
 /// Loads into a ramp, which holds what it was before.
 template <class Ramp>
 void load(Ramp& ramp, const RampLists& lists) {
@@ -20,7 +22,6 @@ void load(Ramp& ramp, const RampLists& lists) {
 
 TEST(RampTest, FollowsItsCurvesWhetherSortedOrTextured) {
     RampDice dice;
-    PelkContext context;
     for (int round = 0; round < 300; ++round) {
         callLog().clear();
         const std::vector<RampPoint> points = dice.ramp();
@@ -55,7 +56,6 @@ TEST(RampTest, OrdersPointsAtOnePlaceAndReadsNoTextureBeyondAStep) {
     unread.throwsForMemory = true;
     lists.values[3].texture = &unread;
     FloatRamp ramp;
-    PelkContext context;
     load(ramp, lists);
     EXPECT_EQ(evalFloatRamp(ramp, context, 0.5f), 2) << "the first ends the segment";
     EXPECT_EQ(evalFloatRamp(ramp, context, 0.75f), 9) << "the second begins the next";
@@ -68,7 +68,6 @@ TEST(RampTest, TakesTheShortestListAndPlainValuesForOtherObjects) {
     Plugin noTexture;
     lists.positions[0].texture = lists.colors[0].texture = &noTexture;
     ColorRamp ramp;
-    PelkContext context;
     load(ramp, lists);
     ASSERT_EQ(ramp.entries.size(), 2);
     ASSERT_FALSE(ramp.hasTexturedPositions);
@@ -84,7 +83,6 @@ TEST(RampTest, AnswersOneOfItsValuesWhateverItsPositionsAre) {
     lists.positions[0].texture = &places[0];
     lists.positions[1].texture = &places[1];
     FloatRamp ramp;
-    PelkContext context;
     load(ramp, lists);
     for (const float first : odd)
         for (const float second : odd)

@@ -7,7 +7,7 @@
 namespace {
 
 /// Random parameters and hits, and what the material must answer for them by its formulas.
-class MtlDiffuseTest : public FakeHost {
+class MtlDiffuseTest : public OneHit {
 protected:
     void roll() {
         diffuse = dice.color(1);
@@ -19,10 +19,8 @@ protected:
         texture.seenWeight = Color(0);
         strength = dice.of({1e-12f, std::nextafter(1e-12f, 0.0f), dice.between(0, 2)});
         PluginBase* const tex = dice.below(3) ? &texture : nullptr;
-        setParams(mtl, {{"diffuse", diffuse}, {"reflection", reflection}});
-        startFrame(
-            mtl,
-            {{"transparency", transparency}, {"diffuse_tex", tex}, {"diffuse_tex_mult", strength}});
+        setParams(mtl, {{"diffuse", diffuse}, {"reflection", reflection}, {"diffuse_tex", tex}});
+        startFrame(mtl, {{"transparency", transparency}, {"diffuse_tex_mult", strength}});
         if (!tex || strength < 1e-12f)
             strength = 0;
         renderer.gi.light = dice.color(1);
@@ -49,9 +47,7 @@ protected:
     }
 
     PelkMaterial& mtl = make("MtlDiffuse");
-    FakeContext context = hit();
     Dice dice;
-    FakeTexture texture;
     Color diffuse, reflection, transparency;
     float strength = 0;  ///< of the texture, 0 where it isn't read
 };
@@ -64,7 +60,7 @@ TEST_F(MtlDiffuseTest, ShadesAsItsFormulaSays) {
     for (int round = 0; round < 2000; ++round) {
         SCOPED_TRACE(round);
         roll();
-        RecordingFragment fragment;
+        fragment.channels.clear();
         context.resultFragment = &fragment;
         const PelkContext before = context;
         mtl.shade(context);

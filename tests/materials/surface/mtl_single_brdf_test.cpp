@@ -4,7 +4,7 @@
 
 namespace {
 
-class MtlSingleBRDFTest : public FakeHost {
+class MtlSingleBRDFTest : public OneHit {
 protected:
     MtlSingleBRDFTest() {
         plugin.sampler.color = Color(0.5f, 0.25f, 1.0f);
@@ -13,7 +13,6 @@ protected:
 
     RecordingMaterial plugin;
     PelkMaterial& mtl = make("MtlSingleBRDF", "paint");
-    FakeContext context = hit();
 };
 
 TEST_F(MtlSingleBRDFTest, ShadesThroughThePluginAndItsFilter) {
@@ -21,26 +20,35 @@ TEST_F(MtlSingleBRDFTest, ShadesThroughThePluginAndItsFilter) {
     context.directLight = Color(0.25f);
     context.rayWeight = Color(0.5f);
     context.rayWeight2 = Color(0.25f);
+    plugin.sampler.volume = &glass;
+    context.onLight = [&](BSDFSampler*) { EXPECT_EQ(context.surfaceVolume, &glass); };
     const PelkContext before = context;
     mtl.shade(context);
-    EXPECT_EQ(context.resultColor, Color(0.75f, 0.5f, 0.625f));
+    EXPECT_EQ(resultsOf(context),
+              (Results{Color(0.75f, 0.5f, 0.625f), Color(0), Color(1), Color(0)}));
+    EXPECT_EQ(context.surfaceVolume, nullptr) << "no ray goes in";
     EXPECT_EQ(plugin.seen.rayWeight, Color(0.5f, 0.5f, 0.25f));
     EXPECT_EQ(plugin.seen.rayWeight2, Color(0.25f, 0.25f, 0.125f));
     expectRayAndHitAsBefore(before, context);
     EXPECT_EQ(log.calls,
               (std::vector<std::string>{"getBSDF", "shadeWithBSDF", "computeDirectLighting",
                                         "traceForward", "releaseBSDF"}));
+    context.onLight = [](BSDFSampler*) { throwIf(true); };
+    EXPECT_THROW(mtl.shade(context), ExceptionMsg);
+    EXPECT_EQ(context.surfaceVolume, nullptr) << "the volume goes where shading throws";
 }
 
 TEST_F(MtlSingleBRDFTest, ShadowRaysSeeTheTransparencyAlone) {
     const Color clear(0.25f, 1.0f, 2.0f);
     plugin.sampler.transparency = clear;
+    plugin.sampler.volume = &glass;
     startFrame(mtl, {{"filter", Color(0.5f)}});
     context.rayType = kRayShadow;
     mtl.shade(context);
     EXPECT_EQ(resultsOf(context), (Results{Color(0), clear, Color(0.75f, 0, 0), clear}))
         << "not filtered";
     EXPECT_FALSE(log.has("shadeWithBSDF"));
+    EXPECT_EQ(context.surfaceVolume, &glass) << "a ray goes in";
     EXPECT_EQ(plugin.seen.rayWeight, Color(0.5f)) << "the filter reaches the weights all the same";
 }
 
