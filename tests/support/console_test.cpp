@@ -14,8 +14,7 @@ using Pieces = std::vector<std::string>;
 namespace {
 
 /// Notes each text as "attributes:text".
-class RecordingConsole final : public platform::Console {
-public:
+struct RecordingConsole final : platform::Console {
     RecordingConsole() { platform::setConsole(this); }
     ~RecordingConsole() override { platform::setConsole(nullptr); }
 

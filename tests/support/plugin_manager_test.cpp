@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,8 +21,7 @@ using Texts = std::vector<std::string>;
 namespace {
 
 /// A host that notes what it gets, and whether the manager knew the name at that moment.
-class RecordingHost final : public PelkPluginHost {
-public:
+struct RecordingHost final : PelkPluginHost {
     Texts texts;
     PluginManager* manager = nullptr;
 
@@ -35,6 +35,15 @@ private:
         texts.push_back(text + desc->getName() + (known ? ", known" : ", unknown"));
     }
 };
+
+/// An enumeration by a function.
+template <class Callback, class Item>
+struct Each final : Callback {
+    explicit Each(std::function<int(Item*)> visitor) : visit(std::move(visitor)) {}
+    int process(Item* item) override { return visit(item); }
+    std::function<int(Item*)> visit;
+};
+using EachDesc = Each<EnumPluginDescCallback, PluginDesc>;
 
 class PluginManagerTest : public testing::Test, public LibraryRefusedCallback {
 protected:
@@ -60,16 +69,14 @@ protected:
     }
     /// The names that an enumeration gives until it is stopped behind two of them.
     Texts firstDescs() {
-        struct Lister final : EnumPluginDescCallback {
-            int process(PluginDesc* desc) override {
-                texts.push_back(desc->getName());
-                return texts.size() < 2;
-            }
-            Texts texts;
-        } lister;
+        Texts names;
+        EachDesc lister([&](PluginDesc* desc) {
+            names.push_back(desc->getName());
+            return names.size() < 2;
+        });
         const int count = manager->enumPluginDescs(&lister);
-        EXPECT_EQ(count, std::ssize(lister.texts)) << "the one that stops it counts";
-        return lister.texts;
+        EXPECT_EQ(count, std::ssize(names)) << "the one that stops it counts";
+        return names;
     }
     /// The number of a new instance of `own`, 0 if there is none.
     u64 newNumber(u64 asked = 0) {
@@ -227,14 +234,10 @@ TEST_F(PluginManagerTest, InstancesAreFoundMovedAndDeleted) {
     EXPECT_EQ(own.alive, 2) << "the displaced one is only not found any more";
     own.deletePlugin(first);
 
-    struct Deleter final : EnumPluginCallback {
-        PluginManager* manager = nullptr;
-        int process(Plugin* plugin) override {
-            manager->deletePlugin(plugin);
-            return 1;
-        }
-    } deleter;
-    deleter.manager = manager;
+    Each<EnumPluginCallback, Plugin> deleter([&](Plugin* plugin) {
+        manager->deletePlugin(plugin);
+        return 1;
+    });
     newNumber(10);
     EXPECT_EQ(manager->enumPlugins(&deleter), 2);
     EXPECT_EQ(own.alive, 0);
@@ -270,16 +273,11 @@ TEST_F(PluginManagerTest, StateIsALabelAndTheLastNumber) {
 }
 
 TEST_F(PluginManagerTest, DescriptorsMayBeListedWhileOtherLibrariesGo) {
-    struct Unloader final : EnumPluginDescCallback {
-        DefaultPluginManager* manager = nullptr;
-        PluginLibDesc* other = nullptr;
-        int process(PluginDesc*) override { return manager->unloadLibrary(other, nullptr) + 1; }
-    } unloader;
-    unloader.manager = manager;
     install("two_plugins", "a.so");
     install("two_plugins", "b.so");
-    unloader.other = load("a.so");
+    PluginLibDesc* const other = load("a.so");
     load("b.so");
+    EachDesc unloader([&](PluginDesc*) { return manager->unloadLibrary(other, nullptr) + 1; });
     EXPECT_GE(manager->enumPluginDescs(&unloader), 2);
     EXPECT_EQ(manager->enumLibraries(nullptr), 2);
 }

@@ -25,24 +25,17 @@ TEST(NumberTextTest, NumbersAreReadWholeOrNotAtAll) {
         const char* text;
         std::int64_t number;
     } cases[] = {
-        {nullptr, 0},
-        {"", 0},
-        {" \t\n\v\f\r12", 12},
-        {"12a", 0},
-        {"12 ", 0},
-        {"-+5", 5},
-        {"+-5", 0},
-        {"--5", 0},
-        {"-", 0},
-        {"+7", 7},
-        {"- 7", 0},
-        {"-9223372036854775808", INT64_MIN},
-        {"18446744073709551617", 1},
+        {nullptr, 0}, {"", 0},    {" \t\n\v\f\r12", 12},
+        {"12a", 0},   {"12 ", 0}, {"-+5", 5},
+        {"+-5", 0},   {"--5", 0}, {"-", 0},
+        {"+7", 7},    {"- 7", 0}, {"4294967297", 1ll << 32 | 1},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(parseInt64(c.text), c.number) << c.text;
         EXPECT_EQ(parseInt(c.text), static_cast<int>(c.number)) << c.text;
     }
+    EXPECT_EQ(parseInt64("-9223372036854775808"), INT64_MIN);
+    EXPECT_EQ(parseInt64("18446744073709551617"), 1);
 }
 
 TEST(NumberTextTest, NumbersAreWrittenInTheirRoom) {

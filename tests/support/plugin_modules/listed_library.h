@@ -7,8 +7,7 @@
 #include "pelk/contract/plugin_desc.h"
 
 /// A plug-in kind of which only name and id matter. Counts the instances that live.
-class ListedDesc : public Tarnkit::PelkPluginDesc {
-public:
+struct ListedDesc : Tarnkit::PelkPluginDesc {
     ListedDesc(Tarnkit::u32 descID, const char* descName) : id(descID), name(descName) {}
 
     Tarnkit::u32 getPluginID() override { return id; }
@@ -32,8 +31,7 @@ private:
 };
 
 /// A library of such kinds, shown in the order in which they are given.
-class ListedLibrary : public Tarnkit::PluginLibDesc {
-public:
+struct ListedLibrary : Tarnkit::PluginLibDesc {
     ListedLibrary(std::initializer_list<Tarnkit::PluginDesc*> list) : descs(list) {}
 
     const char* getLibraryName() override { return "Listed"; }

@@ -7,7 +7,8 @@
 #include "pelk/support/regions/channel_set.h"
 #include "support/regions/test_channels.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 struct Pair {
@@ -75,4 +76,3 @@ TEST_F(ChannelKindsTest, RadianceIsSummedAndCompositedAndMeasuresAreThoseOfTheFr
 }
 
 }  // namespace
-}  // namespace Tarnkit

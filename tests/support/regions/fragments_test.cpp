@@ -4,7 +4,8 @@
 
 #include "support/regions/test_channels.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 using Values = std::vector<float>;
@@ -167,4 +168,3 @@ TEST_F(FragmentTest, FinishedPixelIsMadeOfFrontAndTotal) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

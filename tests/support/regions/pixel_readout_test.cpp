@@ -10,7 +10,8 @@
 
 #include "support/regions/test_channels.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 using Values = std::vector<float>;
@@ -182,4 +183,3 @@ TEST_F(PixelReadoutTest, BadRequestsWriteNothing) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

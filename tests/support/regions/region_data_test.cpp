@@ -8,7 +8,8 @@
 #include "pelk/base/exception_msg.h"
 #include "support/regions/test_channels.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 TEST(ChannelBufferTest, PagesHoldWholeRowsAndSimilarOnesStay) {
@@ -168,4 +169,3 @@ TEST_F(RegionDataTest, FragmentsShareNoBlockAndReuseTakesNoMemory) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

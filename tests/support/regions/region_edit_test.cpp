@@ -6,7 +6,8 @@
 #include "pelk/support/regions/region_mask.h"
 #include "support/regions/test_channels.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 using Pixel = std::vector<float>;
@@ -241,4 +242,3 @@ TEST_F(RegionEditTest, DrawingStaysInsideAndTouchesItsChannelsAlone) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

@@ -11,8 +11,7 @@
 namespace Tarnkit {
 
 /// A render channel with plain arithmetic on the floats of its slot; it remembers its calls.
-class TestChannel : public RenderChannel {
-public:
+struct TestChannel : RenderChannel {
     struct Stored {
         void* pixel;
         Fragment *front, *total;

@@ -5,7 +5,8 @@
 #include "pelk/base/memory.h"
 #include "support/regions/test_channels.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 struct Bitmap {
@@ -115,4 +116,3 @@ TEST(TextStampTest, ABlockFromElsewhereIsStampedWithItsName) {
 }
 
 }  // namespace
-}  // namespace Tarnkit

@@ -4,7 +4,8 @@
 
 #include "support/regions/test_channels.h"
 
-namespace Tarnkit {
+using namespace Tarnkit;
+
 namespace {
 
 using Bytes = std::vector<u8>;
@@ -117,4 +118,3 @@ TEST_F(TransferBlockTest, TrustedBlocksFillAsFarAsTheirChannelsGo) {
 }
 
 }  // namespace
-}  // namespace Tarnkit
