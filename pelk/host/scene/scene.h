@@ -27,7 +27,7 @@ struct SceneSettings {
     bool giBump = false;         ///< indirect rays see bump maps
     bool reflections = true;     ///< materials trace reflections
     bool depthOverride = false;  ///< maxDepth stands in for the depth limits of materials
-    Color background;            ///< radiance of rays that leave the scene, without a dome light
+    Color background;            ///< radiance of rays that leave the scene and meet no dome light
     Color origin;            ///< offset from scene space to the space that the camera is placed in
     double time = 0.0;       ///< at which values over time are read
     double fps = 24.0;       ///< frames in a unit of time: frame N is at the time N / fps

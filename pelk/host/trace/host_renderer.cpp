@@ -197,7 +197,7 @@ Color HostRenderer::weightedRadiance(const RenderContext& c, const LightHit& hit
 
 Color HostRenderer::backgroundAlong(RenderContext& c, const Vector& direction) const {
     if (!c.environment)
-        return background;
+        return lightLoop.hasDome() ? Color(0) : background;
     const ScopedValue looked(c.rayDir, direction);
     const ScopedValue noHit(c.hitObject, static_cast<PluginBase*>(nullptr));
     return c.environment->getTexColor(c).color;
@@ -215,17 +215,24 @@ Color HostRenderer::environmentAlong(RenderContext& c) const {
         const ScopedValue flags(c.shadeFlags, c.shadeFlags | u32{kShadeBackgroundLookup});
         return backplate->getTexColor(c).color;
     }
-    Color sum = backgroundAlong(c, c.rayDir);
+    Color sum;
+    bool meetsDome = false;
     for (const SceneLight& light : lightLoop.getInfiniteLights()) {
         if (c.environment && light.isDome)
             continue;
         if (!canHit(c, light))
             continue;
+        meetsDome |= light.isDome;
         LightHit hit;
         if (light.plugin->intersect(c.rayOrigin, c.rayDir, c.rayMinT, kRayFar, hit))
             sum += weightedRadiance(c, hit);
     }
-    return sum;
+    if (c.environment)
+        return backgroundAlong(c, c.rayDir) + sum;
+    // Behind a dome that is invisible to the ray there is the background. It is no light then: a
+    // ray under MIS looks for the dome.
+    const bool seesBackground = !lightLoop.hasDome() || (c.bsdfDensity < 0.0f && !meetsDome);
+    return seesBackground ? background + sum : sum;
 }
 
 void HostRenderer::evalEnvironment(PelkContext& context) {

@@ -47,12 +47,13 @@ public:
     /// light, so next-event estimation keeps its full weight.
     Color shadowed(RenderContext& context, const Vector& direction, double distance, Color light,
                    bool* replacesRefraction = nullptr);
-    /// Radiance of the environment along a ray that has hit nothing: the background colour, or a
-    /// material's environment override, plus the infinite lights with their MIS weights; or the
-    /// backplate in place of all of these.
+    /// Radiance of the environment along a ray that has hit nothing: the background colour, unless
+    /// the ray meets a dome, or a material's environment override, plus the infinite lights with
+    /// their MIS weights; or the backplate in place of all of these.
     Color environmentAlong(RenderContext& context) const;
-    /// Radiance along `direction` of the scene's background colour, or of the environment with
-    /// which a material overrides it for the rays that it spawns. No lights.
+    /// Radiance that comes along `direction` from the scene's background colour, black in a scene
+    /// with a dome, or from the environment with which a material overrides it for the rays that it
+    /// spawns. No lights.
     Color backgroundAlong(RenderContext& context, const Vector& direction) const;
 
     /// A context for a ray from the hit of `parent`, with all that rays inherit. The caller writes

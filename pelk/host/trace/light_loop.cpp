@@ -55,6 +55,8 @@ void LightLoop::setLights(const std::vector<LightInterface*>& all) {
         if (light->hasExtent())
             (light->isInfinite() ? infinite : finite).push_back(lights.back());
     }
+    const auto isDome = [](const SceneLight& light) { return light.isDome; };
+    dome = std::any_of(lights.begin(), lights.end(), isDome);
     choice = lights.size() > kMaxVisits
                  ? static_cast<float>(kMaxVisits) / static_cast<float>(lights.size())
                  : 1.0f;

@@ -39,6 +39,8 @@ public:
     /// Probability, 0 to 1, that a given light is sampled at a hit: the factor between the density
     /// of LightInterface::sample and the one that MIS needs. 1 unless there are very many lights.
     float choiceProbability() const { return choice; }
+    /// Whether a dome surrounds the scene, seen or unseen.
+    bool hasDome() const { return dome; }
     /// The lights of the render, which stay the caller's. Their parameters are up to date.
     void setLights(const std::vector<LightInterface*>& all);
     /// Lights that a ray can hit, which delta lights are not: inside the scene, and at infinity.
@@ -53,6 +55,7 @@ private:
     HostRenderer& renderer;
     std::vector<SceneLight> lights, finite, infinite;
     float choice = 1.0f;
+    bool dome = false;
 };
 
 }  // namespace Tarnkit
