@@ -50,8 +50,8 @@ public:
     ///
     /// `surfaceVolume`, `surfaceProperties` and `shadedFlags` may be set for the host to read after
     /// the call. All else that is changed around the call of another plug-in is put back, also when
-    /// that throws. Where resultColor or resultTransparency isn't finite, `pelk` replaces all
-    /// four results by opaque black and tells the user; it doesn't test the two alphas.
+    /// that throws. Where one of the four results isn't finite, `pelk` replaces all of them by
+    /// opaque black, leaves the sample out of the picture and tells the user.
     virtual void shade(PelkContext& context) = 0;
     /// The id by which a picture's id channel tells this material from others, at the hit, which is
     /// filled as for shade. Not the id of the polygon, SurfaceMtlIDInterface, which goes into the

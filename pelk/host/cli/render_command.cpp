@@ -297,9 +297,10 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
     }
     if (result.droppedSamples > 0)
         command.getLog().warning(
-            "%lld samples were left out, since their colour was not finite; \"%s\" made "
-            "one of them",
-            result.droppedSamples, result.droppedBy.c_str());
+            "%lld samples were left out, since a colour or a ray of theirs was not finite; %s",
+            result.droppedSamples,
+            result.droppedBy.empty() ? "the light itself or the background was"
+                                     : ("\"" + result.droppedBy + "\" made one of them").c_str());
     const std::string samples =
         "the picture has " + asText(result.samplesOfPixels) + " samples in each pixel";
     if (result.end == RenderEnd::Stopped)

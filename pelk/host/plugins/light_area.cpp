@@ -33,8 +33,8 @@ bool LightArea::prepare(const SceneBounds&, std::string& error) {
         error = "direction and up must not be 0";
         return false;
     }
-    if (!isPositive(params.width) || !isPositive(params.height)) {
-        error = "width and height must be above 0";
+    if (!isSize(params.width) || !isSize(params.height) || !isInReach(params.position)) {
+        error = "width and height must be above 0, and both they and position below 1e18";
         return false;
     }
     Vector u = cross(up, normal);

@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "pelk/base/color.h"
+#include "pelk/base/limits.h"
 #include "pelk/base/vector.h"
 #include "pelk/host/trace/interfaces.h"
 
@@ -26,9 +27,15 @@ inline bool toDirection(Color c, Vector& out) {
     return true;
 }
 
-/// Whether a size is usable: above 0 and finite.
-inline bool isPositive(float x) {
-    return x > 0.0f && std::isfinite(x);
+/// Whether a size is usable: above 0, and so that its square is a float.
+inline bool isSize(float x) {
+    return x > 0.0f && x < static_cast<float>(kRayFar);
+}
+
+/// Whether rays go as far as a place.
+inline bool isInReach(Color c) {
+    const float far = static_cast<float>(kRayFar);
+    return std::fabs(c.r) < far && std::fabs(c.g) < far && std::fabs(c.b) < far;
 }
 
 /// Solid angle of a cone, 2 pi (1 - cos), by the squared sine and the cosine of its half angle. For

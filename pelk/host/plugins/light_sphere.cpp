@@ -26,8 +26,8 @@ ParamRows<LightSphereParams> LightSphereParams::table() {
 }
 
 bool LightSphere::prepare(const SceneBounds&, std::string& error) {
-    if (!isPositive(params.radius)) {
-        error = "radius must be above 0";
+    if (!isSize(params.radius) || !isInReach(params.position)) {
+        error = "radius must be above 0, and both it and position below 1e18";
         return false;
     }
     centre = toPoint(params.position);

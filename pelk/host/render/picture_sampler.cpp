@@ -206,9 +206,11 @@ void PictureSampler::noteDropped(TileWorker& worker, long long before) {
         return;
     const std::lock_guard lock(mutex);
     dropped += worker.getDropped() - before;
-    if (worker.getBadObject())
-        droppedBy =
-            instanceName(static_cast<Plugin*>(worker.getBadObject()->material->getPlugin()));
+    if (const SceneObject* const object = worker.getBadObject()) {
+        PluginBase* const culprit =
+            object->material ? object->material->getPlugin() : object->plugin;
+        droppedBy = instanceName(static_cast<Plugin*>(culprit));
+    }
 }
 
 /// Makes the picture of what the store holds. Nothing ends it early: it is what a render that was

@@ -84,11 +84,12 @@ struct RenderResult {
     /// Of the pixels that were to be rendered. If one of them has none, the picture is left without
     /// any: a part of it is no use in the place of an older one.
     SampleRange samplesOfPixels;
-    std::string checkpointError;   ///< why there is no checkpoint of the end; empty if there is
-    long long samples = 0;         ///< of all pixels together, those of earlier runs included
-    double seconds = 0.0;          ///< of tracing rays, without reading and building the scene
-    long long droppedSamples = 0;  ///< left out since their colour was NaN or infinite
-    std::string droppedBy;         ///< name of an instance that made one of them
+    std::string checkpointError;  ///< why there is no checkpoint of the end; empty if there is
+    long long samples = 0;        ///< of all pixels together, those of earlier runs included
+    double seconds = 0.0;         ///< of tracing rays, without reading and building the scene
+    /// Left out since a colour or a ray of theirs was NaN or infinite, or a ray beyond 1e18.
+    long long droppedSamples = 0;
+    std::string droppedBy;  ///< name of an instance that made one of them; empty for a light
 };
 
 /// Renders the scene into `picture`, which gets the size of the whole picture; pixels outside the

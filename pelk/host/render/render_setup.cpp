@@ -120,9 +120,28 @@ bool RenderSetup::prepareLights(std::string& error) {
     return true;
 }
 
+/// Whether the rays through the corners of the picture can be traced, and so all others.
+bool RenderSetup::canTraceFromCamera() const {
+    RenderContext ray;
+    for (const int x : {0, options.width}) {
+        for (const int y : {0, options.height}) {
+            makeRay(x, y, ray);
+            if (!isTraceable(ray.rayOrigin, ray.rayDir, 0.0))
+                return false;
+        }
+    }
+    return true;
+}
+
 bool RenderSetup::prepareCamera(std::string& error) {
     if (!scene.camera->prepare(options.width, options.height, error)) {
         error = placeOf(scene.camera) + ": " + error;
+        return false;
+    }
+    if (!canTraceFromCamera()) {
+        error = placeOf(scene.camera) +
+                ": its rays start beyond 1e18, where none are traced; expected less of its "
+                "position, of its width or of /settings/origin";
         return false;
     }
     renderer.frameData.cameraPosition = scene.camera->getPosition();

@@ -57,6 +57,7 @@ private:
     bool buildObjects(std::string& error);
     bool prepareLights(std::string& error);
     bool prepareCamera(std::string& error);
+    bool canTraceFromCamera() const;
 
     Scene& scene;
     const RenderOptions& options;

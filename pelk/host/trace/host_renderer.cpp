@@ -246,6 +246,11 @@ void HostRenderer::traceRay(PelkContext& context) {
 }
 
 void HostRenderer::trace(RenderContext& c) {
+    if (!isTraceable(c.rayOrigin, c.rayDir, c.rayMinT)) [[unlikely]] {
+        c.thread().dropSample(c.parentContext ? hostContext(*c.parentContext).object : nullptr);
+        c.traceResult = c.traceAlpha = Color(0);
+        return;
+    }
     Color color, alpha, through(1), alphaThrough(1);
     SampleRecorder* const recorder = c.resultFragment ? c.thread().recorder : nullptr;
     for (int surfaces = 0; surfaces < kMaxSurfacesAlongRay; ++surfaces) {
@@ -304,15 +309,20 @@ void HostRenderer::shadeHit(RenderContext& c) {
     // Where there is a fragment, a matte writes the background that shows through it there only.
     if (c.resultFragment) [[unlikely]]
         c.resultColor += static_cast<PKFragment*>(c.resultFragment)->background;
-    const Color sum = c.resultColor + c.resultTransparency;
+    const Color sum =
+        (c.resultColor + c.resultTransparency) + (c.resultAlpha + c.resultAlphaTransparency);
     if (!isFinite(sum)) [[unlikely]] {
-        c.thread().noteBadColor(*c.object);
+        c.thread().dropSample(c.object);
         setOpaqueBlack(c);
     }
 }
 
 Color HostRenderer::shadowed(RenderContext& c, const Vector& direction, double distance,
                              Color light, bool* replacesRefraction) {
+    if (!isTraceable(c.hitPoint, direction, 0.0)) [[unlikely]] {
+        c.thread().dropSample(c.object);
+        return Color(0);
+    }
     ShadowRay ray(*this, c, direction, distance, light);
     const bool reached =
         intersector.walkShadow(c.hitPoint, direction, distance, c.object->index, c.triangle, ray);

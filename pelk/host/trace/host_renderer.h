@@ -38,7 +38,8 @@ public:
 
     /// Traces a ray whose fields are set and writes traceResult and traceAlpha. Transparent
     /// surfaces are crossed with the throughput that they leave; an opaque one, a light or the
-    /// environment ends the ray.
+    /// environment ends the ray. One that isTraceable refuses brings black and marks the sample as
+    /// bad.
     void trace(RenderContext& context);
     /// Visibility of a light sample from the hit: `light` times the transparency of each surface up
     /// to `distance` along `direction`; black if one is opaque. `replacesRefraction`, unless null,
@@ -71,8 +72,8 @@ public:
 
     /// Fills the hit fields of a context whose triangle and barycentric coordinates are set.
     void fillHit(RenderContext& context, u32 object, float distance);
-    /// Has the material shade the hit. A result that isn't finite becomes opaque black and marks
-    /// the sample as bad, or one NaN would spoil the pixel.
+    /// Has the material shade the hit. Where one of its four results isn't finite they become
+    /// opaque black, and the sample is marked as bad, or one NaN would spoil the pixel.
     void shadeHit(RenderContext& context);
 
 private:

@@ -26,6 +26,15 @@ protected:
     ~ShadowVisitor() = default;
 };
 
+/// Whether a ray may be asked for: Embree ends the program over one that is NaN, infinite or far
+/// out. Geometry lies within 1e18 along each axis, so the squared distance of a corner, 3e36, is
+/// the least that must be let through; Embree takes 1.8e18 along an axis.
+inline bool isTraceable(const Point& origin, const Vector& direction, double minT) {
+    constexpr double kMost = 3.2e36;
+    const double squared = origin.x * origin.x + origin.y * origin.y + origin.z * origin.z;
+    return squared < kMost && dot(direction, direction) < static_cast<float>(kMost) && minT >= 0.0;
+}
+
 /// Ray-triangle intersection by Embree. After build, any number of threads may ask at once.
 /// Against self-intersection a hit on the triangle that a ray leaves is ignored, since a flat
 /// triangle can't be hit again from its own plane. For the triangles beside it, which share an edge
@@ -41,6 +50,8 @@ public:
     /// false with a text that says what went wrong.
     bool build(const std::vector<std::unique_ptr<SceneObject>>& objects, std::string& error);
     SceneBounds bounds() const;
+
+    // Both are asked for rays that isTraceable lets through alone.
 
     /// The nearest hit in the ray's interval (rayMinT, rayMaxT), but not on hidden objects: writes
     /// `object`, the triangle and its barycentric coordinates, and returns the distance; -1 without

@@ -34,11 +34,13 @@ public:
     /// Hit ids wrap around, past 0, which means "no hit" to materials that remember one.
     int nextHitID() { return hitID = hitID == 0x7fffffff ? 1 : hitID + 1; }
 
-    /// A surface has returned NaN or infinity: the sample is to be dropped. Called by
-    /// HostRenderer::shadeHit for camera, secondary and shadow rays alike.
-    void noteBadColor(const SceneObject& object) {
+    /// A surface has returned NaN or infinity, or spawned a ray that can't be traced: the sample is
+    /// to be dropped. Called by HostRenderer for camera, secondary and shadow rays alike. Null
+    /// where no surface is at fault.
+    void dropSample(const SceneObject* culprit) {
         sampleDropped = true;
-        badObject = &object;
+        if (culprit)
+            badObject = culprit;
     }
 
     HostRenderer& renderer;
