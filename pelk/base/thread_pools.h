@@ -203,6 +203,14 @@ public:
         return entries ? entries + threadIndex : nullptr;
     }
 
+    /// Elements that all threads together have not given back. Only while none of them takes any.
+    int getLiveCount() const {
+        int sum = 0;
+        for (int i = 0; i < numEntries; ++i)
+            sum += entries[i].getLiveCount();
+        return sum;
+    }
+
     /// Entries there are; 0 outside the pool's lifetime.
     int size() const { return numEntries; }
 

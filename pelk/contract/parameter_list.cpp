@@ -100,6 +100,38 @@ void refresh(const Source& from, PelkPluginList& field) {
     field = {count, binding.items};
 }
 
+bool isOfType(const int*, const ParameterDesc& desc) {
+    return !desc.isList() && isWhole(desc.type);
+}
+
+bool isOfType(const float*, const ParameterDesc& desc) {
+    return !desc.isList() && desc.type == ParameterType::Float;
+}
+
+bool isOfType(const Color*, const ParameterDesc& desc) {
+    return !desc.isList() && desc.type == ParameterType::Color;
+}
+
+bool isOfType(PluginBase* const*, const ParameterDesc& desc) {
+    return !desc.isList() && desc.type == ParameterType::Plugin;
+}
+
+bool isOfType(TextureInterface* const*, const ParameterDesc& desc) {
+    return !desc.isList() && desc.type == ParameterType::Texture;
+}
+
+bool isOfType(TextureFloatInterface* const*, const ParameterDesc& desc) {
+    return !desc.isList() && desc.type == ParameterType::TextureFloat;
+}
+
+bool isOfType(TextureIntInterface* const*, const ParameterDesc& desc) {
+    return !desc.isList() && desc.type == ParameterType::TextureInt;
+}
+
+bool isOfType(const PelkPluginList*, const ParameterDesc& desc) {
+    return desc.isList() && desc.type == ParameterType::Plugin && !desc.ofPairs;
+}
+
 void refresh(Binding& binding, double time) {
     if (!binding.parameter && !binding.desc)
         return;
@@ -112,9 +144,12 @@ struct PelkParameterList::State {
     PelkParameterListDesc* desc = nullptr;
     GrowTable<Binding> bindings;
     GrowTable<PelkPluginParameter*> values;
+    u64 numRefreshes = 0;
 
     /// The entry for the parameter of that name, or null.
     PelkPluginParameter** find(const char* name) {
+        if (!name)
+            return nullptr;
         for (PelkPluginParameter*& value : values) {
             if (std::strcmp(value->getName(), name) == 0)
                 return &value;
@@ -183,8 +218,27 @@ void PelkParameterList::setParamCache(const char* name, PelkPluginList& field) {
 /// A plug-in may have overwritten a field since the last call, as one that folds several parameters
 /// into one does, so no field is passed over because its parameter didn't change.
 void PelkParameterList::cacheParams(double time, const TracePoint&) {
+    ++state->numRefreshes;
     for (Binding& binding : state->bindings)
         refresh(binding, time);
+}
+
+const PelkParameterListDesc* PelkParameterList::getKindParameters() const {
+    return state->desc;
+}
+
+BoundField PelkParameterList::getBoundField(int index) const {
+    const Binding& binding = state->bindings[index];
+    const auto fits = [&](const auto* field) { return isOfType(field, *binding.desc); };
+    return {binding.name, binding.desc, binding.desc && std::visit(fits, binding.field)};
+}
+
+int PelkParameterList::getNumBoundFields() const {
+    return state->bindings.size();
+}
+
+u64 PelkParameterList::getNumRefreshes() const {
+    return state->numRefreshes;
 }
 
 void PelkParameterList::setParam(PelkPluginParameter* parameter) {
@@ -195,7 +249,7 @@ void PelkParameterList::setParam(PelkPluginParameter* parameter) {
     else
         state->values.append(parameter);
     for (Binding& binding : state->bindings) {
-        if (std::strcmp(binding.name, parameter->getName()) == 0)
+        if (binding.name && std::strcmp(binding.name, parameter->getName()) == 0)
             binding.parameter = parameter;
     }
 }

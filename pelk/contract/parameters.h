@@ -228,6 +228,13 @@ private:
     const char* name;
 };
 
+/// One field of an instance, as a host that checks plug-ins sees it.
+struct BoundField {
+    const char* name;           ///< that it is bound to; null if the plug-in gave none
+    const ParameterDesc* desc;  ///< null if the plug-in's kind has no parameter of that name
+    bool isOfType;              ///< the field is of the parameter's type, so nothing is converted
+};
+
 /// The parameters of one instance: what the host has set, and the fields that follow it. A member
 /// of every plug-in (PelkPluginInterface::paramList). For the thread that builds the scene and
 /// begins frames; at hits the bound fields are read and this isn't touched.
@@ -272,6 +279,16 @@ public:
     /// What was set under that name, for parameters that have no field. Null if nothing was:
     /// defaults have no object, so "never set" and "set to an empty list" can be told apart.
     PelkPluginParameter* getParam(const char* name) const;
+
+    // For hosts that check plug-ins.
+
+    /// The parameters of the plug-in's kind; null if it has none.
+    const PelkParameterListDesc* getKindParameters() const;
+    /// `index` from 0, in the order in which the fields were bound, below their number.
+    BoundField getBoundField(int index) const;
+    int getNumBoundFields() const;
+    /// How often cacheParams has been called.
+    u64 getNumRefreshes() const;
 
 private:
     struct State;

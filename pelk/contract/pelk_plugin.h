@@ -8,6 +8,18 @@ namespace Tarnkit {
 
 class PelkRenderer;
 
+/// Tells how many samplers a plug-in has out, for hosts that look for those that were never given
+/// back.
+class SamplerCount {
+public:
+    /// Samplers of all threads that were handed out and not given back. Asked between the last hit
+    /// of a frame and frameEnd, while no thread renders.
+    virtual int getNumOut() const = 0;
+
+protected:
+    ~SamplerCount() = default;
+};
+
 /// The interface that every plug-in with parameters has: its parameters and its life cycle.
 ///
 /// The host drives an instance in this order, and nothing here guards against another:
@@ -65,7 +77,15 @@ public:
     /// What was set under that name; null if nothing was, also where there is a default.
     virtual PelkPluginParameter* getParameter(const char* name);
 
+    /// What is bound and set, for hosts that check plug-ins.
+    const PelkParameterList& getParameterList() const { return paramList; }
+    /// Null for a plug-in that doesn't count its samplers.
+    const SamplerCount* getSamplerCount() const { return samplerCount; }
+
 protected:
+    /// Set once by the constructor of a plug-in that hands out samplers, to its pool; see
+    /// sampler_pool.h.
+    const SamplerCount* samplerCount = nullptr;
     PelkPluginDesc* desc;         ///< the kind of this instance; not owned
     PelkParameterList paramList;  ///< bound to the fields by the derived class's constructor
 };

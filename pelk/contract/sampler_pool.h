@@ -15,8 +15,10 @@ namespace Tarnkit {
 /// A sampler is constructed with its block of memory and not again. Whoever borrows one writes
 /// every field, or the last hit shows through.
 template <class Sampler>
-class SamplerPool {
+class SamplerPool final : public SamplerCount {
 public:
+    int getNumOut() const override { return pools.getLiveCount(); }
+
     /// A free list for each thread that will render. Ends what there was before. If there is no
     /// memory the pool stays closed.
     void begin(const PelkRenderer& renderer) { pools.resize(renderer.sequenceData.numThreads); }
@@ -58,7 +60,7 @@ private:
 template <class Sampler, class Base>
 class Pooled : public Base {
 public:
-    using Base::Base;
+    explicit Pooled(PelkPluginDesc* pluginDesc) : Base(pluginDesc) { this->samplerCount = &pool; }
 
     /// Takes back what getBSDF handed out. A null sampler is ignored: callers pass on what getBSDF
     /// answered. This body serves samplers that hold nothing of others; a plug-in that wraps the

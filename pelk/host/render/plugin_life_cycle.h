@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <cassert>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/renderer.h"
+#include "pelk/host/render/plugin_check.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/trace/interfaces.h"
 
@@ -20,8 +24,8 @@ namespace Tarnkit {
 ///     plugins.beginFrame();
 class PluginLifeCycle {
 public:
-    PluginLifeCycle(Scene& scene, PelkRenderer& renderer_)
-        : plugins(scene.collect<PelkPluginInterface>()), renderer(renderer_) {
+    PluginLifeCycle(Scene& scene_, PelkRenderer& renderer_)
+        : scene(scene_), plugins(scene.collect<PelkPluginInterface>()), renderer(renderer_) {
         // Plug-ins read the camera's matrix and position from the frame data in frameBegin, so the
         // camera goes first, and between its frameBegin and theirs the host fills these in.
         PluginBase* const camera = scene.camera ? scene.camera->getPlugin() : nullptr;
@@ -32,6 +36,7 @@ public:
     }
 
     ~PluginLifeCycle() {
+        tellAfterHits();
         while (framesBegun > 0)
             plugins[--framesBegun]->frameEnd(renderer);
         while (rendersBegun > 0)
@@ -55,11 +60,44 @@ public:
 private:
     void beginFrames(std::size_t count) {
         assert(rendersBegun == plugins.size());
-        for (; framesBegun < count; ++framesBegun)
-            plugins[framesBegun]->frameBegin(renderer);
+        while (framesBegun < count) {
+            const std::size_t index = framesBegun;
+            checks.emplace_back(*plugins[index]);
+            plugins[index]->frameBegin(renderer);
+            ++framesBegun;
+            // What it shows is the same for all of a kind.
+            if (checkedKinds.insert(instanceAt(index)->getPluginDesc()).second)
+                tell(index, "begins", checks.back().afterFrameBegin());
+        }
     }
 
+    Plugin* instanceAt(std::size_t index) const {
+        return static_cast<Plugin*>(plugins[index]->getPlugin());
+    }
+
+    void tellAfterHits() noexcept {
+        try {
+            for (std::size_t i = 0; i < framesBegun; ++i)
+                tell(i, "ends", checks[i].afterHits());
+        } catch (...) {
+            // No memory for words.
+        }
+    }
+
+    /// Tells those who want to know more, once in all frames of the scene at each `moment`.
+    void tell(std::size_t index, const char* moment, const std::vector<std::string>& findings) {
+        MessageLog* const log = renderer.sequenceData.log;
+        const std::string name = instanceName(instanceAt(index));
+        if (!log || findings.empty() || !scene.isNews(name + ' ' + moment))
+            return;
+        for (const std::string& finding : findings)
+            log->info("\"%s\": %s", name.c_str(), finding.c_str());
+    }
+
+    Scene& scene;
     std::vector<PelkPluginInterface*> plugins;
+    std::vector<PluginCheck> checks;  // of those that have begun their frame
+    std::set<const PluginDesc*> checkedKinds;
     PelkRenderer& renderer;
     std::size_t numCameras = 0;  ///< at the front of `plugins`: one or none
     // So many from the front have begun, each counted once that is done.

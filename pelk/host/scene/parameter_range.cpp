@@ -29,6 +29,18 @@ double toNumber(std::string_view text) {
     return number;
 }
 
+Range rangeOf(const ParameterDesc& desc) {
+    const std::string_view guide = desc.guide ? desc.guide : "";
+    return {guideEntry(guide, "minValue=("), guideEntry(guide, "maxValue=(")};
+}
+
+/// Whether a default is in the range, whose ends may be missing. As floats: 0.1 of a float lies
+/// above that of a text.
+bool isWithin(float number, const Range& range) {
+    return (range.least.empty() || number >= static_cast<float>(toNumber(range.least))) &&
+           (range.most.empty() || number <= static_cast<float>(toNumber(range.most)));
+}
+
 bool checkNumber(const Json& json, const Range& range, const std::string& pointer,
                  SceneError& error) {
     const double number = json.get<double>();
@@ -43,8 +55,7 @@ bool checkNumber(const Json& json, const Range& range, const std::string& pointe
 
 bool checkRange(const ParameterDesc& desc, const Json& json, const std::string& pointer,
                 SceneError& error) {
-    const std::string_view guide = desc.guide ? desc.guide : "";
-    const Range range{guideEntry(guide, "minValue=("), guideEntry(guide, "maxValue=(")};
+    const Range range = rangeOf(desc);
     if (!range.isThere())
         return true;
     if (!json.is_object())
@@ -55,6 +66,16 @@ bool checkRange(const ParameterDesc& desc, const Json& json, const std::string& 
             return false;
     }
     return true;
+}
+
+bool isDefaultInRange(const ParameterDesc& desc) {
+    const bool isWhole = desc.type == ParameterType::Int || desc.type == ParameterType::TextureInt;
+    const bool isNumber =
+        desc.type == ParameterType::Float || desc.type == ParameterType::TextureFloat;
+    if (!desc.hasDefault || !(isWhole || isNumber))
+        return true;
+    return isWithin(isWhole ? static_cast<float>(desc.intDefault) : desc.colorDefault.color.r,
+                    rangeOf(desc));
 }
 
 }  // namespace Tarnkit

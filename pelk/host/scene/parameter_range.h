@@ -14,4 +14,8 @@ namespace Tarnkit {
 bool checkRange(const ParameterDesc& desc, const Json& json, const std::string& pointer,
                 SceneError& error);
 
+/// Whether a parameter's own default lies in the range that its guide tells; so it does without a
+/// range or a default that is a number.
+bool isDefaultInRange(const ParameterDesc& desc);
+
 }  // namespace Tarnkit

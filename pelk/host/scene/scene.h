@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -84,6 +85,10 @@ public:
     }
 
     std::string file;  ///< name of the scene's file
+    /// Whether a subject comes for the first time: what holds for every frame need not be told with
+    /// each of them.
+    bool isNews(const std::string& subject) { return told.insert(subject).second; }
+
     SceneSettings settings;
     SceneSource source;
     TextureInterface* backplate = nullptr;  ///< null without one
@@ -97,5 +102,6 @@ private:
     std::map<std::string, Plugin*, std::less<>> byName;
     std::map<ParameterKey, std::unique_ptr<PelkPluginParameter>> parameters;
 };
+    std::set<std::string> told;
 
 }  // namespace Tarnkit
