@@ -122,7 +122,8 @@ void PelkParameterListDesc::registerParameters(PelkPluginHost* host, PluginDesc*
 
 const ParameterDesc* PelkParameterListDesc::findParameter(const char* name) const {
     for (const ParameterDesc& parameter : table) {
-        if (std::strcmp(parameter.name, name) == 0)
+        // A library may have listed one without a name.
+        if (name && parameter.name && std::strcmp(parameter.name, name) == 0)
             return &parameter;
     }
     return nullptr;

@@ -1,11 +1,14 @@
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/console_text.h"
 #include "pelk/host/cli/json_output.h"
 #include "pelk/host/cli/plugin_options.h"
 #include "pelk/host/scene/host_session.h"
+#include "pelk/platform/file.h"
 #include "pelk/support/message_text.h"
 
 namespace Tarnkit {
@@ -18,7 +21,7 @@ struct ListOptions {
 };
 
 void printLists(const HostSession& session) {
-    Json plugins = Json::array(), rejected = Json::array();
+    Json plugins = Json::array(), rejected = Json::array(), shadowed = Json::array();
     for (const PluginKind* kind : session.getKinds()) {
         plugins.push_back({{"name", kind->getName()},
                            {"id", kind->desc->getPluginID()},
@@ -27,28 +30,60 @@ void printLists(const HostSession& session) {
     }
     for (const RejectedLibrary& library : session.getRejected())
         rejected.push_back({{"path", library.path}, {"reason", library.reason}});
-    printJson({{"plugins", plugins}, {"rejected", rejected}});
+    for (const ShadowedPlugin& plugin : session.getShadowed())
+        shadowed.push_back({{"name", plugin.name},
+                            {"id", plugin.id},
+                            {"library", plugin.library},
+                            {"by", plugin.by}});
+    printJson({{"plugins", plugins}, {"rejected", rejected}, {"shadowed", shadowed}});
 }
 
-void printText(const HostSession& session) {
+/// The plug-ins of one library, if there are any.
+void printKinds(const HostSession& session, const std::string& library) {
     ConsoleText text;
-    const PluginKind* last = nullptr;
+    bool any = false;
     for (const PluginKind* kind : session.getKinds()) {
-        if (!last || last->library != kind->library)
-            text.add(last ? "\n" : "")
-                .add(kind->library.empty() ? "Part of this program" : kind->library, Tone::Heading)
+        if (kind->library != library)
+            continue;
+        if (!any)
+            text.add(library.empty() ? "" : "\n")
+                .add(library.empty() ? "Part of this program" : library, Tone::Heading)
                 .add("\n");
-        last = kind;
+        any = true;
         text.addf("  %-20s %10u ", kind->getName(), kind->desc->getPluginID());
         for (const char* name : session.getInterfaceNames(*kind))
             text.addf(" %s", name);
         text.add("\n");
     }
-    if (!session.getRejected().empty())
-        text.add("\n").add("Refused", Tone::Warning).add("\n");
-    for (const RejectedLibrary& library : session.getRejected())
-        text.add("  " + messageText(library.path + ": " + library.reason) + "\n");
     print(Stream::Output, text);
+}
+
+/// Prints lines below a heading, if there are any.
+void printSection(const char* heading, const std::vector<std::string>& lines) {
+    if (lines.empty())
+        return;
+    ConsoleText text("\n");
+    text.add(heading, Tone::Warning).add("\n");
+    for (const std::string& line : lines)
+        text.add("  " + messageText(line) + "\n");
+    print(Stream::Output, text);
+}
+
+/// Each library is shown before the next one is loaded, so that one that ends the program can be
+/// told from what stands last.
+void printText(HostSession& session, const std::string& directories) {
+    printKinds(session, "");
+    for (const std::string& file : session.findModules(directories)) {
+        session.loadModule(file, nullptr);
+        printKinds(session, platform::fullPath(file));
+    }
+    std::vector<std::string> refused, shadowed;
+    for (const RejectedLibrary& library : session.getRejected())
+        refused.push_back(library.path + ": " + library.reason);
+    for (const ShadowedPlugin& plugin : session.getShadowed())
+        shadowed.push_back(plugin.toText());
+    printSection("Refused", refused);
+    printSection("Shadowed", shadowed);
 }
 
 }  // namespace
@@ -61,8 +96,11 @@ void addListCommand(CLI::App& program, ExitCode&) {
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options] {
         HostSession session;
-        session.loadModules(options->plugins.searchPath(), nullptr);
-        options->json ? printLists(session) : printText(session);
+        const std::string directories = options->plugins.searchPath();
+        if (!options->json)
+            return printText(session, directories);
+        session.loadModules(directories, nullptr);
+        printLists(session);
     });
 }
 

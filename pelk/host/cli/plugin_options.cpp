@@ -47,11 +47,10 @@ bool loadModules(HostSession& session, const PluginOptions& options, ConsoleLog&
     const bool any = std::any_of(kinds.begin(), kinds.end(),
                                  [](const PluginKind* kind) { return !kind->library.empty(); });
     if (any) {
-        // A log that tells everything has told this already.
-        if (!log.isVerbose()) {
-            for (const RejectedLibrary& library : session.getRejected())
-                log.warning("%s: %s", library.path.c_str(), library.reason.c_str());
-        }
+        for (const RejectedLibrary& library : session.getRejected())
+            log.warning("%s: %s", library.path.c_str(), library.reason.c_str());
+        for (const ShadowedPlugin& plugin : session.getShadowed())
+            log.warning("%s", plugin.toText().c_str());
         return true;
     }
     error = "no plug-in library found; expected a *.so that exports getLibDesc in " + path +

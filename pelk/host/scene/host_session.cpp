@@ -3,12 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <set>
 #include <tuple>
-#include <unordered_map>
 
-#include "pelk/base/text_or.h"
-#include "pelk/base/thrown_text.h"
 #include "pelk/contract/desc_of.h"
 #include "pelk/contract/plugin.h"
 #include "pelk/host/plugins/brdf_glossy.h"
@@ -37,10 +33,19 @@
 #include "pelk/host/plugins/uvwgen_map.h"
 #include "pelk/host/plugins/volume_medium.h"
 #include "pelk/host/scene/interface_names.h"
+#include "pelk/host/scene/plugin_registry.h"
 #include "pelk/platform/file.h"
-#include "pelk/support/plugin_manager_default.h"
 
 namespace Tarnkit {
+
+std::string libraryText(const std::string& path) {
+    return path.empty() ? "this program" : path;
+}
+
+std::string ShadowedPlugin::toText() const {
+    return library + ": " + name + " (id " + std::to_string(id) + ") is passed over for that of " +
+           libraryText(by);
+}
 
 const ParameterDesc* PluginKind::findParameter(std::string_view name) const {
     for (const ParameterDesc* parameter : parameters) {
@@ -49,40 +54,6 @@ const ParameterDesc* PluginKind::findParameter(std::string_view name) const {
     }
     return nullptr;
 }
-
-/// What the host is to the plug-in manager: descriptors register their parameters here, and
-/// libraries that were refused are noted. Keeps the lists that the session shows.
-class HostSession::Registry final : public PelkPluginHost, public LibraryRefusedCallback {
-public:
-    void addPluginDesc(PluginDesc* desc) override { parameters[desc].clear(); }
-    void removePluginDesc(PluginDesc* desc) override { parameters.erase(desc); }
-    void addParameter(PluginDesc* desc, const ParameterDesc& parameter) override {
-        if (parameter.name)
-            parameters[desc].push_back(&parameter);
-    }
-    void refused(const char* path, const char* reason) override {
-        const auto isSame = [&](const RejectedLibrary& library) {
-            return library.path == path && library.reason == reason;
-        };
-        if (std::none_of(rejected.begin(), rejected.end(), isSame))
-            rejected.push_back({path, reason});
-    }
-
-    /// Runs `call`, which calls into the library at `path`. What is thrown there must not end the
-    /// program: it becomes an entry of `rejected`, whose reason starts with `what`.
-    template <class Function>
-    void guard(const std::string& path, const std::string& what, Function call);
-    void listKinds(DefaultPluginManager& plugins);
-
-    std::set<std::string> triedFiles;
-    std::vector<RejectedLibrary> rejected;
-    std::vector<std::unique_ptr<PluginKind>> kinds;
-
-private:
-    void addKind(PluginDesc* desc, const std::string& path, const std::string& libraryName);
-
-    std::unordered_map<PluginDesc*, std::vector<const ParameterDesc*>> parameters;
-};
 
 namespace {
 
@@ -114,27 +85,6 @@ struct HostSession::OwnPlugins {
 
 namespace {
 
-/// A callback that hands each descriptor of a library to a function.
-template <class Function>
-struct EachDesc final : EnumPluginDescCallback {
-    explicit EachDesc(Function f) : function(f) {}
-    int process(PluginDesc* desc) override {
-        function(desc);
-        return 1;
-    }
-    Function function;
-};
-
-template <class Function>
-struct EachLibrary final : EnumPluginLibCallback {
-    explicit EachLibrary(Function f) : function(f) {}
-    int process(PluginLibDesc* library) override {
-        function(library);
-        return 1;
-    }
-    Function function;
-};
-
 /// An instance that is made to be asked for its interfaces, and deleted at the end of the scope.
 class Probe {
 public:
@@ -155,47 +105,8 @@ private:
 
 }  // namespace
 
-template <class Function>
-void HostSession::Registry::guard(const std::string& path, const std::string& what, Function call) {
-    try {
-        call();
-    } catch (...) {
-        refused(path.c_str(), (what + thrownText()).c_str());
-    }
-}
-
-void HostSession::Registry::addKind(PluginDesc* desc, const std::string& path,
-                                    const std::string& libraryName) {
-    if (!desc)
-        return;
-    if (!desc->getName())
-        return refused(path.c_str(), "a plug-in without a name");
-    const auto known = parameters.find(desc);
-    const bool listed = std::any_of(kinds.begin(), kinds.end(),
-                                    [&](const auto& kind) { return kind->desc == desc; });
-    if (known == parameters.end() || listed)
-        return;  // refused for its id, so never registered; or from a file loaded by two names
-    kinds.push_back(
-        std::make_unique<PluginKind>(PluginKind{desc, path, libraryName, known->second}));
-}
-
-void HostSession::Registry::listKinds(DefaultPluginManager& plugins) {
-    kinds.clear();
-    EachLibrary eachLibrary([&](PluginLibDesc* library) {
-        const std::string path = plugins.getLibraryFileName(library);
-        guard(path, "", [&] {
-            const char* const name = library->getLibraryName();
-            EachDesc eachDesc([&](PluginDesc* desc) {
-                guard(path, "", [&] { addKind(desc, path, textOrEmpty(name)); });
-            });
-            library->enumPluginDescs(&eachDesc);
-        });
-    });
-    plugins.enumLibraries(&eachLibrary);
-}
-
 HostSession::HostSession()
-    : registry(std::make_unique<Registry>()),
+    : registry(std::make_unique<PluginRegistry>()),
       own(std::make_unique<OwnPlugins>()),
       manager(newDefaultPluginManager()) {
     manager->setRefusedCallback(registry.get());
@@ -209,6 +120,13 @@ HostSession::~HostSession() {
 }
 
 void HostSession::loadModules(const std::string& directories, MessageLog* log) {
+    for (const std::string& file : findModules(directories))
+        loadModule(file, log);
+    registry->listKinds(*manager);
+}
+
+std::vector<std::string> HostSession::findModules(const std::string& directories) {
+    std::vector<std::string> files;
     std::size_t begin = 0;
     while (begin <= directories.size()) {
         const std::size_t end = std::min(directories.find(';', begin), directories.size());
@@ -223,22 +141,28 @@ void HostSession::loadModules(const std::string& directories, MessageLog* log) {
         }
         if (directory.back() != '/' && directory.back() != '\\')
             directory += '/';
-        // One by one and not by mask: a library that throws would keep those behind it from
-        // loading.
-        for (const std::string& name : platform::listFiles(directory + "*.so")) {
-            const std::string path = platform::nativePath(directory + name);
-            std::error_code error;
-            const auto file = std::filesystem::canonical(path, error);
-            const std::string key = error ? path : file.string();
-            if (registry->triedFiles.insert(key).second)
-                manager->loadLibraryFile(platform::fullPath(path).c_str(), registry.get(), log);
-        }
+        for (const std::string& name : platform::listFiles(directory + "*.so"))
+            files.push_back(platform::nativePath(directory + name));
     }
+    return files;
+}
+
+void HostSession::loadModule(const std::string& path, MessageLog* log) {
+    std::error_code error;
+    const auto file = std::filesystem::canonical(path, error);
+    if (!triedFiles.insert(error ? path : file.string()).second)
+        return;
+    // By its path and not by a mask: a library that throws would keep those behind it from loading.
+    manager->loadLibraryFile(platform::fullPath(path).c_str(), registry.get(), log);
     registry->listKinds(*manager);
 }
 
 const std::vector<RejectedLibrary>& HostSession::getRejected() const {
     return registry->rejected;
+}
+
+const std::vector<ShadowedPlugin>& HostSession::getShadowed() const {
+    return registry->shadowed;
 }
 
 std::string HostSession::getRejectedText() const {
@@ -263,8 +187,10 @@ std::vector<std::string_view> HostSession::getKindNames() const {
 }
 
 const PluginKind* HostSession::findKind(std::string_view name) const {
+    // Its instances are made by name: what is told of a kind must be what the manager has.
+    const PluginDesc* const desc = manager->getPluginDesc(std::string(name).c_str());
     for (const auto& kind : registry->kinds) {
-        if (name == kind->getName())
+        if (kind->desc == desc)
             return kind.get();
     }
     return nullptr;

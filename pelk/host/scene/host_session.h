@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,7 @@ namespace Tarnkit {
 class MessageLog;
 class DefaultPluginManager;
 class PluginManager;
+class PluginRegistry;
 
 /// A kind of plug-in that scenes can use, such as MtlDiffuse: what its descriptor has registered.
 struct PluginKind {
@@ -26,11 +28,24 @@ struct PluginKind {
     const ParameterDesc* findParameter(std::string_view name) const;
 };
 
-/// A library that could not be used.
+/// A library that could not be used, or what could not be used of one.
 struct RejectedLibrary {
     std::string path;
     std::string reason;
 };
+
+/// A plug-in that can't be used, since another one with its name came first.
+struct ShadowedPlugin {
+    std::string name;
+    u32 id = 0;
+    std::string library, by;  ///< paths of its module and of the other's, as PluginKind::library
+
+    /// A line about it.
+    std::string toText() const;
+};
+
+/// The path of a module for people; what the host's own plug-ins come from for an empty one.
+std::string libraryText(const std::string& path);
 
 /// All that the host knows of plug-ins: the manager, its own kinds, and those of the libraries that
 /// were loaded. Made by each command and used on one thread. Outlives every scene, since instances
@@ -47,13 +62,19 @@ public:
     /// tried before, under whatever name, is passed over. `log` may be null; libraries that were
     /// refused, and directories that don't exist, are listed by getRejected all the same.
     void loadModules(const std::string& directories, MessageLog* log);
+    /// The same in steps, for who tells how far it has come: the files, in their order, and the
+    /// loading of one.
+    std::vector<std::string> findModules(const std::string& directories);
+    void loadModule(const std::string& path, MessageLog* log);
     /// What could not be used so far, each file and reason once.
     const std::vector<RejectedLibrary>& getRejected() const;
+    const std::vector<ShadowedPlugin>& getShadowed() const;
     /// All of them as the end of a message about a plug-in that isn't there: "; refused: PATH
     /// (REASON)" for each.
     std::string getRejectedText() const;
 
-    /// Every kind, in the order in which the manager enumerates them.
+    /// Every kind that can be used, in the order in which the manager enumerates them. The kinds
+    /// live until a further library is loaded.
     std::vector<const PluginKind*> getKinds() const;
     /// The names of all kinds, in the same order; views into the descriptors.
     std::vector<std::string_view> getKindNames() const;
@@ -69,12 +90,12 @@ public:
     PelkPluginHost* getPluginHost() const;
 
 private:
-    class Registry;
     struct OwnPlugins;
 
-    std::unique_ptr<Registry> registry;
+    std::unique_ptr<PluginRegistry> registry;
     std::unique_ptr<OwnPlugins> own;
     DefaultPluginManager* manager = nullptr;
+    std::set<std::string> triedFiles;
 };
 
 }  // namespace Tarnkit
