@@ -46,6 +46,7 @@ RenderOptions PictureOptions::forRender(const SceneSettings& settings) const {
     options.width = width > 0 ? width : settings.width;
     options.height = height > 0 ? height : settings.height;
     options.samples = samples > 0 ? samples : settings.samples;
+    options.noiseSeed = static_cast<u32>(settings.seed);
     return options;
 }
 

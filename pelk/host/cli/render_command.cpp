@@ -155,7 +155,9 @@ ExitCode RenderRun::checkPixels(const Scene& scene, RenderOptions& render) {
     if (options.noise > 0.0 && options.picture.samples == 0)
         render.samples = kMostSamplesByNoise;
     render.channels = options.channels;
-    render.noiseSeed = frame ? frameNoise(options.seed, *frame) : options.seed;
+    render.noiseSeed = options.seed.value_or(render.noiseSeed);
+    if (frame)
+        render.noiseSeed = frameNoise(render.noiseSeed, *frame);
     std::string error;
     if (!choosePixels(options, render.width, render.height, render.region, error))
         return command.fail(ExitCode::BadUsage, error);

@@ -106,7 +106,8 @@ void addPictureOptions(CLI::App& command, RenderCommandOptions& options) {
               options, parseFrames);
     command
         .add_option("--seed", options.seed,
-                    "Another pattern of noise for each number; every frame has its own anyway")
+                    "Another pattern of noise for each number, in the place of the seed of the "
+                    "settings; every frame has its own anyway")
         ->type_name("N");
     CLI::Option* const region =
         addParsed(command, "--region", "X0,Y0,X1,Y1",

@@ -23,7 +23,7 @@ enum class ProgressStyle { Auto, JsonLines, None };
 struct RenderCommandOptions : SceneOptions {
     std::vector<std::string> outputs;  ///< picture files, one each
     std::optional<FrameRange> frames;  ///< none: one picture, at the time of the settings
-    u32 seed = 0;
+    std::optional<u32> seed;           ///< none: that of the settings
     PictureOptions picture;
     int threads = 0;     ///< 0 if it was left out: as many as getNumThreads() says
     PictureRect region;  ///< empty if it was left out

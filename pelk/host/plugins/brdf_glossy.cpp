@@ -15,7 +15,8 @@ namespace {
 constexpr ParamTable kParams{
     colorParam("color", &GlossyParams::color, Color(1), "Colour of what is mirrored"),
     floatParam("roughness", &GlossyParams::roughness, 0.3f,
-               "0 - a mirror, 1 - almost matt; its square is the width of highlights"),
+               "0 - a mirror, 1 - almost matt; its square is the width of highlights",
+               "minValue=(0), maxValue=(1)"),
     floatParam("tail", &GlossyParams::tail, 2.0f,
                "How steeply highlights fall off, 0 to 10: below 2 they glow far around, above 2 "
                "they end soon",

@@ -21,6 +21,7 @@ class HostSession;
 struct SceneSettings {
     int width = 640, height = 480;
     int samples = 16;  ///< per pixel
+    int seed = 0;      ///< each has a pattern of noise of its own
     /// Longest path in bounces, specular ones included; a hit at this depth is not shaded.
     int maxDepth = 8;
     bool gi = true;              ///< global illumination: diffuse surfaces light one another
@@ -84,11 +85,11 @@ public:
         return found;
     }
 
-    std::string file;  ///< name of the scene's file
     /// Whether a subject comes for the first time: what holds for every frame need not be told with
     /// each of them.
     bool isNews(const std::string& subject) { return told.insert(subject).second; }
 
+    std::string file;  ///< name of the scene's file
     SceneSettings settings;
     SceneSource source;
     TextureInterface* backplate = nullptr;  ///< null without one
@@ -101,7 +102,7 @@ private:
     std::vector<Plugin*> plugins;
     std::map<std::string, Plugin*, std::less<>> byName;
     std::map<ParameterKey, std::unique_ptr<PelkPluginParameter>> parameters;
-};
     std::set<std::string> told;
+};
 
 }  // namespace Tarnkit

@@ -24,7 +24,7 @@ namespace Tarnkit {
 namespace {
 
 /// The entry of the settings, and the name by which overrides reach them.
-constexpr const char* kSettings = "settings";
+constexpr const char* kSettingsEntry = "settings";
 
 /// What a scene takes in memory is a multiple of its text.
 constexpr std::uint64_t kMostSceneBytes = std::uint64_t{1} << 28;
@@ -121,7 +121,7 @@ bool SceneReader::parseFile() {
 }
 
 bool SceneReader::checkTop() {
-    static constexpr std::string_view kKeys[] = {kSettings, "plugins", "$schema"};
+    static constexpr std::string_view kKeys[] = {kSettingsEntry, "plugins", "$schema"};
     if (!document.is_object())
         return fail("", "expected an object with \"plugins\" and \"settings\" at the top");
     for (const auto& [key, value] : document.items()) {
@@ -191,9 +191,9 @@ bool SceneReader::applyOverride(const std::string& text) {
     const std::vector<std::string_view> names = scene.getNames();
     assert(names.size() == instances.size());  // both in the order of the file
     const auto found = std::find(names.begin(), names.end(), name);
-    if (found == names.end() && name == kSettings) {
+    if (found == names.end() && name == kSettingsEntry) {
         overrideSetting(parameter, valueText);
-        overridden[pointerTo(pointerTo("", kSettings), parameter)] = text;
+        overridden[pointerTo(pointerTo("", kSettingsEntry), parameter)] = text;
         return true;
     }
     if (found == names.end())
@@ -218,7 +218,7 @@ bool SceneReader::applyOverride(const std::string& text) {
 /// Puts a value among the settings of the file, to be read and checked with them. Settings that are
 /// no object are left for the check to refuse.
 void SceneReader::overrideSetting(const std::string& name, const std::string& valueText) {
-    Json& settings = document[kSettings];
+    Json& settings = document[kSettingsEntry];
     if (settings.is_null())
         settings = Json::object();
     Json value;
@@ -231,9 +231,9 @@ void SceneReader::overrideSetting(const std::string& name, const std::string& va
 
 bool SceneReader::readSettings() {
     SceneError sceneError;
-    return !document.contains(kSettings) ||
-           readSceneSettings(document[kSettings], pointerTo("", kSettings), scene.settings,
-                             sceneError) ||
+    return !document.contains(kSettingsEntry) ||
+           readSceneSettings(document[kSettingsEntry], pointerTo("", kSettingsEntry),
+                             scene.settings, sceneError) ||
            fail(sceneError);
 }
 

@@ -43,10 +43,11 @@ constexpr SettingRow colorSetting(std::string_view name, Color SceneSettings::*f
 
 using S = SceneSettings;
 
-constexpr SettingRow kSettings[] = {
+constexpr SettingRow kSettingRows[] = {
     intSetting("width", &S::width, kPictureSideLimits),
     intSetting("height", &S::height, kPictureSideLimits),
     intSetting("samples", &S::samples, kSampleLimits),
+    intSetting("seed", &S::seed, kSeedLimits),
     intSetting("max_depth", &S::maxDepth, kDepthLimits),
     boolSetting("gi", &S::gi),
     boolSetting("reflective_gi", &S::reflectiveGi),
@@ -111,7 +112,7 @@ bool readSetting(const Json& json, const SettingRow& row, SceneSettings& setting
 
 /// Whether a render may take another value than the scene's.
 bool isOverridden(const SettingRow& row) {
-    static constexpr std::string_view kNames[] = {"width", "height", "samples", "channels"};
+    static constexpr std::string_view kNames[] = {"width", "height", "samples", "seed", "channels"};
     return std::find(std::begin(kNames), std::end(kNames), row.name) != std::end(kNames);
 }
 
@@ -142,11 +143,11 @@ bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettin
         return false;
     }
     std::vector<std::string_view> names;
-    for (const SettingRow& row : kSettings)
+    for (const SettingRow& row : kSettingRows)
         names.push_back(row.name);
     for (const auto& [key, value] : json.items()) {
         const SettingRow* found = nullptr;
-        for (const SettingRow& row : kSettings)
+        for (const SettingRow& row : kSettingRows)
             found = row.name == key ? &row : found;
         if (found && readSetting(value, *found, settings))
             continue;
@@ -164,7 +165,7 @@ bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettin
 }
 
 void hashSettings(const SceneSettings& settings, ContentHash& hash) {
-    for (const SettingRow& row : kSettings) {
+    for (const SettingRow& row : kSettingRows) {
         if (!isOverridden(row))
             hashSetting(settings, row, hash);
     }

@@ -14,7 +14,7 @@ bool readSceneSettings(const Json& json, const std::string& pointer, SceneSettin
                        SceneError& error);
 
 /// Adds all settings that decide on the pixels of a render to a hash: those are left out that a
-/// render overrides by its options (size, samples, channels).
+/// render overrides by its options (size, samples, seed, channels).
 void hashSettings(const SceneSettings& settings, ContentHash& hash);
 
 }  // namespace Tarnkit

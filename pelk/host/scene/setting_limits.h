@@ -19,7 +19,8 @@ struct IntLimits {
 
 inline constexpr IntLimits kPictureSideLimits{1, 65536};  ///< pixels, of width and of height
 inline constexpr IntLimits kSampleLimits{1, 1 << 24};     ///< per pixel
-inline constexpr IntLimits kDepthLimits{1, 1000};         ///< of SceneSettings::maxDepth
+inline constexpr IntLimits kSeedLimits{0, 0x7fffffff};
+inline constexpr IntLimits kDepthLimits{1, 1000};  ///< of SceneSettings::maxDepth
 
 /// The most pixels of a picture. Two sides that are allowed by themselves can make 16 times that,
 /// and at this size the floats of beauty and alpha alone fill 6 GB.
