@@ -1,10 +1,13 @@
 #include <algorithm>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "host/cli/program.h"
 
 using nlohmann::json;
+using testing::AllOf;
 using testing::EndsWith;
+using testing::HasSubstr;
 
 namespace {
 
@@ -24,9 +27,9 @@ TEST_F(PluginCommands, ListShowsModulesAndOwnPluginsInTheManagersOrderAndWhatWas
     EXPECT_EQ(result.err, "");
     const json list = json::parse(result.out);
     ASSERT_EQ(list["rejected"].size(), 2u);
-    EXPECT_EQ(list["rejected"][0]["path"], directory.file("text.so"));
-    EXPECT_NE(list["rejected"][0]["reason"], "");
-    EXPECT_EQ(list["rejected"][1]["path"], directory.file("missing"));
+    EXPECT_EQ(list["rejected"][1]["path"], directory.file("text.so"));
+    EXPECT_NE(list["rejected"][1]["reason"], "");
+    EXPECT_EQ(list["rejected"][0]["path"], directory.file("missing"));
 
     const json diffuse = entryNamed(list["plugins"], "MtlDiffuse");
     EXPECT_EQ(diffuse["id"], 2004101502u);
@@ -39,6 +42,42 @@ TEST_F(PluginCommands, ListShowsModulesAndOwnPluginsInTheManagersOrderAndWhatWas
     const std::size_t second = result.out.find("\"MtlSingle");
     EXPECT_LT(first, second);
     EXPECT_LT(second, result.out.find("\"TexChecker"));
+}
+
+TEST_F(PluginCommands, WhatIsWrongWithPluginsOfOthersIsToldAndEndsNothing) {
+    for (const char* const library : {"empty.so", "wrong_plugins.so"})
+        std::filesystem::copy_file(TEST_PLUGIN_MODULES + std::string(library),
+                                   directory.file(library));
+    pelk.pluginPath = directory.path.string();
+    EXPECT_THAT(pelk.run({"list"}).out,
+                AllOf(HasSubstr("/wrong_plugins.so\n  MtlWrong "),
+                      HasSubstr("/empty.so: no plug-in in it\n"),
+                      HasSubstr("/wrong_plugins.so: a plug-in without a name\n"),
+                      HasSubstr(": Taken: its id 2004101502 is that of MtlDiffuse of /"),
+                      HasSubstr(": MtlWrong: parameter 2 has no name\n"),
+                      HasSubstr(": MtlWrong: the parameter \"amount\" is there twice\n"),
+                      HasSubstr(": MtlDiffuse (id 202) is passed over for that of /")));
+    const json list = json::parse(pelk.run({"list", "--json"}).out);
+    EXPECT_THAT(list["shadowed"][0]["by"].get<std::string>(), EndsWith("/pelk_materials.so"));
+    EXPECT_THAT(pelk.run({"info", "MtlDiffuse"}).out, HasSubstr("id 2004101502"));
+
+    directory.write("s.json", smallScene(R"(, "bad": {"type": "MtlWrong"})"));
+    const auto messages = [&](const std::string& wrong) {
+        return render({"--verbose", "--frames", "0-1", "--set", "square.material=bad", "--set",
+                       "bad.wrong=" + wrong})
+            .err;
+    };
+    const std::string told = messages("0");
+    for (const char* const finding :
+         {"a field is bound to \"\", which", "the field for \"amount\" is of another type",
+          "the default of \"amount\" lies outside of its own guide, minValue=(0)",
+          "frameBegin doesn't call", "768 of its samplers were never given back"}) {
+        const std::size_t at = told.find(std::string("\"bad\": ") + finding);
+        ASSERT_NE(at, std::string::npos) << finding << " in " << told;
+        EXPECT_EQ(told.find(finding, at + 9), std::string::npos) << "once for all frames";
+    }
+    for (const char* const wrong : {"1", "2", "3", "4", "5"})
+        EXPECT_THAT(messages(wrong), HasSubstr("\"bad\" made one of them")) << wrong;
 }
 
 TEST_F(PluginCommands, InfoGivesTheParametersInOrderWithTheirTypesAndDefaults) {
@@ -76,7 +115,7 @@ TEST_F(PluginCommands, DescribePrintsASectionAndKnowsWhoHasNone) {
     const RunResult camera = pelk.run({"describe", "s.json", "camera"});
     EXPECT_EQ(camera.exitCode, 1);
     EXPECT_EQ(camera.out, "");
-    EXPECT_THAT(camera.err, testing::HasSubstr("EXT_RTMTL"));
+    EXPECT_THAT(camera.err, HasSubstr("EXT_RTMTL"));
 }
 
 TEST_F(PluginCommands, ProbeTellsTheHitItsMaterialTreeAndAllChannelsAsThePictureHasThem) {

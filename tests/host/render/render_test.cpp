@@ -7,6 +7,8 @@
 #include "host/plugins/plugin_holder.h"
 #include "host/render/render_fixture.h"
 #include "pelk/host/plugins/tex_noise.h"
+#include "pelk/host/render/plugin_check.h"
+#include "pelk/support/plugin_manager.h"
 
 namespace Tarnkit {
 namespace {
@@ -236,6 +238,34 @@ TEST_F(RenderTest, AWrapperThatAddsNothingShowsItsBaseOnBothRoads) {
     }
 }
 
+TEST_F(RenderTest, BackgroundIsNoLightWhereThereIsADome) {
+    for (const std::string dome : {R"("visible": false)", R"("shadows": false)"}) {
+        const std::string plugins =
+            wallOf("white") + R"(, "dome": {"type": "LightDome", )" + dome + "}";
+        expectNear(meanOf(plugins, R"("background": [5, 5, 5])"), Color(1), 0.02f);
+    }
+    expectNear(meanOf(R"("dome": {"type": "LightDome", "visible": false})",
+                      R"("background": [5, 5, 5])", 1),
+               Color(5), 0.0f);
+}
+
+TEST_F(RenderTest, NothingIsFoundAgainstThePluginsOfThisProgram) {
+    HostRenderer renderer;
+    renderer.sequenceData.numThreads = 1;
+    PluginManager& manager = session.getManager();
+    for (const PluginKind* const kind : session.getKinds()) {
+        Plugin* const plugin = manager.newPlugin(kind->getName(), session.getPluginHost(), 0);
+        auto* const instance = findInterface<PelkPluginInterface>(plugin);
+        instance->renderBegin(renderer);
+        const PluginCheck check(*instance);
+        instance->frameBegin(renderer);
+        EXPECT_THAT(check.afterFrameBegin(), testing::IsEmpty()) << kind->getName();
+        instance->frameEnd(renderer);
+        instance->renderEnd(renderer);
+        manager.deletePlugin(plugin);
+    }
+}
+
 TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
     const struct {
         const char *plugin, *error, *settings = "";
@@ -244,6 +274,14 @@ TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
          R"("camera": "x")"},
         {R"("CameraPerspective", "target": [0, 0, 5])", "/plugins/x: position and",
          R"("camera": "x")"},
+        {R"("CameraPerspective", "position": [0, 0, 1e19])", "/plugins/x: its rays start beyond",
+         R"("camera": "x")"},
+        {R"("CameraOrthographic", "width": 1e30)", "/plugins/x: its rays start beyond",
+         R"("camera": "x")"},
+        {R"("GeomQuad", "width": 1)", "/plugins/camera: its rays start beyond 1e18",
+         R"("origin": [1e19, 0, 0])"},
+        {R"("LightSphere", "radius": 1e20)", "/plugins/x: radius must be above 0"},
+        {R"("LightArea", "position": [1e20, 0, 0])", "/plugins/x: width and height must be"},
         {R"("LightArea", "direction": [0, 0, 0])", "/plugins/x: direction and up must not be 0"},
         {R"("LightSpot", "angle": 0)", "/plugins/x: angle must be above 0 and at most 360"},
         {R"("LightSpot", "falloff": 21)", "/plugins/x: falloff must lie between 0 and half"},
@@ -255,7 +293,8 @@ TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
     for (const auto& c : cases) {
         const auto scene = read(R"("x": {"type": )" + std::string(c.plugin) + "}", c.settings);
         ASSERT_TRUE(scene);
-        const RenderResult result = renderScene(*scene, {}, nullptr, nullptr, false, picture);
+        const RenderResult result =
+            renderScene(*scene, optionsOf(1), nullptr, nullptr, false, picture);
         EXPECT_THAT(result.error, testing::StartsWith(c.error));
     }
 }

@@ -234,6 +234,7 @@ TEST(SettingLimits, AreThoseOfTheSchema) {
     const std::pair<const char*, IntLimits> rows[] = {{"width", kPictureSideLimits},
                                                       {"height", kPictureSideLimits},
                                                       {"samples", kSampleLimits},
+                                                      {"seed", kSeedLimits},
                                                       {"max_depth", kDepthLimits}};
     for (const auto& [name, limits] : rows) {
         EXPECT_EQ(settings.at(name).at("minimum"), limits.least) << name;

@@ -1,0 +1,7 @@
+#include "listed_library.h"
+
+static ListedLibrary library{nullptr};
+
+Tarnkit::PluginLibDesc* getLibDesc() {
+    return &library;
+}
