@@ -107,9 +107,11 @@ Plugin* DefaultPluginManager::getPlugin(u64 instanceID) {
 void DefaultPluginManager::setPluginID(Plugin* plugin, u64 instanceID) {
     if (!plugin)
         return;
-    plugins.erase(plugin->getInstanceID());
-    plugin->setInstanceID(instanceID);
+    // Entered before it is taken out: without memory for the entry it keeps its number.
     plugins[instanceID] = plugin;
+    if (plugin->getInstanceID() != instanceID)
+        plugins.erase(plugin->getInstanceID());
+    plugin->setInstanceID(instanceID);
 }
 
 int DefaultPluginManager::saveState(OutputStream& stream) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
 
 #include "pelk/platform/debug_stream.h"
@@ -12,12 +13,14 @@ struct TestHeapState {
     int live = 0;       ///< blocks out
     int taken = 0;      ///< blocks given in all
     int refuseAt = -1;  ///< no block is given once so many were
+    bool once = false;  ///< but the first that is refused is the only one
+    int refused = 0;    ///< blocks not given
     bool intact = true;
     Tarnkit::platform::HeapReport report{.freeBytes = 0, .usedBytes = 0, .blocks = 1, .status = 0};
 };
 
 /// Stands in place of the system's heap while it lives: counts, refuses, and reports what a test
-/// says. One at a time, with no other thread at work.
+/// says. One at a time. Other threads may be at work, but none when it comes and goes.
 class TestHeap {
     static constexpr auto& system = Tarnkit::platform::systemHeap;
 
@@ -28,7 +31,10 @@ public:
     }
     ~TestHeap() { Tarnkit::platform::setHeap(system()); }
 
-    static void refuseAfter(int blocks) { state.refuseAt = state.taken + blocks; }
+    static void refuseAfter(int blocks, bool once = false) {
+        state.refuseAt = state.taken + blocks;
+        state.once = once;
+    }
     static void refuseNothing() { state.refuseAt = -1; }
 
     static inline TestHeapState state;
@@ -36,11 +42,18 @@ public:
 private:
     template <class Take>
     static void* take(Take from) {
-        void* block = state.taken == state.refuseAt ? nullptr : from();
-        state.live += block != nullptr;
-        state.taken += block != nullptr;
+        if (std::atomic_ref(state.taken) == state.refuseAt) {
+            add(state.refused, 1);
+            if (state.once)
+                refuseNothing();
+            return nullptr;
+        }
+        void* block = from();
+        add(state.live, block != nullptr);
+        add(state.taken, block != nullptr);
         return block;
     }
+    static void add(int& count, int number) { std::atomic_ref(count) += number; }
     static constexpr Tarnkit::platform::Heap kHeap{
         [](std::size_t size) { return take([=] { return system().allocate(size); }); },
         [](std::size_t size, std::size_t alignment) {
@@ -48,11 +61,11 @@ private:
         },
         [](void* old, std::size_t size) {
             void* block = take([=] { return system().reallocate(old, size); });
-            state.live -= block && old;
+            add(state.live, -(block && old));
             return block;
         },
         [](void* block) {
-            state.live -= block != nullptr;
+            add(state.live, -(block != nullptr));
             system().release(block);
         },
         [] { return state.report; },

@@ -17,6 +17,8 @@ void FakeHost::TearDown() {
         endRender(*material);
         material->getPluginDesc()->deletePlugin(material);
     }
+    stages.clear();
+    paramsSet.clear();
 }
 
 PelkMaterial& FakeHost::make(const char* pluginName, const char* instanceName) {
@@ -26,8 +28,8 @@ PelkMaterial& FakeHost::make(const char* pluginName, const char* instanceName) {
     const auto all = kinds();
     PluginDesc* const desc = all.at(std::ranges::find_if(all, isIt) - all.begin());
     auto* material = static_cast<PelkMaterial*>(desc->newPlugin(nullptr));
-    material->setPluginName(instanceName);
     stages[material] = Stage::Idle;
+    material->setPluginName(instanceName);
     return *material;
 }
 

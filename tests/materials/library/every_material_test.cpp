@@ -1,6 +1,8 @@
 #include <thread>
 
+#include "base/test_heap.h"
 #include "materials/library/hit_roads.h"
+#include "pelk/base/exception_msg.h"
 
 namespace {
 
@@ -63,6 +65,29 @@ TEST_F(EveryMaterial, ShadesTheSameOnThreadsAtOnceAsAlone) {
     run(kNumThreads);
     for (const Color& sum : sums)
         EXPECT_EQ(sum, sums[kNumThreads]);
+}
+
+TEST_F(EveryMaterial, KeepsNothingWhereverMemoryIsRefused) {
+    const DebugRecorder quiet;
+    for (PelkPluginDesc* desc : kinds()) {
+        for (int granted = 0, refused = 1; refused > 0; ++granted)
+            for (const bool once : {false, true}) {
+                SCOPED_TRACE(desc->getName() + (", blocks: " + std::to_string(granted)));
+                TearDown();
+                const TestHeap heap;
+                heap.refuseAfter(granted, once);
+                try {
+                    PelkMaterial& material = addMaterial(desc->getName(), 7);
+                    startFrame(material);
+                    sampleOnAllThreads(material);
+                } catch (const ExceptionMsg& e) {  // by its type, though thrown in the module
+                    EXPECT_TRUE(std::string(e.text).starts_with("Memory allocation failure; "));
+                }
+                refused = heap.state.refused;
+                TearDown();
+                EXPECT_EQ(heap.state.live, 0);
+            }
+    }
 }
 
 }  // namespace

@@ -55,27 +55,6 @@ TEST(Module, ListsItsPluginsInOrderWithTheirFaces) {
     }
 }
 
-TEST(Module, MakesNoPluginWithoutMemory) {
-    const DebugRecorder quiet;
-    MaterialsModule module;
-    for (PluginDesc* desc : module.kinds()) {
-        SCOPED_TRACE(desc->getName());
-        int refusals = 0;
-        for (Plugin* made = nullptr; !made; ++refusals) {
-            const TestHeap heap;
-            heap.refuseAfter(refusals);
-            // Caught by its type although it was thrown through the module.
-            try {
-                made = desc->newPlugin(nullptr);
-                desc->deletePlugin(made);
-            } catch (const ExceptionMsg& e) {
-                EXPECT_TRUE(std::string(e.text).starts_with("Memory allocation failure; "));
-            }
-        }
-        EXPECT_GT(refusals, 1);
-    }
-}
-
 // An exception on its way through the system's loader would end the process or keep its lock.
 TEST(Module, LoadsWithoutMemoryNeitherHalfNorForGood) {
     const DebugRecorder quiet;
