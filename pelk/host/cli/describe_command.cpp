@@ -37,8 +37,10 @@ RTMtlInterface* findMaterial(const Scene& scene, const std::string& name, std::s
 
 ExitCode run(const DescribeOptions& options) {
     SceneCommand command(options);
-    if (!command.openLog() || !command.openScene())
+    if (!command.openLog())
         return ExitCode::BadInput;
+    if (const ExitCode code = command.openScene(); code != ExitCode::Done)
+        return code;
     Scene& scene = command.getScene();
     std::string error;
     RTMtlInterface* const material = findMaterial(scene, options.instance, error);

@@ -166,8 +166,10 @@ void printAsText(const ProbeOptions& options, const RenderOptions& render,
 
 ExitCode run(const ProbeOptions& options) {
     SceneCommand command(options);
-    if (!command.openLog() || !command.openScene())
+    if (!command.openLog())
         return ExitCode::BadInput;
+    if (const ExitCode code = command.openScene(); code != ExitCode::Done)
+        return code;
     Scene& scene = command.getScene();
     RenderOptions render = options.picture.forRender(scene.settings);
     render.channels = {"all"};

@@ -88,8 +88,8 @@ ExitCode RenderRun::run() {
         if (trying.wasRequested())
             return trying.getExitCode();
     }
-    if (!command.openScene())
-        return ExitCode::BadInput;
+    if (const ExitCode code = command.openScene(); code != ExitCode::Done)
+        return code;
     const InterruptGuard interrupt;  // until the pictures are written
     if (options.frames)
         return runFrames(interrupt);

@@ -24,13 +24,14 @@ bool SceneCommand::openLog() {
     return false;
 }
 
-bool SceneCommand::openScene() {
+ExitCode SceneCommand::openScene() {
     std::string error;
+    bool systemFault = false;
     if (loadModules(session, options.plugins, log, error))
-        scene = readScene(session, options.file, options.overrides, error);
-    if (!scene)
-        log.complain(error);
-    return scene != nullptr;
+        scene = readScene(session, options.file, options.overrides, error, &systemFault);
+    if (scene)
+        return ExitCode::Done;
+    return fail(systemFault ? ExitCode::SystemFailed : ExitCode::BadInput, error);
 }
 
 Scene& SceneCommand::getScene() {

@@ -36,8 +36,9 @@ public:
     /// False after a failure; the command then ends with ExitCode::BadInput.
     bool openLog();
 
-    /// Loads the libraries of plug-ins and reads the scene. False as above.
-    bool openScene();
+    /// Loads the libraries of plug-ins and reads the scene. The command ends with the answer, unless
+    /// that is ExitCode::Done.
+    ExitCode openScene();
 
     /// Reports what is wrong, and returns `code` for the command to end with.
     ExitCode fail(ExitCode code, const std::string& text);
@@ -45,7 +46,7 @@ public:
     StatusLine& getStatus() { return status; }
     ConsoleLog& getLog() { return log; }
     HostSession& getSession() { return session; }
-    /// Only after an openScene that returned true.
+    /// Only after an openScene that went well.
     Scene& getScene();
 
 private:

@@ -30,12 +30,13 @@ constexpr const char* kSettingsEntry = "settings";
 constexpr std::uint64_t kMostSceneBytes = std::uint64_t{1} << 28;
 
 /// Reads a plain file, or one of the streams that the program was started with.
-bool readText(const std::string& name, std::string& text, std::string& reason) {
+bool readText(const std::string& name, std::string& text, std::string& reason, bool& systemFault) {
     if (platform::isOpenStream(name))
         return platform::readOpenStream(name, kMostSceneBytes, text, reason);
     platform::InputFile file(name);
     if (file.getSize() <= kMostSceneBytes && file.readAll(text))
         return true;
+    systemFault = file.isSystemFault();
     reason = file.getSize() > kMostSceneBytes
                  ? "it has more than " + std::to_string(kMostSceneBytes) + " bytes"
                  : file.getReason();
@@ -58,6 +59,7 @@ public:
     }
 
     std::string error;
+    bool systemFault = false;
 
 private:
     /// What the file asks of one instance.
@@ -112,7 +114,7 @@ private:
 
 bool SceneReader::parseFile() {
     std::string text, reason;
-    if (!readText(file, text, reason))
+    if (!readText(file, text, reason, systemFault))
         return fail("", "the scene can't be read: " + reason);
     if (parseSceneJson(text, document, reason))
         return true;
@@ -336,13 +338,16 @@ bool SceneReader::openFiles() {
 }  // namespace
 
 std::unique_ptr<Scene> readScene(HostSession& session, const std::string& file,
-                                 std::span<const std::string> overrides, std::string& error) {
+                                 std::span<const std::string> overrides, std::string& error,
+                                 bool* systemFault) {
     auto scene = std::make_unique<Scene>(session);
     scene->file = file;
     SceneReader reader(session, file, *scene);
     if (reader.read(overrides))
         return scene;
     error = reader.error;
+    if (systemFault)
+        *systemFault = reader.systemFault;
     return nullptr;
 }
 

@@ -38,6 +38,8 @@ void Program::becomeProgram(const std::vector<std::string>& words) {
     if (largestFile > 0)
         setrlimit(RLIMIT_FSIZE, &size);
     alarm(300);  // for it, as it outlives exec: whatever hangs falls
+    if (fault && !letParentFollow())
+        _exit(RunResult::kCannotFollow);
     if (chdir(directory.path.c_str()) == 0)
         execv(PELK_PROGRAM, arguments.data());
     _exit(126);
@@ -67,7 +69,10 @@ bool Program::waitForOutput(const std::string& text) const {
 
 RunResult Program::wait() {
     int status = 0;
-    waitpid(process, &status, 0);
+    if (fault)
+        status = follow(process, directory.path, *fault);
+    else
+        waitpid(process, &status, 0);
     process = -1;
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, streams.read("out"), streams.read("err")};
 }

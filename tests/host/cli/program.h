@@ -6,11 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "host/cli/faulty_system.h"
 #include "temporary_directory.h"
 
 /// What a run of the program left behind.
 struct RunResult {
-    int exitCode = -1;  ///< -1 if it died of a signal
+    static constexpr int kCannotFollow = 125;  ///< no system for faults, see letParentFollow
+    int exitCode = -1;                         ///< -1 if it died of a signal
     std::string out, err;
 };
 
@@ -32,7 +34,8 @@ public:
 
     std::string pluginPath;                          ///< value of PELK_PLUGIN_PATH; empty for none
     std::map<std::string, std::string> environment;  ///< further variables
-    std::size_t largestFile = 0;  ///< bytes that the system lets it write; 0: any
+    std::size_t largestFile = 0;   ///< bytes that the system lets it write; 0: any
+    SystemFault* fault = nullptr;  ///< what meets it, if anything
     TemporaryDirectory directory;
 
 private:

@@ -10,6 +10,17 @@ namespace {
 class EveryMaterial : public HitRoads {
 protected:
     EveryMaterial() { base.takesNull = true; }
+
+    /// A sampler of the material where it has one, on each thread and side, and back.
+    void sampleOnAllThreads(PelkMaterial& material) {
+        for (int thread = 0; thread < renderer.sequenceData.numThreads; ++thread)
+            for (const int backSide : {0, 1}) {
+                FakeContext context = hit(thread);
+                context.backSide = backSide;
+                sample(material, context);
+            }
+        EXPECT_EQ(base.samplersOut, 0);
+    }
 };
 
 // Hosts ask for samplers when they like. Outside the life of its pool a material has none, and a
@@ -19,30 +30,20 @@ TEST_F(EveryMaterial, LosesNoSamplerAtAnyStageOfItsLife) {
         for (const int variant : {0, 7}) {
             SCOPED_TRACE(desc->getName());
             PelkMaterial& material = addMaterial(desc->getName(), variant);
-            // A sampler where it has one, on each thread and side, and back.
-            const auto sampleOnAllThreads = [&] {
-                for (int thread = 0; thread < renderer.sequenceData.numThreads; ++thread)
-                    for (const int backSide : {0, 1}) {
-                        FakeContext context = hit(thread);
-                        context.backSide = backSide;
-                        sample(material, context);
-                    }
-                EXPECT_EQ(base.samplersOut, 0);
-            };
             for (const int threads : {1, 16}) {
                 renderer.sequenceData.numThreads = threads;
-                sampleOnAllThreads();
+                sampleOnAllThreads(material);
                 material.renderBegin(renderer);
-                sampleOnAllThreads();
+                sampleOnAllThreads(material);
                 for (int frame = 0; frame < 2; ++frame) {
                     material.frameBegin(renderer);
-                    sampleOnAllThreads();
+                    sampleOnAllThreads(material);
                     material.frameEnd(renderer);
-                    sampleOnAllThreads();
+                    sampleOnAllThreads(material);
                 }
                 material.renderEnd(renderer);
             }
-            sampleOnAllThreads();
+            sampleOnAllThreads(material);
         }
 }
 
