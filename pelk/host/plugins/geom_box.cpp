@@ -17,7 +17,7 @@ ParamRows<GeomBoxParams> GeomBoxParams::table() {
     return kParams;
 }
 
-bool GeomBox::buildShape(Mesh& mesh, std::string& error) {
+bool GeomBox::makeShape(Mesh& mesh, std::string& error) {
     for (float side : {params.size.r, params.size.g, params.size.b}) {
         if (!checkSize("size", side, error))
             return false;

@@ -12,15 +12,15 @@ struct GeomBoxParams {
 };
 
 /// A box about the origin that faces outward. Each side has all of the texture.
-class GeomBox final : public WithParams<GeomBoxParams, HostGeometry> {
+class GeomBox final : public ParametricShape<GeomBoxParams> {
 public:
     static constexpr const char* kName = "GeomBox";
     static constexpr u32 kID = 0x7E100043;
 
-    using WithParams::WithParams;
+    using ParametricShape::ParametricShape;
 
 private:
-    bool buildShape(Mesh& mesh, std::string& error) override;
+    bool makeShape(Mesh& mesh, std::string& error) override;
 };
 
 }  // namespace Tarnkit

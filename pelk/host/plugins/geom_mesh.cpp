@@ -10,10 +10,15 @@ void GeomMesh::addParameters(PelkParameterListDesc& list) {
     list.addParamString("file", "", -1, "OBJ, PLY, glTF or GLB file", kFileGuide);
 }
 
-bool GeomMesh::buildShape(Mesh& mesh, std::string& error) {
+const char* GeomMesh::fileName() const {
     PelkPluginParameter* const parameter = paramList.getParam("file");
     const char* const file = parameter ? parameter->getString(0, 0.0) : nullptr;
-    if (file && *file)
+    return file ? file : "";
+}
+
+bool GeomMesh::makeShape(Mesh& mesh, std::string& error) {
+    const char* const file = fileName();
+    if (*file)
         return loadMesh(file, geometry.smooth != 0, mesh, error);
     error = "\"file\" must name a mesh file";
     return false;

@@ -14,7 +14,9 @@ public:
     static void addParameters(PelkParameterListDesc& list);
 
 private:
-    bool buildShape(Mesh& mesh, std::string& error) override;
+    const char* fileName() const;
+    std::string shapeValues() const override { return fileName(); }
+    bool makeShape(Mesh& mesh, std::string& error) override;
 };
 
 }  // namespace Tarnkit

@@ -18,7 +18,7 @@ ParamRows<GeomQuadParams> GeomQuadParams::table() {
     return kParams;
 }
 
-bool GeomQuad::buildShape(Mesh& mesh, std::string& error) {
+bool GeomQuad::makeShape(Mesh& mesh, std::string& error) {
     if (!checkSize("width", params.width, error) || !checkSize("height", params.height, error))
         return false;
     addRectangle(mesh, {}, {params.width * 0.5f, 0, 0}, {0, params.height * 0.5f, 0}, 0);

@@ -12,15 +12,15 @@ struct GeomQuadParams {
 };
 
 /// A rectangle about the origin that faces +Z; u runs along X, v along Y.
-class GeomQuad final : public WithParams<GeomQuadParams, HostGeometry> {
+class GeomQuad final : public ParametricShape<GeomQuadParams> {
 public:
     static constexpr const char* kName = "GeomQuad";
     static constexpr u32 kID = 0x7E100042;
 
-    using WithParams::WithParams;
+    using ParametricShape::ParametricShape;
 
 private:
-    bool buildShape(Mesh& mesh, std::string& error) override;
+    bool makeShape(Mesh& mesh, std::string& error) override;
 };
 
 }  // namespace Tarnkit

@@ -22,7 +22,7 @@ ParamRows<GeomSphereParams> GeomSphereParams::table() {
     return kParams;
 }
 
-bool GeomSphere::buildShape(Mesh& mesh, std::string& error) {
+bool GeomSphere::makeShape(Mesh& mesh, std::string& error) {
     if (!checkSize("radius", params.radius, error) || !checkSegments(params.segments, error))
         return false;
     const u32 columns = static_cast<u32>(params.segments), rows = (columns + 1) / 2;

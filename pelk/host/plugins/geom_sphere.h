@@ -14,15 +14,15 @@ struct GeomSphereParams {
 
 /// A tessellated sphere about the origin with exact vertex normals. u runs around the Y axis from
 /// the front (+Z) by the right (+X), v from the lowest point to the highest.
-class GeomSphere final : public WithParams<GeomSphereParams, HostGeometry> {
+class GeomSphere final : public ParametricShape<GeomSphereParams> {
 public:
     static constexpr const char* kName = "GeomSphere";
     static constexpr u32 kID = 0x7E100041;
 
-    using WithParams::WithParams;
+    using ParametricShape::ParametricShape;
 
 private:
-    bool buildShape(Mesh& mesh, std::string& error) override;
+    bool makeShape(Mesh& mesh, std::string& error) override;
 };
 
 }  // namespace Tarnkit

@@ -24,7 +24,7 @@ ParamRows<GeomSweepParams> GeomSweepParams::table() {
     return kParams;
 }
 
-bool GeomSweep::buildShape(Mesh& mesh, std::string& error) {
+bool GeomSweep::makeShape(Mesh& mesh, std::string& error) {
     if (!checkSize("width", params.width, error) || !checkSize("radius", params.radius, error) ||
         !checkSegments(params.segments, error))
         return false;

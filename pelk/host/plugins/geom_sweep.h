@@ -17,15 +17,15 @@ struct GeomSweepParams {
 
 /// A studio backdrop: a floor at y = 0 that bends up into a wall at z = 0. u runs along the width,
 /// v along the bent sheet from the front edge, both in units of the width.
-class GeomSweep final : public WithParams<GeomSweepParams, HostGeometry> {
+class GeomSweep final : public ParametricShape<GeomSweepParams> {
 public:
     static constexpr const char* kName = "GeomSweep";
     static constexpr u32 kID = 0x7E100044;
 
-    using WithParams::WithParams;
+    using ParametricShape::ParametricShape;
 
 private:
-    bool buildShape(Mesh& mesh, std::string& error) override;
+    bool makeShape(Mesh& mesh, std::string& error) override;
 };
 
 }  // namespace Tarnkit

@@ -40,9 +40,10 @@ bool isFinite3(Color c) {
     return std::isfinite(c.r) && std::isfinite(c.g) && std::isfinite(c.b);
 }
 
-/// False for NaN too.
-bool isInSpace(const Vector& p) {
-    return std::fabs(p.x) < kRayFar && std::fabs(p.y) < kRayFar && std::fabs(p.z) < kRayFar;
+/// The part that a hit lies on.
+std::size_t partAt(const RenderContext& hit) {
+    const std::vector<int>& parts = hit.object->shape->mesh.parts;
+    return parts.empty() ? 0 : static_cast<std::size_t>(parts[hit.triangle]);
 }
 
 }  // namespace
@@ -58,6 +59,11 @@ void HostGeometry::addParameters(PelkParameterListDesc& list) {
 void HostGeometry::frameBegin(PelkRenderer& renderer) {
     PelkPlugin::frameBegin(renderer);
     place = placement();
+    materialIDs.clear();
+    if (PelkPluginParameter* const ids = paramList.getParam("material_ids")) {
+        const PelkIntList list = ids->getIntList(renderer.frameData.frameTime);
+        materialIDs.assign(list.items, list.items + list.count);
+    }
     shaderSets.clear();
     PelkPluginParameter* const names = paramList.getParam("shader_sets");
     const int count = names ? names->getCount(renderer.frameData.frameTime) : 0;
@@ -69,45 +75,38 @@ void HostGeometry::frameBegin(PelkRenderer& renderer) {
     }
 }
 
-bool HostGeometry::buildMesh(Mesh& mesh, std::string& error) {
-    const Color scale = geometry.scale;
-    if (!isFinite3(scale) || scale.r == 0.0f || scale.g == 0.0f || scale.b == 0.0f) {
-        error = "\"scale\" must have three numbers that are not 0";
-        return false;
-    }
+std::string HostGeometry::shapeKey() {
+    const std::string values = shapeValues();
+    if (values.empty())
+        return {};
+    return std::string(getPluginTypeName()) + (geometry.smooth ? " smooth " : " flat ") + values;
+}
+
+bool HostGeometry::buildShape(Mesh& mesh, std::string& error) {
     mesh = Mesh();
-    if (!buildShape(mesh, error))
+    if (!makeShape(mesh, error))
         return false;
     if (!geometry.smooth)
         mesh.normals.clear();
-    mapMaterialIDs(mesh);
-    placement().apply(mesh);
-    const bool fits = std::all_of(mesh.positions.begin(), mesh.positions.end(), isInSpace);
-    if (!fits)
-        error =
-            "a vertex lies 1e18 or more from the origin, where no ray goes; expected less of "
-            "\"scale\", \"translate\" or the size";
-    return fits;
+    return true;
 }
 
-void HostGeometry::mapMaterialIDs(Mesh& mesh) const {
-    mesh.parts = mesh.materialIDs;
-    PelkPluginParameter* const parameter = paramList.getParam("material_ids");
-    if (!parameter)
-        return;
-    const PelkIntList list = parameter->getIntList(0.0);
-    if (list.count == 0)
-        return;
-    mesh.materialIDs.resize(mesh.triangles.size());
-    for (int& id : mesh.materialIDs)
-        id = id < list.count ? list.items[id] : 0;
+std::optional<Placement> HostGeometry::findPlace(std::string& error) {
+    const Color scale = geometry.scale;
+    if (isFinite3(scale) && scale.r != 0.0f && scale.g != 0.0f && scale.b != 0.0f)
+        return placement();
+    error = "\"scale\" must have three numbers that are not 0";
+    return {};
 }
 
 int HostGeometry::getSurfaceMtlID(PelkContext& context) {
     const RenderContext& hit = hostContext(context);
-    if (!hit.object || hit.object->mesh.materialIDs.empty())
+    if (!hit.object)
         return 0;
-    return hit.object->mesh.materialIDs[hit.triangle];
+    const std::size_t part = partAt(hit);
+    if (materialIDs.empty())
+        return static_cast<int>(part);
+    return part < materialIDs.size() ? materialIDs[part] : 0;
 }
 
 void HostGeometry::getShaderSetName(StringHandle& out, PelkContext& context, int) {
@@ -115,8 +114,7 @@ void HostGeometry::getShaderSetName(StringHandle& out, PelkContext& context, int
     const RenderContext& hit = hostContext(context);
     if (!hit.object)
         return;
-    const std::vector<int>& parts = hit.object->mesh.parts;
-    const std::size_t part = parts.empty() ? 0 : static_cast<std::size_t>(parts[hit.triangle]);
+    const std::size_t part = partAt(hit);
     if (part < shaderSets.size())
         out = shaderSets[part];
 }

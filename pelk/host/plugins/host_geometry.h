@@ -1,11 +1,13 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "pelk/contract/desc_of.h"
+#include "pelk/contract/param_table.h"
 #include "pelk/contract/scene_interfaces.h"
-#include "pelk/host/plugins/placement.h"
 #include "pelk/host/trace/interfaces.h"
+#include "pelk/host/trace/placement.h"
 
 namespace Tarnkit {
 
@@ -20,8 +22,8 @@ struct GeometryParams {
 };
 
 /// Base of the geometry of this host. A class that derives from it builds a mesh in object space in
-/// which each triangle's material id is the number of its part (a side of a box, a material of a
-/// file); the base maps parts to material ids and transforms the mesh to world space. The
+/// which each triangle has the number of its part (a side of a box, a material of a file); the base
+/// knows the material ids and shader sets of parts, and where the object stands. The
 /// constructor binds GeometryParams itself: with WithParams here too, `params` would be the name of
 /// two fields of one object. WithParams of the derived class lists them in front of that class's
 /// own.
@@ -35,7 +37,9 @@ public:
 
     void frameBegin(PelkRenderer& renderer) override;
 
-    bool buildMesh(Mesh& mesh, std::string& error) final;
+    std::string shapeKey() final;
+    bool buildShape(Mesh& mesh, std::string& error) final;
+    std::optional<Placement> findPlace(std::string& error) final;
     PluginBase* getMaterial() override { return geometry.material; }
     void setRenderID(int id) override { renderID = id; }
 
@@ -47,18 +51,39 @@ public:
     Vector objectToWorld(PelkContext& context, Vector vector) override;
 
 protected:
+    /// The values of the parameters that the shape depends on, apart from GeometryParams, as any
+    /// bytes; empty if they can't tell one shape from another.
+    virtual std::string shapeValues() const = 0;
     /// Builds the mesh in object space. Returns false with a text that says what is wrong.
-    virtual bool buildShape(Mesh& mesh, std::string& error) = 0;
+    virtual bool makeShape(Mesh& mesh, std::string& error) = 0;
 
     GeometryParams geometry;
 
 private:
-    void mapMaterialIDs(Mesh& mesh) const;
     Placement placement() const { return {geometry.scale, geometry.rotate, geometry.translate}; }
 
     int renderID = 0;
-    std::vector<StringHandle> shaderSets;  // of each part; this and `place`: set in frameBegin
+    // Set in frameBegin, of each part: its shader set, and its material id unless that is its
+    // number.
+    std::vector<StringHandle> shaderSets;
+    std::vector<int> materialIDs;
     Placement place{Color(1), Color(0), Color(0)};
+};
+
+/// A shape that its own parameters, numbers of the struct `P`, describe in full.
+template <class P>
+class ParametricShape : public WithParams<P, HostGeometry> {
+public:
+    using WithParams<P, HostGeometry>::WithParams;
+
+protected:
+    std::string shapeValues() const final {
+        std::string bytes;
+        P::table().forEachNumber(this->params, [&](const auto& number) {
+            bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+        });
+        return bytes;
+    }
 };
 
 }  // namespace Tarnkit

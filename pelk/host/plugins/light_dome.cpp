@@ -8,7 +8,7 @@
 #include "pelk/contract/param_table.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/host/plugins/direction_map.h"
-#include "pelk/host/plugins/placement.h"
+#include "pelk/host/trace/placement.h"
 #include "pelk/host/trace/render_context.h"
 
 namespace Tarnkit {

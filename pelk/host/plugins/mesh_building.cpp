@@ -43,7 +43,7 @@ void addRectangle(Mesh& mesh, Vector centre, Vector u, Vector v, int part) {
     addVertex(mesh, centre + u + v, normal, {1, 1});
     addVertex(mesh, centre - u + v, normal, {0, 1});
     addQuad(mesh, first, first + 1, first + 2, first + 3);
-    mesh.materialIDs.insert(mesh.materialIDs.end(), 2, part);
+    mesh.parts.insert(mesh.parts.end(), 2, part);
 }
 
 }  // namespace Tarnkit

@@ -79,7 +79,7 @@ UV uvAt(const aiVector3D* set, unsigned vertex) {
 
 /// Appends one part. `withUVs`: whether any part has texture coordinates; one without gets zeros.
 /// Normals are there for every part if any is wanted, but a collapsed triangle has none.
-bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withUVs, Mesh& mesh) {
+bool appendPart(const aiMesh& part, int number, bool withNormals, bool withUVs, Mesh& mesh) {
     const u32 first = static_cast<u32>(mesh.positions.size());
     for (unsigned i = 0; i < part.mNumVertices; ++i) {
         const aiVector3D& p = part.mVertices[i];
@@ -104,7 +104,7 @@ bool appendPart(const aiMesh& part, int materialID, bool withNormals, bool withU
             continue;
         mesh.triangles.push_back(
             {first + face.mIndices[0], first + face.mIndices[1], first + face.mIndices[2]});
-        mesh.materialIDs.push_back(materialID);
+        mesh.parts.push_back(number);
     }
     return true;
 }

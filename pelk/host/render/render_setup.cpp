@@ -2,6 +2,7 @@
 
 #include <cassert>
 
+#include "pelk/host/render/shape_library.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/scene/scene_json.h"
 
@@ -12,18 +13,6 @@ namespace {
 /// The JSON pointer of the instance that offers an interface, as messages name places of a scene.
 std::string placeOf(PluginInterface* offered) {
     return pointerTo("/plugins", instanceName(static_cast<Plugin*>(offered->getPlugin())));
-}
-
-/// The geometric normal of each triangle; of one without area, what normalizeGuarded makes of 0.
-std::vector<Vector> faceNormalsOf(const Mesh& mesh) {
-    std::vector<Vector> normals;
-    normals.reserve(mesh.triangles.size());
-    for (const auto& t : mesh.triangles) {
-        const Vector &a = mesh.positions[t[0]], &b = mesh.positions[t[1]],
-                     &c = mesh.positions[t[2]];
-        normals.push_back(normalizeGuarded(cross(b - a, c - a)));
-    }
-    return normals;
 }
 
 void applySettings(const SceneSettings& settings, const RenderOptions& options, int threads,
@@ -87,19 +76,20 @@ bool RenderSetup::prepare(std::string& error) {
 
 bool RenderSetup::buildObjects(std::string& error) {
     [[maybe_unused]] RenderContext noHit;  // the id of an object is the same all over it
-    for (GeometryInterface* geometry : scene.collect<GeometryInterface>()) {
+    const std::vector<GeometryInterface*> geometries = scene.collect<GeometryInterface>();
+    ShapeLibrary library(geometries, renderer.shapes);
+    for (GeometryInterface* geometry : geometries) {
         auto object = std::make_unique<SceneObject>();
-        if (!geometry->buildMesh(object->mesh, error)) {
+        if (!library.makeShape(renderer.objects.size(), *object, error)) {
             error = placeOf(geometry) + ": " + error;
             return false;
         }
-        object->faceNormals = faceNormalsOf(object->mesh);
         object->plugin = geometry->getPlugin();
         object->material = findInterface<MaterialInterface>(geometry->getMaterial());
         object->renderIDs = findInterface<GeomObjectInterface>(object->plugin);
         object->index = static_cast<u32>(renderer.objects.size());
-        // A ray compares Embree's geometry ids, which are these, with the render ids in a surface's
-        // exclude tables. Both number the same geometry in the same order.
+        // A ray compares Embree's ids of objects, which are these, with the render ids in a
+        // surface's exclude tables. Both number the same geometry in the same order.
         assert(!object->renderIDs ||
                object->renderIDs->getRenderID(noHit) == static_cast<int>(object->index));
         renderer.objects.push_back(std::move(object));

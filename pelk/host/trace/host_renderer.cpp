@@ -25,7 +25,7 @@ bool isBlack(Color c) {
 /// differentials take that for unknown.
 Vector transferred(const RenderContext& c, Vector origin, Vector direction) {
     const Vector across = origin + direction * c.hitDistance;
-    const Vector n = c.object->faceNormals[c.triangle];
+    const Vector n = c.triangleNormal;
     return across - c.rayDir * (dot(across, n) / dot(c.rayDir, n));
 }
 
@@ -146,7 +146,8 @@ RenderContext* HostRenderer::spawn(RenderContext& parent, u32 branch) {
 
 void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
     const SceneObject& object = *objects[objectIndex];
-    const Mesh& mesh = object.mesh;
+    const Shape& shape = *object.shape;
+    const Mesh& mesh = shape.mesh;
     c.object = &object;
     c.hitDistance = distance;
     c.hitMapping = c.hitObject = object.plugin;
@@ -156,12 +157,17 @@ void HostRenderer::fillHit(RenderContext& c, u32 objectIndex, float distance) {
     c.hitPoint = c.refractionOrigin = {c.rayOrigin.x + static_cast<double>(c.rayDir.x) * distance,
                                        c.rayOrigin.y + static_cast<double>(c.rayDir.y) * distance,
                                        c.rayOrigin.z + static_cast<double>(c.rayDir.z) * distance};
-    c.faceNormal = c.geomNormal = c.normal = object.faceNormals[c.triangle];
+    c.triangleNormal = shape.faceNormals[c.triangle];
+    if (object.place) [[unlikely]]
+        c.triangleNormal = object.place->normal(c.triangleNormal);
+    c.faceNormal = c.geomNormal = c.normal = c.triangleNormal;
     if (!mesh.normals.empty()) {
         const auto& corners = mesh.triangles[c.triangle];
         c.normal = normalizeGuarded(mesh.normals[corners[0]] * (1.0f - c.baryU - c.baryV) +
                                     mesh.normals[corners[1]] * c.baryU +
                                     mesh.normals[corners[2]] * c.baryV);
+        if (object.place) [[unlikely]]
+            c.normal = object.place->normal(c.normal);
     }
     c.backSide = c.isInside();
     c.flippedSide = 0;

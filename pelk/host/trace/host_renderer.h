@@ -62,6 +62,7 @@ public:
     /// apart, so that their random numbers are independent.
     RenderContext* spawn(RenderContext& parent, u32 branch);
 
+    std::vector<std::unique_ptr<Shape>> shapes;  ///< of the objects, which point to them
     std::vector<std::unique_ptr<SceneObject>> objects;
     Intersector intersector;
     LightLoop lightLoop{*this};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "pelk/base/color.h"
@@ -7,6 +8,7 @@
 #include "pelk/contract/plugin_base.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/host/trace/mesh.h"
+#include "pelk/host/trace/placement.h"
 
 namespace Tarnkit {
 
@@ -17,13 +19,21 @@ public:
     static constexpr InterfaceID<GeometryInterface> kInterfaceID{0x7E1C0001, "EXT_GEOMETRY"};
     u64 getInterfaceID() const override { return kInterfaceID; }
     const char* getInterfaceName() const override { return kInterfaceID.name; }
-    /// Makes the triangles, in world space. Returns false with a text that says what is wrong.
-    /// Called once before a render, when parameters are up to date.
-    virtual bool buildMesh(Mesh& mesh, std::string& error) = 0;
+    /// Bytes that tell the shapes of this scene's geometries apart: any two that answer the same
+    /// make the same by buildShape, which is then called on one of them only. Empty for a shape
+    /// that is like no other. Called before a render, when parameters are up to date, as is what
+    /// follows.
+    virtual std::string shapeKey() = 0;
+    /// Makes the triangles in object space. Returns false with a text that says what is wrong.
+    virtual bool buildShape(Mesh& mesh, std::string& error) = 0;
+    /// Where the object stands, from object space to world space. Returns no value, with a text
+    /// that says what is wrong, if it can't stand there.
+    virtual std::optional<Placement> findPlace(std::string& error) = 0;
     /// The plug-in whose EXT_MATERIAL shades the triangles; may be null.
     virtual PluginBase* getMaterial() = 0;
-    /// The number of the object in the scene: Embree's geometry id, the value of the render_id
-    /// channel and what exclude lists hold. Set before frameBegin, in which materials ask for it.
+    /// The number of the object in the scene: the id by which Embree knows it, the value of the
+    /// render_id channel and what exclude lists hold. Set before frameBegin, in which materials ask
+    /// for it.
     virtual void setRenderID(int id) = 0;
 };
 

@@ -1,12 +1,16 @@
 #include "pelk/host/trace/intersector.h"
 
+#include <algorithm>
+#include <array>
 #include <cassert>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include <embree3/rtcore.h>
 
 #include "pelk/host/trace/render_context.h"
+#include "pelk/host/trace/triangle_rim.h"
 
 namespace Tarnkit {
 
@@ -28,21 +32,46 @@ struct Query {
     HiddenObjects hidden;
 };
 
-/// Intersection filter of every geometry: rejects the triangle that the ray leaves. Rays are traced
-/// one at a time (rtcIntersect1), so there is one ray and one hit to look at.
-void dropOwnTriangle(const RTCFilterFunctionNArguments* args) {
-    const Query& query = *reinterpret_cast<const Query*>(args->context);
-    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
-    if (hit.primID == query.skipTriangle && hit.geomID == query.skipObject)
+/// The number of the object that was hit. An instance is one; other geometry stands in the scene by
+/// itself. The ids of both are numbers of objects, which are render ids too.
+u32 objectOf(const RTCHit& hit) {
+    return hit.instID[0] == RTC_INVALID_GEOMETRY_ID ? hit.geomID : hit.instID[0];
+}
+
+/// What filter functions have in hand. Rays are traced one at a time (rtcIntersect1), so there is
+/// one ray and one hit to look at.
+struct Candidate {
+    const Query& query;
+    const RTCHit& hit;
+    const RTCRay& ray;  ///< within an instance in its space, as is the mesh
+    const Mesh& mesh;
+
+    explicit Candidate(const RTCFilterFunctionNArguments* args)
+        : query(*reinterpret_cast<const Query*>(args->context)),
+          hit(*reinterpret_cast<const RTCHit*>(args->hit)),
+          ray(*reinterpret_cast<const RTCRay*>(args->ray)),
+          mesh(*static_cast<const Mesh*>(args->geometryUserPtr)) {}
+
+    /// Whether it is no hit: on the triangle that the ray leaves, or on the rim beside a triangle.
+    bool isVoid() const {
+        if (hit.primID == query.skipTriangle && objectOf(hit) == query.skipObject)
+            return true;
+        return isNearRim(hit.u, hit.v) &&
+               !meetsTriangle(mesh, hit.primID, {ray.org_x, ray.org_y, ray.org_z},
+                              {ray.dir_x, ray.dir_y, ray.dir_z});
+    }
+};
+
+/// Intersection filter of every geometry.
+void dropVoidHit(const RTCFilterFunctionNArguments* args) {
+    if (Candidate(args).isVoid())
         args->valid[0] = 0;
 }
 
-/// The filter of a ray to which objects are hidden. The exclude tables hold render ids; geometry
-/// ids are the same numbers, as RenderSetup::buildObjects sees to.
+/// The filter of a ray to which objects are hidden.
 void dropHidden(const RTCFilterFunctionNArguments* args) {
-    const Query& query = *reinterpret_cast<const Query*>(args->context);
-    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
-    if (query.hidden.contains(static_cast<int>(hit.geomID)))
+    const Candidate candidate(args);
+    if (candidate.query.hidden.contains(static_cast<int>(objectOf(candidate.hit))))
         args->valid[0] = 0;
 }
 
@@ -59,11 +88,9 @@ void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* vi
 
 /// Occlusion filter of every geometry: rejecting a hit lets the shadow ray go on behind it.
 void visitShadowHit(const RTCFilterFunctionNArguments* args) {
-    const Query& query = *reinterpret_cast<const Query*>(args->context);
-    const RTCHit& hit = *reinterpret_cast<const RTCHit*>(args->hit);
-    const RTCRay& ray = *reinterpret_cast<const RTCRay*>(args->ray);
-    const bool own = hit.primID == query.skipTriangle && hit.geomID == query.skipObject;
-    if (own || query.visitor->visit(hit.geomID, hit.primID, hit.u, hit.v, ray.tfar))
+    const Candidate c(args);
+    if (c.isVoid() || c.query.visitor->visit(objectOf(c.hit), c.hit.primID, withoutRim(c.hit.u),
+                                             withoutRim(c.hit.v), c.ray.tfar))
         args->valid[0] = 0;
 }
 
@@ -91,32 +118,54 @@ void fillRay(RTCRay& ray, const Point& origin, const Vector& direction, double m
     ray.flags = 0;
 }
 
-/// A committed geometry of the mesh's triangles. Without memory for them it is empty, and the
-/// device's error callback has been called.
-RTCGeometry newGeometry(RTCDevice device, const Mesh& mesh) {
+/// A committed geometry of the mesh's triangles, each grown by its rim; `numbers` holds those from
+/// 0 on, as many as the corners at least. Without memory for them it is empty, and the device's
+/// error callback has been called.
+RTCGeometry newTriangles(RTCDevice device, const Mesh& mesh, const std::vector<u32>& numbers) {
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
-    // Embree reads 16 bytes at each vertex, so it gets a padded copy of its own.
-    auto* positions = static_cast<float*>(
-        rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0, RTC_FORMAT_FLOAT3,
-                                3 * sizeof(float), mesh.positions.size()));
-    auto* triangles = static_cast<u32*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0,
-                                                                RTC_FORMAT_UINT3, 3 * sizeof(u32),
-                                                                mesh.triangles.size()));
-    if (positions && triangles) {
-        for (const Vector& p : mesh.positions) {
-            *positions++ = p.x;
-            *positions++ = p.y;
-            *positions++ = p.z;
+    const u32 count = static_cast<u32>(mesh.triangles.size());
+    // Embree reads 16 bytes at each vertex, so it gets a padded buffer of its own.
+    auto* corner = static_cast<Vector*>(rtcSetNewGeometryBuffer(geometry, RTC_BUFFER_TYPE_VERTEX, 0,
+                                                                RTC_FORMAT_FLOAT3, sizeof(Vector),
+                                                                std::size_t{3} * count));
+    if (corner) {
+        for (u32 triangle = 0; triangle < count; ++triangle) {
+            for (const Vector& grown : grownTriangle(mesh, triangle))
+                *corner++ = grown;
         }
-        for (const auto& triangle : mesh.triangles) {
-            for (u32 corner : triangle)
-                *triangles++ = corner;
-        }
+        rtcSetSharedGeometryBuffer(geometry, RTC_BUFFER_TYPE_INDEX, 0, RTC_FORMAT_UINT3,
+                                   numbers.data(), 0, 3 * sizeof(u32), count);
     }
-    rtcSetGeometryIntersectFilterFunction(geometry, dropOwnTriangle);
+    rtcSetGeometryUserData(geometry, const_cast<Mesh*>(&mesh));  // read only, by Candidate
+    rtcSetGeometryIntersectFilterFunction(geometry, dropVoidHit);
     rtcSetGeometryOccludedFilterFunction(geometry, visitShadowHit);
     rtcCommitGeometry(geometry);
     return geometry;
+}
+
+/// A committed geometry that places the triangles of another scene.
+RTCGeometry newInstance(RTCDevice device, RTCScene shape, const Placement& place) {
+    RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_INSTANCE);
+    const std::array<Vector, 4> columns = place.columns();
+    static_assert(sizeof columns == 12 * sizeof(float));
+    rtcSetGeometryInstancedScene(geometry, shape);
+    rtcSetGeometryTransform(geometry, 0, RTC_FORMAT_FLOAT3X4_COLUMN_MAJOR, columns.data());
+    rtcCommitGeometry(geometry);
+    return geometry;
+}
+
+RTCScene newScene(RTCDevice device) {
+    const RTCScene scene = rtcNewScene(device);
+    rtcSetSceneFlags(scene, RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION);
+    // Not high quality: its spatial splits put a triangle into several leaves, and a transparent
+    // one would attenuate a shadow ray more than once.
+    rtcSetSceneBuildQuality(scene, RTC_BUILD_QUALITY_MEDIUM);
+    return scene;
+}
+
+void attach(RTCScene scene, RTCGeometry geometry, u32 id) {
+    rtcAttachGeometryByID(scene, geometry, id);
+    rtcReleaseGeometry(geometry);
 }
 
 /// Error callback of a device; `text` is the std::string that build reports.
@@ -129,10 +178,18 @@ void keepDeviceError(void* text, RTCError, const char* message) {
 Intersector::Intersector() : device(rtcNewDevice(kDeviceSettings)) {}
 
 Intersector::~Intersector() {
-    if (scene)
-        rtcReleaseScene(scene);
+    clear();
     if (device)
         rtcReleaseDevice(device);
+}
+
+void Intersector::clear() {
+    if (scene)
+        rtcReleaseScene(scene);
+    for (const auto& [shape, shared] : shapeScenes)
+        rtcReleaseScene(shared);
+    scene = nullptr;
+    shapeScenes.clear();
 }
 
 bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects,
@@ -141,27 +198,37 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
         error = "the ray library can't be started";
         return false;
     }
-    if (scene)
-        rtcReleaseScene(scene);
+    clear();
     std::string failure;
     rtcSetDeviceErrorFunction(device, keepDeviceError, &failure);
-    scene = rtcNewScene(device);
-    // Robust: without it rays leak through the edges that triangles share, a few in a million.
-    rtcSetSceneFlags(scene, RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION | RTC_SCENE_FLAG_ROBUST);
-    // Not high quality: its spatial splits put a triangle into several leaves, and a transparent
-    // one would attenuate a shadow ray more than once.
-    rtcSetSceneBuildQuality(scene, RTC_BUILD_QUALITY_MEDIUM);
+    std::size_t most = 0;
+    for (const auto& object : objects)
+        most = std::max(most, object->shape->mesh.triangles.size());
+    numbers.resize(3 * most + 4);  // Embree may read 16 bytes at the last triangle
+    std::iota(numbers.begin(), numbers.end(), 0u);
+    scene = newScene(device);
     for (const auto& object : objects) {
-        RTCGeometry geometry = newGeometry(device, object->mesh);
-        // A hit brings back the geometry id alone: the number of the object, and its render id.
+        // A hit brings back this id alone: the number of the object, and its render id.
         assert(objects[object->index] == object);
-        rtcAttachGeometryByID(scene, geometry, object->index);
-        rtcReleaseGeometry(geometry);
+        attach(scene, newGeometry(*object), object->index);
     }
     rtcCommitScene(scene);
     rtcSetDeviceErrorFunction(device, nullptr, nullptr);
     error = failure;
     return failure.empty();
+}
+
+RTCGeometryTy* Intersector::newGeometry(const SceneObject& object) {
+    const Mesh& mesh = object.shape->mesh;
+    if (!object.place)
+        return newTriangles(device, mesh, numbers);
+    RTCScene& shared = shapeScenes[object.shape];
+    if (!shared) {
+        shared = newScene(device);
+        attach(shared, newTriangles(device, mesh, numbers), 0);
+        rtcCommitScene(shared);
+    }
+    return newInstance(device, shared, *object.place);
 }
 
 SceneBounds Intersector::bounds() const {
@@ -185,24 +252,12 @@ float Intersector::closest(const RenderContext& ray, u32& object, RenderContext&
     fillRay(rayHit.ray, ray.rayOrigin, ray.rayDir, ray.rayMinT, ray.rayMaxT);
     rayHit.hit.geomID = rayHit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
     rtcIntersect1(scene, &query.context, &rayHit);
-    if (rayHit.hit.geomID == RTC_INVALID_GEOMETRY_ID && !ray.isIndirectDiffuse) {
-        // The edges of a closed mesh are closed, but right at a corner rounding may put a ray
-        // outside of all triangles around it. A hair beside it there are edges alone. Cameras and
-        // mirrors may aim at a corner; to the last bit random directions never do.
-        constexpr float kHair = 1e-6f;
-        Vector aside, across;
-        makeBasis(ray.rayDir, aside, across);
-        rayHit.ray.dir_x += kHair * aside.x;
-        rayHit.ray.dir_y += kHair * aside.y;
-        rayHit.ray.dir_z += kHair * aside.z;
-        rtcIntersect1(scene, &query.context, &rayHit);
-    }
     if (rayHit.hit.geomID == RTC_INVALID_GEOMETRY_ID)
         return -1.0f;
-    object = rayHit.hit.geomID;
+    object = objectOf(rayHit.hit);
     hit.triangle = rayHit.hit.primID;
-    hit.baryU = rayHit.hit.u;
-    hit.baryV = rayHit.hit.v;
+    hit.baryU = withoutRim(rayHit.hit.u);
+    hit.baryV = withoutRim(rayHit.hit.v);
     return rayHit.ray.tfar;
 }
 

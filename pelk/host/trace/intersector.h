@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "pelk/base/color.h"
@@ -10,6 +11,7 @@
 
 struct RTCSceneTy;
 struct RTCDeviceTy;
+struct RTCGeometryTy;
 
 namespace Tarnkit {
 
@@ -38,7 +40,8 @@ inline bool isTraceable(const Point& origin, const Vector& direction, double min
 /// Ray-triangle intersection by Embree. After build, any number of threads may ask at once.
 /// Against self-intersection a hit on the triangle that a ray leaves is ignored, since a flat
 /// triangle can't be hit again from its own plane. For the triangles beside it, which share an edge
-/// or lie upon it, rays start a few rounding steps of their coordinates off the origin.
+/// or lie upon it, rays start a few rounding steps of their coordinates off the origin. No ray
+/// passes between triangles that share an edge or a corner (triangle_rim.h).
 class Intersector {
 public:
     Intersector();
@@ -46,8 +49,9 @@ public:
     Intersector(const Intersector&) = delete;
     Intersector& operator=(const Intersector&) = delete;
 
-    /// Takes over the triangles of all objects, whose meshes must stay where they are. Returns
-    /// false with a text that says what went wrong.
+    /// Takes over the triangles of all objects, whose shapes must stay where they are. One with a
+    /// place of its own becomes an instance: its shape is built once for all objects that share it.
+    /// Returns false with a text that says what went wrong.
     bool build(const std::vector<std::unique_ptr<SceneObject>>& objects, std::string& error);
     SceneBounds bounds() const;
 
@@ -64,8 +68,16 @@ public:
                     u32 skipTriangle, ShadowVisitor& visitor) const;
 
 private:
+    void clear();
+    /// The geometry by which an object enters the scene: its triangles, or an instance of those
+    /// that it shares.
+    RTCGeometryTy* newGeometry(const SceneObject& object);
+
     RTCDeviceTy* device = nullptr;
     RTCSceneTy* scene = nullptr;
+    /// The triangles of instances, each once.
+    std::unordered_map<const Shape*, RTCSceneTy*> shapeScenes;
+    std::vector<u32> numbers;  // 0, 1, 2, ...: the index buffer of all geometry
 };
 
 }  // namespace Tarnkit

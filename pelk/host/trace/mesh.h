@@ -13,7 +13,7 @@ struct UV {
     float u = 0.0f, v = 0.0f;
 };
 
-/// A triangle mesh in world space. Seen from the front, the vertices run counter-clockwise.
+/// A triangle mesh. Seen from the front, the vertices run counter-clockwise.
 struct Mesh {
     std::vector<Vector> positions;
     std::vector<Vector> normals;  ///< unit, one per vertex; empty for flat shading
@@ -21,7 +21,6 @@ struct Mesh {
     /// Sets 1, 2, ... of texture coordinates, each one per vertex; none without set 0, `uvs`.
     std::vector<std::vector<UV>> furtherUVs;
     std::vector<std::array<u32, 3>> triangles;
-    std::vector<int> materialIDs;  ///< one per triangle; empty stands for 0 everywhere
     std::vector<int> parts;  ///< number of the part of each triangle; empty stands for 0 everywhere
 
     bool isEmpty() const { return triangles.empty(); }

@@ -12,7 +12,7 @@ RenderThread& RenderContext::thread() const {
 }
 
 bool RenderContext::isInside() const {
-    return dotDouble(rayDir, object->faceNormals[triangle]) > 0.0f;
+    return dotDouble(rayDir, triangleNormal) > 0.0f;
 }
 
 void RenderContext::releaseContext() {

@@ -27,6 +27,7 @@ public:
     u32 triangle = 0;                     ///< index in the object's mesh
     float baryU = 0.0f, baryV = 0.0f;     ///< barycentric, of the second and third vertex
     float hitDistance = 0.0f;
+    Vector triangleNormal;        ///< unit: the triangle's own, whichever way the hit is turned
     int lightMis = -1;            ///< the hit's answer of usesLightMis, 0 or 1; -1: not asked yet
     bool diffuseIsBlack = false;  ///< the sampler that the light loop lit last has no diffuse part
 

@@ -26,8 +26,9 @@ const std::vector<UV>& uvSet(const Mesh& mesh, int set) {
 
 /// The tangents dp/du and dp/dv of a triangle. Returns false if its UVs are missing or degenerate;
 /// almost degenerate ones may give tangents that aren't finite.
-bool uvAxes(const Mesh& mesh, const std::vector<UV>& uvs, u32 triangle, Vector& alongU,
-            Vector& alongV) {
+bool uvAxes(const SceneObject& object, int set, u32 triangle, Vector& alongU, Vector& alongV) {
+    const Mesh& mesh = object.shape->mesh;
+    const std::vector<UV>& uvs = uvSet(mesh, set);
     if (uvs.empty())
         return false;
     const auto& corners = mesh.triangles[triangle];
@@ -36,8 +37,12 @@ bool uvAxes(const Mesh& mesh, const std::vector<UV>& uvs, u32 triangle, Vector& 
     const float area = u1 * v2 - u2 * v1;
     if (!(area != 0.0f))
         return false;
-    const Vector e1 = mesh.positions[corners[1]] - mesh.positions[corners[0]];
-    const Vector e2 = mesh.positions[corners[2]] - mesh.positions[corners[0]];
+    Vector e1 = mesh.positions[corners[1]] - mesh.positions[corners[0]];
+    Vector e2 = mesh.positions[corners[2]] - mesh.positions[corners[0]];
+    if (object.place) {
+        e1 = object.place->direction(e1);
+        e2 = object.place->direction(e2);
+    }
     alongU = (e1 * v2 - e2 * v1) * (1.0f / area);
     alongV = (e2 * u1 - e1 * u2) * (1.0f / area);
     return true;
@@ -61,18 +66,20 @@ bool frameAlong(const Vector& u, const Vector& v, const Vector& n, Transform& ou
 
 UV surfaceUV(const PelkContext& context, int set) {
     const RenderContext& hit = hostContext(context);
-    if (!hit.object || hit.object->mesh.uvs.empty())
+    if (!hit.object || hit.object->shape->mesh.uvs.empty())
         return {};
-    const Mesh& mesh = hit.object->mesh;
+    const SceneObject& object = *hit.object;
+    const Mesh& mesh = object.shape->mesh;
     const std::vector<UV>& uvs = uvSet(mesh, set);
     const auto& corners = mesh.triangles[hit.triangle];
-    const Vector& n = hit.object->faceNormals[hit.triangle];
+    const Vector& n = object.shape->faceNormals[hit.triangle];
     const Vector &a = mesh.positions[corners[0]], &b = mesh.positions[corners[1]],
                  &c = mesh.positions[corners[2]];
     // Barycentric coordinates by areas, not those of the hit: hitPoint may have been moved along
     // the surface since, as for the finite differences of a bump map.
-    const double wa = partArea(hit.hitPoint, b, c, n), wb = partArea(hit.hitPoint, c, a, n),
-                 wc = partArea(hit.hitPoint, a, b, n), sum = wa + wb + wc;
+    const Point at = object.place ? object.place->toObject(hit.hitPoint) : hit.hitPoint;
+    const double wa = partArea(at, b, c, n), wb = partArea(at, c, a, n), wc = partArea(at, a, b, n),
+                 sum = wa + wb + wc;
     if (!(sum > 0.0))
         return uvs[corners[0]];
     const UV &ua = uvs[corners[0]], &ub = uvs[corners[1]], &uc = uvs[corners[2]];
@@ -86,8 +93,7 @@ Transform surfaceFrame(const PelkContext& context, int set) {
     const Vector n = hit.flippedSide ? -hit.normal : hit.normal;
     Vector u, v;
     Transform frame;
-    if (hit.object && uvAxes(hit.object->mesh, uvSet(hit.object->mesh, set), hit.triangle, u, v) &&
-        frameAlong(u, v, n, frame))
+    if (hit.object && uvAxes(*hit.object, set, hit.triangle, u, v) && frameAlong(u, v, n, frame))
         return frame;
     makeBasis(n, u, v);
     return frameAlong(u, v, n, frame) ? frame : Transform();

@@ -6,7 +6,7 @@
 #include "host/plugins/plugin_holder.h"
 #include "pelk/host/plugins/geom_sphere.h"
 #include "pelk/host/plugins/mesh_loader.h"
-#include "pelk/host/plugins/placement.h"
+#include "pelk/host/trace/placement.h"
 #include "temporary_directory.h"
 
 namespace Tarnkit {
@@ -123,7 +123,7 @@ TEST_F(MeshLoaderTest, ReadsEachFormat) {
         expectNormalsInFront(mesh);
     }
     ASSERT_TRUE(load("q.obj", false));
-    EXPECT_THAT(mesh.materialIDs, testing::ElementsAre(0, 0, 1));
+    EXPECT_THAT(mesh.parts, testing::ElementsAre(0, 0, 1));
     EXPECT_EQ(mesh.uvs.size(), mesh.positions.size());
     EXPECT_TRUE(mesh.normals.empty());
 

@@ -43,12 +43,14 @@ public:
         EXPECT_TRUE(plugin.prepare(where..., error)) << error;
     }
 
-    /// The mesh of a geometry in a new frame.
-    auto build() {
+    /// The mesh of a geometry in a new frame, in world space or that of the object.
+    auto build(bool placed = true) {
         Mesh mesh;
         std::string error;
         startFrame();
-        EXPECT_TRUE(plugin.buildMesh(mesh, error)) << error;
+        EXPECT_TRUE(plugin.buildShape(mesh, error)) << error;
+        if (placed)
+            plugin.findPlace(error)->apply(mesh);
         return mesh;
     }
 

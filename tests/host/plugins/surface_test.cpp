@@ -12,24 +12,36 @@ namespace Tarnkit {
 namespace {
 
 /// A hit in the middle of a triangle of a shape.
-template <class Shape>
-class ShapeHit : public PluginHolder<Shape> {
+template <class Geometry>
+class ShapeHit : public PluginHolder<Geometry> {
 public:
     RenderContext& at(u32 triangle) {
-        const Mesh& mesh = object.mesh = this->build();
+        Mesh& mesh = shape.mesh = this->build(false);
+        std::string error;
+        const Placement place = *this->plugin.findPlace(error);
+        object.shape = &shape;
+        object.place.reset();
+        if (isInstance)
+            object.place = place;
+        else
+            place.apply(mesh);
         const auto& t = mesh.triangles[triangle];
         const Vector a = mesh.positions[t[0]], b = mesh.positions[t[1]], c = mesh.positions[t[2]];
-        object.faceNormals.resize(mesh.triangles.size());
-        object.faceNormals[triangle] = normalizeGuarded(cross(b - a, c - a));
+        shape.faceNormals = faceNormalsOf(mesh);
         context.object = &object;
         context.hitObject = &this->plugin;
         context.triangle = triangle;
         context.flippedSide = 0;
-        context.normal = object.faceNormals[triangle];
-        context.hitPoint = Point() + (a + b + c) * (1 / 3.0f);
+        context.normal = shape.faceNormals[triangle];
+        const Vector middle = (a + b + c) * (1 / 3.0f);
+        context.hitPoint = isInstance ? place.point(middle) : Point() + middle;
+        if (isInstance)
+            context.normal = place.normal(context.normal);
         return context;
     }
 
+    bool isInstance = false;
+    Shape shape;
     SceneObject object;
     RenderContext context;
 };
@@ -64,11 +76,12 @@ TEST(HitObject, FramesAndCoordinatesAgreeUnderTurnedAndMirroredInstances) {
     map.startFrame();
     for (int round = 0; round < 200; ++round) {
         ShapeHit<GeomQuad> quad;
+        quad.isInstance = round % 3 == 0;
         quad.set("scale", Color(factor(), factor(), factor()));
         quad.set("rotate", Color(unit(random), unit(random), unit(random)) * 180.0f);
         quad.set("translate", Color(unit(random), unit(random), unit(random)) * 10.0f);
         RenderContext& hit = quad.at(static_cast<u32>(round) % 2);
-        Mesh& mesh = quad.object.mesh;
+        Mesh& mesh = quad.shape.mesh;
         mesh.furtherUVs = {{{9, 9}, {9, 8}, {7, 8}, {7, 9}}};  // mirrored
         const Vector uv = quad.plugin.getSurfaceUVW(hit, 1);
         const Vector mapped = map.plugin.getUVW(hit) - Vector(10 - 3 * uv.y, 20 + 2 * uv.x, 30);
@@ -83,7 +96,8 @@ TEST(HitObject, FramesAndCoordinatesAgreeUnderTurnedAndMirroredInstances) {
             const auto& uvs = channel == 1 ? mesh.furtherUVs[0] : mesh.uvs;
             const Point start = hit.hitPoint;
             for (const u32 corner : mesh.triangles[hit.triangle]) {
-                hit.hitPoint = Point() + mesh.positions[corner];
+                const Vector& p = mesh.positions[corner];
+                hit.hitPoint = quad.object.place ? quad.object.place->point(p) : Point() + p;
                 const Vector uvw = quad.plugin.getSurfaceUVW(hit, channel);
                 EXPECT_NEAR(length(uvw - Vector(uvs[corner].u, uvs[corner].v, 0)), 0.0f, 1e-4f);
             }
@@ -125,7 +139,7 @@ TEST(HitObject, UnusableCoordinatesGiveAFrameNonetheless) {
         SCOPED_TRACE(c.what);
         ShapeHit<GeomQuad> quad;
         RenderContext& hit = quad.at(0);
-        quad.object.mesh.uvs = c.uvs;
+        quad.shape.mesh.uvs = c.uvs;
         const Vector uvw = quad.plugin.getSurfaceUVW(hit, -1);
         EXPECT_TRUE(std::isfinite(uvw.x) && std::isfinite(uvw.y));
         const Transform frame = quad.plugin.getSurfaceFrame(hit, -1);

@@ -1,5 +1,7 @@
 // Pictures, by what must hold of them.
 
+#include <cmath>
+#include <fstream>
 #include <numbers>
 #include <span>
 #include <sstream>
@@ -297,6 +299,73 @@ TEST_F(RenderTest, WhatCannotBeRenderedIsRefusedByName) {
             renderScene(*scene, optionsOf(1), nullptr, nullptr, false, picture);
         EXPECT_THAT(result.error, testing::StartsWith(c.error));
     }
+}
+
+/// Sixty balls of two kinds around a mirror that hides every third of them, some of them clear and
+/// mirrored, all with materials of their own. `step`: by how much each is larger than the last.
+std::string crowdOf(double step) {
+    std::ostringstream scene;
+    std::string hidden;
+    scene << std::fixed;
+    for (int i = 0; i < 60; ++i) {
+        const char* const image = i % 5 ? "" : R"(, "scale": [-1, 1.5, 1])";
+        const int column = i % 10, row = i / 10;
+        scene << "\"m" << i << R"(": {"type": "MtlDiffuse", "diffuse": [0.1, 0.6, )" << i / 60.0
+              << R"(], "transparency": [)" << (i % 4 ? 0.0 : 0.6) << ", 0.3, 0]},\n\"b" << i
+              << R"(": {"type": "GeomSphere", "segments": )" << (i % 2 ? 16 : 21)
+              << R"(, "material": "m)" << i << R"(", "rotate": [20, )" << i << R"(, 5], "radius": )"
+              << 0.12 + step * i << image << R"(, "translate": [)" << 0.25 * column - 1.1 << ", "
+              << 0.4 * row - 1 << ", " << 0.1 * (i % 3) << "]},\n";
+        hidden += i % 3 ? "" : (hidden.empty() ? "\"b" : ", \"b") + std::to_string(i) + "\"";
+    }
+    scene
+        << R"("choosy": {"type": "MtlWrapper", "base_material": "silver", "reflection_exclude": [)"
+        << hidden << R"(]},
+        "mirror": {"type": "GeomQuad", "width": 9, "height": 9, "translate": [0, 0, -1],
+                   "material": "choosy"},
+        "sun": {"type": "LightSun", "direction": [-1, 2, 1.5], "angle": 4})";
+    return scene.str();
+}
+
+TEST_F(RenderTest, EqualObjectsThatShareTheirTrianglesLookAsIfTheyHadTheirOwn) {
+    std::vector<Color> pixels[2];
+    for (const double step : {0.0, 3e-7}) {
+        const auto scene = read(crowdOf(step), R"("max_depth": 4, "background": [0.3, 0.4, 0.5])");
+        ASSERT_TRUE(scene);
+        Picture crowd;
+        render(*scene, crowd, optionsOf(16, 48, 48));
+        pixels[step > 0.0] = pixelsOf<Color>(crowd, 0);
+    }
+    int other = 0;
+    for (std::size_t i = 0; i < pixels[0].size(); ++i) {
+        const Color d = pixels[0][i] - pixels[1][i];
+        other += std::fabs(d.r) + std::fabs(d.g) + std::fabs(d.b) > 0.02f;
+    }
+    EXPECT_LT(other, 30) << "of " << pixels[0].size() << " pixels";
+    expectNear(meanOf(pixels[0]), meanOf(pixels[1]), 5e-4f);
+}
+
+/// The most memory that the process has had, in MB; 0 where the system doesn't tell.
+long peakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        long kilobytes;
+        if (word == "VmHWM:" && status >> kilobytes)
+            return kilobytes / 1024;
+    }
+    return 0;
+}
+
+TEST_F(RenderTest, EqualBallsTakeTheMemoryOfOne) {
+    std::ostringstream balls;
+    for (int i = 0; i < 600; ++i)
+        balls << "\"b" << i << R"(": {"type": "GeomSphere", "translate": [)" << i << ", 0, 0]},";
+    const long before = peakMemory();
+    const auto scene = read(balls.str() + R"("sky": {"type": "LightDome"})", "");
+    ASSERT_TRUE(scene);
+    Picture row;
+    render(*scene, row, optionsOf(1));
+    EXPECT_LT(peakMemory() - before, 300) << "1,600 MB if each has triangles of its own";
 }
 
 }  // namespace

@@ -50,7 +50,9 @@ TEST(Intersector, NoRayLeavesAClosedMeshThroughItsEdgesAndCorners) {
     std::vector<std::unique_ptr<SceneObject>> objects;
     objects.push_back(std::make_unique<SceneObject>());
     const Vector centre(13, -57, 30);
-    Mesh& mesh = objects[0]->mesh = unevenBall(centre, 40, random);
+    Shape shape;
+    objects[0]->shape = &shape;
+    Mesh& mesh = shape.mesh = unevenBall(centre, 40, random);
     Intersector intersector;
     std::string error;
     ASSERT_TRUE(intersector.build(objects, error)) << error;

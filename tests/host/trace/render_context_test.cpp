@@ -17,22 +17,23 @@ class RenderContextTest : public testing::Test {
 protected:
     RenderContextTest() {
         renderer.objects.push_back(std::make_unique<SceneObject>());
-        plane().faceNormals.resize(1);
+        renderer.objects[0]->shape = &plane;
+        plane.faceNormals.resize(1);
         for (RenderContext& ray : rays) {
             ray = {};
             ray.threadData = &thread;
         }
     }
-    SceneObject& plane() { return *renderer.objects[0]; }
     Vector vector() { return {even(random), even(random), even(random)}; }
 
     /// Has the ray meet the plane through `point`.
     void meet(RenderContext& ray, Point point) {
-        const Vector n = plane().faceNormals[0];
+        const Vector n = plane.faceNormals[0];
         const float distance = dot(point - ray.rayOrigin, n) / dot(ray.rayDir, n);
         renderer.fillHit(ray, 0, distance);
     }
 
+    Shape plane;
     HostRenderer renderer;
     RenderThread thread{renderer, 0};
     RenderContext rays[2];
@@ -56,7 +57,7 @@ TEST_F(RenderContextTest, DifferentialsAreThoseOfTheNextPixelsRay) {
         std::vector<RenderContext*> spawned;
         bool isTame = true;
         for (int bounce = 0; bounce < 2; ++bounce) {
-            const Vector n = plane().faceNormals[0] = normalizeGuarded(vector());
+            const Vector n = plane.faceNormals[0] = normalizeGuarded(vector());
             const Point place = pair[0]->rayOrigin + pair[0]->rayDir * 2.0f;
             const bool refracts = random() % 2;
             for (RenderContext*& ray : pair) {
@@ -91,7 +92,7 @@ public:
 };
 
 TEST_F(RenderContextTest, MediaEndWhereTheirOwnSurfaceIsLeft) {
-    plane().faceNormals[0] = {0, 0, 1};
+    plane.faceNormals[0] = {0, 0, 1};
     Medium media[4];
     for (int round = 0; round < 300; ++round) {
         RenderContext& ray = rays[0];

@@ -1,4 +1,4 @@
-#include "pelk/host/plugins/placement.h"
+#include "pelk/host/trace/placement.h"
 
 #include <cmath>
 #include <numbers>
@@ -58,25 +58,56 @@ Vector Placement::direction(Vector v) const {
     return {row(0), row(1), row(2)};
 }
 
-void Placement::apply(Mesh& mesh) const {
-    const auto turned = [&](double x, double y, double z, int row) {
-        return rotation[row][0] * x + rotation[row][1] * y + rotation[row][2] * z;
-    };
-    for (Vector& p : mesh.positions) {
-        const double x = p.x * scale[0], y = p.y * scale[1], z = p.z * scale[2];
-        p = {roundToFloat(turned(x, y, z, 0) + offset[0]),
-             roundToFloat(turned(x, y, z, 1) + offset[1]),
-             roundToFloat(turned(x, y, z, 2) + offset[2])};
-    }
+double Placement::turned(double x, double y, double z, int row) const {
+    return rotation[row][0] * x + rotation[row][1] * y + rotation[row][2] * z;
+}
+
+Point Placement::point(const Vector& p) const {
+    const double x = p.x * scale[0], y = p.y * scale[1], z = p.z * scale[2];
+    return {turned(x, y, z, 0) + offset[0], turned(x, y, z, 1) + offset[1],
+            turned(x, y, z, 2) + offset[2]};
+}
+
+Vector Placement::normal(Vector n) const {
     // Inverse transpose: rotations stay, scales are inverted.
-    for (Vector& n : mesh.normals) {
-        const double x = n.x / scale[0], y = n.y / scale[1], z = n.z / scale[2];
-        const double len = std::sqrt(x * x + y * y + z * z);
-        if (!(len > 0.0))
-            continue;
-        n = {roundToFloat(turned(x, y, z, 0) / len), roundToFloat(turned(x, y, z, 1) / len),
-             roundToFloat(turned(x, y, z, 2) / len)};
+    const double x = n.x / scale[0], y = n.y / scale[1], z = n.z / scale[2];
+    const double len = std::sqrt(x * x + y * y + z * z);
+    if (!(len > 0.0))
+        return n;
+    return {roundToFloat(turned(x, y, z, 0) / len), roundToFloat(turned(x, y, z, 1) / len),
+            roundToFloat(turned(x, y, z, 2) / len)};
+}
+
+Point Placement::toObject(const Point& p) const {
+    const double d[3] = {p.x - offset[0], p.y - offset[1], p.z - offset[2]};
+    // The inverse of a rotation is its transpose.
+    const auto back = [&](int i) {
+        return (rotation[0][i] * d[0] + rotation[1][i] * d[1] + rotation[2][i] * d[2]) / scale[i];
+    };
+    return {back(0), back(1), back(2)};
+}
+
+std::array<Vector, 4> Placement::columns() const {
+    return {direction({1, 0, 0}),
+            direction({0, 1, 0}),
+            direction({0, 0, 1}),
+            {roundToFloat(offset[0]), roundToFloat(offset[1]), roundToFloat(offset[2])}};
+}
+
+void Placement::moveOrigin(const Vector& by) {
+    const Point origin = point(by);
+    offset[0] = origin.x;
+    offset[1] = origin.y;
+    offset[2] = origin.z;
+}
+
+void Placement::apply(Mesh& mesh) const {
+    for (Vector& p : mesh.positions) {
+        const Point world = point(p);
+        p = {roundToFloat(world.x), roundToFloat(world.y), roundToFloat(world.z)};
     }
+    for (Vector& n : mesh.normals)
+        n = normal(n);
     if (scale[0] * scale[1] * scale[2] < 0.0) {
         for (auto& triangle : mesh.triangles)
             std::swap(triangle[1], triangle[2]);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <array>
+
 #include "pelk/base/color.h"
+#include "pelk/base/vector.h"
 #include "pelk/host/trace/mesh.h"
 
 namespace Tarnkit {
@@ -19,8 +22,23 @@ public:
     void apply(Mesh& mesh) const;
     /// Transforms a vector of object space to world space; its length follows the scale.
     Vector direction(Vector v) const;
+    /// Transforms a surface normal to world space, by the inverse transpose: unit again, or `n` as
+    /// it is if its length can't be told.
+    Vector normal(Vector n) const;
+    /// Transforms a point of object space to world space.
+    Point point(const Vector& p) const;
+    /// Transforms a point of world space to object space.
+    Point toObject(const Point& p) const;
+    /// The map from object space to world space by its columns: the images of the axes, then that
+    /// of the origin.
+    std::array<Vector, 4> columns() const;
+    /// Moves the origin of object space to what is `by` in it now; the world stays as it is.
+    void moveOrigin(const Vector& by);
 
 private:
+    /// A component of the rotated vector (x, y, z).
+    double turned(double x, double y, double z, int row) const;
+
     double scale[3];
     double rotation[3][3];  // rows
     double offset[3];
