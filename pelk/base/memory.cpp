@@ -6,6 +6,7 @@
 #include "pelk/base/exception_msg.h"
 #include "pelk/base/heap_report.h"
 #include "pelk/platform/heap.h"
+#include "pelk/platform/memory_shortage.h"
 
 namespace Tarnkit {
 
@@ -34,6 +35,7 @@ void freeMemory(void* memory) noexcept {
 }
 
 void allocationFailed(std::size_t size) {
+    platform::noteMemoryShortage();
     debugPrint("[operator new] failed (size is %i)\n", static_cast<int>(size));
     const u64 heapSize = getHeapSize();
     const u64 freeSize = getFreeHeapMemory();

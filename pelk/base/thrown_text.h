@@ -1,15 +1,17 @@
 #pragma once
 
 #include <exception>
+#include <new>
 #include <string>
 
 #include "pelk/base/exception_msg.h"
 
 namespace Tarnkit {
 
-/// The words of the exception that is being handled: the text of an ExceptionMsg, `what` of a
-/// standard exception, "unknown exception" of anything else. To be called inside a `catch (...)`
-/// only; outside there is nothing to rethrow and the program ends.
+/// The words of the exception that is being handled: the text of an ExceptionMsg, "out of memory"
+/// for std::bad_alloc, `what` of another standard exception, "unknown exception" of anything else.
+/// To be called inside a `catch (...)` only; outside there is nothing to rethrow and the program
+/// ends.
 ///
 ///     try {
 ///         scene.load(file);
@@ -27,6 +29,8 @@ inline std::string thrownText() {
         throw;
     } catch (const ExceptionMsg& failure) {
         return failure.text;
+    } catch (const std::bad_alloc&) {
+        return "out of memory";
     } catch (const std::exception& failure) {
         return failure.what();
     } catch (...) {

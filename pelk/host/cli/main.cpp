@@ -1,9 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "pelk/base/thrown_text.h"
@@ -12,6 +14,7 @@
 #include "pelk/host/render/plugin_faults.h"
 #include "pelk/platform/console.h"
 #include "pelk/platform/debug_stream.h"
+#include "pelk/platform/memory_shortage.h"
 #include "pelk/platform/output_file.h"
 #include "pelk/platform/stop_signals.h"
 #include "pelk/support/message_text.h"
@@ -76,14 +79,53 @@ ExitCode run(int argc, char** argv) {
     return exitCode;
 }
 
+/// Ends the program with a line of text where nothing else of it can be trusted to run.
+[[noreturn]] void endWith(ExitCode code, const char* line) {
+    platform::dropUnfinishedOutput();
+    platform::writeErrorOutput(line);
+    std::_Exit(static_cast<int>(code));
+}
+
+/// Whether an exception that nobody caught is about memory, or a thread that can't be had: the
+/// libraries throw both in places that no exception may leave.
+bool isShortage() {
+    try {
+        if (std::current_exception())
+            throw;
+    } catch (const std::bad_alloc&) {
+        return true;
+    } catch (const std::system_error&) {
+        return true;
+    } catch (...) {
+    }
+    return platform::hadMemoryShortage();
+}
+
 /// Of a fault that can't be thrown through the function it is in, and of whatever else ends here.
 [[noreturn]] void onTerminate() {
+    if (hadPluginFault())
+        endWith(ExitCode::PluginFaulted, "pelk: a plug-in faulted\n");
+    if (isShortage())
+        endWith(ExitCode::SystemFailed, "pelk: out of memory\n");
     platform::dropUnfinishedOutput();
-    if (!hadPluginFault())
-        std::abort();
-    platform::writeErrorOutput("pelk: a plug-in faulted\n");
-    std::_Exit(static_cast<int>(ExitCode::PluginFaulted));
+    std::abort();
 }
+
+/// Runs before the constructors of the libraries that the image library brings along, some of which
+/// end in a fault without memory, or start threads.
+void checkMemoryForStart(int, char**, char**) {
+    constexpr std::size_t kLibraries = std::size_t{40} << 20;
+    constexpr int kThreads = 4;
+    std::set_terminate(onTerminate);
+    if (!platform::canHaveMemory(kLibraries, kThreads))
+        endWith(ExitCode::SystemFailed, "pelk: out of memory before the start\n");
+}
+
+// The sanitizers have tables of their own to set up first.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+[[gnu::section(".preinit_array"),
+  gnu::used]] void (*const kBeforeLibraries)(int, char**, char**) = checkMemoryForStart;
+#endif
 
 ExitCode runGuarded(int argc, char** argv) {
     try {
@@ -95,18 +137,28 @@ ExitCode runGuarded(int argc, char** argv) {
     }
 }
 
+/// Where memory has run out, what a library calls broken or unwritable need not be that.
+ExitCode judge(ExitCode code) {
+    const bool mayBeMemory = code == ExitCode::BadInput || code == ExitCode::OutputFailed;
+    return mayBeMemory && platform::hadMemoryShortage() ? ExitCode::SystemFailed : code;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     platform::fillClosedStreams();
     platform::ignoreWriteSignals();
     std::set_terminate(onTerminate);
-    ExitCode exitCode = runGuarded(argc, argv);
+    platform::watchMemory();
+    ExitCode exitCode = judge(runGuarded(argc, argv));
     std::string error;
     if (!platform::finishStandardOutput(error)) {
         print(Stream::Error, complaint("cannot write the results: " + error).add("\n"));
         if (exitCode == ExitCode::Done)
             exitCode = ExitCode::OutputFailed;
     }
+    // What libraries do at an exit takes memory, and they abort without it.
+    if (platform::hadMemoryShortage())
+        std::_Exit(static_cast<int>(exitCode));
     return static_cast<int>(exitCode);
 }

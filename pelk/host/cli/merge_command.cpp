@@ -6,6 +6,7 @@
 
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/console_log.h"
+#include "pelk/host/cli/diagnostics.h"
 #include "pelk/host/cli/interrupt.h"
 #include "pelk/host/cli/render_outputs.h"
 #include "pelk/host/picture/image_output.h"
@@ -50,7 +51,7 @@ void MergeCommandOptions::addTo(CLI::App& command) {
                      "Merge pixels with unequal numbers of samples, as --noise leaves them");
     command.add_flag("--host-stamp", merge.hostStamp,
                      "Show which computer rendered what: as the layer host_stamp in .exr, in the "
-                     "place of the picture in .png");
+                     "place of the picture in .png; a .pkr has the names in its header anyway");
     command.footer(kFooter);
 }
 
@@ -67,6 +68,7 @@ private:
     ExitCode write(const MergeResult& result, Picture& picture) const;
 
     MergeCommandOptions& options;
+    const Diagnostics diagnostics;  // keeps what is for developers from standard error
 };
 
 ExitCode MergeRun::fail(ExitCode code, const std::string& text) const {

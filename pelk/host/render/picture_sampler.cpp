@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "pelk/base/thrown_text.h"
 #include "pelk/host/render/checkpoint.h"
 #include "pelk/host/scene/scene.h"
+#include "pelk/platform/memory_shortage.h"
 #include "pelk/platform/system_info.h"
 
 namespace Tarnkit {
@@ -82,9 +84,14 @@ void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, Ren
         if (options.checkpoint && isDue(lastCheckpoint, options.checkpoint->seconds))
             keepCheckpoint(group.log, result);
         if (plan.inPasses && options.interim && isDue(lastInterim, options.interimSeconds))
-            showInterim(result);
+            tryInterim(group.log, result);
     };
-    runWorkers(reporting, [&](Worker& thread) { sampleTiles(group, thread); });
+    try {
+        runWorkers(reporting, [&](Worker& thread) { sampleTiles(group, thread); });
+    } catch (...) {
+        keepAfterFailure(group.log, result);
+        throw;
+    }
     const bool isWhole = tilesDone == grid.size();
     if (!isWhole)
         result.end = group.stop ? RenderEnd::Stopped : RenderEnd::OutOfTime;
@@ -99,6 +106,28 @@ void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, Ren
         shownRange.least = 0;
     }
     result.samplesOfPixels = shownRange;
+}
+
+/// A render that fails, mostly for lack of memory, need not lose what it has: the tiles of the
+/// store are whole.
+void PictureSampler::keepAfterFailure(MessageLog* log, RenderResult& result) {
+    if (!options.checkpoint || samplesDone == samplesBefore)
+        return;
+    tell(nullptr, result);
+    keepCheckpoint(log, result);
+    if (result.checkpointError.empty() && log)
+        log->warning("\"%s\" has what was rendered until then", options.checkpoint->file.c_str());
+}
+
+/// A picture that can't be shown for lack of memory is no reason to end the render.
+void PictureSampler::tryInterim(MessageLog* log, const RenderResult& soFar) {
+    try {
+        showInterim(soFar);
+    } catch (...) {
+        if (log)
+            log->warning("No picture is shown meanwhile: %s", thrownText().c_str());
+        lastInterim = Clock::now();
+    }
 }
 
 /// Makes the picture of what there is. The threads don't touch it in passes, and the end makes it
@@ -149,7 +178,12 @@ void PictureSampler::tell(RenderProgress* progress, RenderResult& result) {
 void PictureSampler::keepCheckpoint(MessageLog* log, RenderResult& result) {
     result.checkpointError.clear();
     const SamplingTotals totals{result.seconds, result.droppedSamples, result.droppedBy};
-    if (!writeCheckpoint(*options.checkpoint, *store, totals, result.checkpointError) && log)
+    try {
+        writeCheckpoint(*options.checkpoint, *store, totals, result.checkpointError);
+    } catch (...) {
+        result.checkpointError = "checkpoint \"" + options.checkpoint->file + "\": " + thrownText();
+    }
+    if (!result.checkpointError.empty() && log)
         log->warning("%s", result.checkpointError.c_str());
     lastCheckpoint = Clock::now();
 }
@@ -252,9 +286,15 @@ bool passesFitIntoMemory(const PictureRect& area, const RenderChannels& channels
     const std::uint64_t needed = static_cast<std::uint64_t>(area.numPixels()) * perPixel;
     platform::MemoryStatus memory;
     // A quarter is left for what else happens on the machine.
-    if (!platform::memoryStatus(memory) || needed <= memory.freePhysical / 4 * 3)
+    const bool isFree = !platform::memoryStatus(memory) || needed <= memory.freePhysical / 4 * 3;
+    if (isFree && platform::canHaveMemory(static_cast<std::size_t>(needed), 0))
         return true;
-    if (log)
+    if (log && isFree)
+        log->info(
+            "Tile by tile: passes over the picture would need %llu MB, and the process may "
+            "not have that",
+            static_cast<unsigned long long>(needed >> 20));
+    else if (log)
         log->info("Tile by tile: passes over the picture would need %llu MB, and %llu MB are free",
                   static_cast<unsigned long long>(needed >> 20),
                   static_cast<unsigned long long>(memory.freePhysical >> 20));

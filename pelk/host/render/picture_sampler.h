@@ -40,6 +40,8 @@ private:
     void noteDropped(TileWorker& worker, long long before);
     void tell(RenderProgress* progress, RenderResult& result);
     void keepCheckpoint(MessageLog* log, RenderResult& result);
+    void keepAfterFailure(MessageLog* log, RenderResult& result);
+    void tryInterim(MessageLog* log, const RenderResult& soFar);
     void showInterim(RenderResult soFar);
     void markTilesInWork();
     void noteWork(int tile, bool begins);

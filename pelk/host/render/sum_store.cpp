@@ -2,6 +2,17 @@
 
 namespace Tarnkit {
 
+SumStore::SumStore(const TileGrid& grid_, std::size_t packedFragment)
+    : grid(grid_), fragmentSize(packedFragment), tiles(static_cast<std::size_t>(grid.size())) {
+    int index = 0;
+    for (Tile& tile : tiles) {
+        const auto pixels = static_cast<std::size_t>(grid.at(index++).numPixels());
+        tile.sums.pixels.reserve(pixels);
+        if (fragmentSize > 0)
+            tile.sums.fragmentBytes.reserve(pixels);
+    }
+}
+
 void SumStore::load(int index, TileSums& sums) {
     Tile& tile = tiles[static_cast<std::size_t>(index)];
     const std::lock_guard lock(tile.mutex);

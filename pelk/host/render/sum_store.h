@@ -12,10 +12,10 @@ namespace Tarnkit {
 /// at any time is a picture that a render could have stopped with.
 class SumStore {
 public:
-    /// Without any samples; a tile takes memory from its first commit on. `packedFragment`: bytes
-    /// of one, 0 if fragments are not kept.
-    SumStore(const TileGrid& grid_, std::size_t packedFragment)
-        : grid(grid_), fragmentSize(packedFragment), tiles(static_cast<std::size_t>(grid.size())) {}
+    /// Without any samples. Asks for the memory of all sums, so that there is enough or it fails
+    /// now and not amid the render; that of fragments, whose number nobody knows, comes with the
+    /// commits. `packedFragment`: bytes of one, 0 if fragments are not kept.
+    SumStore(const TileGrid& grid_, std::size_t packedFragment);
 
     const TileGrid& getGrid() const { return grid; }
     std::size_t getFragmentSize() const { return fragmentSize; }

@@ -9,8 +9,10 @@
 
 #include <embree3/rtcore.h>
 
+#include "pelk/base/exception_msg.h"
 #include "pelk/host/trace/render_context.h"
 #include "pelk/host/trace/triangle_rim.h"
+#include "pelk/platform/memory_shortage.h"
 
 namespace Tarnkit {
 
@@ -168,9 +170,21 @@ void attach(RTCScene scene, RTCGeometry geometry, u32 id) {
     rtcReleaseGeometry(geometry);
 }
 
-/// Error callback of a device; `text` is the std::string that build reports.
-void keepDeviceError(void* text, RTCError, const char* message) {
-    *static_cast<std::string*>(text) = message ? message : "unknown error";
+/// What the device complained of last.
+struct DeviceFailure {
+    RTCError code = RTC_ERROR_NONE;
+    std::string text;
+};
+
+/// Error callback of a device; `failure` is a DeviceFailure.
+void keepDeviceError(void* failure, RTCError code, const char* message) {
+    *static_cast<DeviceFailure*>(failure) = {code, message ? message : "unknown error"};
+}
+
+/// What is built has been checked, so what fails is the system: memory, or threads.
+[[noreturn]] void throwShortage(const char* text) {
+    platform::noteMemoryShortage();
+    throw ExceptionMsg("No memory or threads for tracing rays: %s", text);
 }
 
 }  // namespace
@@ -178,6 +192,9 @@ void keepDeviceError(void* text, RTCError, const char* message) {
 Intersector::Intersector() : device(rtcNewDevice(kDeviceSettings)) {}
 
 Intersector::~Intersector() {
+    // What was given up half built takes memory to take down, and ends the program without.
+    if (!isWhole)
+        return;
     clear();
     if (device)
         rtcReleaseDevice(device);
@@ -194,12 +211,15 @@ void Intersector::clear() {
 
 bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects,
                         std::string& error) {
+    if (!device && rtcGetDeviceError(nullptr) != RTC_ERROR_UNSUPPORTED_CPU)
+        throwShortage("the ray library can't be started");
     if (!device) {
-        error = "the ray library can't be started";
+        error = "the ray library can't use this processor";
         return false;
     }
     clear();
-    std::string failure;
+    isWhole = false;
+    DeviceFailure failure;
     rtcSetDeviceErrorFunction(device, keepDeviceError, &failure);
     std::size_t most = 0;
     for (const auto& object : objects)
@@ -214,8 +234,10 @@ bool Intersector::build(const std::vector<std::unique_ptr<SceneObject>>& objects
     }
     rtcCommitScene(scene);
     rtcSetDeviceErrorFunction(device, nullptr, nullptr);
-    error = failure;
-    return failure.empty();
+    isWhole = failure.code == RTC_ERROR_NONE;
+    if (!isWhole)
+        throwShortage(failure.text.c_str());
+    return true;
 }
 
 RTCGeometryTy* Intersector::newGeometry(const SceneObject& object) {

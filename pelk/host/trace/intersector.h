@@ -51,7 +51,8 @@ public:
 
     /// Takes over the triangles of all objects, whose shapes must stay where they are. One with a
     /// place of its own becomes an instance: its shape is built once for all objects that share it.
-    /// Returns false with a text that says what went wrong.
+    /// Returns false with a text that says what went wrong. Lack of memory or threads is an
+    /// ExceptionMsg.
     bool build(const std::vector<std::unique_ptr<SceneObject>>& objects, std::string& error);
     SceneBounds bounds() const;
 
@@ -78,6 +79,7 @@ private:
     /// The triangles of instances, each once.
     std::unordered_map<const Shape*, RTCSceneTy*> shapeScenes;
     std::vector<u32> numbers;  // 0, 1, 2, ...: the index buffer of all geometry
+    bool isWhole = true;       // false amid a build and after a failed one
 };
 
 }  // namespace Tarnkit

@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "pelk/platform/file.h"
+#include "pelk/platform/memory_shortage.h"
 #include "pelk/platform/posix/module_file.h"
 
 namespace Tarnkit::platform {
@@ -24,6 +25,8 @@ ModuleHandle loadModule(const char* path, ModuleError& error) {
         return module;
     // The loader has words, but a number only if a system call failed on the way.
     error.code = errno != 0 ? errno : ENOEXEC;
+    if (error.code == ENOMEM)
+        noteMemoryShortage();
     const char* message = dlerror();
     error.message = message ? message : "unknown reason";
     return nullptr;

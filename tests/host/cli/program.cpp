@@ -30,6 +30,8 @@ void Program::becomeProgram(const std::vector<std::string>& words) {
         unsetenv(ours);
     for (const auto& [name, value] : environment)
         setenv(name.c_str(), value.c_str(), 1);
+    if (const rlimit limit{memory, memory}; memory > 0)
+        setrlimit(RLIMIT_AS, &limit);
     std::vector<char*> arguments{const_cast<char*>("pelk")};
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));

@@ -178,4 +178,35 @@ TEST_F(RenderCommand, WithoutASampleInEveryPixelAnOlderPictureStands) {
     EXPECT_EQ(attributeOf("a.exr", "ended"), "out of time");
 }
 
+// The sanitizers need more address space than a machine has memory.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(RenderCommand, WithTooLittleMemoryItSaysSoAndLeavesNothing) {
+    constexpr std::size_t kStep = 12u << 20, kEnough = std::size_t{6} << 30;
+    // The limit below which the system can't even load the program.
+    std::size_t bare = 0;
+    for (std::size_t above = kEnough; above - bare > kStep / 2;) {
+        pelk.memory = bare + (above - bare) / 2;
+        (pelk.run({"--version"}).exitCode == 127 ? bare : above) = pelk.memory;
+    }
+    int failures = 0;
+    for (int i = 1; i <= 21; ++i) {
+        pelk.memory = i < 21 ? bare + static_cast<std::size_t>(i) * kStep : kEnough;
+        const RunResult result = render({PELK_SCENES "/showcase.json", "-o", "a.exr", "-o", "a.png",
+                                         "--size", "32x24", "--spp", "1", "--checkpoint", "9"});
+        SCOPED_TRACE(std::to_string(pelk.memory >> 20) + " MB: " + result.err);
+        ASSERT_TRUE(result.exitCode == 5 || result.exitCode == 0) << result.exitCode;
+        failures += result.exitCode == 5;
+        if (result.exitCode == 5) {
+            EXPECT_THAT(result.err, HasSubstr("pelk: "));
+            EXPECT_EQ(result.err.find("pelk: ", result.err.find('\n')), result.err.npos);
+        }
+        for (const char* name : {"a.exr", "a.png", "a.exr.pkc"})
+            std::filesystem::remove(directory.file(name));
+        EXPECT_EQ(directory.entryCount(), 1) << "a temporary file was left";
+    }
+    EXPECT_GT(failures, 3);
+    EXPECT_LT(failures, 21);
+}
+#endif
+
 }  // namespace
