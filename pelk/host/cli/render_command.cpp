@@ -194,6 +194,7 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::at
     const CheckpointOptions checkpoint{.file = files.checkpoint,
                                        .seconds = options.checkpointSeconds,
                                        .resume = options.resume,
+                                       .inBlocks = options.noise > 0.0,
                                        .header = checkpointHeader(scene, render)};
     render.interimSeconds = options.interimSeconds;
     render.interim = [&](Picture& shown, const RenderResult& soFar) {

@@ -5,7 +5,7 @@
 
 namespace Tarnkit {
 
-bool writeEnvelope(const std::string& path, FileHeader header,
+bool writeEnvelope(const std::string& path, const FileHeader& header,
                    const std::function<void(PayloadWriter&)>& payload, std::string& error) {
     platform::OutputFile file(path);
     if (!file.getTemporaryName().empty()) {
@@ -13,9 +13,10 @@ bool writeEnvelope(const std::string& path, FileHeader header,
         file.seek(static_cast<std::int64_t>(encodeHeader(header).size()));
         PayloadWriter writer(file);
         payload(writer);
-        header.payloadSize = writer.getWritten();
-        header.payloadChecksum = writer.checksum();
-        const std::vector<unsigned char> bytes = encodeHeader(header);
+        FileHeader whole = header;
+        whole.payloadSize = writer.getWritten();
+        whole.payloadChecksum = writer.checksum();
+        const std::vector<unsigned char> bytes = encodeHeader(whole);
         file.seek(0);
         file.write(bytes.data(), bytes.size());
         if (file.commit())

@@ -34,10 +34,11 @@ private:
 };
 
 /// Writes a file: the header, with size and check sum of the payload filled in, and what `payload`
-/// writes. The file appears whole or not at all, and is safely on disk when this returns. On
+/// writes, which may still change numbers of the header, but not the length of its texts and lists.
+/// The file appears whole or not at all, and is safely on disk when this returns. On
 /// failure an older one stands, and `error` names the file and says why. What `payload` throws
 /// passes through.
-bool writeEnvelope(const std::string& path, FileHeader header,
+bool writeEnvelope(const std::string& path, const FileHeader& header,
                    const std::function<void(PayloadWriter&)>& payload, std::string& error);
 
 /// Reads such a file. Nothing is trusted: sizes are compared with what is there before memory is

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "pelk/base/thrown_text.h"
 #include "pelk/host/picture/exr_writer.h"
 #include "pelk/host/picture/file_ending.h"
 #include "pelk/host/picture/png_writer.h"
@@ -90,10 +91,14 @@ bool writePicture(Picture& picture, const std::string& path, const PictureInfo& 
 
 bool writeOutput(Picture& picture, const std::string& path, const FileHeader& header,
                  const PictureInfo& info, std::string& error) {
-    if (isRegionFile(path))
-        return writeRegionFile(path, header, picture, error);
     const PixelDepth depth = header.halfFloat ? PixelDepth::Half : PixelDepth::Float;
-    return writePicture(picture, path, info, depth, error);
+    try {
+        return isRegionFile(path) ? writeRegionFile(path, header, picture, error)
+                                  : writePicture(picture, path, info, depth, error);
+    } catch (...) {
+        // Lack of memory: another output may need less.
+        return fail(path, thrownText(), error);
+    }
 }
 
 }  // namespace Tarnkit

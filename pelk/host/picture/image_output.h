@@ -46,7 +46,7 @@ bool writePicture(Picture& picture, const std::string& path, const PictureInfo& 
 
 /// Writes a region file (see writeRegionFile) or a picture, by the ending of the name. `header`
 /// tells all that `info` does, for the files that keep more. Answers as the functions that it
-/// calls.
+/// calls; lack of memory is a failure too, and no exception.
 bool writeOutput(Picture& picture, const std::string& path, const FileHeader& header,
                  const PictureInfo& info, std::string& error);
 

@@ -15,18 +15,6 @@ std::vector<TransferChannel> transferChannelsOf(const FileHeader& header) {
     return channels;
 }
 
-/// Makes a region of a part of the picture, with its pixels.
-void cutOut(Picture& picture, const FileHeader& header, PKRegionData& part) {
-    int index = 0;
-    part.setNumChannels(static_cast<int>(header.channels.size()));
-    for (const FileChannel& channel : header.channels)
-        part.setChannelInfo(index++, channel.type, channel.alias, channel.name.c_str());
-    const PictureRect& rect = header.rect;
-    part.setRect(rect.x0, rect.y0, rect.x1, rect.y1);
-    part.beginRendering();
-    part.copyFrom(picture.getRegion());
-}
-
 }  // namespace
 
 bool isRegionFile(const std::string& path) {
@@ -42,18 +30,14 @@ std::vector<FileChannel> fileChannelsOf(Picture& picture) {
 
 bool writeRegionFile(const std::string& path, const FileHeader& header, Picture& picture,
                      std::string& error) {
-    PKRegionData part;
-    PKRegionData* region = &picture.getRegion();
-    const PictureRect whole{0, 0, picture.getWidth(), picture.getHeight()};
-    if (header.rect != whole || std::ssize(header.channels) != region->getNumChannels()) {
-        cutOut(picture, header, part);
-        region = &part;
-    }
+    const PictureRect& rect = header.rect;
     const auto payload = [&](PayloadWriter& out) {
-        region->writeBuffer([&](const void* bytes, std::size_t count) {
-            out.write(bytes, count);
-            return true;
-        });
+        picture.getRegion().writePart(
+            [&](const void* bytes, std::size_t count) {
+                out.write(bytes, count);
+                return true;
+            },
+            rect.x0, rect.y0, rect.x1, rect.y1, static_cast<int>(header.channels.size()));
     };
     return writeEnvelope(path, header, payload, error);
 }

@@ -186,13 +186,14 @@ std::string asText(const PictureRect& rect) {
 
 /// Why a render can't go on with a checkpoint; empty if it can.
 std::string refusal(const FileHeader& found, const FileHeader& expected, const PictureRect& area,
-                    u32 mostSamples) {
+                    bool inBlocks, u32 mostSamples) {
     if (found.fingerprint != expected.fingerprint || found.width != expected.width ||
         found.height != expected.height)
         return "it is of another render: of another scene, or of this one before it, a file that "
                "it reads, an option or the program changed";
     if (found.rect != area)
-        return "it has the pixels " + asText(found.rect) + "; expected " + asText(area);
+        return "it has the pixels " + asText(found.rect) + "; expected " + asText(area) +
+               (inBlocks ? ", in the blocks that --noise goes by" : "");
     if (found.samplesMost > static_cast<int>(mostSamples))
         return "it has " + std::to_string(found.samplesMost) +
                " samples in a pixel already, more than the " + std::to_string(mostSamples) +
@@ -205,17 +206,14 @@ std::string refusal(const FileHeader& found, const FileHeader& expected, const P
 bool writeCheckpoint(const CheckpointOptions& options, SumStore& store,
                      const SamplingTotals& totals, std::string& error) {
     const TileGrid& grid = store.getGrid();
-    const SampleRange range = store.getRange();
     FileHeader header = options.header;
     header.kind = FileKind::Checkpoint;
     header.rect = grid.getArea();
-    header.samplesLeast = static_cast<int>(range.least);
-    header.samplesMost = static_cast<int>(range.most);
     char computer[32] = "";
     platform::computerName(computer, sizeof computer);
     header.parts = {{.rect = header.rect, .seconds = totals.seconds, .computer = computer}};
     return writeEnvelope(
-        options.file, std::move(header),
+        options.file, header,
         [&](PayloadWriter& out) {
             writeValue(out, totals.dropped);
             writeValue(out, static_cast<u32>(totals.droppedBy.size()));
@@ -223,10 +221,14 @@ bool writeCheckpoint(const CheckpointOptions& options, SumStore& store,
             writeValue(out, static_cast<u32>(store.getFragmentSize()));
             writeValue(out, grid.getTileSize());
             TileSums sums;
+            SampleRange range;  // of what is written: threads go on meanwhile
             for (int tile = 0; tile < grid.size(); ++tile) {
                 store.load(tile, sums);
+                range.add(sums.getRange());
                 writeTile(out, sums);
             }
+            header.samplesLeast = static_cast<int>(range.least);
+            header.samplesMost = static_cast<int>(range.most);
         },
         error);
 }
@@ -248,7 +250,7 @@ bool readCheckpoint(const CheckpointOptions& options, u32 mostSamples, SumStore&
         return fail(file.getError());
     const FileHeader& header = file.getHeader();
     const std::string reason =
-        refusal(header, options.header, store.getGrid().getArea(), mostSamples);
+        refusal(header, options.header, store.getGrid().getArea(), options.inBlocks, mostSamples);
     if (!reason.empty())
         return fail("\"" + options.file + "\": " + reason);
     if (!file.checkPayload())

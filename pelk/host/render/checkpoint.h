@@ -14,6 +14,8 @@ struct CheckpointOptions {
     /// Goes on with what the file has. A file that isn't there yet is none to go on with, so the
     /// same command serves for the first time and for every other.
     bool resume = false;
+    /// Noise decides, so that the render has whole blocks of pixels, beyond those that are shown.
+    bool inBlocks = false;
     /// What a file must agree in for a render to go on with it, fingerprint and size of the
     /// picture, and what is written about the scene and the program.
     FileHeader header;

@@ -113,6 +113,10 @@ public:
     /// stand in memory beside the pixels. False as soon as the sink says so, or where `getBuffer`
     /// answers 0.
     bool writeBuffer(const TransferSink& sink);
+    /// The same for the pixels from (left, top) to (right, bottom), outside, and the first channels
+    /// alone: the block of a region that has no more. Also false if that isn't all in this one.
+    bool writePart(const TransferSink& sink, int left, int top, int right, int bottom,
+                   int channelCount);
     /// Takes the block of a trusted writer that has channels like this region's in the same order,
     /// those without pixels the same: sets the rectangle, starts over as by `beginRendering`, and
     /// overwrites the pixels. Pixels that are large enough stay, so blocks of one size after

@@ -22,10 +22,10 @@ bool writeZeros(const TransferSink& sink, std::int64_t count) {
     return true;
 }
 
-/// Writes the first `count` items of the buffer.
-bool writeItems(const TransferSink& sink, ChannelBuffer& buffer, int count) {
+/// Writes `count` items of the buffer from `first` on.
+bool writeItems(const TransferSink& sink, ChannelBuffer& buffer, int first, int count) {
     bool written = true;
-    buffer.forEachRun(0, count, [&](const u8* items, int n) {
+    buffer.forEachRun(first, count, [&](const u8* items, int n) {
         written = written && sink(items, static_cast<std::size_t>(n) * buffer.getItemSize());
     });
     return written;
@@ -70,26 +70,38 @@ std::int64_t PKRegionData::getBuffer(void* buffer, std::int64_t size) {
 }
 
 bool PKRegionData::writeBuffer(const TransferSink& sink) {
-    std::int64_t left = transferBytes();
-    if (left == 0)
+    return writePart(sink, x0, y0, x1, y1, channels.size());
+}
+
+bool PKRegionData::writePart(const TransferSink& sink, int left, int top, int right, int bottom,
+                             int channelCount) {
+    const bool isInside = left >= x0 && top >= y0 && right <= x1 && bottom <= y1;
+    if (!isInside || channelCount > channels.size() || transferBytes() == 0)
         return false;
-    TransferHeader header{.x0 = x0, .y0 = y0, .x1 = x1, .y1 = y1, .channelCount = channels.size()};
+    TransferHeader header{
+        .x0 = left, .y0 = top, .x1 = right, .y1 = bottom, .channelCount = channelCount};
     std::copy_n(hostName, std::strlen(hostName), header.hostName);
+    const std::int64_t count = header.pixelCount();
+    std::vector<TransferChannel> list = transferChannels(0);
+    list.resize(static_cast<std::size_t>(channelCount));
+    std::int64_t rest = transferSize(list, count);
     if (!sink(&header, sizeof header))
         return false;
-    left -= sizeof header;
-    const int count = static_cast<int>(pixelCount());
-    for (const ChannelRecord& record : channels) {
+    rest -= sizeof header;
+    for (int i = 0; i < channelCount; ++i) {
+        const ChannelRecord& record = channels[i];
         if (!sink(&record.type, sizeof record.type))
             return false;
-        left -= sizeof record.type;
+        rest -= sizeof record.type;
         if (!record.buffer)
             continue;
-        if (!writeItems(sink, *record.buffer, count))
-            return false;
-        left -= std::int64_t{count} * record.buffer->getItemSize();
+        for (int y = top; y < bottom; ++y) {
+            if (!writeItems(sink, *record.buffer, (y - y0) * width + left - x0, right - left))
+                return false;
+        }
+        rest -= count * record.buffer->getItemSize();
     }
-    return writeZeros(sink, left);
+    return writeZeros(sink, rest);
 }
 
 void PKRegionData::setBuffer(const void* data) {
