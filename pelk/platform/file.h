@@ -23,6 +23,10 @@ PELK_API std::string fullPath(std::string_view path);
 /// empty if nothing matches or the directory can't be read.
 PELK_API std::vector<std::string> listFiles(std::string_view mask);
 
+/// Whether any user of the machine may change what a name leads to: a file, or a directory, into
+/// which they could put files then. False of what isn't there.
+PELK_API bool isWritableByAnyone(const std::string& path);
+
 /// True if all of `name` matches the pattern, byte by byte, upper and lower case apart.
 PELK_API bool matchesMask(std::string_view name, std::string_view pattern);
 

@@ -72,6 +72,7 @@ void addDescribeCommand(CLI::App& program, ExitCode& exitCode) {
         ->type_name("")
         ->capture_default_str();
     addSetOption(*command, options->overrides);
+    options->addConfineTo(*command);
     options->plugins.addTo(*command);
     options->log.addTo(*command);
     command->callback([options, &exitCode] { exitCode = run(*options); });

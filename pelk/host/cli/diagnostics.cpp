@@ -5,9 +5,11 @@
 #include <fstream>
 #include <limits>
 #include <new>
+#include <string_view>
 
 #include "pelk/platform/debug_stream.h"
 #include "pelk/platform/file.h"
+#include "pelk/platform/input_file.h"
 #include "pelk/support/debug_log.h"
 #include "pelk/support/machine_info.h"
 #include "pelk/support/thread_manager.h"
@@ -30,6 +32,21 @@ void addToLog(const char* text) {
     }
 }
 
+/// Why the file of that name can't be a debug log; empty if it can, or isn't there yet. Opening a
+/// pipe would wait for its reader, and whatever else stands there would be lost.
+std::string refusal(const std::string& path) {
+    constexpr std::string_view kBegin = "pelk ";
+    platform::InputFile file(path);
+    if (file.isMissing() || (file.isOpen() && file.getSize() == 0))
+        return {};
+    char begin[kBegin.size()];
+    if (!file.isOpen())
+        return ": " + file.getReason();
+    const bool isLog =
+        file.read(0, begin, sizeof begin) && std::string_view(begin, sizeof begin) == kBegin;
+    return isLog ? "" : ": it is there and no debug log of pelk";
+}
+
 void addWorkingSet() {
     char text[100];
     if (formatWorkingSet(text, sizeof text))
@@ -37,6 +54,11 @@ void addWorkingSet() {
 }
 
 }  // namespace
+
+std::string debugLogPath(int id) {
+    char path[4200];
+    return getDebugLogPath(id, path, sizeof path) ? platform::nativePath(path) : "";
+}
 
 void LogOptions::addTo(CLI::App& command) {
     command.add_flag("-v,--verbose", verbose, "Tell more, on standard error");
@@ -59,11 +81,12 @@ Diagnostics::~Diagnostics() {
 }
 
 bool Diagnostics::keepIn(int id, std::string& error) {
-    char path[4200];
-    clearDebugLog(id);
-    if (!getDebugLogPath(id, path, sizeof path) ||
-        !std::ofstream(platform::nativePath(path), std::ios::app)) {
-        error = "cannot write the debug log " + platform::nativePath(path);
+    const std::string path = debugLogPath(id);
+    error = refusal(path);
+    if (error.empty())
+        clearDebugLog(id);
+    if (!error.empty() || !std::ofstream(path, std::ios::app)) {
+        error = "cannot write the debug log \"" + path + "\"" + error;
         return false;
     }
     appendDebugLog(id, "pelk %s, %d of %d MB of memory free, %d threads\n", PELK_VERSION,

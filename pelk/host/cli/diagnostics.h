@@ -18,6 +18,9 @@ struct LogOptions {
     void addTo(CLI::App& command);
 };
 
+/// The name of the debug log with that number; empty if it can't have one.
+std::string debugLogPath(int id);
+
 /// Where messages for developers go while a command runs. What the libraries print by debugPrint is
 /// kept from standard error while this lives; it goes into the debug log that the user chose,
 /// together with all messages of the command, and is dropped if there is none. The sink of
@@ -30,7 +33,7 @@ public:
     Diagnostics& operator=(const Diagnostics&) = delete;
 
     /// Empties the debug log of that number and writes to it from now on. False if it can't be
-    /// written; `error` then says so.
+    /// written, or something else than an older log is there; `error` then says so.
     bool keepIn(int id, std::string& error);
 
     /// Adds a line of text. Any thread may call.

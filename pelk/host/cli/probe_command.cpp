@@ -207,6 +207,7 @@ void addProbeCommand(CLI::App& program, ExitCode& exitCode) {
         ->required();
     options->picture.addTo(*command);
     addSetOption(*command, options->overrides);
+    options->addConfineTo(*command);
     options->plugins.addTo(*command);
     command->add_flag("--json", options->json, "Print JSON");
     options->log.addTo(*command);

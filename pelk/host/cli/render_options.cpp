@@ -187,6 +187,7 @@ void RenderCommandOptions::addTo(CLI::App& command) {
     command.add_flag("--strict", strict,
                      "Exit with 4 if colours that are not finite had to be left out");
     log.addTo(command);
+    addConfineTo(command);
     plugins.addTo(command);
     command.footer(channelHelp() + kEnvironment);
 }

@@ -84,7 +84,10 @@ OutputCheck RenderOutputs::checkFiles(const OutputFiles& files) const {
             return OutputFault{
                 hasPictureEnding(output) ? ExitCode::OutputFailed : ExitCode::BadUsage, error};
     }
-    if (OutputCheck fault = checkDistinct(files.outputs))
+    std::vector<std::string> all = files.outputs;
+    if (options.log.debugLog)
+        all.push_back(debugLogPath(*options.log.debugLog));
+    if (OutputCheck fault = checkDistinct(all))
         return fault;
     return keepsCheckpoint() ? checkCheckpoint(files) : OutputCheck();
 }

@@ -1,14 +1,20 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/console_log.h"
 #include "pelk/host/cli/plugin_options.h"
+#include "pelk/host/plugins/confinement.h"
 #include "pelk/host/scene/host_session.h"
 #include "pelk/host/scene/scene.h"
+
+namespace CLI {
+class Option;
+}
 
 namespace Tarnkit {
 
@@ -18,10 +24,14 @@ struct SceneOptions {
     std::vector<std::string> overrides;  ///< one `--set` each, as readScene takes them
     PluginOptions plugins;
     LogOptions log;
+    const CLI::Option* confine = nullptr;  ///< --confine, if it is there
+    std::vector<std::string> folders;      ///< its further folders
 
     /// Adds the argument SCENE, the file's name. The options are added by their own operations,
     /// wherever the command's help text is to show them.
     void addFileTo(CLI::App& command);
+    /// Adds `--confine [DIR]...`
+    void addConfineTo(CLI::App& command);
 };
 
 /// What the commands `render`, `probe` and `describe` work on: the messages, the plug-ins that were
@@ -36,8 +46,8 @@ public:
     /// False after a failure; the command then ends with ExitCode::BadInput.
     bool openLog();
 
-    /// Loads the libraries of plug-ins and reads the scene. The command ends with the answer, unless
-    /// that is ExitCode::Done.
+    /// Loads the libraries of plug-ins and reads the scene, held to its folders if that is asked
+    /// for. The command ends with the answer, unless that is ExitCode::Done.
     ExitCode openScene();
 
     /// Reports what is wrong, and returns `code` for the command to end with.
@@ -50,12 +60,15 @@ public:
     Scene& getScene();
 
 private:
+    void confine();
+
     // In this order, as each uses the ones above it to its end: a log writes to the status line and
     // the diagnostics, and a scene deletes its instances through the session's plug-in manager.
     const SceneOptions& options;
     Diagnostics diagnostics;
     StatusLine status;
     ConsoleLog log;
+    std::optional<Confinement> confinement;
     HostSession session;
     std::unique_ptr<Scene> scene;
 };

@@ -6,11 +6,13 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
-#include <string_view>
 #include <vector>
 
+#include "pelk/host/plugins/confinement.h"
+#include "pelk/host/plugins/image_check.h"
 #include "pelk/platform/file.h"
 #include "pelk/platform/input_file.h"
+#include "pelk/platform/memory_shortage.h"
 
 namespace Tarnkit {
 
@@ -31,67 +33,72 @@ std::string firstLine(const std::string& text) {
     return text.substr(0, text.find('\n'));
 }
 
-bool readRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec, int y0, int y1, void* buffer) {
-    if (spec.tile_width == 0)
-        return input.read_scanlines(0, 0, y0, y1, spec.z, 0, spec.nchannels,
-                                    OIIO::TypeDesc::UNKNOWN, buffer);
-    return input.read_tiles(0, 0, spec.x, spec.x + spec.width, y0, y1, spec.z, spec.z + 1, 0,
-                            spec.nchannels, OIIO::TypeDesc::UNKNOWN, buffer);
+/// Reads all tiles, one after the other. False where one is broken or missing.
+bool readTiles(OIIO::ImageInput& input, const OIIO::ImageSpec& spec) {
+    std::vector<char> buffer(spec.tile_bytes(true));
+    for (int y = spec.y; y < spec.y + spec.height; y += spec.tile_height) {
+        for (int x = spec.x; x < spec.x + spec.width; x += spec.tile_width) {
+            if (!input.read_tile(x, y, spec.z, OIIO::TypeDesc::UNKNOWN, buffer.data()) ||
+                input.has_error())
+                return false;
+        }
+    }
+    return true;
 }
 
-/// Whether a PNG ends inside a chunk, or before the first one with pixels. Its reader finds out
-/// too, but prints a line of its own then.
-bool isCutPng(platform::InputFile& file) {
-    constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
-    char head[8];
-    if (!file.read(0, head, 8) || std::string_view(head, 8) != kSignature)
-        return false;
-    bool pixels = false;
-    for (std::uint64_t at = 8; at < file.getSize();) {
-        if (!file.read(at, head, 8))
-            return true;
-        std::uint32_t length = 0;
-        for (int i = 0; i < 4; ++i)
-            length = length << 8 | static_cast<unsigned char>(head[i]);
-        const std::string_view type(head + 4, 4);
-        pixels |= type == "IDAT";
-        if (type == "IEND")
-            return !pixels;                // what follows is no concern of the picture's
-        at += 12 + std::uint64_t{length};  // with its length, its type and a check sum behind it
-        if (at > file.getSize())
-            return true;
+bool readRows(OIIO::ImageInput& input, const OIIO::ImageSpec& spec) {
+    constexpr std::size_t kBytesAtOnce = 1 << 24;
+    const std::size_t row = spec.scanline_bytes(true);
+    const int step = static_cast<int>(std::clamp<std::size_t>(kBytesAtOnce / row, 1, kRowsAtOnce));
+    std::vector<char> buffer(row * static_cast<std::size_t>(step));
+    for (int y = spec.y; y < spec.y + spec.height; y += step) {
+        const int end = std::min(y + step, spec.y + spec.height);
+        if (!input.read_scanlines(0, 0, y, end, spec.z, 0, spec.nchannels, OIIO::TypeDesc::UNKNOWN,
+                                  buffer.data()) ||
+            input.has_error())
+            return false;
     }
-    return !pixels;
+    return true;
+}
+
+/// Whether the file may be opened as an image at all, by what can be told without the image
+/// library.
+bool checkFile(platform::InputFile& file, const std::string& path, std::string& error) {
+    if (imageFormat(path).empty()) {
+        error =
+            "an image file ends in .exr, .png, .jpg, .tif, .tx, .hdr, .tga, .bmp, .ppm, .pfm, "
+            ".webp, .psd or .sgi";
+        return false;
+    }
+    std::string reason;
+    if (!mayRead(path, reason) || !file.isOpen()) {
+        error = "it can't be read: " + (reason.empty() ? file.getReason() : reason);
+        return false;
+    }
+    if (!isCutPng(file))
+        return true;
+    error = "the file is cut short";
+    return false;
 }
 
 /// Reads all pixels, a few rows at a time. The libraries behind some formats go on over missing
 /// data and leave no more than a message.
 bool readThrough(const std::string& path, OIIO::ImageSpec& spec, std::string& error) {
     platform::InputFile file(path);
-    if (!file.isOpen()) {
-        error = "it can't be read: " + file.getReason();
+    if (!checkFile(file, path, error))
+        return false;
+    // By its own format alone: the library would try all others too.
+    const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::create(imageFormat(path));
+    if (!input || !input->open(path, spec)) {
+        error = firstLine(input ? input->geterror() : OIIO::geterror());
         return false;
     }
-    if (isCutPng(file)) {
-        error = "the file is cut short";
+    if (!isSensibleSize(spec, file.getSize(), error))
         return false;
-    }
-    const std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path);
-    if (!input) {
-        error = firstLine(OIIO::geterror());
-        return false;
-    }
-    spec = input->spec();
-    const int step = spec.tile_width > 0 ? spec.tile_height : kRowsAtOnce;
-    std::vector<char> buffer(spec.scanline_bytes(true) * static_cast<std::size_t>(step));
-    for (int y = spec.y; y < spec.y + spec.height; y += step) {
-        const int end = std::min(y + step, spec.y + spec.height);
-        if (!readRows(*input, spec, y, end, buffer.data()) || input->has_error()) {
-            error = "broken or cut short: " + firstLine(input->geterror());
-            return false;
-        }
-    }
-    return true;
+    const bool whole = spec.tile_width > 0 ? readTiles(*input, spec) : readRows(*input, spec);
+    if (!whole)
+        error = "broken or cut short: " + firstLine(input->geterror());
+    return whole;
 }
 
 /// The pixel for a place that may lie outside.
@@ -137,7 +144,8 @@ bool ImageSource::open(const std::string& file, ColorSpace space, std::string& e
     }
     if (!opened) {
         handle = nullptr;
-        error = "image \"" + file + "\": " + reason;
+        error =
+            "image \"" + file + "\": " + (platform::hadMemoryShortage() ? "out of memory" : reason);
         return false;
     }
     takeLayout(spec, space);

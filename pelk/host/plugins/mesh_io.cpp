@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "pelk/host/plugins/confinement.h"
 #include "pelk/platform/input_file.h"
 
 namespace Tarnkit {
@@ -51,12 +52,17 @@ private:
 }  // namespace
 
 bool MeshFiles::Exists(const char* file) const {
-    return !platform::InputFile(file).isMissing();
+    std::string reason;
+    return !mayRead(file, reason) || !platform::InputFile(file).isMissing();
 }
 
 Assimp::IOStream* MeshFiles::Open(const char* file, const char* mode) {
     if (std::strchr(mode, 'w'))
         return nullptr;
+    if (std::string reason; !mayRead(file, reason)) {
+        error = "cannot read \"" + std::string(file) + "\": " + reason;
+        return nullptr;
+    }
     auto stream = std::make_unique<MeshStream>(file);
     if (stream->getFile().isOpen())
         return stream.release();

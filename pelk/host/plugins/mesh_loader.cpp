@@ -6,26 +6,37 @@
 #include <algorithm>
 #include <assimp/Importer.hpp>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <vector>
 
+#include "pelk/host/plugins/confinement.h"
 #include "pelk/host/plugins/mesh_check.h"
 #include "pelk/host/plugins/mesh_io.h"
 #include "pelk/platform/file.h"
 #include "pelk/platform/input_file.h"
+#include "pelk/platform/memory_shortage.h"
 
 namespace Tarnkit {
 
 namespace {
 
+/// Far above what meshes need; what a file takes in memory is a multiple.
+constexpr std::uint64_t kMostMeshBytes = std::uint64_t{1} << 34;
+
 /// The reader aborts the process on some of what is refused here, so it sees the file after this.
 bool checkFile(const std::string& path, const std::string& ending, std::string& error) {
     platform::InputFile file(path);
-    std::string text;
-    if (file.readAll(text))
+    std::string text, reason;
+    if (!mayRead(path, reason))
+        error = "it can't be read: " + reason;
+    else if (file.getSize() > kMostMeshBytes)
+        error = "it has more than " + std::to_string(kMostMeshBytes) + " bytes";
+    else if (file.readAll(text))
         return checkMeshText(text, ending, error);
-    error = "it can't be read: " + file.getReason();
+    else
+        error = "it can't be read: " + file.getReason();
     return false;
 }
 
@@ -158,7 +169,8 @@ bool loadMesh(const std::string& file, bool smooth, Mesh& mesh, std::string& err
     mesh = Mesh();
     if (scene && collect(*scene, smooth, mesh, reason))
         return true;
-    error = "mesh \"" + file + "\": " + reason;
+    // The import library has other words for it, or none.
+    error = "mesh \"" + file + "\": " + (platform::hadMemoryShortage() ? "out of memory" : reason);
     return false;
 }
 

@@ -119,6 +119,13 @@ HostSession::~HostSession() {
     manager->release();
 }
 
+namespace {
+
+/// Code of plug-ins runs with all that the user may do.
+constexpr const char* kUntrusted = "anyone may write to it; expected a plug-in to be protected";
+
+}  // namespace
+
 void HostSession::loadModules(const std::string& directories, MessageLog* log) {
     for (const std::string& file : findModules(directories))
         loadModule(file, log);
@@ -139,6 +146,10 @@ std::vector<std::string> HostSession::findModules(const std::string& directories
             registry->refused(directory.c_str(), "no such directory");
             continue;
         }
+        if (platform::isWritableByAnyone(directory)) {
+            registry->refused(directory.c_str(), kUntrusted);
+            continue;
+        }
         if (directory.back() != '/' && directory.back() != '\\')
             directory += '/';
         for (const std::string& name : platform::listFiles(directory + "*.so"))
@@ -152,6 +163,8 @@ void HostSession::loadModule(const std::string& path, MessageLog* log) {
     const auto file = std::filesystem::canonical(path, error);
     if (!triedFiles.insert(error ? path : file.string()).second)
         return;
+    if (platform::isWritableByAnyone(path))
+        return registry->refused(path.c_str(), kUntrusted);
     // By its path and not by a mask: a library that throws would keep those behind it from loading.
     manager->loadLibraryFile(platform::fullPath(path).c_str(), registry.get(), log);
     registry->listKinds(*manager);

@@ -59,7 +59,8 @@ public:
     HostSession& operator=(const HostSession&) = delete;
 
     /// Loads every library (`*.so`) in the directories, which are separated by `;`. A file that was
-    /// tried before, under whatever name, is passed over. `log` may be null; libraries that were
+    /// tried before, under whatever name, is passed over, and a file or directory that any user of
+    /// the machine may write to is refused. `log` may be null; libraries that were
     /// refused, and directories that don't exist, are listed by getRejected all the same.
     void loadModules(const std::string& directories, MessageLog* log);
     /// The same in steps, for who tells how far it has come: the files, in their order, and the

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "pelk/contract/plugin_parameters.h"
+#include "pelk/host/plugins/confinement.h"
 #include "pelk/host/plugins/file_guide.h"
 #include "pelk/host/scene/interface_names.h"
 #include "pelk/support/environment.h"
@@ -293,6 +294,10 @@ private:
             if (!expandName(text, pointer))
                 return false;
             text = (std::filesystem::path(directory) / text).string();
+            if (std::string reason; !mayRead(text, reason)) {
+                error = {pointer, "\"" + text + "\": " + reason};
+                return false;
+            }
             out.files.push_back(text);
         }
         value = texts.emplace_back(std::move(text)).c_str();

@@ -1,6 +1,7 @@
 #include "pelk/platform/file.h"
 
 #include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -80,6 +81,11 @@ std::vector<std::string> listFiles(std::string_view mask) {
     // The order of a directory is arbitrary; sorted by bytes it is the same on every machine.
     std::sort(names.begin(), names.end());
     return names;
+}
+
+bool isWritableByAnyone(const std::string& path) {
+    struct stat status;
+    return stat(nativePath(path).c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0;
 }
 
 void temporaryDirectory(char* buffer, std::size_t size) {

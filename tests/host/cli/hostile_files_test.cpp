@@ -65,6 +65,12 @@ TEST_F(HostileFiles, EachIsToldInOneShortLineWithItsPlaceAndAnOlderPictureSurviv
                     "end_header\n");
     directory.write("packed.gltf", gltf("b.bin", R"("KHR_texture_basisu", "EXT_packed")"));
     directory.write("deep.gltf", std::string(1 << 20, '[') + std::string(1 << 20, ']'));
+    const std::string nothing(200, '\0');
+    directory.write("huge.hdr", "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 900000 +X 9\n" + nothing);
+    directory.write("huge.pfm", "PF\n900000 900000\n-1.0\n" + nothing);
+    directory.write("full.tga",
+                    std::string("\0\0\2\0\0\0\0\0\0\0\0\0\0\x40\0\x40\x20\x8", 18) + nothing);
+    directory.write("film.avi", nothing);
     const struct {
         std::string scene;
         const char *says, *place = "";
@@ -77,6 +83,10 @@ TEST_F(HostileFiles, EachIsToldInOneShortLineWithItsPlaceAndAnOlderPictureSurviv
         {with("MtlSingleBRDF", R"("brdf": "x")"), "loop", "x -> x"},
         {with("GeomMesh", R"("file": "none.obj")"), "none.obj", "/x"},
         {with("GeomMesh", R"("file": "cut.obj")"), "cut.obj", "/x"},
+        {with("TexImage", R"("file": "huge.hdr")"), "9 x 900000 pixels with 3 channels; expected"},
+        {with("TexImage", R"("file": "huge.pfm")"), "900000 pixels with 3 channels; expected at"},
+        {with("TexImage", R"("file": "full.tga")"), "which can't be in 218 bytes"},
+        {with("TexImage", R"("file": "film.avi")"), "an image file ends in .exr, .png"},
         {with("GeomMesh", R"("file": "dust.ply")"), "\"dust\" have no properties"},
         {with("GeomMesh", R"("file": "packed.gltf")"), "requires the extension \"EXT_packed\""},
         {with("GeomMesh", R"("file": "deep.gltf")"), "nested too deeply"},
@@ -116,6 +126,43 @@ TEST_F(HostileFiles, AnOutputThatIsAnInputIsRefused) {
         expectRefused({"render", "s.png", "-o"},
                       {{{name}, 2, "\"" + name + "\" would replace \""}});
     EXPECT_EQ(pelk.run({"render", "s.png", "-o", "a.png"}).exitCode, 0);
+}
+
+TEST_F(HostileFiles, ScenesReadNothingOutsideOfTheirFolderIfConfined) {
+    fs::create_directory(directory.file("in"));
+    directory.write("m.obj", kTriangle);
+    directory.write("in/own.obj", kTriangle);
+    pelk.environment["AWAY"] = directory.path;
+    directory.write("in/s.json", with("GeomMesh", R"("file": "${AWAY}/m.obj")"));
+    EXPECT_THAT(pelk.run({"probe", "--pixel", "3,3", "--confine", "in/s.json"}).err,
+                HasSubstr("/plugins/x/file: \"" + directory.file("m.obj") + "\": it lies outside"));
+    EXPECT_EQ(pelk.run({"render", "in/s.json", "--confine", ".", "-o", "a.png"}).exitCode, 0);
+    directory.write("in/s.json", with("GeomMesh", R"("file": "../in/own.obj")"));
+    EXPECT_EQ(pelk.run({"render", "in/s.json", "-o", "a.png", "--confine"}).exitCode, 0);
+}
+
+TEST_F(HostileFiles, DebugLogsAndPluginsStandWhereTheyMay) {
+    pelk.environment["TMPDIR"] = directory.path;
+    directory.write("s.json", smallScene());
+    mkfifo(directory.file("pelk_dbg_log_1").c_str(), 0600);
+    fs::create_symlink("s.json", directory.file("pelk_dbg_log_2"));
+    for (const char* log : {"1", "2"})
+        EXPECT_THAT(pelk.run({"render", "s.json", "--debug-log", log}).err,
+                    AllOf(HasSubstr("cannot write the debug log"), HasSubstr("it is ")));
+    EXPECT_EQ(directory.read("s.json"), smallScene());
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(pelk.run({"render", "s.json", "--debug-log", "3"}).exitCode, 0) << i;
+    fs::create_symlink("pelk_dbg_log_3", directory.file("log.png"));
+    EXPECT_EQ(pelk.run({"render", "s.json", "-o", "log.png", "--debug-log", "3"}).exitCode, 2);
+
+    fs::create_directory(directory.file("plugins"));
+    fs::permissions(directory.file("plugins"), fs::perms::all);
+    pelk.pluginPath = directory.file("plugins");
+    EXPECT_THAT(pelk.run({"list"}).out, HasSubstr("plugins: anyone may write to it"));
+    fs::permissions(directory.file("plugins"), fs::perms::owner_all);
+    directory.write("plugins/a.so", "");
+    fs::permissions(directory.file("plugins/a.so"), fs::perms::all);
+    EXPECT_THAT(pelk.run({"list"}).out, HasSubstr("a.so: anyone may write to it"));
 }
 
 TEST_F(HostileFiles, StreamsOfTheCallerAreScenesAndItMayLeaveBeforeThePicture) {

@@ -36,7 +36,7 @@ public:
     std::map<std::string, std::string> environment;  ///< further variables
     std::size_t largestFile = 0;   ///< bytes that the system lets it write; 0: any
     SystemFault* fault = nullptr;  ///< what meets it, if anything
-    std::size_t memory = 0;       ///< bytes that the system lets it have; 0: any
+    std::size_t memory = 0;        ///< bytes that the system lets it have; 0: any
     TemporaryDirectory directory;
 
 private:

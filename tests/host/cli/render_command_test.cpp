@@ -191,8 +191,9 @@ TEST_F(RenderCommand, WithTooLittleMemoryItSaysSoAndLeavesNothing) {
     int failures = 0;
     for (int i = 1; i <= 21; ++i) {
         pelk.memory = i < 21 ? bare + static_cast<std::size_t>(i) * kStep : kEnough;
-        const RunResult result = render({PELK_SCENES "/showcase.json", "-o", "a.exr", "-o", "a.png",
-                                         "--size", "32x24", "--spp", "1", "--checkpoint", "9"});
+        const RunResult result =
+            pelk.run({"render", PELK_SCENES "/showcase.json", "-o", "a.exr", "-o", "a.png",
+                      "--size", "32x24", "--spp", "1", "--checkpoint", "9"});
         SCOPED_TRACE(std::to_string(pelk.memory >> 20) + " MB: " + result.err);
         ASSERT_TRUE(result.exitCode == 5 || result.exitCode == 0) << result.exitCode;
         failures += result.exitCode == 5;

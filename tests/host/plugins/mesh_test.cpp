@@ -1,10 +1,13 @@
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 #include <vector>
 
 #include "host/plugins/plugin_holder.h"
+#include "pelk/host/plugins/confinement.h"
 #include "pelk/host/plugins/geom_sphere.h"
+#include "pelk/host/plugins/image_source.h"
 #include "pelk/host/plugins/mesh_loader.h"
 #include "pelk/host/trace/placement.h"
 #include "temporary_directory.h"
@@ -138,6 +141,50 @@ TEST_F(MeshLoaderTest, ReadsEachFormat) {
         const UV uv = mesh.uvs[mesh.triangles[0][i]];
         EXPECT_TRUE(uv.u == expected[i].u && uv.v == expected[i].v) << i << ": " << uv.u;
     }
+}
+
+TEST_F(MeshLoaderTest, ConfinedMeshesLeadNowhereElse) {
+    namespace fs = std::filesystem;
+    const std::string triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    const auto gltf = [](const std::string& uri) {
+        return R"({"asset": {"version": "2.0"}, "buffers": [{"uri": ")" + uri + R"(",
+            "byteLength": 36}], "bufferViews": [{"buffer": 0, "byteLength": 36}],
+            "accessors": [{"bufferView": 0, "componentType": 5126, "count": 3, "type": "VEC3"}],
+            "meshes": [{"primitives": [{"attributes": {"POSITION": 0}}]}],
+            "nodes": [{"mesh": 0}], "scenes": [{"nodes": [0]}], "scene": 0})";
+    };
+    for (const char* folder : {"in", "in/own", "in2"})
+        fs::create_directory(dir.file(folder));
+    fs::create_symlink("../in2", dir.file("in/link"));
+    fs::create_symlink("own/own.obj", dir.file("in/inner.obj"));
+    const float far[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    dir.write("in2/b.bin", std::string(reinterpret_cast<const char*>(far), sizeof far));
+    dir.write("in2/m.mtl", "newmtl a\n");
+    for (const char* name : {"in2/m.obj", "in/own/own.obj"})
+        dir.write(name, triangle);
+    dir.write("in/a.obj", "mtllib ../in2/m.mtl\n" + triangle);
+    dir.write("in/b.obj", "mtllib link/m.mtl\n" + triangle);
+    dir.write("in/a.gltf", gltf("../in2/b.bin"));
+    dir.write("in/b.gltf", gltf("link/b.bin"));
+    const std::string strangers[] = {"in2/m.obj", "in/link/m.obj", "in/own/../link/../in2/m.obj",
+                                     "in/a.obj",  "in/b.obj",      "in/a.gltf",
+                                     "in/b.gltf"};
+    for (const std::string& name : strangers) {
+        EXPECT_TRUE(load(name)) << error;
+        const Confinement confined({dir.file("in")});
+        EXPECT_FALSE(load(name)) << name;
+        EXPECT_THAT(error, testing::HasSubstr("outside of the folders that --confine")) << name;
+    }
+    const Confinement confined({dir.file("none"), dir.file("in")});
+    for (const char* name : {"in/own/own.obj", "in/inner.obj", "in/link/../in/own/own.obj"})
+        EXPECT_TRUE(load(name)) << error;
+    for (const char* name : {"in2/none.obj", "in/../none.obj"}) {
+        EXPECT_FALSE(load(name));
+        EXPECT_THAT(error, testing::HasSubstr("outside of the folders")) << "tells what is there";
+    }
+    ImageSource image;
+    EXPECT_FALSE(image.open(dir.file("in2/b.png"), ColorSpace::Auto, error));
+    EXPECT_THAT(error, testing::HasSubstr("outside of the folders"));
 }
 
 TEST_F(MeshLoaderTest, FilesThatAreMissingOrBrokenAreRefused) {
