@@ -28,16 +28,20 @@ void writeCrashDump(unsigned code, const platform::Fault& fault) {
 }
 
 void crashHandler(unsigned code, const platform::Fault& fault) {
-    // The thread that comes first writes the dump. Others, and later faults, don't wait for it: the
-    // thread that writes may itself be the one that never ends.
-    if (crashDumpWritten.exchange(1) == 0)
-        writeCrashDump(code, fault);
+    writeFirstCrashDump(code, fault);
     throw ExceptionMsg("Unhandled exception %x", code);
 }
 
 }  // namespace
 
 constinit std::atomic<int> crashDumpWritten{0};
+
+void writeFirstCrashDump(unsigned code, const platform::Fault& fault) {
+    // The thread that comes first writes the dump. Others, and later faults, don't wait for it: the
+    // thread that writes may itself be the one that never ends.
+    if (crashDumpWritten.exchange(1) == 0)
+        writeCrashDump(code, fault);
+}
 
 platform::FaultTranslator installCrashHandler() {
     return platform::setFaultTranslator(crashHandler);

@@ -12,6 +12,10 @@ namespace Tarnkit {
 /// mostly its consequence. Set by the handler; a test may put it back to 0.
 extern PELK_API std::atomic<int> crashDumpWritten;
 
+/// Writes the dump of a fault of the calling thread and prints its path, as told below, if no
+/// thread has done so in this process. For hosts that handle faults in their own way.
+PELK_API void writeFirstCrashDump(unsigned code, const platform::Fault& fault);
+
 /// From now on a hardware fault of the calling thread (a bad address, a bad instruction, a division
 /// by zero) is thrown there as an ExceptionMsg "Unhandled exception" with its number, so that a
 /// host survives a faulty plug-in. For hosts, which call it on each thread of theirs that runs

@@ -39,9 +39,14 @@ void PelkContext::setEnvironment(TextureInterface* texture, int priority, int) {
 void PelkContext::shadeWithBSDF(BSDFSampler* bsdf, int flag) {
     if (!bsdf)
         return setFullyTransparent(*this);
+    // The sampler fails in the name of who gave it.
+    PluginCall& call = threadData->call;
+    const PluginCall outer = call;
+    call = {"traceBSDFForward", threadData->giverOf(bsdf)};
     Color direct;
     computeDirectLighting(direct, bsdf);
     bsdf->traceBSDFForward(*this, flag);
+    call = outer;
     resultColor += direct;
 }
 

@@ -7,6 +7,7 @@
 #include "pelk/base/limits.h"
 #include "pelk/base/types.h"
 #include "pelk/base/vector.h"
+#include "pelk/contract/plugin_call.h"
 
 namespace Tarnkit {
 
@@ -77,6 +78,17 @@ struct ThreadData {
     /// From 0, below SequenceData::numThreads: selects the thread's entry in per-thread pools. Two
     /// threads at work never share a number, which is why a hit needs no lock.
     int threadIndex = 0;
+    /// Of the plug-in that the thread is in; written at each call, read when one has failed.
+    PluginCall call;
+    /// The sampler that a plug-in has given last, and the interface that gave it: says whose
+    /// sampler fails. Compared only, as the sampler may be back in its pool.
+    const BSDFSampler* givenSampler = nullptr;
+    PluginInterface* samplerGiver = nullptr;
+
+    /// Who gave a sampler, if it was the last one, else who is called at the moment.
+    PluginInterface* giverOf(const BSDFSampler* sampler) const {
+        return sampler && sampler == givenSampler ? samplerGiver : call.callee;
+    }
 };
 
 /// The shading context: one ray and its hit, what materials answer for the hit, and the way to the

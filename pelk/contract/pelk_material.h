@@ -30,7 +30,8 @@ struct OCLData;
 /// frameEnd, with a context that belongs to the calling thread. They take no lock and no memory
 /// from the heap: what a hit needs stands on the stack or comes from the pool entry of
 /// `context.threadData->threadIndex`. An ExceptionMsg, when such a pool must grow and can't, is all
-/// that they throw; the host ends the job with it.
+/// that they throw; `pelk` ends the job with it. What else a plug-in throws costs the sample, and
+/// `pelk` tells how many it lost so.
 class PELK_API MaterialInterface : public PluginInterface {
 public:
     static constexpr InterfaceID<MaterialInterface> kInterfaceID{0x77770002, "EXT_MATERIAL"};

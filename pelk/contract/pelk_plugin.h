@@ -41,8 +41,9 @@ protected:
 /// computes in its own frameBegin; that waits for the hits.
 ///
 /// Any operation may throw an ExceptionMsg, for lack of memory only; what is wrong with a scene has
-/// a fixed answer instead. `pelk` catches it around the whole job and ends that with the message.
-/// One that leaves a hit stops the other threads first. Each instance whose frameBegin or
+/// a fixed answer instead. What leaves renderBegin or frameBegin ends the job of `pelk` with a
+/// message that names the instance; what leaves a hit for another reason costs the sample, and
+/// frameEnd, renderEnd or deletePlugin are done with a warning. Each instance whose frameBegin or
 /// renderBegin returned still gets the frameEnd or renderEnd that pairs with it, in reverse order;
 /// one that threw gets none for that call, so its destructor frees what it had made by then.
 class PELK_API PelkPluginInterface : public PluginInterface {

@@ -1,10 +1,12 @@
 #pragma once
 
 // Steps that several materials take at a hit in the same way: textured colours, mirror rays,
-// samplers and spawned contexts that go back by themselves, and the check of the result. For
+// calls of other materials, samplers and spawned contexts that go back by themselves, and the check
+// of the result. For
 // materials and samplers, on the render thread of the hit; nothing here allocates.
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "pelk/base/api.h"
@@ -48,6 +50,41 @@ inline Vector mirrorDirection(const PelkContext& context) {
     return sameSide < 0.0f ? mirrored(d, g) : r;
 }
 
+/// `shade` of another material at the same hit, for wrappers. It and the two below note the call in
+/// the thread's record first (PluginCall): a host can then name the instance that has failed, which
+/// without the note would be the wrapper.
+inline void callShade(MaterialInterface& material, PelkContext& context) {
+    PluginCall& call = context.threadData->call;
+    const PluginCall outer = call;
+    call = {"shade", &material};
+    material.shade(context);
+    call = outer;
+}
+
+/// The same for getBSDF. ScopedSampler does it where the sampler goes back in the same scope.
+inline BSDFSampler* takeSampler(BSDFInterface& owner, PelkContext& context, int flags) {
+    ThreadData& thread = *context.threadData;
+    const PluginCall outer = thread.call;
+    thread.call = {"getBSDF", &owner};
+    BSDFSampler* const sampler = owner.getBSDF(context, flags);
+    thread.call = outer;
+    // A wrapper may hand on what another one gave: that one is who made it.
+    if (sampler != thread.givenSampler) {
+        thread.givenSampler = sampler;
+        thread.samplerGiver = &owner;
+    }
+    return sampler;
+}
+
+/// The same for releaseBSDF; a null sampler is passed on.
+inline void giveSampler(BSDFInterface& owner, PelkContext& context, BSDFSampler* sampler) {
+    PluginCall& call = context.threadData->call;
+    const PluginCall outer = call;
+    call = {"releaseBSDF", &owner};
+    owner.releaseBSDF(context, sampler);
+    call = outer;
+}
+
 /// A sampler of a plug-in, for the length of a scope: getBSDF in the constructor, releaseBSDF in
 /// the destructor, on whatever way the scope is left. A sampler that isn't released is lost to its
 /// pool until the render ends. `get` is null if the plug-in gives none; the surface is fully
@@ -62,13 +99,23 @@ class ScopedSampler {
 public:
     /// Asks `owner` for a sampler; `flags` as in BSDFInterface::getBSDF, which may answer null.
     ScopedSampler(PelkContext& context_, BSDFInterface& owner_, int flags)
-        : context(context_), owner(&owner_), sampler(owner_.getBSDF(context_, flags)) {}
+        : context(context_), owner(&owner_), sampler(takeSampler(owner_, context_, flags)) {}
     /// Takes over what `owner` has answered; both may be null.
     ScopedSampler(PelkContext& context_, BSDFInterface* owner_, BSDFSampler* answered)
         : context(context_), owner(owner_), sampler(answered) {}
-    ~ScopedSampler() {
-        if (sampler)
-            owner->releaseBSDF(context, sampler);
+    /// Throws what releaseBSDF throws, unless another exception is on its way: two at once would
+    /// end the process.
+    ~ScopedSampler() noexcept(false) {
+        if (!sampler)
+            return;
+        const PluginCall outer = context.threadData->call;
+        try {
+            giveSampler(*owner, context, sampler);
+        } catch (...) {
+            if (std::uncaught_exceptions() == 0)
+                throw;
+            context.threadData->call = outer;  // of the first exception
+        }
     }
     ScopedSampler(const ScopedSampler&) = delete;
     ScopedSampler& operator=(const ScopedSampler&) = delete;

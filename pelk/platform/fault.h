@@ -29,6 +29,14 @@ using FaultTranslator = void (*)(unsigned code, const Fault& fault);
 /// process has set another one since, each call with a translator puts ours first again.
 PELK_API FaultTranslator setFaultTranslator(FaultTranslator translator);
 
+/// The kind of fault in the system's words, such as "Segmentation fault". `code`: as a translator
+/// gets it.
+PELK_API const char* faultName(unsigned code);
+
+/// The instruction at which the fault happened; the one that called, if that led to no code at all.
+/// Null if it isn't known.
+PELK_API const void* faultInstruction(const Fault& fault);
+
 /// Writes a report of the fault on the calling thread into a file, in place of an older one:
 /// the fault, the registers, the calls that led to it and the process's memory map. Does not
 /// allocate. Returns false if the file can't be written.

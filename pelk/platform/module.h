@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "pelk/platform/api.h"
@@ -23,6 +24,15 @@ PELK_API ModuleHandle loadModule(const char* path, ModuleError& error);
 /// The address of an exported name of the module itself; null if there is none, or if only a
 /// library that the module needs has one.
 PELK_API void* findSymbol(ModuleHandle module, const char* name);
+
+/// Writes the path of the library that an address of code or data belongs to. Allocates nothing.
+/// Returns false, and an empty text, if there is none, or if it is the program itself. `size` is
+/// above 0; what is too long is cut.
+PELK_API bool moduleOfAddress(const void* address, char* path, std::size_t size);
+
+/// The same for the library that the class of an object comes from, by its table of operations. The
+/// class has virtual operations, and `object` points to its start or to that of such a base.
+PELK_API bool moduleOfObject(const void* object, char* path, std::size_t size);
 
 /// Undoes one load. Null does nothing. Returns false if the system refused.
 PELK_API bool releaseModule(ModuleHandle module);

@@ -5,8 +5,9 @@
 #include <vector>
 
 #include "pelk/base/error_chain.h"
-#include "pelk/base/exception_msg.h"
 #include "pelk/base/text_or.h"
+#include "pelk/base/thrown_text.h"
+#include "pelk/contract/plugin_call.h"
 #include "pelk/platform/file.h"
 #include "pelk/support/plugin_manager_default.h"
 #include "pelk/support/silent_log.h"
@@ -24,6 +25,12 @@ std::size_t fileNameStart(std::string_view path) {
 
 const char* printable(PluginDesc* desc) {
     return textOrEmpty(desc->getName());
+}
+
+/// What was thrown while a library was loaded, behind the operation that threw, if it was noted.
+std::string thrownReason() {
+    const PluginCallNote* const note = pluginCallNote();
+    return (note && note->operation ? std::string(note->operation) + ": " : "") + thrownText();
 }
 
 /// Loads a module; the error has one record, with the system's code and words.
@@ -53,6 +60,7 @@ public:
             return 1;
         }
         log.debug("Found plugin \"%s\"", printable(desc));
+        const ScopedCallNote note("registerPlugin", nullptr, printable(desc));
         desc->registerPlugin(host);
         manager.enterName(desc);
         return 1;
@@ -75,6 +83,7 @@ public:
         if (!desc)
             return 1;
         manager.dropName(desc);
+        const ScopedCallNote note("unregisterPlugin", nullptr, printable(desc));
         desc->unregisterPlugin(host);
         return 1;
     }
@@ -124,7 +133,8 @@ PluginLibDesc* DefaultPluginManager::loadLibraryFile(const char* path, PelkPlugi
     try {
         return loadFile(path, host, report);
     } catch (...) {
-        report.error("Fatal error loading plugins.");
+        report.error("Error loading plugin library \"%s\": %s", path, thrownReason().c_str());
+        forgetPluginCall();
         return nullptr;
     }
 }
@@ -138,11 +148,8 @@ PluginLibDesc* DefaultPluginManager::loadFile(const char* path, PelkPluginHost* 
         log.error("Error loading plugin library \"%s\": the path is longer than %zu characters",
                   path, kPathSize - 1);
         return refuse(path, "the path is too long");
-    } catch (const ExceptionMsg& exception) {
-        refuse(path, exception.text);
-        throw;
     } catch (...) {
-        refuse(path, "unknown exception");
+        refuse(path, thrownReason().c_str());
         throw;
     }
 }
@@ -150,6 +157,7 @@ PluginLibDesc* DefaultPluginManager::loadFile(const char* path, PelkPluginHost* 
 PluginLibDesc* DefaultPluginManager::loadFittingFile(const char* path, PelkPluginHost* host,
                                                      MessageLog& log) {
     log.debug("Loading plugin \"%s\"", path);
+    const ScopedCallNote loading("loading", path);  // its static objects are made
     platform::ModuleHandle module = nullptr;
     const ErrorChain error = loadLib(path, module);
     if (error.isError()) {
@@ -163,6 +171,7 @@ PluginLibDesc* DefaultPluginManager::loadFittingFile(const char* path, PelkPlugi
         return refuse(path, getDesc ? "getLibDesc gives no description"
                                     : "no function getLibDesc of its own");
     }
+    const ScopedCallNote listing("enumPluginDescs", path);
     AttachDescCb attach(*this, log, host);
     desc->enumPluginDescs(&attach);
     log.debug("Plugin library \"%s\" loaded", path);
@@ -178,6 +187,7 @@ PluginLibDesc* DefaultPluginManager::addLibrary(const char* path, platform::Modu
     library.module = module;
     const int index = libraries.size();
     libraries.append(library);
+    const ScopedCallNote note("getLibDesc", path);
     PluginLibDesc* desc = getDesc();
     libraries[index].desc = desc;
     if (!desc) {
@@ -215,10 +225,12 @@ bool DefaultPluginManager::unloadAt(int index, PelkPluginHost* host) {
     PluginLibDesc* desc = libraries[index].desc;
     if (!desc)
         return false;
+    const ScopedCallNote note("unloading", libraries[index].fileName);
     DetachDescCb detach(host, *this);
     try {
         desc->enumPluginDescs(&detach);
     } catch (...) {
+        forgetPluginCall();
         return false;
     }
     if (!platform::releaseModule(libraries[index].module))

@@ -8,10 +8,10 @@
 #include <system_error>
 #include <vector>
 
-#include "pelk/base/thrown_text.h"
 #include "pelk/host/cli/commands.h"
 #include "pelk/host/cli/console_text.h"
 #include "pelk/host/render/plugin_faults.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/platform/console.h"
 #include "pelk/platform/debug_stream.h"
 #include "pelk/platform/memory_shortage.h"
@@ -101,12 +101,11 @@ bool isShortage() {
     return platform::hadMemoryShortage();
 }
 
-/// Of a fault that can't be thrown through the function it is in, and of whatever else ends here.
+/// Of an exception that a plug-in doesn't let out, and of whatever else ends here.
 [[noreturn]] void onTerminate() {
-    if (hadPluginFault())
-        endWith(ExitCode::PluginFaulted, "pelk: a plug-in faulted\n");
     if (isShortage())
         endWith(ExitCode::SystemFailed, "pelk: out of memory\n");
+    endByTerminate();
     platform::dropUnfinishedOutput();
     std::abort();
 }
@@ -128,12 +127,14 @@ void checkMemoryForStart(int, char**, char**) {
 #endif
 
 ExitCode runGuarded(int argc, char** argv) {
+    const PluginFaultWatch watch(static_cast<int>(ExitCode::PluginFaulted));
+    const PluginFaultGuard faults;
     try {
         return run(argc, argv);
     } catch (...) {
         // Bad input has its answers; what is thrown as far as here is lack of memory, or the like.
-        print(Stream::Error, complaint(thrownText()).add("\n"));
-        return hadPluginFault() ? ExitCode::PluginFaulted : ExitCode::SystemFailed;
+        print(Stream::Error, complaint(failureText()).add("\n"));
+        return ExitCode::SystemFailed;
     }
 }
 

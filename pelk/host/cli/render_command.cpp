@@ -14,8 +14,8 @@
 #include "pelk/host/picture/region_file.h"
 #include "pelk/host/render/checkpoint.h"
 #include "pelk/host/render/fingerprint.h"
-#include "pelk/host/render/plugin_faults.h"
 #include "pelk/host/render/render_workers.h"
+#include "pelk/platform/console.h"
 #include "pelk/platform/file.h"
 
 namespace Tarnkit {
@@ -23,9 +23,7 @@ namespace Tarnkit {
 namespace {
 
 ExitCode failureCode(const RenderResult& result) {
-    if (!result.systemFailed)
-        return ExitCode::BadInput;
-    return hadPluginFault() ? ExitCode::PluginFaulted : ExitCode::SystemFailed;
+    return result.systemFailed ? ExitCode::SystemFailed : ExitCode::BadInput;
 }
 
 /// What a pixel gets at most under --noise without --spp: one that never ends its noise, such as
@@ -34,7 +32,8 @@ constexpr int kMostSamplesByNoise = 4096;
 
 /// Why a picture has the samples that it has, as its metadata tell it.
 const char* wordsFor(RenderEnd end) {
-    constexpr const char* kWords[] = {kFinished, "interrupted", "out of time", "in work"};
+    constexpr const char* kWords[] = {kFinished, "interrupted", "out of time", "a plug-in faulted",
+                                      "in work"};
     return kWords[static_cast<int>(end)];
 }
 
@@ -64,6 +63,8 @@ private:
     FileHeader checkpointHeader(const Scene& scene, const RenderOptions& render) const;
     RenderResult render(Scene& scene, RenderOptions render, const std::atomic<bool>& stop,
                         Picture& picture);
+    void rescue(const Scene& scene, const RenderOptions& render, const RenderResult& result,
+                Picture& picture);
     ExitCode write(const Scene& scene, const RenderOptions& render, const RenderResult& result,
                    Picture& picture);
     ExitCode report(const RenderResult& result, ExitCode code);
@@ -201,12 +202,28 @@ RenderResult RenderRun::render(Scene& scene, RenderOptions render, const std::at
         write(scene, render, soFar, shown);
         written.clear();
     };
+    render.rescue = [&](Picture& shown, const RenderResult& soFar) {
+        rescue(scene, render, soFar, shown);
+    };
     if (outputs.keepsCheckpoint())
         render.checkpoint = &checkpoint;
     const RenderResult result =
         renderScene(scene, render, &command.getLog(), progress, stop, picture);
     command.getStatus().show({});
     return result;
+}
+
+/// Runs on a thread of its own while the one that renders is stopped or stands still.
+void RenderRun::rescue(const Scene& scene, const RenderOptions& render, const RenderResult& result,
+                       Picture& picture) {
+    if (result.samplesOfPixels.least == 0) {
+        command.getLog().complain("not every pixel had a sample; no picture written");
+        return;
+    }
+    written.clear();
+    report(result, write(scene, render, result, picture));
+    std::string error;
+    platform::finishStandardOutput(error);
 }
 
 FileHeader RenderRun::headerOf(const Scene& scene, const RenderOptions& render,
@@ -281,10 +298,12 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
                    {"samples", result.samples},
                    {"seconds", result.seconds},
                    {"dropped_samples", result.droppedSamples},
+                   {"thrown_samples", result.thrownSamples},
                    {"least_samples", result.samplesOfPixels.least},
                    {"most_samples", result.samplesOfPixels.most},
                    {"interrupted", result.end == RenderEnd::Stopped},
-                   {"out_of_time", result.end == RenderEnd::OutOfTime}};
+                   {"out_of_time", result.end == RenderEnd::OutOfTime},
+                   {"faulted", result.end == RenderEnd::Faulted}};
         if (frame)
             event["frame"] = *frame;
         printJson(event, -1);
@@ -304,6 +323,10 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
             result.droppedSamples,
             result.droppedBy.empty() ? "the light itself or the background was"
                                      : ("\"" + result.droppedBy + "\" made one of them").c_str());
+    if (result.thrownSamples > 0)
+        command.getLog().warning(
+            "%lld samples were left out, since a plug-in threw; one of them: %s",
+            result.thrownSamples, result.thrownBy.c_str());
     const std::string samples =
         "the picture has " + asText(result.samplesOfPixels) + " samples in each pixel";
     if (result.end == RenderEnd::Stopped)
@@ -312,8 +335,9 @@ ExitCode RenderRun::report(const RenderResult& result, ExitCode code) {
         command.getLog().info("The time is over; %s", samples.c_str());
     if (code != ExitCode::Done)
         return code;
-    return options.strict && result.droppedSamples > 0 ? ExitCode::PictureHasErrors
-                                                       : ExitCode::Done;
+    return options.strict && result.droppedSamples + result.thrownSamples > 0
+               ? ExitCode::PictureHasErrors
+               : ExitCode::Done;
 }
 
 }  // namespace

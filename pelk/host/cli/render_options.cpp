@@ -185,7 +185,8 @@ void RenderCommandOptions::addTo(CLI::App& command) {
               "output; none",
               *this, parseProgress);
     command.add_flag("--strict", strict,
-                     "Exit with 4 if colours that are not finite had to be left out");
+                     "Exit with 4 if samples had to be left out: a colour was not finite, or a "
+                     "plug-in threw");
     log.addTo(command);
     addConfineTo(command);
     plugins.addTo(command);

@@ -51,9 +51,10 @@ ExitCode SceneCommand::openScene() {
     bool systemFault = false;
     if (loadModules(session, options.plugins, log, error))
         scene = readScene(session, options.file, options.overrides, error, &systemFault);
-    if (scene)
-        return ExitCode::Done;
-    return fail(systemFault ? ExitCode::SystemFailed : ExitCode::BadInput, error);
+    if (!scene)
+        return fail(systemFault ? ExitCode::SystemFailed : ExitCode::BadInput, error);
+    scene->log = &log;
+    return ExitCode::Done;
 }
 
 Scene& SceneCommand::getScene() {

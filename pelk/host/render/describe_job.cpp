@@ -1,9 +1,9 @@
 #include "pelk/host/render/describe_job.h"
 
-#include "pelk/base/thrown_text.h"
 #include "pelk/contract/pelk_material.h"
 #include "pelk/contract/shader_source.h"
 #include "pelk/host/render/plugin_life_cycle.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/trace/host_renderer.h"
 
@@ -22,11 +22,12 @@ DescribeResult describeMaterial(Scene& scene, RTMtlInterface& material, const ch
         plugins.beginFrame();
         ShaderSource source;
         OCLData data{&renderer};
+        const ScopedCallNote note("getMaterialSource", static_cast<Plugin&>(*material.getPlugin()));
         result.handled = material.getMaterialSource(nullptr, "", section, source, data) != 0;
         result.text = source.c_str();
         result.ok = true;
     } catch (...) {
-        result.error = thrownText();
+        result.error = failureText();
     }
     return result;
 }

@@ -4,6 +4,7 @@
 
 #include "pelk/base/thrown_text.h"
 #include "pelk/host/render/checkpoint.h"
+#include "pelk/host/render/plugin_faults.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/platform/memory_shortage.h"
 #include "pelk/platform/system_info.h"
@@ -80,6 +81,7 @@ void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, Ren
                                std::chrono::duration<double>(options.seconds));
     WorkerGroup reporting = group;
     reporting.report = [&] {
+        const std::lock_guard lock(saving);  // of which the rescue of a fault never lets go
         tell(progress, result);
         if (options.checkpoint && isDue(lastCheckpoint, options.checkpoint->seconds))
             keepCheckpoint(group.log, result);
@@ -89,9 +91,11 @@ void PictureSampler::run(const WorkerGroup& group, RenderProgress* progress, Ren
     try {
         runWorkers(reporting, [&](Worker& thread) { sampleTiles(group, thread); });
     } catch (...) {
+        const std::lock_guard lock(saving);
         keepAfterFailure(group.log, result);
         throw;
     }
+    const std::lock_guard lock(saving);
     const bool isWhole = tilesDone == grid.size();
     if (!isWhole)
         result.end = group.stop ? RenderEnd::Stopped : RenderEnd::OutOfTime;
@@ -135,17 +139,34 @@ void PictureSampler::tryInterim(MessageLog* log, const RenderResult& soFar) {
 void PictureSampler::showInterim(RenderResult soFar) {
     soFar.samplesOfPixels = store->getRange();
     if (soFar.samplesOfPixels.least > 0) {
-        TileWorker worker(setup, grid.largest(), 0);
-        TileSums sums;
-        for (int tile = 0; tile < grid.size(); ++tile) {
-            store->load(tile, sums);
-            show(worker, sums);
-        }
+        developStore();
         markTilesInWork();
         soFar.end = RenderEnd::InWork;
         options.interim(picture, soFar);
     }
     lastInterim = Clock::now();
+}
+
+void PictureSampler::developStore() {
+    TileWorker worker(setup, grid.largest(), 0);
+    TileSums sums;
+    for (int tile = 0; tile < grid.size(); ++tile) {
+        store->load(tile, sums);
+        show(worker, sums);
+    }
+}
+
+void PictureSampler::saveWhatIsWhole(RenderResult soFar) {
+    saving.lock();
+    tell(nullptr, soFar);
+    soFar.end = RenderEnd::Faulted;
+    soFar.samplesOfPixels = store ? store->getRange() : SampleRange{};
+    if (soFar.samplesOfPixels.least > 0)
+        developStore();
+    options.rescue(picture, soFar);
+    // Behind the picture, which is worth more: the limit of time may come first.
+    if (options.checkpoint && samplesDone > samplesBefore)
+        keepCheckpoint(nullptr, soFar);
 }
 
 void PictureSampler::markTilesInWork() {
@@ -166,6 +187,8 @@ void PictureSampler::tell(RenderProgress* progress, RenderResult& result) {
         const std::lock_guard lock(mutex);
         result.droppedSamples = dropped;
         result.droppedBy = droppedBy;
+        result.thrownSamples = thrown;
+        result.thrownBy = thrownBy;
     }
     result.samples = samplesDone;
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
@@ -193,15 +216,14 @@ void PictureSampler::sampleTiles(const WorkerGroup& group, Worker& thread) {
     TileWorker worker(setup, grid.largest(), thread.getThreadIndex());
     const StopTest stop(group.stop, thread, deadline);
     TileSums sums;
-    for (int tile; !stop.isDue() && (tile = queue.take()) >= 0;) {
+    for (int tile; !stop.isDue() && !hadPluginFault() && (tile = queue.take()) >= 0;) {
         if (store)
             store->load(tile, sums);
         else
             sums = TileSums(grid.at(tile), worker.needsFragments());
         noteWork(tile, true);
-        const long long droppedBefore = worker.getDropped();
         sampleTile(worker, sums, stop);
-        noteDropped(worker, droppedBefore);
+        noteDropped(worker);
         if (store)
             store->commit(tile, sums);
         noteWork(tile, false);
@@ -235,16 +257,20 @@ void PictureSampler::noteWork(int tile, bool begins) {
         tilesInWork.erase(tile);
 }
 
-void PictureSampler::noteDropped(TileWorker& worker, long long before) {
-    if (worker.getDropped() == before)
+void PictureSampler::noteDropped(TileWorker& worker) {
+    const LostSamples lost = worker.takeLost();
+    if (lost.dropped == 0 && lost.thrown == 0)
         return;
     const std::lock_guard lock(mutex);
-    dropped += worker.getDropped() - before;
-    if (const SceneObject* const object = worker.getBadObject()) {
-        PluginBase* const culprit =
-            object->material ? object->material->getPlugin() : object->plugin;
+    dropped += lost.dropped;
+    thrown += lost.thrown;
+    if (lost.dropped > 0 && lost.badObject) {
+        const SceneObject& object = *lost.badObject;
+        PluginBase* const culprit = object.material ? object.material->getPlugin() : object.plugin;
         droppedBy = instanceName(static_cast<Plugin*>(culprit));
     }
+    if (thrownBy.empty())
+        thrownBy = lost.thrownBy;
 }
 
 /// Makes the picture of what the store holds. Nothing ends it early: it is what a render that was

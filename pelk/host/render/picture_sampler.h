@@ -33,11 +33,17 @@ public:
     /// Throws what threads throw.
     void run(const WorkerGroup& group, RenderProgress* progress, RenderResult& result);
 
+    /// Makes a picture of the samples that there are and hands it to RenderOptions::rescue, while
+    /// `run` is under way on another thread and never ends, as one of its threads was stopped.
+    /// Keeps the checkpoint too. `soFar`: the result of `run`.
+    void saveWhatIsWhole(RenderResult soFar);
+
 private:
+    void developStore();
     void sampleTiles(const WorkerGroup& group, Worker& thread);
     void sampleTile(TileWorker& worker, TileSums& sums, const StopTest& stop);
     void finishTile(TileWorker& worker, const TileSums& sums);
-    void noteDropped(TileWorker& worker, long long before);
+    void noteDropped(TileWorker& worker);
     void tell(RenderProgress* progress, RenderResult& result);
     void keepCheckpoint(MessageLog* log, RenderResult& result);
     void keepAfterFailure(MessageLog* log, RenderResult& result);
@@ -65,11 +71,14 @@ private:
     // Samples taken, and those that blocks didn't need, by all threads.
     std::atomic<long long> samplesDone{0}, samplesSpared{0};
     std::atomic<int> tilesDone{0};
-    std::mutex mutex;  // of what follows, while threads run
+    std::mutex saving;  // of picture, checkpoint and their times, while threads run
+    std::mutex mutex;   // of what follows, while threads run
     SampleRange shownRange;
     std::set<int> tilesInWork;
     long long dropped = 0;
     std::string droppedBy;
+    long long thrown = 0;
+    std::string thrownBy;
 };
 
 /// The pixels that must be sampled to render others until their noise is small: whole blocks.

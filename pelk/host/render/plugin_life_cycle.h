@@ -9,6 +9,7 @@
 #include "pelk/contract/pelk_plugin.h"
 #include "pelk/contract/renderer.h"
 #include "pelk/host/render/plugin_check.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/trace/interfaces.h"
 
@@ -16,8 +17,8 @@ namespace Tarnkit {
 
 /// The life cycle of a scene's plug-ins around one render of one frame: renderBegin and frameBegin
 /// on each, and from the destructor frameEnd and renderEnd on those that got so far, in reverse
-/// order, whatever was thrown in between. Runs on the thread that sets the render up, while no ray
-/// is traced.
+/// order, whatever was thrown in between. What these throw is a warning each. Runs on the thread
+/// that sets the render up, while no ray is traced.
 ///
 ///     PluginLifeCycle plugins(scene, renderer);
 ///     plugins.beginRender();
@@ -38,14 +39,15 @@ public:
     ~PluginLifeCycle() {
         tellAfterHits();
         while (framesBegun > 0)
-            plugins[--framesBegun]->frameEnd(renderer);
+            end("frameEnd", *plugins[--framesBegun], &PelkPluginInterface::frameEnd);
         while (rendersBegun > 0)
-            plugins[--rendersBegun]->renderEnd(renderer);
+            end("renderEnd", *plugins[--rendersBegun], &PelkPluginInterface::renderEnd);
     }
 
     /// Comes before any frame begins.
     void beginRender() {
         for (PelkPluginInterface* plugin : plugins) {
+            const ScopedCallNote note("renderBegin", instanceOf(*plugin));
             plugin->renderBegin(renderer);
             ++rendersBegun;
         }
@@ -63,12 +65,32 @@ private:
         while (framesBegun < count) {
             const std::size_t index = framesBegun;
             checks.emplace_back(*plugins[index]);
-            plugins[index]->frameBegin(renderer);
+            {
+                const ScopedCallNote note("frameBegin", instanceOf(*plugins[index]));
+                plugins[index]->frameBegin(renderer);
+            }
             ++framesBegun;
             // What it shows is the same for all of a kind.
             if (checkedKinds.insert(instanceAt(index)->getPluginDesc()).second)
                 tell(index, "begins", checks.back().afterFrameBegin());
         }
+    }
+
+    /// What is thrown is a warning: the picture is done, and the others are to end as well.
+    void end(const char* operation, PelkPluginInterface& plugin,
+             void (PelkPluginInterface::*call)(PelkRenderer&)) {
+        try {
+            const ScopedCallNote note(operation, instanceOf(plugin));
+            (plugin.*call)(renderer);
+        } catch (...) {
+            const std::string failure = failureText();
+            if (MessageLog* const log = renderer.sequenceData.log)
+                log->warning("%s", failure.c_str());
+        }
+    }
+
+    static Plugin& instanceOf(PelkPluginInterface& plugin) {
+        return static_cast<Plugin&>(*plugin.getPlugin());
     }
 
     Plugin* instanceAt(std::size_t index) const {

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
-#include "pelk/base/thrown_text.h"
 #include "pelk/host/render/render_setup.h"
 #include "pelk/host/render/sample_goal.h"
 #include "pelk/host/render/tile_worker.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/host/scene/scene.h"
 #include "pelk/host/trace/surface_uv.h"
 
@@ -79,7 +79,7 @@ ProbeResult probePixel(Scene& scene, const RenderOptions& options, int x, int y,
         result.channels = readChannels(worker.getRegion());
         result.ok = true;
     } catch (...) {
-        result.error = thrownText();
+        result.error = failureText();
     }
     return result;
 }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "pelk/base/thrown_text.h"
 #include "pelk/host/render/picture_sampler.h"
 #include "pelk/host/render/plugin_faults.h"
+#include "pelk/host/scene/failure_text.h"
 
 namespace Tarnkit {
 
@@ -29,7 +29,7 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
         std::min(options.threads > 0 ? options.threads : getNumThreads(), kMaxThreads);
     const PictureRect whole{0, 0, options.width, options.height};
     const PictureRect area = options.region.isEmpty() ? whole : options.region;
-    const PluginFaultGuard faults;
+    FaultRescue rescue;  // to the end of the plug-ins' life cycle, in which one may fault too
     try {
         RenderSetup setup(scene, options, threads, log);
         if (!setup.prepare(result.error))
@@ -43,11 +43,15 @@ RenderResult renderScene(Scene& scene, const RenderOptions& options, MessageLog*
         PictureSampler sampler(setup, options, area, inPasses, picture);
         if (!sampler.resume(log, result))
             return result;
+        if (options.rescue)
+            rescue.set([&] { sampler.saveWhatIsWhole(result); });
         sampler.run({.manager = manager, .threads = threads, .stop = stop, .log = log}, progress,
                     result);
         result.ok = true;
+        if (options.rescue)
+            rescue.set([&] { options.rescue(picture, result); });
     } catch (...) {
-        result.error = thrownText();
+        result.error = failureText();
         result.systemFailed = true;
     }
     return result;

@@ -28,6 +28,7 @@ enum class RenderEnd {
     Finished,
     Stopped,    ///< by `stop`
     OutOfTime,  ///< RenderOptions::seconds were over
+    Faulted,    ///< a plug-in did, and the process ends
     InWork,     ///< not yet: the picture is shown meanwhile
 };
 
@@ -53,6 +54,9 @@ struct RenderOptions {
     /// not at all. Called on the thread of renderScene, while the others go on.
     double interimSeconds = 0.0;
     std::function<void(Picture&, const RenderResult&)> interim;
+    /// Saves what there is when a plug-in faults: called at most once, as FaultRescue tells, with a
+    /// picture in which each pixel has a sample, or with samplesOfPixels 0 and none. May be empty.
+    std::function<void(Picture&, const RenderResult&)> rescue;
     std::vector<std::string> channels;  ///< names of render channels beside those of the scene
     u32 noiseSeed = 0;                  ///< each number has a pattern of noise of its own
     ThreadManager* manager = nullptr;   ///< whose threads render; null: threads of their own
@@ -89,7 +93,9 @@ struct RenderResult {
     double seconds = 0.0;         ///< of tracing rays, without reading and building the scene
     /// Left out since a colour or a ray of theirs was NaN or infinite, or a ray beyond 1e18.
     long long droppedSamples = 0;
-    std::string droppedBy;  ///< name of an instance that made one of them; empty for a light
+    std::string droppedBy;        ///< name of an instance that made one of them; empty for a light
+    long long thrownSamples = 0;  ///< left out since a plug-in threw
+    std::string thrownBy;         ///< what one of them said, and who, as failureText tells it
 };
 
 /// Renders the scene into `picture`, which gets the size of the whole picture; pixels outside the

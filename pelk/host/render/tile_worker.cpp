@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "pelk/host/render/sample_goal.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/host/trace/sampling.h"
+#include "pelk/platform/memory_shortage.h"
 
 namespace Tarnkit {
 
@@ -98,18 +101,19 @@ void TileWorker::samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentLi
     else
         thread.plainFragment = static_cast<PKFragment*>(region.newFragment());
     RenderContext& c = *thread.takeContext();
+    const long long thrownBefore = lost.thrown;
     do {
         for (const u32 end = std::min(goal, sums.tried + kSamplesBetweenTests); sums.tried < end;) {
-            if (!renderSample(c, x, y, seed, sums.begin())) {
-                ++dropped;
+            if (!renderSample(c, x, y, seed, sums.begin()))
                 continue;
-            }
             sums.add(c.traceResult, c.traceAlpha);
             if (recorder)
                 recorder->endSample(c, fragments);
         }
     } while (sums.tried < goal && !stop.isDue());
     c.releaseContext();
+    if (lost.thrown != thrownBefore)
+        thread.takeBackContexts();  // a plug-in of others may have lost some
 }
 
 void TileWorker::develop(const TileSums& sums, const PictureRect& shown) {
@@ -146,9 +150,28 @@ void TileWorker::developPixel(int x, int y, const PixelSums& sums, FragmentList&
     region.storeFragments(x, y, fragments);
 }
 
-/// Traces one path, jittered within the pixel. False if its colour or alpha is NaN or infinite, so
-/// that it is to be dropped.
+/// Traces one path. False if it is lost, which is noted.
 bool TileWorker::renderSample(RenderContext& c, int x, int y, u32 seed, u32 sample) {
+    try {
+        if (traceSample(c, x, y, seed, sample))
+            return true;
+        ++lost.dropped;
+    } catch (...) {
+        if (platform::hadMemoryShortage())
+            throw;  // the next sample would fail too
+        // Whatever a plug-in throws at a hit, the others can go on: its fields of the context are
+        // written anew for each path.
+        thread.sampleDropped = false;
+        ++lost.thrown;
+        if (lost.thrownBy.empty())
+            lost.thrownBy = failureText();
+        thread.call = {};
+    }
+    return false;
+}
+
+/// The path is jittered within the pixel. False if its colour or alpha is NaN or infinite.
+bool TileWorker::traceSample(RenderContext& c, int x, int y, u32 seed, u32 sample) {
     const Random2 place = random2(seed, sample, RandomUse::Pixel);
     if (recorder)
         recorder->beginSample();
@@ -161,12 +184,14 @@ bool TileWorker::renderSample(RenderContext& c, int x, int y, u32 seed, u32 samp
     return good;
 }
 
-long long TileWorker::getDropped() const {
-    return dropped + (recorder ? recorder->getDropped() : 0);
-}
-
-const SceneObject* TileWorker::getBadObject() const {
-    return thread.badObject || !recorder ? thread.badObject : recorder->getBadObject();
+LostSamples TileWorker::takeLost() {
+    if (recorder) {
+        lost.dropped += recorder->takeDropped();
+        lost.badObject = recorder->getBadObject();
+    }
+    if (thread.badObject)
+        lost.badObject = thread.badObject;
+    return std::exchange(lost, {});
 }
 
 }  // namespace Tarnkit

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "pelk/host/render/render_setup.h"
 #include "pelk/host/render/tile_sums.h"
@@ -12,6 +13,15 @@ namespace Tarnkit {
 
 class StopTest;
 struct SampleGoal;
+
+/// Samples that were left out: one of NaN would make its whole pixel so.
+struct LostSamples {
+    /// Not finite, as a whole or in one channel, which is left out then.
+    long long dropped = 0;
+    const SceneObject* badObject = nullptr;  ///< whose shading gave one of them; null if not known
+    long long thrown = 0;                    ///< ended by an exception
+    std::string thrownBy;                    ///< the words of the first of these
+};
 
 /// The seed of a pixel's random numbers: a hash of its place in the whole picture, so that it does
 /// not depend on the tile, the thread or the region that is rendered. `noise` is
@@ -48,15 +58,13 @@ public:
     void develop(const TileSums& sums, const PictureRect& shown);
     PKRegionData& getRegion() { return region; }
 
-    /// Samples, or their share in one channel, that were left out since they were NaN or infinite:
-    /// one such sample would otherwise make its whole pixel so.
-    long long getDropped() const;
-    /// An object whose shading gave one of them, null if it is not known.
-    const SceneObject* getBadObject() const;
+    /// What was lost since the last call.
+    LostSamples takeLost();
 
 private:
     void samplePixel(int x, int y, u32 goal, PixelSums& sums, FragmentList& fragments,
                      const StopTest& stop);
+    bool traceSample(RenderContext& context, int x, int y, u32 seed, u32 sample);
     bool renderSample(RenderContext& context, int x, int y, u32 seed, u32 sample);
     void developPixel(int x, int y, const PixelSums& sums, FragmentList& fragments);
 
@@ -66,7 +74,7 @@ private:
     PKRegionData region;
     std::optional<SampleRecorder> recorder;  // if there are channels beyond colour and alpha
     std::vector<u8> packed;                  // of the tile in work, while it is packed anew
-    long long dropped = 0;
+    LostSamples lost;
 };
 
 }  // namespace Tarnkit

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <filesystem>
 #include <tuple>
 
@@ -32,6 +33,7 @@
 #include "pelk/host/plugins/uvwgen_environment.h"
 #include "pelk/host/plugins/uvwgen_map.h"
 #include "pelk/host/plugins/volume_medium.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/host/scene/interface_names.h"
 #include "pelk/host/scene/plugin_registry.h"
 #include "pelk/platform/file.h"
@@ -88,10 +90,21 @@ namespace {
 /// An instance that is made to be asked for its interfaces, and deleted at the end of the scope.
 class Probe {
 public:
-    Probe(PluginDesc& desc_, PelkPluginHost* host) : desc(desc_), plugin(desc.newPlugin(host)) {}
-    ~Probe() {
-        if (plugin)
+    Probe(const PluginKind& kind, PelkPluginHost* host) : desc(*kind.desc) {
+        const ScopedCallNote note("newPlugin", kind.library.c_str(), kind.getName());
+        plugin = desc.newPlugin(host);
+    }
+    /// Throws what the plug-in throws, unless it has thrown before.
+    ~Probe() noexcept(false) {
+        if (!plugin)
+            return;
+        const ScopedCallNote note("deletePlugin", *plugin);
+        try {
             desc.deletePlugin(plugin);
+        } catch (...) {
+            if (std::uncaught_exceptions() == 0)
+                throw;
+        }
     }
     Probe(const Probe&) = delete;
     Probe& operator=(const Probe&) = delete;
@@ -100,7 +113,7 @@ public:
 
 private:
     PluginDesc& desc;
-    Plugin* plugin;
+    Plugin* plugin = nullptr;
 };
 
 }  // namespace
@@ -213,9 +226,10 @@ std::vector<const char*> HostSession::getInterfaceNames(const PluginKind& kind) 
     std::vector<const char*> names;
     const std::string what = std::string(kind.getName()) + " gives no instance";
     registry->guard(kind.library, what + ": ", [&] {
-        const Probe probe(*kind.desc, registry.get());
+        const Probe probe(kind, registry.get());
         if (!probe.get())
             return registry->refused(kind.library.c_str(), what.c_str());
+        const ScopedCallNote note("getInterface", *probe.get());
         for (const InterfaceName& known : knownInterfaces()) {
             if (probe.get()->getInterface(known.id))
                 names.push_back(known.name);

@@ -58,6 +58,7 @@ void PluginRegistry::listKinds(DefaultPluginManager& plugins) {
 }
 
 void PluginRegistry::collect(PluginLibDesc& library, const std::string& path) {
+    const ScopedCallNote note("enumPluginDescs", path.c_str());
     const std::string name = textOrEmpty(library.getLibraryName());
     bool isEmpty = true;
     EachDesc eachDesc([&](PluginDesc* desc) {

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "pelk/base/thrown_text.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/host/scene/host_session.h"
 #include "pelk/support/plugin_manager_default.h"
 
@@ -29,7 +29,7 @@ public:
         try {
             call();
         } catch (...) {
-            refused(path.c_str(), (what + thrownText()).c_str());
+            refused(path.c_str(), (what + failureText()).c_str());
         }
     }
 

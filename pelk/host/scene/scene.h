@@ -9,10 +9,12 @@
 
 #include "pelk/base/color.h"
 #include "pelk/contract/pelk_plugin.h"
+#include "pelk/contract/plugin_call.h"
 
 namespace Tarnkit {
 
 class CameraInterface;
+class MessageLog;
 class TextureInterface;
 class HostSession;
 
@@ -79,6 +81,7 @@ public:
     std::vector<Interface*> collect() const {
         std::vector<Interface*> found;
         for (Plugin* plugin : plugins) {
+            const ScopedCallNote note("getInterface", *plugin);
             if (auto* const offered = findInterface<Interface>(plugin))
                 found.push_back(offered);
         }
@@ -94,6 +97,8 @@ public:
     SceneSource source;
     TextureInterface* backplate = nullptr;  ///< null without one
     CameraInterface* camera = nullptr;      ///< null if the scene has none
+    /// Gets what instances throw when they are deleted; the caller's, may be null.
+    MessageLog* log = nullptr;
 
 private:
     using ParameterKey = std::pair<Plugin*, std::string>;

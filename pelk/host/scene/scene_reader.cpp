@@ -6,9 +6,9 @@
 #include <iterator>
 #include <map>
 
-#include "pelk/base/thrown_text.h"
 #include "pelk/contract/texture.h"
 #include "pelk/host/plugins/file_guide.h"
+#include "pelk/host/scene/failure_text.h"
 #include "pelk/host/scene/host_session.h"
 #include "pelk/host/scene/parameter_range.h"
 #include "pelk/host/scene/scene_loops.h"
@@ -161,7 +161,7 @@ bool SceneReader::makeInstance(const std::string& name, Json& values) {
     try {
         plugin = scene.addPlugin(name, kind->getName());
     } catch (...) {
-        reason = thrownText();
+        reason = failureText();
     }
     if (!plugin)
         return fail(pointer, "no instance of the plug-in \"" + type + "\": " + reason);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "pelk/contract/samplers.h"
+#include "pelk/contract/shading.h"
 #include "pelk/contract/texture.h"
 #include "pelk/host/trace/sample_recorder.h"
 #include "pelk/host/trace/sampling.h"
@@ -311,7 +312,7 @@ void HostRenderer::shadeHit(RenderContext& c) {
     MaterialInterface* const material = c.object->material;
     if (!material) [[unlikely]]
         return setOpaqueBlack(c);
-    material->shade(c);
+    callShade(*material, c);
     // Where there is a fragment, a matte writes the background that shows through it there only.
     if (c.resultFragment) [[unlikely]]
         c.resultColor += static_cast<PKFragment*>(c.resultFragment)->background;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cassert>
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <numeric>
 
@@ -32,6 +33,11 @@ struct Query {
     u32 skipObject, skipTriangle;
     ShadowVisitor* visitor;
     HiddenObjects hidden;
+};
+
+/// Of a shadow ray.
+struct ShadowQuery : Query {
+    std::exception_ptr thrown;  ///< by the visitor; Embree's own frames can't be left so
 };
 
 /// The number of the object that was hit. An instance is one; other geometry stands in the scene by
@@ -91,9 +97,15 @@ void initQuery(Query& query, u32 skipObject, u32 skipTriangle, ShadowVisitor* vi
 /// Occlusion filter of every geometry: rejecting a hit lets the shadow ray go on behind it.
 void visitShadowHit(const RTCFilterFunctionNArguments* args) {
     const Candidate c(args);
-    if (c.isVoid() || c.query.visitor->visit(objectOf(c.hit), c.hit.primID, withoutRim(c.hit.u),
-                                             withoutRim(c.hit.v), c.ray.tfar))
-        args->valid[0] = 0;
+    try {
+        if (c.isVoid() || c.query.visitor->visit(objectOf(c.hit), c.hit.primID, withoutRim(c.hit.u),
+                                                 withoutRim(c.hit.v), c.ray.tfar))
+            args->valid[0] = 0;
+    } catch (...) {
+        // And the hit, which stands, ends the ray.
+        static_cast<ShadowQuery&>(*reinterpret_cast<Query*>(args->context)).thrown =
+            std::current_exception();
+    }
 }
 
 /// The start of a ray's interval, as Embree takes it: `minT` and an epsilon against
@@ -120,9 +132,9 @@ void fillRay(RTCRay& ray, const Point& origin, const Vector& direction, double m
     ray.flags = 0;
 }
 
-/// A committed geometry of the mesh's triangles, each grown by its rim; `numbers` holds those from
-/// 0 on, as many as the corners at least. Without memory for them it is empty, and the device's
-/// error callback has been called.
+/// A committed geometry of the mesh's triangles, each grown by its rim; `numbers` holds those
+/// from 0 on, as many as the corners at least. Without memory for them it is empty, and the
+/// device's error callback has been called.
 RTCGeometry newTriangles(RTCDevice device, const Mesh& mesh, const std::vector<u32>& numbers) {
     RTCGeometry geometry = rtcNewGeometry(device, RTC_GEOMETRY_TYPE_TRIANGLE);
     const u32 count = static_cast<u32>(mesh.triangles.size());
@@ -159,8 +171,8 @@ RTCGeometry newInstance(RTCDevice device, RTCScene shape, const Placement& place
 RTCScene newScene(RTCDevice device) {
     const RTCScene scene = rtcNewScene(device);
     rtcSetSceneFlags(scene, RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION);
-    // Not high quality: its spatial splits put a triangle into several leaves, and a transparent
-    // one would attenuate a shadow ray more than once.
+    // Not high quality: its spatial splits put a triangle into several leaves, and a
+    // transparent one would attenuate a shadow ray more than once.
     rtcSetSceneBuildQuality(scene, RTC_BUILD_QUALITY_MEDIUM);
     return scene;
 }
@@ -285,13 +297,15 @@ float Intersector::closest(const RenderContext& ray, u32& object, RenderContext&
 
 bool Intersector::walkShadow(const Point& origin, const Vector& direction, double distance,
                              u32 skipObject, u32 skipTriangle, ShadowVisitor& visitor) const {
-    Query query;
+    ShadowQuery query;
     initQuery(query, skipObject, skipTriangle, &visitor, {});
     alignas(16) RTCRay ray;
     // Ends just before the light, so that a surface that it lies on doesn't shadow it.
     const double end = distance < kRayFar ? distance * 0.9999 : distance;
     fillRay(ray, origin, direction, 0.0, end);
     rtcOccluded1(scene, &query.context, &ray);
+    if (query.thrown) [[unlikely]]
+        std::rethrow_exception(query.thrown);
     return ray.tfar >= 0.0f;
 }
 

@@ -21,7 +21,8 @@ class RenderContext;
 class ShadowVisitor {
 public:
     /// Called for each surface in the way, in no order. `u`, `v`: barycentric, of the second and
-    /// third vertex. Returns false once nothing of the light is left, which ends the ray.
+    /// third vertex. Returns false once nothing of the light is left, which ends the ray; so does
+    /// what it throws, which goes on to the caller of walkShadow.
     virtual bool visit(u32 object, u32 triangle, float u, float v, float distance) = 0;
 
 protected:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "pelk/base/limits.h"
 #include "pelk/contract/samplers.h"
@@ -94,11 +95,16 @@ private:
 
 void LightLoop::computeDirectLight(Color& out, PelkContext& context, BRDFSampler* sampler) {
     out = Color(0);
+    PluginCall& call = context.threadData->call;
+    const char* const outer = std::exchange(call.operation, "eval");
     run(out, hostContext(context), SideBRDFs(sampler));
+    call.operation = outer;
 }
 
 void LightLoop::computeDirectLighting(Color& out, RenderContext& c, BSDFSampler* bsdf) {
     out = Color(0);
+    PluginCall& call = c.threadData->call;
+    const char* const outer = std::exchange(call.operation, "eval");
     const SideBRDFs sides(bsdf, c.backSide != 0);
     if (BRDFSampler* viewer = sides.viewer()) {
         // A black diffuse part needs no indirect light either (PathGi::irradiance). Not so for a
@@ -108,6 +114,7 @@ void LightLoop::computeDirectLighting(Color& out, RenderContext& c, BSDFSampler*
         c.diffuseIsBlack = !matte && sides.isSingle() && viewer->getDiffuseColor(white) == Color(0);
         run(out, c, sides);
     }
+    call.operation = outer;
 }
 
 void LightLoop::run(Color& out, RenderContext& c, const SideBRDFs& sides) {

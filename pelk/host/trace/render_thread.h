@@ -13,7 +13,20 @@ class SampleRecorder;
 /// ids, and what went wrong in the current sample. Lives for one render.
 class RenderThread final : public ThreadData {
 public:
-    RenderThread(HostRenderer& renderer_, int index) : renderer(renderer_) { threadIndex = index; }
+    /// Made on the thread itself, whose note of plug-in calls it takes part in.
+    RenderThread(HostRenderer& renderer_, int index) : renderer(renderer_), note(pluginCallNote()) {
+        threadIndex = index;
+        if (note)
+            note->thread = this;
+    }
+    ~RenderThread() {
+        if (!note)
+            return;
+        keepPluginCall();  // there is one if an exception has ended this
+        note->thread = nullptr;
+    }
+    RenderThread(const RenderThread&) = delete;
+    RenderThread& operator=(const RenderThread&) = delete;
 
     /// A context off the free list, with the fields of its last use; a new one only when the list
     /// is empty. It comes back by RenderContext::releaseContext.
@@ -24,6 +37,12 @@ public:
         else
             context = contexts.take();
         return context;
+    }
+
+    /// Takes back all contexts, also those that an exception has left with nobody.
+    void takeBackContexts() {
+        contexts.reset();
+        freeContexts = nullptr;
     }
 
     void giveBack(RenderContext* context) {
@@ -55,6 +74,7 @@ public:
     PKFragment* plainFragment = nullptr;
 
 private:
+    PluginCallNote* const note;  // of the thread, null without one
     Sequence<RenderContext> contexts{32};
     RenderContext* freeContexts = nullptr;
     int hitID = 0;

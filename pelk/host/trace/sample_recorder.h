@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "pelk/base/color.h"
@@ -43,9 +44,9 @@ public:
     void addLight(const RenderContext& context, const Color& shown, double distance);
     void addSurroundings(const Color& shown);
 
-    /// Samples of which a channel was cleared since it wasn't finite, and the object that the last
-    /// of them hit.
-    long long getDropped() const { return dropped; }
+    /// Samples of which a channel was cleared since it wasn't finite, since the last call, and the
+    /// object that the last of them hit.
+    long long takeDropped() { return std::exchange(dropped, 0); }
     const SceneObject* getBadObject() const { return badObject; }
 
 private:

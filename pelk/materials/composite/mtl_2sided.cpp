@@ -115,7 +115,7 @@ BSDFSampler* Mtl2Sided::getSampler(PelkContext& context, int side, bool isBeyond
     const ScopedFlip toViewer(context, context.backSide && !context.flippedSide);
     const ScopedFlip toFarSide(context, isBeyond);
     const ScopedValue flippedSide(context.flippedSide, 0);
-    return bsdf->getBSDF(context, flags);
+    return takeSampler(*bsdf, context, flags);
 }
 
 void Mtl2Sided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
@@ -130,7 +130,7 @@ void Mtl2Sided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
 /// A material that gave no sampler gets the null back.
 void Mtl2Sided::releaseSampler(PelkContext& context, int side, BSDFSampler* sampler) const {
     if (BSDFInterface* bsdf = bsdfInterfaces[side])
-        bsdf->releaseBSDF(context, sampler);
+        giveSampler(*bsdf, context, sampler);
 }
 
 int Mtl2Sided::getOpaqueFlags() {

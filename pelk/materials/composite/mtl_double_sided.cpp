@@ -1,5 +1,7 @@
 #include "pelk/materials/composite/mtl_double_sided.h"
 
+#include "pelk/contract/shading.h"
+
 namespace {
 
 constexpr ParamTable kParams{
@@ -22,7 +24,7 @@ void MtlDoubleSided::shade(PelkContext& context) {
     if (!baseMaterial)
         return setOpaqueBlack(context);
     const ScopedFlip front(context, context.backSide != 0);
-    baseMaterial->shade(context);
+    callShade(*baseMaterial, context);
 }
 
 BSDFSampler* MtlDoubleSided::getBSDF(PelkContext& context, int flags) {
@@ -35,7 +37,7 @@ BSDFSampler* MtlDoubleSided::getBSDF(PelkContext& context, int flags) {
     element->flipped = context.backSide;
     element->brdf = nullptr;
     const ScopedFlip front(context, context.backSide != 0);
-    element->bsdf = baseBSDF->getBSDF(context, flags);
+    element->bsdf = takeSampler(*baseBSDF, context, flags);
     return element->bsdf ? element.handOut() : nullptr;
 }
 
@@ -43,7 +45,7 @@ void MtlDoubleSided::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     if (!sampler || !baseBSDF)
         return;
     auto* element = static_cast<PoolElement<BackSideBSDF>*>(sampler);
-    baseBSDF->releaseBSDF(context, element->bsdf);
+    giveSampler(*baseBSDF, context, element->bsdf);
     pool.giveBack(context, element);
 }
 

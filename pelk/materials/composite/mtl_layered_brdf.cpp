@@ -75,7 +75,7 @@ void MtlLayeredBRDF::fillLayers(PelkContext& context, int flags, LayeredBSDF& la
     layers.setTransparency(Color(0));
     for (int i = 0; i < bsdfInterfaces.size(); ++i) {
         if (BSDFInterface* bsdf = bsdfInterfaces[i])
-            layers.setBSDF(i, bsdf->getBSDF(context, flags), Color(0), 0);
+            layers.setBSDF(i, takeSampler(*bsdf, context, flags), Color(0), 0);
         else
             layers.setBSDF(i, nullptr, Color(1), 0);
     }
@@ -92,6 +92,6 @@ void MtlLayeredBRDF::releaseLayers(PelkContext& context, LayeredBSDF& layers) co
     for (int i = 0; i < layers.getNumBSDFs(); ++i) {
         BSDFSampler* layer = layers.getBSDF(i);
         if (layer && bsdfInterfaces[i])
-            bsdfInterfaces[i]->releaseBSDF(context, layer);
+            giveSampler(*bsdfInterfaces[i], context, layer);
     }
 }

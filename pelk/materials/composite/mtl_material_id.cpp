@@ -39,7 +39,7 @@ void MtlMaterialID::frameEnd(PelkRenderer&) {
 
 void MtlMaterialID::shade(PelkContext& context) {
     if (baseMaterial)
-        baseMaterial->shade(context);
+        callShade(*baseMaterial, context);
     writeIDs(context, params.idColor, params.idNumber);
 }
 
@@ -50,7 +50,7 @@ BSDFSampler* MtlMaterialID::getBSDF(PelkContext& context, int flags) {
     auto element = pool.borrow(context);
     if (!element)
         return nullptr;
-    element->bsdf = baseBSDF->getBSDF(context, flags);
+    element->bsdf = takeSampler(*baseBSDF, context, flags);
     element->brdf = nullptr;
     element->idColor = params.idColor;
     element->idNumber = params.idNumber;
@@ -61,7 +61,7 @@ void MtlMaterialID::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     if (!sampler || !baseBSDF)
         return;
     auto* element = static_cast<PoolElement<MaterialIDBSDF>*>(sampler);
-    baseBSDF->releaseBSDF(context, element->bsdf);
+    giveSampler(*baseBSDF, context, element->bsdf);
     pool.giveBack(context, element);
 }
 

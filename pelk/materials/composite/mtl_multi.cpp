@@ -227,7 +227,7 @@ void MtlMulti::shade(PelkContext& context) {
     const MtlMultiEntry* entry = pickEntry(context);
     if (!entry || !entry->mtl)
         return setOpaqueBlack(context);
-    entry->mtl->shade(context);
+    callShade(*entry->mtl, context);
 }
 
 BSDFSampler* MtlMulti::getBSDF(PelkContext& context, int flags) {
@@ -239,7 +239,7 @@ BSDFSampler* MtlMulti::getBSDF(PelkContext& context, int flags) {
         pickCache.store(context, position);
     }
     BSDFInterface* bsdf = table[position].bsdf;
-    return bsdf ? bsdf->getBSDF(context, flags) : nullptr;
+    return bsdf ? takeSampler(*bsdf, context, flags) : nullptr;
 }
 
 void MtlMulti::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
@@ -247,7 +247,7 @@ void MtlMulti::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
         return;
     const int cached = pickCache.find(context);
     if (BSDFInterface* bsdf = table[cached < 0 ? pick(context) : cached].bsdf)
-        bsdf->releaseBSDF(context, sampler);
+        giveSampler(*bsdf, context, sampler);
 }
 
 int MtlMulti::getMaterialID(PelkContext& context) {

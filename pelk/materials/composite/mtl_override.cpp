@@ -106,7 +106,7 @@ const MtlOverride::Slot& MtlOverride::pick(const PelkContext& context) const {
 void MtlOverride::shade(PelkContext& context) {
     const ScopedEnvironment scope(context, environment, environmentPriority);
     if (MaterialInterface* material = pick(context).material)
-        material->shade(context);
+        callShade(*material, context);
     else
         setFullyTransparent(context);
 }
@@ -119,7 +119,7 @@ BSDFSampler* MtlOverride::getBSDF(PelkContext& context, int flags) {
     auto element = pool.borrow(context);
     if (!element)
         return nullptr;
-    element->bsdf = picked->getBSDF(context, flags);
+    element->bsdf = takeSampler(*picked, context, flags);
     element->environment = environment;
     element->priority = environmentPriority;
     element->brdf = nullptr;
@@ -130,7 +130,7 @@ void MtlOverride::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     if (!sampler)
         return;
     auto* element = static_cast<PoolElement<BSDFOverride>*>(sampler);
-    pick(context).bsdf->releaseBSDF(context, element->bsdf);
+    giveSampler(*pick(context).bsdf, context, element->bsdf);
     pool.giveBack(context, element);
 }
 

@@ -88,20 +88,20 @@ void MtlRenderStats::shade(PelkContext& context) {
 void MtlRenderStats::shadeBase(PelkContext& context, float visible) {
     const ScopedValue weight(context.rayWeight, context.rayWeight * visible);
     if (params.shadowsReceive)
-        return baseMaterial->shade(context);
+        return callShade(*baseMaterial, context);
     const ScopedValue flags(context.shadeFlags, context.shadeFlags | kShadeNoShadows);
-    baseMaterial->shade(context);
+    callShade(*baseMaterial, context);
 }
 
 BSDFSampler* MtlRenderStats::getBSDF(PelkContext& context, int flags) {
     if (visibilityTo(context) < kHiddenBelow)
         return &transparent;
-    return baseBSDF ? baseBSDF->getBSDF(context, flags) : nullptr;
+    return baseBSDF ? takeSampler(*baseBSDF, context, flags) : nullptr;
 }
 
 void MtlRenderStats::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     if (baseBSDF && sampler != &transparent)
-        baseBSDF->releaseBSDF(context, sampler);
+        giveSampler(*baseBSDF, context, sampler);
 }
 
 int MtlRenderStats::getMaterialID(PelkContext& context) {

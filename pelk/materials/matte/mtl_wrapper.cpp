@@ -117,7 +117,7 @@ void MtlWrapper::shade(PelkContext& context) {
 
 void MtlWrapper::shadeOrdinary(PelkContext& context) {
     if (baseMaterial)
-        baseMaterial->shade(context);
+        callShade(*baseMaterial, context);
     else
         setOpaqueBlack(context);
     context.surfaceProperties = &params;  // the base may have its own
@@ -185,7 +185,7 @@ Color MtlWrapper::showBase(PelkContext& context) {
     if (baseMaterial) {
         const ScopedValue<Fragment*> fragment(context.resultFragment, &caught);
         const ScopedValue<FragmentList*> list(context.fragmentList, &fragments);
-        baseMaterial->shade(context);
+        callShade(*baseMaterial, context);
         context.surfaceProperties = &params;
     }
     context.resultColor =
@@ -302,7 +302,7 @@ void MtlWrapper::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     if (!sampler)
         return;
     auto* element = static_cast<PoolElement<MatteBSDF>*>(sampler);
-    baseBSDF->releaseBSDF(context, element->bsdf);  // bases take a null too
+    giveSampler(*baseBSDF, context, element->bsdf);  // bases take a null too
     pool.giveBack(context, element);
 }
 

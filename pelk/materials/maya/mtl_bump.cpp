@@ -78,7 +78,7 @@ void MtlBump::shade(PelkContext& context) {
         return setOpaqueBlack(context);
     // Other than getBSDF: without strength the base shades whole, whatever the form of the map.
     if (!hasMap() || !(std::fabs(params.bumpMult) >= kNoHeight))
-        return baseMaterial->shade(context);
+        return callShade(*baseMaterial, context);
     const ScopedSampler sampler(context, *this, 0);
     if (!sampler.get())
         return setFullyTransparent(context);
@@ -94,7 +94,7 @@ BSDFSampler* MtlBump::getBSDF(PelkContext& context, int flags) {
     if (!baseBSDF)
         return nullptr;
     if (isOff())
-        return baseBSDF->getBSDF(context, flags);
+        return takeSampler(*baseBSDF, context, flags);
     // Taken before the base is asked: if there is no memory, no sampler of the base is lost.
     auto element = pool.borrow(context);
     if (!element)
@@ -109,7 +109,7 @@ BSDFSampler* MtlBump::getBSDF(PelkContext& context, int flags) {
         const ScopedValue hitPoint(context.hitPoint, element->mode == kBumpHeight
                                                          ? context.hitPoint + element->offset
                                                          : context.hitPoint);
-        element->bsdf = baseBSDF->getBSDF(context, flags);
+        element->bsdf = takeSampler(*baseBSDF, context, flags);
     }
     return element->bsdf ? element.handOut() : nullptr;
 }
@@ -119,9 +119,9 @@ void MtlBump::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
         return;
     // By the same test as getBSDF, as the fields hold for the frame: the sampler is the base's own.
     if (isOff())
-        return baseBSDF->releaseBSDF(context, sampler);
+        return giveSampler(*baseBSDF, context, sampler);
     auto* element = static_cast<PoolElement<BumpBRDFSampler>*>(sampler);
-    baseBSDF->releaseBSDF(context, element->bsdf);
+    giveSampler(*baseBSDF, context, element->bsdf);
     pool.giveBack(context, element);
 }
 

@@ -94,13 +94,13 @@ BSDFSampler* MtlSingleBRDF::getBSDF(PelkContext& context, int flags) {
     if (params.doubleSided < kBackHidesCamera) {
         if (params.doubleSided == kBackSingle)
             flags |= kSingleSided;
-        return bsdfInterface->getBSDF(context, flags);
+        return takeSampler(*bsdfInterface, context, flags);
     }
     // Taken before the plug-in is asked: if there is no memory, no sampler of its own is lost.
     auto element = pool.borrow(context);
     if (!element)
         return nullptr;
-    element->bsdf = bsdfInterface->getBSDF(context, flags);
+    element->bsdf = takeSampler(*bsdfInterface, context, flags);
     element->brdf = nullptr;
     element->doubleSided = params.doubleSided;
     return element.handOut();
@@ -109,14 +109,14 @@ BSDFSampler* MtlSingleBRDF::getBSDF(PelkContext& context, int flags) {
 void MtlSingleBRDF::releaseBSDF(PelkContext& context, BSDFSampler* sampler) {
     if (params.doubleSided < kBackHidesCamera) {
         if (bsdfInterface)
-            bsdfInterface->releaseBSDF(context, sampler);
+            giveSampler(*bsdfInterface, context, sampler);
         return;
     }
     if (!sampler)
         return;
     // A plug-in that had no sampler for the hit gets its null back.
     if (bsdfInterface)
-        bsdfInterface->releaseBSDF(context, static_cast<BSDFBackFace*>(sampler)->bsdf);
+        giveSampler(*bsdfInterface, context, static_cast<BSDFBackFace*>(sampler)->bsdf);
     pool.giveBack(context, sampler);
 }
 

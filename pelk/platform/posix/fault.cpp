@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 #include <mutex>
 
@@ -179,6 +180,26 @@ void installHandlers() {
 }
 
 }  // namespace
+
+const char* faultName(unsigned code) {
+    const char* const words = sigdescr_np(static_cast<int>(code));
+    return words ? words : "Fault";
+}
+
+const void* faultInstruction(const Fault& fault) {
+    if (!fault.record || !fault.context)
+        return nullptr;
+#if defined(__x86_64__)
+    ucontext_t context = *static_cast<const ucontext_t*>(fault.context);
+    leaveBadCall(context, *static_cast<const siginfo_t*>(fault.record));
+    return reinterpret_cast<const void*>(context.uc_mcontext.gregs[REG_RIP]);
+#elif defined(__aarch64__)
+    return reinterpret_cast<const void*>(
+        static_cast<const ucontext_t*>(fault.context)->uc_mcontext.pc);
+#else
+    return nullptr;
+#endif
+}
 
 FaultTranslator setFaultTranslator(FaultTranslator newTranslator) {
     const FaultTranslator former = translator;

@@ -2,8 +2,11 @@
 
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/auxv.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
 
 #include "pelk/platform/file.h"
 #include "pelk/platform/memory_shortage.h"
@@ -44,6 +47,23 @@ void* findSymbol(ModuleHandle module, const char* name) {
         dladdr1(symbol, &info, &home, RTLD_DL_LINKMAP) == 0)
         return nullptr;
     return home == own ? symbol : nullptr;
+}
+
+bool moduleOfAddress(const void* address, char* path, std::size_t size) {
+    path[0] = '\0';
+    Dl_info info;
+    if (!address || dladdr(address, &info) == 0 || !info.dli_fname)
+        return false;
+    // The table of a program's parts lies behind the head of its file, where it is mapped.
+    const auto head = reinterpret_cast<std::uintptr_t>(info.dli_fbase) + sizeof(ElfW(Ehdr));
+    if (head == getauxval(AT_PHDR))
+        return false;
+    std::snprintf(path, size, "%s", info.dli_fname);
+    return true;
+}
+
+bool moduleOfObject(const void* object, char* path, std::size_t size) {
+    return moduleOfAddress(*static_cast<const void* const*>(object), path, size);
 }
 
 bool releaseModule(ModuleHandle module) {
