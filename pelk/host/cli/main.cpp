@@ -110,6 +110,8 @@ bool isShortage() {
     std::abort();
 }
 
+// The sanitizers have tables of their own to set up first.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 /// Runs before the constructors of the libraries that the image library brings along, some of which
 /// end in a fault without memory, or start threads.
 void checkMemoryForStart(int, char**, char**) {
@@ -120,8 +122,6 @@ void checkMemoryForStart(int, char**, char**) {
         endWith(ExitCode::SystemFailed, "pelk: out of memory before the start\n");
 }
 
-// The sanitizers have tables of their own to set up first.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 [[gnu::section(".preinit_array"),
   gnu::used]] void (*const kBeforeLibraries)(int, char**, char**) = checkMemoryForStart;
 #endif
