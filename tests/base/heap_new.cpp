@@ -12,6 +12,9 @@ void* operator new(std::size_t size) {
         return block;
     throw std::bad_alloc();
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return heap().allocate(size);
+}
 void operator delete(void* block) noexcept {
     heap().release(block);
 }
